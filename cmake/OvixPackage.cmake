@@ -1,0 +1,17 @@
+# The installed package: `find_package(ovix)` gives ovix::core and ovix::reduce.
+
+include(CMakePackageConfigHelpers)
+
+install(TARGETS ovix_core ovix_reduce EXPORT ovixTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ovix)
+install(EXPORT ovixTargets NAMESPACE ovix:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ovix)
+if(OVIX_TOOL)
+  install(TARGETS ovix RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+
+configure_package_config_file(cmake/ovixConfig.cmake.in ${PROJECT_BINARY_DIR}/ovixConfig.cmake
+  INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ovix)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/ovixConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/ovixConfig.cmake ${PROJECT_BINARY_DIR}/ovixConfigVersion.cmake
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ovix)

@@ -1,0 +1,28 @@
+#include "core/crc32_file.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+
+namespace ovix {
+
+u32 CCalcCRC32File::Write(const void* data, u32 size) {
+    crc_ = static_cast<u32>(::crc32(crc_, static_cast<const Bytef*>(data), size));
+    size_ += size;
+    return size;
+}
+
+bool CalcCRC32(u32& crc, TSharedPtr<IFile> file) {
+    CCalcCRC32File sum;
+    u8 block[16384];
+    for (u64 left = file->GetRemaining(); left;) {
+        const u32 n = static_cast<u32>(std::min<u64>(left, sizeof block));
+        if (!file->ReadBytes(block, n)) return false;
+        sum.Write(block, n);
+        left -= n;
+    }
+    crc = sum.GetCRC();
+    return true;
+}
+
+}  // namespace ovix

@@ -1,0 +1,250 @@
+#include "core/string.h"
+
+#include <locale.h>
+#include <utf8.h>
+
+#include <cstdarg>
+#include <cwchar>
+#include <iterator>
+#include <new>
+#include <string>
+#include <utility>
+
+#include "core/memory.h"
+
+namespace ovix {
+
+namespace {
+
+constexpr char32_t kReplacement = 0xFFFD;
+
+void* AllocOrThrow(std::size_t size) {
+    void* memory = Alloc(size);
+    if (!memory) throw std::bad_alloc();
+    return memory;
+}
+
+std::wstring Widen(const char* text, std::size_t length) {
+    std::string valid;
+    valid.reserve(length);
+    utf8::replace_invalid(text, text + length, std::back_inserter(valid), kReplacement);
+    std::wstring wide;
+    wide.reserve(length);
+    utf8::unchecked::utf8to32(valid.begin(), valid.end(), std::back_inserter(wide));
+    return wide;
+}
+
+std::string Narrow(const wchar_t* text, std::size_t length) {
+    std::string narrow;
+    narrow.reserve(length);
+    for (std::size_t i = 0; i < length; ++i) {
+        const auto code = static_cast<char32_t>(text[i]);
+        utf8::append(utf8::internal::is_code_point_valid(code) ? code : kReplacement, std::back_inserter(narrow));
+    }
+    return narrow;
+}
+
+constexpr wchar_t FoldCase(wchar_t c) { return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + (L'a' - L'A')) : c; }
+
+/// The directives as the C library here wants them: wide `%s`, no `I64`.
+std::wstring ToNativeFormat(const wchar_t* format) {
+    std::wstring native;
+    for (const wchar_t* p = format; *p;) {
+        if (*p != L'%') {
+            native += *p++;
+            continue;
+        }
+        native += *p++;
+        while (*p && std::wcschr(L"-+ #0123456789.*", *p)) native += *p++;
+        if (std::wcsncmp(p, L"I64", 3) == 0) {
+            native += L"ll";
+            p += 3;
+        }
+        if (*p == L's') {
+            native += L"ls";
+            ++p;
+        } else if (*p == L'S') {
+            native += L's';
+            ++p;
+        } else if (*p) {
+            native += *p++;
+        }
+    }
+    return native;
+}
+
+/// The calling thread formats in the "C" locale while this lives.
+class CNeutralLocale {
+  public:
+    CNeutralLocale() : before_(uselocale(Neutral())) {}
+    CNeutralLocale(const CNeutralLocale&) = delete;
+    CNeutralLocale& operator=(const CNeutralLocale&) = delete;
+    ~CNeutralLocale() { uselocale(before_); }
+
+  private:
+    static locale_t Neutral() {
+        static const locale_t neutral = newlocale(LC_ALL_MASK, "C", nullptr);
+        return neutral;
+    }
+    locale_t before_;
+};
+
+}  // namespace
+
+CString::CString(const wchar_t* text, int length) {
+    if (text) Assign(text, length < 0 ? std::wcslen(text) : static_cast<std::size_t>(length));
+}
+CString::CString(const char* text, int length) {
+    if (!text) return;
+    const std::wstring wide =
+        Widen(text, length < 0 ? std::char_traits<char>::length(text) : static_cast<std::size_t>(length));
+    Assign(wide.data(), wide.size());
+}
+CString::CString(const CString& other) { Assign(other, other.length_); }
+CString::CString(CString&& other) noexcept
+    : text_(std::exchange(other.text_, nullptr)),
+      length_(std::exchange(other.length_, 0)),
+      utf8_(other.utf8_.exchange(nullptr)) {}
+CString::~CString() {
+    Free(text_);
+    DropUTF8();
+}
+CString& CString::operator=(const CString& other) {
+    if (this != &other) Assign(other, other.length_);
+    return *this;
+}
+CString& CString::operator=(CString&& other) noexcept {
+    std::swap(text_, other.text_);
+    std::swap(length_, other.length_);
+    utf8_ = other.utf8_.exchange(utf8_);
+    return *this;
+}
+CString& CString::operator=(const wchar_t* text) {
+    Assign(text ? text : L"", text ? std::wcslen(text) : 0);
+    return *this;
+}
+
+void CString::Assign(const wchar_t* text, std::size_t length) {
+    wchar_t* copy = nullptr;
+    if (length) {
+        copy = static_cast<wchar_t*>(AllocOrThrow((length + 1) * sizeof(wchar_t)));
+        std::wmemcpy(copy, text, length);
+        copy[length] = 0;
+    }
+    Free(text_);
+    text_ = copy;
+    length_ = static_cast<u32>(length);
+    DropUTF8();
+}
+
+void CString::DropUTF8() { Free(utf8_.exchange(nullptr)); }
+
+wchar_t* CString::GetBuffer(int size) {
+    const std::size_t room = size < 0 ? 0 : static_cast<std::size_t>(size);
+    auto* buffer = static_cast<wchar_t*>(AllocOrThrow((room + 1) * sizeof(wchar_t)));
+    std::wmemset(buffer, 0, room + 1);
+    std::wmemcpy(buffer, *this, length_ < room ? length_ : room);
+    Free(text_);
+    text_ = buffer;
+    DropUTF8();
+    return text_;
+}
+
+void CString::ReleaseBuffer() {
+    length_ = text_ ? static_cast<u32>(std::wcslen(text_)) : 0;
+    DropUTF8();
+}
+
+const char* CString::GetUTF8() const {
+    if (!length_) return "";
+    if (const char* ready = utf8_.load(std::memory_order_acquire)) return ready;
+    const std::string narrow = Narrow(text_, length_);
+    auto* made = static_cast<char*>(AllocOrThrow(narrow.size() + 1));
+    std::char_traits<char>::copy(made, narrow.c_str(), narrow.size() + 1);
+    char* present = nullptr;
+    if (utf8_.compare_exchange_strong(present, made)) return made;
+    Free(made);  // another thread was first
+    return present;
+}
+
+bool CString::Equals(const wchar_t* other) const { return std::wcscmp(*this, other) == 0; }
+bool CString::EqualsNoCase(const wchar_t* other) const { return ovix::EqualsNoCase(*this, other); }
+bool CString::EndsWithNoCase(const wchar_t* end) const {
+    const std::size_t n = std::wcslen(end);
+    return n <= length_ && ovix::EqualsNoCase(c_str() + (length_ - n), end);
+}
+
+CString CString::FromFormat(const wchar_t* format, ...) {
+    const CNeutralLocale neutral;
+    const std::wstring native = ToNativeFormat(format);
+    std::wstring text(128, L'\0');
+    for (;;) {
+        std::va_list arguments;
+        va_start(arguments, format);
+        const int n = std::vswprintf(text.data(), text.size(), native.c_str(), arguments);
+        va_end(arguments);
+        if (n >= 0) return CString(text.c_str(), n);
+        if (text.size() > (std::size_t{1} << 24)) return CString();  // a directive that cannot be formatted
+        text.resize(text.size() * 4);
+    }
+}
+
+CString operator+(const CString& a, const wchar_t* b) {
+    std::wstring joined(a.c_str(), static_cast<std::size_t>(a.length()));
+    joined += b;
+    return CString(joined.data(), static_cast<int>(joined.size()));
+}
+
+CStringMB::CBytes::CBytes(const CBytes& other) { Assign(other.c_str(), other.length_); }
+CStringMB::CBytes::CBytes(CBytes&& other) noexcept
+    : data_(std::exchange(other.data_, nullptr)), length_(std::exchange(other.length_, 0)) {}
+CStringMB::CBytes& CStringMB::CBytes::operator=(CBytes other) noexcept {
+    std::swap(data_, other.data_);
+    std::swap(length_, other.length_);
+    return *this;
+}
+CStringMB::CBytes::~CBytes() { Free(data_); }
+void CStringMB::CBytes::Assign(const char* text, std::size_t length) {
+    auto* copy = static_cast<char*>(AllocOrThrow(length + 1));
+    std::char_traits<char>::copy(copy, text, length);
+    copy[length] = 0;
+    Free(data_);
+    data_ = copy;
+    length_ = static_cast<u32>(length);
+}
+
+CStringMB::CStringMB(const wchar_t* text) {
+    if (!text) return;
+    const std::string narrow = Narrow(text, std::wcslen(text));
+    text_.Assign(narrow.data(), narrow.size());
+}
+void CStringMB::Copy(const char* text, int length) {
+    text_.Assign(text, length < 0 ? std::char_traits<char>::length(text) : static_cast<std::size_t>(length));
+}
+
+bool EqualsNoCase(const wchar_t* a, const wchar_t* b) {
+    for (; FoldCase(*a) == FoldCase(*b); ++a, ++b) {
+        if (!*a) return true;
+    }
+    return false;
+}
+
+void StrCpy(char* dest, const char* source, int size) {
+    if (size <= 0) return;
+    int i = 0;
+    for (; i < size - 1 && source[i]; ++i) dest[i] = source[i];
+    dest[i] = 0;
+}
+
+namespace path {
+
+CString ChangeExtension(const CString& path, const CString& extension) {
+    std::wstring text(path.c_str(), static_cast<std::size_t>(path.length()));
+    const std::size_t dot = text.rfind(L'.');
+    const std::size_t slash = text.find_last_of(L"/\\");
+    if (dot != std::wstring::npos && (slash == std::wstring::npos || dot > slash)) text.resize(dot);
+    return CString(text.c_str()) + extension;
+}
+
+}  // namespace path
+}  // namespace ovix

@@ -1,0 +1,105 @@
+#pragma once
+
+#include <atomic>
+
+#include "core/api.h"
+#include "core/types.h"
+
+namespace ovix {
+
+/// A wide string value. It may be moved bytewise. Narrow text is UTF-8; bytes that are not valid become U+FFFD.
+/// Where case is ignored, it is that of the 26 Latin letters.
+class OVIX_API CString {
+  public:
+    CString() = default;
+    /// A length of -1 means up to the terminator; a null text is empty.
+    CString(const wchar_t* text, int length = -1);
+    CString(const char* text, int length = -1);
+    CString(const CString& other);
+    CString(CString&& other) noexcept;
+    ~CString();
+    CString& operator=(const CString& other);
+    CString& operator=(CString&& other) noexcept;
+    CString& operator=(const wchar_t* text);
+
+    /// Never null.
+    operator const wchar_t*() const { return text_ ? text_ : L""; }
+    const wchar_t* c_str() const { return *this; }
+    int length() const { return static_cast<int>(length_); }
+    bool IsEmpty() const { return length_ == 0; }
+
+    /// A writable buffer of `size` characters that begins with the present text; `ReleaseBuffer` then fixes the length
+    /// from the terminator.
+    wchar_t* GetBuffer(int size);
+    void ReleaseBuffer();
+
+    /// The text in UTF-8, valid as long as this string is and is not changed. May be called from several threads.
+    const char* GetUTF8() const;
+
+    bool Equals(const wchar_t* other) const;
+    bool EqualsNoCase(const wchar_t* other) const;
+    bool EndsWithNoCase(const wchar_t* end) const;
+
+    /// printf-style, with `%s` taking a wide string, `%S` a narrow one and `%I64d` a 64-bit number. Decimal points are
+    /// points in every locale.
+    static CString FromFormat(const wchar_t* format, ...);
+
+    friend bool operator==(const CString& a, const CString& b) { return a.Equals(b); }
+    friend bool operator==(const CString& a, const wchar_t* b) { return a.Equals(b); }
+
+  private:
+    void Assign(const wchar_t* text, std::size_t length);
+    void DropUTF8();
+
+    wchar_t* text_ = nullptr;
+    u32 length_ = 0;
+    mutable std::atomic<char*> utf8_ = nullptr;
+};
+
+OVIX_API CString operator+(const CString& a, const wchar_t* b);
+
+/// A narrow string value in UTF-8.
+class OVIX_API CStringMB {
+  public:
+    CStringMB() = default;
+    CStringMB(const wchar_t* text);
+
+    /// A length of -1 means up to the terminator.
+    void Copy(const char* text, int length = -1);
+    int length() const { return text_.length(); }
+    const char* c_str() const { return text_.c_str(); }
+    operator const char*() const { return c_str(); }
+
+  private:
+    /// Owned bytes with a terminator; movable bytewise.
+    class CBytes {
+      public:
+        CBytes() = default;
+        CBytes(const CBytes& other);
+        CBytes(CBytes&& other) noexcept;
+        CBytes& operator=(CBytes other) noexcept;
+        ~CBytes();
+        void Assign(const char* text, std::size_t length);
+        int length() const { return static_cast<int>(length_); }
+        const char* c_str() const { return data_ ? data_ : ""; }
+
+      private:
+        char* data_ = nullptr;
+        u32 length_ = 0;
+    };
+    CBytes text_;
+};
+
+/// Equal but for the case of Latin letters.
+OVIX_API bool EqualsNoCase(const wchar_t* a, const wchar_t* b);
+
+/// Copies at most `size` bytes, the terminator included.
+OVIX_API void StrCpy(char* dest, const char* source, int size);
+
+namespace path {
+
+/// The path with another extension ("." included in `extension`), or with it appended where the file name has none.
+OVIX_API CString ChangeExtension(const CString& path, const CString& extension);
+
+}  // namespace path
+}  // namespace ovix

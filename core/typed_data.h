@@ -1,0 +1,94 @@
+#pragma once
+
+#include "core/array.h"
+#include "core/types.h"
+
+namespace ovix {
+
+/// The element type of a buffer. The order is a contract: kernels are chosen by the first ten.
+enum EDataType : u32 {
+    Int8 = 0,
+    UInt8 = 1,
+    Int16 = 2,
+    UInt16 = 3,  ///< the form of raw counts
+    Int32 = 4,
+    UInt32 = 5,
+    Int64 = 6,
+    UInt64 = 7,
+    Flt32 = 8,
+    Flt64 = 9,
+    Opaque = 10,      ///< no numeric element; as a buffer, three 8-bit colour channels
+    OpaqueWide = 11,  ///< three unsigned 16-bit colour channels
+    NoPixels = 12,    ///< a destination without data: metadata only
+};
+
+/// A buffer and the type of its elements. It owns nothing; the callee never frees it.
+struct STypedData {
+    void* data = nullptr;
+    EDataType type = NoPixels;
+};
+
+/// The physical meaning of a buffer. The numbers are stored in files.
+enum EUnit : u32 {
+    Counts = 0,              ///< raw digital counts
+    RadianceUser = 1,        ///< radiance through a user calibration
+    TemperatureUser = 2,     ///< temperature through a user calibration
+    ObjectSignal = 3,        ///< counts compensated for the object parameters
+    RadianceFactory = 4,     ///< radiance through the factory calibration
+    TemperatureFactory = 5,  ///< temperature through the factory calibration
+    RGB24 = 6,               ///< three 8-bit channels
+    RGB48 = 7,               ///< three 16-bit channels
+    RedChannel = 8,
+    GreenChannel = 9,
+    BlueChannel = 10,
+    RGBAverage = 11,  ///< mean of the three channels
+};
+
+/// Only temperatures carry a scale: for other units it is not looked at.
+constexpr bool IsTemperature(EUnit unit) { return unit == TemperatureUser || unit == TemperatureFactory; }
+
+enum ETempType : u32 {
+    Celsius = 0,
+    Fahrenheit = 1,
+    Kelvin = 2,
+    Rankine = 3,
+};
+
+struct SPoint {
+    i32 x = 0;
+    i32 y = 0;
+
+    friend constexpr bool operator==(const SPoint&, const SPoint&) = default;
+};
+
+namespace reduce {
+
+/// An inclusive rectangle of pixels; top above bottom, or left beyond right, holds none.
+struct SArea {
+    u16 top = 0;
+    u16 left = 0;
+    u16 bottom = 0;
+    u16 right = 0;
+};
+static_assert(sizeof(SArea) == 8);
+
+/// One horizontal run of pixels, both ends included. A region of any shape is an array of them, in the order in which
+/// its pixels are numbered.
+struct SScanLine {
+    u16 row = 0;
+    u16 left = 0;
+    u16 right = 0;
+};
+
+/// The unit's name in words, "Error" for a value that is none.
+OVIX_API const wchar_t* UnitToString(EUnit unit);
+
+/// Turn indices into a selection's pixels, in the order in which it visits them, into image coordinates.
+/// A width of 0 is the caller's fault.
+OVIX_API void IndiciesToPoints(SArea area, const TArray<u32>& indices, TArray<SPoint>& points);
+OVIX_API void IndiciesToPoints(u16 width, u16 height, const TArray<u32>& indices, TArray<SPoint>& points);
+/// Written by position: an index that no line covers leaves its point as it was, and a longer array keeps its rest.
+OVIX_API void IndiciesToPoints(const TArray<SScanLine>& lines, const TArray<u32>& indices, TArray<SPoint>& points);
+
+}  // namespace reduce
+}  // namespace ovix
