@@ -1,0 +1,49 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "core/core.h"
+
+namespace ovix::app {
+
+/// A file that appears whole or not at all: it is written beside its place under a name of its own, made safe on the
+/// medium and renamed by `Commit`. Without that, it is gone when the object goes, and after an interrupt.
+///
+/// Every failure throws `CAppError` with one line that names the file and the system's reason.
+class COutputFile {
+  public:
+    /// Refuses a target that exists unless `overwrite` is set, and one that is no regular file in any case.
+    COutputFile(std::filesystem::path target, bool overwrite);
+    ~COutputFile();
+    COutputFile(const COutputFile&) = delete;
+    COutputFile& operator=(const COutputFile&) = delete;
+
+    /// At the end of what is written so far.
+    void Write(const void* data, u64 size);
+    /// Over or behind what is there; the place of the next `Write` stays.
+    void WriteAt(u64 offset, const void* data, u64 size);
+    /// The bytes that are there, at most `size` from `offset` on.
+    u64 ReadAt(u64 offset, void* data, u64 size);
+    u64 Size() const { return size_; }
+    const std::filesystem::path& Target() const { return target_; }
+
+    /// Puts the file into its place. Without `overwrite`, a file that has come into being there meanwhile stays.
+    void Commit();
+
+  private:
+    [[noreturn]] void Fail(const char* doing);
+
+    std::filesystem::path target_;
+    std::string temporary_;
+    int file_ = -1;
+    int slot_ = -1;
+    u64 size_ = 0;
+    bool overwrite_;
+};
+
+/// Makes SIGINT, SIGTERM and SIGHUP remove what is not committed and end the process with status 130, and a write
+/// beyond the size limit of the process an ordinary error. For `main`, once.
+void InstallInterruptCleanup();
+
+}  // namespace ovix::app

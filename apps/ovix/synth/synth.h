@@ -1,0 +1,58 @@
+#pragma once
+
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "core/core.h"
+#include "reduce/reduce.h"
+
+namespace ovix::app {
+
+/// What the frames of a stream have in common.
+struct SSynthOptions {
+    GUID type;         ///< pixel type; one that the family makes
+    std::string form;  ///< one of the family's forms of that type; empty for the first of them
+    u16 width = 640;
+    u16 height = 480;
+    u32 seed = 1;  ///< of noise and fixed pattern; the same seed gives the same bytes
+    bool noise = true;
+    bool fixedPattern = true;  ///< gain and offset of each pixel differ
+    bool badPixels = true;     ///< a few pixels are stuck
+};
+
+/// One form of a pixel type: the options of a stream name both.
+struct SSynthForm {
+    GUID type;
+    std::string form;
+    std::string description;
+};
+
+/// A camera that looks at a scene: makes the raw frames of one stream.
+class ISynthesizer {
+  public:
+    virtual ~ISynthesizer();
+    /// Every frame of a stream has as many bytes.
+    virtual u32 FrameSize() const = 0;
+    /// The bytes of one frame. `kelvin` holds width times height temperatures; the noise depends on the frame's number.
+    virtual std::vector<u8> Frame(u64 number, std::span<const float> kelvin) = 0;
+    /// The tables that undo the fixed pattern and stand in for the bad pixels, for preset 0; empty for a stream without
+    /// either, and for video.
+    virtual TSharedPtr<reduce::CCorrectionReduceObject> Correction() const = 0;
+};
+
+/// A family of cameras. Temperatures outside what it can measure end at its limits.
+struct SSynthFamily {
+    const wchar_t* filter;  ///< the registered name of its decoder
+    std::vector<SSynthForm> (*forms)();
+    /// Throws `CAppError` (wrong usage) for a type or form that the family does not make.
+    std::unique_ptr<ISynthesizer> (*make)(const SSynthOptions& options);
+};
+
+/// All families that can be made.
+std::span<const SSynthFamily> SynthFamilies();
+/// The family whose forms include the type, or null.
+const SSynthFamily* FindSynthFamily(const GUID& type);
+
+}  // namespace ovix::app
