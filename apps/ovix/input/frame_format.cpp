@@ -1,0 +1,19 @@
+#include "apps/ovix/input/frame_format.h"
+
+#include "apps/ovix/fault.h"
+#include "core/pixel_types.h"
+#include "reduce/filters/filter_factory.h"
+
+namespace ovix::app {
+
+SPixelForm PixelFormOf(const SFrameFormat& format) {
+    const TSharedPtr<reduce::IFilter> filter = reduce::filterFactory()->Create(CString(format.filter.c_str()));
+    if (!filter) throw UsageFault("no decoder has the name \"" + format.filter + "\"");
+    if (filter->HasPixels(format.pixelType)) return {};
+    // Neither the registered element type nor the byte width tells video from counts (several rows of video bear
+    // `UInt16`); what the type stands under does.
+    if (IsPixelBaseType(format.pixelType, rootScreenType)) return {.type = Opaque, .unit = RGB24};
+    return {.compressed = true};
+}
+
+}  // namespace ovix::app

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+
+#include "core/guid.h"
+#include "core/typed_data.h"
+
+namespace ovix::app {
+
+/// All that a decoder must be told of a frame beside its bytes.
+struct SFrameFormat {
+    std::string filter;  ///< the name under which the decoder is registered
+    GUID pixelType;
+    std::string pixelTypeName;  ///< as registered, or the GUID in text
+    u16 width = 0;
+    u16 height = 0;
+
+    u32 PixelCount() const { return u32{width} * height; }
+};
+
+/// What the decoded pixels of a format are.
+struct SPixelForm {
+    EDataType type = UInt16;  ///< `UInt16`, or `Opaque` for three 8-bit channels
+    EUnit unit = Counts;      ///< base unit of the source
+    bool compressed = false;  ///< the pixels do not stand plainly in the frame: a decoder of a library unpacks them
+
+    u32 BytesPerPixel() const { return type == Opaque ? 3 : 2; }
+};
+
+/// Asks the format's decoder and the registry of pixel types. Throws `CFault` when nobody registered the decoder.
+SPixelForm PixelFormOf(const SFrameFormat& format);
+
+}  // namespace ovix::app
