@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <cstring>
+#include <span>
 #include <type_traits>
 
-#include "core/bytes.h"
 #include "core/date_time.h"
+#include "core/file.h"
 
 /// Stored records, described once: a table of (offset, field) from which an object is both read and written. All
 /// numbers are little-endian and nothing is aligned.
@@ -32,6 +33,15 @@ struct TMember<V T::*> {
     using Value = V;
 };
 
+template <class V>
+V* FirstOf(V& value) {
+    return &value;
+}
+template <class V, std::size_t N>
+V* FirstOf(V (&values)[N]) {
+    return values;
+}
+
 /// How a value of type V stands in a record.
 template <class V>
 struct TStored {
@@ -56,6 +66,18 @@ struct TStored<CDateTime> {
     static void Load(CDateTime& value, const u8* bytes) { value.SetTimestamp(LoadLittle<i64>(bytes)); }
     static void Save(const CDateTime& value, u8* bytes) { StoreLittle(bytes, value.GetTimestamp()); }
     static constexpr u32 kSize = 8;
+};
+/// Elements stand one behind the other.
+template <class V, std::size_t N>
+struct TStored<V[N]> {
+    using Element = TStored<V>;
+    static void Load(V (&values)[N], const u8* bytes) {
+        for (std::size_t i = 0; i < N; ++i) Element::Load(values[i], bytes + i * Element::kSize);
+    }
+    static void Save(const V (&values)[N], u8* bytes) {
+        for (std::size_t i = 0; i < N; ++i) Element::Save(values[i], bytes + i * Element::kSize);
+    }
+    static constexpr u32 kSize = N * Element::kSize;
 };
 
 }  // namespace detail
@@ -114,5 +136,77 @@ constexpr u32 RecordEnd(const TRecordField<T> (&fields)[N]) {
     }
     return end;
 }
+
+/// A member that is a structure with a table of its own, or an array of such structures, one every `kStride` bytes.
+template <auto kMember, const auto& kFields, u32 kStride = RecordEnd(kFields)>
+constexpr auto SubRecords(u32 offset) {
+    using Object = typename detail::TMember<decltype(kMember)>::Object;
+    using Value = typename detail::TMember<decltype(kMember)>::Value;
+    static_assert(RecordEnd(kFields) <= kStride);
+    constexpr u32 kCount = std::is_array_v<Value> ? std::extent_v<Value> : 1;
+    return TRecordField<Object>{offset, kCount * kStride,
+                                [](Object& object, const u8* bytes) {
+                                    auto* part = detail::FirstOf(object.*kMember);
+                                    for (u32 i = 0; i < kCount; ++i) LoadRecord(part[i], kFields, bytes + i * kStride);
+                                },
+                                [](const Object& object, u8* bytes) {
+                                    const auto* part = detail::FirstOf(object.*kMember);
+                                    for (u32 i = 0; i < kCount; ++i) SaveRecord(part[i], kFields, bytes + i * kStride);
+                                }};
+}
+
+/// Reads a record that begins with its size and its version, 32 bits each. False when the file does not hold it, when
+/// its size field says otherwise, or when its version is not below `versionLimit`.
+OVIX_API bool ReadRecord(IFile& file, std::span<u8> record, u32 versionLimit);
+/// All zeros behind the size and the version.
+OVIX_API void StartRecord(std::span<u8> record, u32 version);
+
+/// One value of a stream in its natural width; a string as `IFile` keeps it.
+template <class V>
+bool ReadValue(IFile& file, V& value) {
+    if constexpr (std::is_same_v<V, CString>) {
+        return file.GetString(value);
+    } else {
+        u8 bytes[detail::TStored<V>::kSize];
+        if (!file.ReadBytes(bytes, sizeof bytes)) return false;
+        detail::TStored<V>::Load(value, bytes);
+        return true;
+    }
+}
+template <class V>
+bool WriteValue(IFile& file, const V& value) {
+    u8 bytes[detail::TStored<V>::kSize];
+    detail::TStored<V>::Save(value, bytes);
+    return file.WriteBytes(bytes, sizeof bytes);
+}
+/// A number or an enumeration of which a stream keeps one byte.
+template <class V>
+bool ReadByte(IFile& file, V& value) {
+    u8 byte = 0;
+    if (!file.GetUInt8(byte)) return false;
+    value = static_cast<V>(byte);
+    return true;
+}
+
+/// Members that go through a file one behind the other: the oldest stored forms. Both directions stop at the first
+/// failure, and what was read so far stays.
+///
+///     using Stream = TMemberStream<&CFov::IHFOV, &CFov::IVFOV>;
+///     return Stream::Read(*file, *this);
+template <auto... kMembers>
+struct TMemberStream {
+    template <class Object>
+    static bool Read(IFile& file, Object& object) {
+        return (ReadValue(file, object.*kMembers) && ...);
+    }
+    template <class Object>
+    static bool Write(IFile& file, const Object& object) {
+        return (WriteValue(file, object.*kMembers) && ...);
+    }
+    /// Bytes of all members; there is no such number with strings among them.
+    static constexpr u32 Size() {
+        return (0 + ... + detail::TStored<typename detail::TMember<decltype(kMembers)>::Value>::kSize);
+    }
+};
 
 }  // namespace ovix

@@ -5,12 +5,13 @@
 
 namespace ovix::reduce {
 
-/// What every concrete class of object repeats: identity, registration and duplication. `Object` has the constants
+/// What every concrete class of object repeats: identity, registration, duplication and reset. `Object` has the
+/// constants
 ///
 ///     static constexpr GUID typeID = "{...}"_guid;
 ///     static constexpr const wchar_t* kName = L"...";
 ///
-/// and is copied by assignment.
+/// gives its fields their defaults in its declaration or its default constructor, and is copied by assignment.
 template <class Object>
 class TReduceObject : public IReduceObject {
   public:
@@ -23,13 +24,32 @@ class TReduceObject : public IReduceObject {
     GUID GetTypeID() const override { return Object::typeID; }
     const wchar_t* GetName() const override { return Object::kName; }
     TSharedPtr<IReduceObject> Duplicate() const override {
-        const Object& self = static_cast<const Object&>(*this);
-        const TSharedPtr<IReduceObject> made = reduceObjectFactory()->CreateByTypeID(Object::typeID);
-        const TSharedPtr<Object> copy = made.Cast<Object>();
-        if (!copy) return MakeShared<Object>(self);  // the factory's class is not ours: lose nothing
-        *copy = self;
+        TSharedPtr<IReduceObject> made = reduceObjectFactory()->CreateByTypeID(Object::typeID);
+        TSharedPtr<Object> copy = made.Cast<Object>();
+        if (!copy) made = copy = MakeShared<Object>();  // a plug-in's class has the name: lose nothing
+        copy->CopyFrom(Self());
         return made;
     }
+    /// Everything as in a fresh object, but for the object's place in the source, `persist` and `version`.
+    void Default() override {
+        Object fresh;
+        fresh.frameNumber = frameNumber;
+        fresh.preset = preset;
+        fresh.persist = persist;
+        fresh.version = version;
+        static_cast<Object&>(*this) = std::move(fresh);
+    }
+
+  protected:
+    /// Everything but `version`, which belongs to the class.
+    void CopyFrom(const Object& other) {
+        const u32 ownVersion = version;
+        static_cast<Object&>(*this) = other;
+        version = ownVersion;
+    }
+
+  private:
+    const Object& Self() const { return static_cast<const Object&>(*this); }
 };
 
 }  // namespace ovix::reduce
