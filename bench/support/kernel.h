@@ -1,0 +1,62 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/types.h"
+
+/// What a benchmark file tells the harness about a kernel. Everything else (frame sizes, in cache or streaming, the
+/// copy beside it, the table at the end) is the harness's.
+///
+///     const CKernelEntry kEntry({.name = "Invert UInt16",
+///                                .bytesPerPixel = 4,
+///                                .wanted = 0.9,
+///                                .make = [](const SRun& run) {
+///         auto data = std::make_shared<SData>(run);   // run.lanes frames of run.Pixels() pixels
+///         return SJob{[=](u32 lane) { Invert(data->in[lane], data->out[lane]); },
+///                     [=] { return FirstDifference(data->out[0], Expected(data->in[0])); }};
+///     }});
+namespace ovix::bench {
+
+/// The circumstances of one measurement.
+struct SRun {
+    u16 width = 0;
+    u16 height = 0;
+    /// Frames to cycle through: 1 for a frame in cache, more than the last-level cache holds for streaming.
+    u32 lanes = 1;
+
+    u32 Pixels() const { return u32{width} * height; }
+};
+
+struct SJob {
+    /// Processes one frame; `lane` is below `SRun::lanes`.
+    std::function<void(u32 lane)> run;
+    /// Called once, after `run(0)`: compares the results of lane 0 with a plain reference. Empty when they are the
+    /// same, else what differs; the harness then stops.
+    std::function<std::string()> prove;
+};
+
+struct SKernel {
+    std::string name;
+    /// Bytes that the kernel must read and write for each pixel, tables of one entry for each pixel included. The copy
+    /// that it is compared with moves as many (half of them read, half written).
+    double bytesPerPixel = 0;
+    /// The share of the copy's speed that is wanted in cache; 0 for none.
+    double wanted = 0;
+    /// The part of `bytesPerPixel` that changes from frame to frame; 0 for all. It decides how many lanes stream.
+    double streamedBytesPerPixel = 0;
+    std::function<SJob(const SRun&)> make;
+};
+
+/// A static object of this class enters a kernel in the program.
+class CKernelEntry {
+  public:
+    explicit CKernelEntry(SKernel kernel);
+};
+
+/// All kernels that entered, by name.
+std::vector<SKernel> Kernels();
+
+}  // namespace ovix::bench

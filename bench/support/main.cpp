@@ -1,0 +1,145 @@
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "bench/support/kernel.h"
+
+/// Measures every kernel beside a plain copy of as many bytes. The two take turns within one run and both are given as
+/// medians, so that what else happens on the machine strikes both alike.
+namespace ovix::bench {
+
+namespace {
+
+/// Streaming means four times a last-level cache of 32 MiB, so that nothing is left of a frame when it comes again.
+constexpr double kStreamedBytes = 4.0 * 32 * 1024 * 1024;
+
+struct SRow {
+    std::string kernel, frame, mode;
+    double nsPerPixel, share, wanted;
+};
+
+std::vector<SRow>& Rows() {
+    static std::vector<SRow> rows;
+    return rows;
+}
+
+u32 LanesFor(double bytesPerFrame) { return static_cast<u32>(kStreamedBytes / bytesPerFrame) + 1; }
+
+/// The copy beside a kernel: reads half of the kernel's bytes and writes the other half.
+class CCopy {
+  public:
+    CCopy(std::size_t bytesPerFrame, u32 lanes)
+        : half_(bytesPerFrame / 2), lanes_(lanes), from_(half_ * lanes, 1), to_(half_ * lanes, 2) {}
+
+    void operator()() {
+        const std::size_t at = half_ * (next_++ % lanes_);
+        std::memcpy(to_.data() + at, from_.data() + at, half_);
+        benchmark::DoNotOptimize(to_.data());
+        benchmark::ClobberMemory();
+    }
+
+  private:
+    std::size_t half_;
+    u32 lanes_;
+    u32 next_ = 0;
+    std::vector<u8> from_, to_;
+};
+
+template <class F>
+double Seconds(F&& f) {
+    const auto start = std::chrono::steady_clock::now();
+    f();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+double Median(std::vector<double>& values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+void Measure(benchmark::State& state, const SKernel& kernel, SRun run, bool streaming) {
+    const double frameBytes = kernel.bytesPerPixel * run.Pixels();
+    const double streamedBytes =
+        (kernel.streamedBytesPerPixel ? kernel.streamedBytesPerPixel : kernel.bytesPerPixel) * run.Pixels();
+    run.lanes = streaming ? LanesFor(streamedBytes) : 1;
+    const SJob job = kernel.make(run);
+    job.run(0);
+    if (const std::string difference = job.prove(); !difference.empty()) {
+        std::fprintf(stderr, "%s: wrong answer, %s\n", kernel.name.c_str(), difference.c_str());
+        std::exit(1);
+    }
+    CCopy copy(static_cast<std::size_t>(frameBytes), streaming ? LanesFor(frameBytes) : 1);
+    std::vector<double> kernelTimes, copyTimes;
+    u32 lane = 0;
+    for (auto _ : state) {
+        const double seconds = Seconds([&] { job.run(lane); });
+        lane = (lane + 1) % run.lanes;
+        state.SetIterationTime(seconds);
+        kernelTimes.push_back(seconds);
+        copyTimes.push_back(Seconds(copy));
+    }
+    const double time = Median(kernelTimes), share = Median(copyTimes) / time;
+    state.counters["ns/pixel"] = time * 1e9 / run.Pixels();
+    state.counters["share"] = share;
+    Rows().push_back({kernel.name, std::to_string(run.width) + "x" + std::to_string(run.height),
+                      streaming ? "streaming" : "in cache", time * 1e9 / run.Pixels(), share, kernel.wanted});
+}
+
+void PrintTable() {
+    std::printf("\n%-36s %-10s %-10s %9s %9s %14s %7s\n", "kernel", "frame", "mode", "ns/pixel", "frames/s",
+                "share of copy", "wanted");
+    for (const SRow& row : Rows()) {
+        unsigned width = 0, height = 0;
+        std::sscanf(row.frame.c_str(), "%ux%u", &width, &height);
+        std::printf("%-36s %-10s %-10s %9.4f %9.0f %14.3f ", row.kernel.c_str(), row.frame.c_str(), row.mode.c_str(),
+                    row.nsPerPixel, 1e9 / (row.nsPerPixel * width * height), row.share);
+        // The shares wanted hold for a frame of this size in cache.
+        if (row.wanted > 0 && row.mode == "in cache" && width == 640) {
+            std::printf("%7.2f%s\n", row.wanted, row.share < row.wanted ? "  <" : "");
+        } else {
+            std::printf("%7s\n", "-");
+        }
+    }
+}
+
+void Enter(bool smoke) {
+    const std::vector<SRun> frames = smoke ? std::vector<SRun>{{67, 13}} : std::vector<SRun>{{640, 512}, {1280, 1024}};
+    for (const SKernel& kernel : Kernels()) {
+        for (const SRun& frame : frames) {
+            for (const bool streaming : {false, true}) {
+                if (smoke && streaming) continue;
+                const std::string name = kernel.name + "/" + std::to_string(frame.width) + "x" +
+                                         std::to_string(frame.height) + (streaming ? "/streaming" : "/in_cache");
+                auto* entry = benchmark::RegisterBenchmark(
+                    name.c_str(), [=](benchmark::State& state) { Measure(state, kernel, frame, streaming); });
+                entry->UseManualTime()->Unit(benchmark::kMicrosecond);
+                entry->Iterations(smoke ? 1 : streaming ? 400 : 2000);
+            }
+        }
+    }
+}
+
+}  // namespace
+
+}  // namespace ovix::bench
+
+/// `--smoke`, or OVIX_BENCH_SMOKE in the environment: everything once, on tiny frames. All other arguments are those of
+/// Google Benchmark (`--benchmark_filter=ApplyLUT`).
+int main(int argc, char** argv) {
+    const auto end = std::remove_if(argv + 1, argv + argc, [](const char* a) { return !std::strcmp(a, "--smoke"); });
+    const bool smoke = end != argv + argc || std::getenv("OVIX_BENCH_SMOKE");
+    argc = static_cast<int>(end - argv);
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
+    ovix::bench::Enter(smoke);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    ovix::bench::PrintTable();
+    return 0;
+}
