@@ -1,25 +1,35 @@
 // The library's only static initialiser: registers the built-in classes in their order.
 //
-// The first step asks for the filter factory, whose creation loads the plug-ins. So plug-ins register before any built-in
-// class, and as the first registrant of a name keeps it, a plug-in can replace a built-in one.
+// The first step asks for the filter factory, whose creation loads the plug-ins. So plug-ins register before any
+// built-in class, and as the first registrant of a name keeps it, a plug-in can replace a built-in one.
 
+#include "reduce/convert/curlew_factory_cal_reduce_object.h"
+#include "reduce/filters/curlew_camera_info_reduce_object.h"
+#include "reduce/filters/filter_factory.h"
 #include "reduce/objects/fov_reduce_object.h"
 #include "reduce/objects/frame_header_reduce_object.h"
 #include "reduce/objects/frame_info_reduce_object.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/source_info_reduce_object.h"
-#include "reduce/filters/filter_factory.h"
+#include "reduce/pixels/abate_cfg_reduce_object.h"
+#include "reduce/pixels/correction_cfg_reduce_object.h"
+#include "reduce/pixels/correction_reduce_object.h"
 
 namespace ovix::reduce {
 
 namespace {
 
 constexpr bool (*kBuiltins[])() = {
+    CAbateCfgReduceObject::Register,          // metadata object "AbateCfg"
+    CCorrectionCfgReduceObject::Register,     // metadata object "CorrectionCfg"
+    CCorrectionReduceObject::Register,        // metadata object "Correction"
     CFOVReduceObject::Register,               // metadata object "FOV"
     CFrameHeaderReduceObject::Register,       // metadata object "FrameHeader"
     CFrameInfoReduceObject::Register,         // metadata object "FrameInfo"
     CObjectParametersReduceObject::Register,  // metadata object "ObjectParameters"
     CSourceInfoReduceObject::Register,        // metadata object "SourceInfo"
+    CCurlewCameraInfoReduceObject::Register,  // metadata object "CurlewCameraInfo"
+    CCurlewFactoryCalReduceObject::Register,  // metadata object "CurlewFactoryCal"
 };
 
 /// A result of false says that a plug-in was first; nobody needs it.
