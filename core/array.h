@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <initializer_list>
@@ -26,12 +28,14 @@ class TArray {
   public:
     TArray() = default;
     /// An array of `n` new elements.
-    explicit TArray(u32 n) { Require(SetSize(n)); }
-    TArray(std::initializer_list<T> elements) {
-        Require(Dimension(static_cast<u32>(elements.size())));
-        for (const T& element : elements) Append(element);
+    explicit TArray(u32 n) : TArray() { Require(SetSize(n)); }
+    TArray(std::initializer_list<T> elements) : TArray() {
+        Require(CopyOf(elements.begin(), static_cast<u32>(elements.size())));
     }
-    TArray(const TArray& other) : growth_(other.growth_) { Require(Copy(other)); }
+    TArray(const TArray& other) : TArray() {
+        growth_ = other.growth_;
+        Require(Copy(other));
+    }
     TArray(TArray&& other) noexcept { Exchange(other); }
     virtual ~TArray() { Destroy(); }
 
@@ -47,13 +51,7 @@ class TArray {
         return *this;
     }
     /// Replaces the content by a copy of the other's elements.
-    bool Copy(const TArray& other) {
-        if (this == &other) return true;
-        if (!Dimension(other.count_)) return false;
-        Empty();
-        for (u32 i = 0; i < other.count_; ++i) Append(other.data_[i]);
-        return true;
-    }
+    bool Copy(const TArray& other) { return this == &other || CopyOf(other.data_, other.count_); }
     bool MakeDuplicate(const TArray& other) { return Copy(other); }
     /// An array of the first n of the arguments.
     template <class... Args>
@@ -66,6 +64,7 @@ class TArray {
     /// Makes room for n elements. With a growth rate g below 65535 the new capacity is (n / g + 1) * g, always beyond
     /// n; otherwise it doubles. A rate of 0 is not supported.
     bool Dimension(u32 n) {
+        static_assert(alignof(T) <= alignof(std::max_align_t), "the process heap aligns no further");
         if (n <= capacity_) return true;
         u64 capacity = capacity_ == 0 ? 1 : capacity_;
         if (growth_ >= 65535) {
@@ -73,7 +72,7 @@ class TArray {
         } else {
             capacity = (u64{n} / growth_ + 1) * growth_;
         }
-        if (capacity > ~u32{0} || capacity > ~std::size_t{0} / sizeof(T)) return false;
+        if (capacity > kMost || capacity > ~std::size_t{0} / sizeof(T)) return false;
         void* data = Realloc(static_cast<void*>(data_), static_cast<std::size_t>(capacity) * sizeof(T));
         if (!data) return false;
         data_ = static_cast<T*>(data);
@@ -99,13 +98,14 @@ class TArray {
     }
 
     bool Add(const T& element) {
-        if (count_ < capacity_) {
-            Append(element);
-            return true;
+        if (count_ == capacity_) {
+            T copy(element);  // the element may live in this very array
+            if (count_ == kMost || !Dimension(count_ + 1)) return false;
+            std::construct_at(data_ + count_, std::move(copy));
+        } else {
+            std::construct_at(data_ + count_, element);
         }
-        T copy(element);  // the element may live in this very array
-        if (!Dimension(count_ + 1)) return false;
-        std::construct_at(data_ + count_++, std::move(copy));
+        ++count_;
         return true;
     }
     bool push_back(const T& element) { return Add(element); }
@@ -113,15 +113,14 @@ class TArray {
     bool Insert(const T& element, u32 index) { return Insert(element, index, 1); }
     /// Puts n copies before the element at index; an index past the end grows the array as far as needed.
     bool Insert(const T& element, u32 index, u32 n) {
-        T copy(element);
-        if (!OpenGap(index, n)) return false;
-        for (u32 i = 0; i < n; ++i) std::construct_at(data_ + index + i, copy);
-        return true;
+        TArray copies;
+        if (!copies.Dimension(n)) return false;
+        for (u32 i = 0; i < n; ++i) copies.Add(element);
+        return Splice(copies, index);
     }
     bool Insert(u32 index) {
-        if (!OpenGap(index, 1)) return false;
-        std::construct_at(data_ + index);
-        return true;
+        TArray fresh;
+        return fresh.SetSize(1) && Splice(fresh, index);
     }
 
     bool Remove(u32 index) { return Remove(index, 1); }
@@ -137,23 +136,24 @@ class TArray {
 
     bool Replace(const T& element, u32 index) {
         T copy(element);
-        if (index >= count_ && (index == ~u32{0} || !ImplicitAddition(index + 1))) return false;
+        if (!Hold(index)) return false;
         data_[index] = std::move(copy);
         return true;
     }
     bool Swap(u32 i, u32 j) {
-        const u32 last = i > j ? i : j;
-        if (last >= count_ && (last == ~u32{0} || !ImplicitAddition(last + 1))) return false;
+        if (!Hold(std::max(i, j))) return false;
         if (i != j) std::swap(data_[i], data_[j]);
         return true;
     }
     /// Takes the element at `from` out and puts it back so that it stands at `to`.
     bool Move(u32 from, u32 to) {
-        const u32 last = from > to ? from : to;
-        if (last >= count_ && (last == ~u32{0} || !ImplicitAddition(last + 1))) return false;
-        T element(std::move(data_[from]));
-        Remove(from);
-        return Insert(element, to);
+        if (!Hold(std::max(from, to))) return false;
+        alignas(T) unsigned char element[sizeof(T)];
+        std::memcpy(element, static_cast<const void*>(data_ + from), sizeof(T));
+        if (from < to) MoveBytes(from, from + 1, to - from);
+        if (from > to) MoveBytes(to + 1, to, from - to);
+        std::memcpy(static_cast<void*>(data_ + to), element, sizeof(T));
+        return true;
     }
 
     /// Destroys all elements; the capacity stays.
@@ -174,7 +174,7 @@ class TArray {
     }
     const T& operator[](u32 index) const { return ConstGetItem(index); }
     T& GetItem(u32 index) {
-        if (index >= count_) Require(index != ~u32{0} && ImplicitAddition(index + 1));
+        if (index >= count_) Require(Hold(index));
         return data_[index];
     }
     T& operator[](u32 index) { return GetItem(index); }
@@ -227,13 +227,20 @@ class TArray {
     }
 
   private:
+    static constexpr u32 kMost = ~u32{0};
+
     static void Require(bool done) {
         if (!done) throw std::bad_alloc();
     }
-    void Append(const T& element) {
-        std::construct_at(data_ + count_, element);
-        ++count_;
+    bool CopyOf(const T* elements, u32 n) {
+        if (!Dimension(n)) return false;
+        Empty();
+        std::uninitialized_copy_n(elements, n, data_);
+        count_ = n;
+        return true;
     }
+    /// Grows the array so that there is an element at `index`.
+    bool Hold(u32 index) { return index < count_ || (index < kMost && ImplicitAddition(index + 1)); }
     void Truncate(u32 n) {
         if (n >= count_) return;
         std::destroy(data_ + n, data_ + count_);
@@ -242,13 +249,16 @@ class TArray {
     void MoveBytes(u32 to, u32 from, u32 n) {
         if (n) std::memmove(static_cast<void*>(data_ + to), static_cast<const void*>(data_ + from), n * sizeof(T));
     }
-    /// Room for n elements at index, counted as present but not constructed.
-    bool OpenGap(u32 index, u32 n) {
+    /// Moves all elements of another array in before the element at index.
+    bool Splice(TArray& other, u32 index) {
+        const u32 n = other.count_;
         const u32 behind = index < count_ ? count_ - index : 0;
         const u64 total = u64{index} + behind + n;
-        if (total > ~u32{0} || !Dimension(static_cast<u32>(total))) return false;
-        if (index > count_) ImplicitAddition(index);
+        if (total > kMost || !Dimension(static_cast<u32>(total))) return false;
+        ImplicitAddition(index);
         MoveBytes(index + n, index, behind);
+        if (n) std::memcpy(static_cast<void*>(data_ + index), static_cast<const void*>(other.data_), n * sizeof(T));
+        other.count_ = 0;
         count_ = static_cast<u32>(total);
         return true;
     }

@@ -7,12 +7,14 @@
 namespace ovix {
 
 u32 CCalcCRC32File::Write(const void* data, u32 size) {
+    if (!size) return 0;  // a null buffer would start zlib's sum again
     crc_ = static_cast<u32>(::crc32(crc_, static_cast<const Bytef*>(data), size));
     size_ += size;
     return size;
 }
 
 bool CalcCRC32(u32& crc, TSharedPtr<IFile> file) {
+    if (!file) return false;
     CCalcCRC32File sum;
     u8 block[16384];
     for (u64 left = file->GetRemaining(); left;) {

@@ -1,6 +1,7 @@
 #include "core/file.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "core/array.h"
 
@@ -9,6 +10,7 @@ namespace ovix {
 IFile::~IFile() = default;
 
 bool IFile::Flush() { return true; }
+bool IFile::Close() { return Flush(); }
 
 bool IFile::ReadBytes(void* data, u32 n) { return Read(data, n) == n; }
 bool IFile::WriteBytes(const void* data, u32 n) { return Write(data, n) == n; }
@@ -63,7 +65,7 @@ bool IFile::GetFixedLengthString(char* dest, u32 n) {
 }
 
 bool IFile::PutFixedLengthString(const char* text, u32 n) {
-    const u32 length = static_cast<u32>(std::min<std::size_t>(std::strlen(text), n));
+    const u32 length = static_cast<u32>(::strnlen(text, n));
     return WriteBytes(text, length) && WriteZeros(n - length);
 }
 

@@ -23,8 +23,11 @@ class OVIX_API IFile {
     virtual u32 Read(void* data, u32 size) = 0;
     virtual u64 GetPosition() = 0;
     virtual bool Seek(i64 offset, int origin) = 0;
-    /// Hands what is buffered to the medium.
+    /// Hands what is buffered to the system. False when a byte written so far was lost.
     virtual bool Flush();
+    /// Flushes and gives the file up: nothing else works afterwards. False when a byte was lost, which some media find
+    /// out only now. A file that is just dropped is closed too, and nobody learns.
+    virtual bool Close();
 
     /// True only if all n bytes moved.
     bool ReadBytes(void* data, u32 n);
@@ -60,7 +63,7 @@ class OVIX_API IFile {
 
     /// n bytes of the file and a terminator behind them: `dest` has room for n + 1.
     bool GetFixedLengthString(char* dest, u32 n);
-    /// Exactly n bytes: the text cut to n, then zeros.
+    /// Exactly n bytes: the text cut to n, then zeros. A text of n bytes and more needs no terminator.
     bool PutFixedLengthString(const char* text, u32 n);
     /// A string of variable length: a 32-bit byte count, then UTF-8. A count beyond what remains fails.
     bool GetString(CString& text);

@@ -4,46 +4,60 @@
 #include <cwchar>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 namespace ovix {
 
 namespace {
 
+/// A write error sticks: the system may report it once only, and perhaps on behalf of bytes taken much earlier.
 class CDiskFile final : public IFile {
   public:
     explicit CDiskFile(std::FILE* file) : file_(file) {}
     CDiskFile(const CDiskFile&) = delete;
     CDiskFile& operator=(const CDiskFile&) = delete;
-    ~CDiskFile() override { std::fclose(file_); }
+    ~CDiskFile() override { CDiskFile::Close(); }
 
     u32 Write(const void* data, u32 size) override {
-        if (!Turn(kWriting)) return 0;
-        return static_cast<u32>(std::fwrite(data, 1, size, file_));
+        if (!size || !Turn(kWriting)) return 0;
+        const auto written = static_cast<u32>(std::fwrite(data, 1, size, file_));
+        Check(written == size);
+        return written;
     }
     u32 Read(void* data, u32 size) override {
-        if (!Turn(kReading)) return 0;
+        if (!size || !Turn(kReading)) return 0;
         return static_cast<u32>(std::fread(data, 1, size, file_));
     }
-    u64 GetPosition() override { return static_cast<u64>(::ftello(file_)); }
+    u64 GetPosition() override {
+        const off_t position = file_ ? ::ftello(file_) : 0;
+        return position > 0 ? static_cast<u64>(position) : 0;
+    }
     bool Seek(i64 offset, int origin) override {
+        if (!file_ || origin < FromStart || origin > FromEnd || !Flush()) return false;
         const int whence = origin == FromStart ? SEEK_SET : origin == FromCurrent ? SEEK_CUR : SEEK_END;
         last_ = kNothing;
-        return origin >= FromStart && origin <= FromEnd && ::fseeko(file_, offset, whence) == 0;
+        return ::fseeko(file_, offset, whence) == 0;
     }
-    bool Flush() override { return std::fflush(file_) == 0; }
+    bool Flush() override { return Check(!file_ || last_ != kWriting || std::fflush(file_) == 0); }
+    bool Close() override {
+        std::FILE* file = std::exchange(file_, nullptr);
+        return Check(!file || std::fclose(file) == 0);
+    }
 
   private:
     enum EOperation { kNothing, kReading, kWriting };
 
     /// A stream must be repositioned between a read and a write.
     bool Turn(EOperation next) {
-        const bool turned = last_ == kNothing || last_ == next || ::fseeko(file_, 0, SEEK_CUR) == 0;
+        if (!file_ || (last_ != next && !Seek(0, FromCurrent))) return false;
         last_ = next;
-        return turned;
+        return true;
     }
+    bool Check(bool done) { return good_ = good_ && done; }
 
     std::FILE* file_;
     EOperation last_ = kNothing;
+    bool good_ = true;
 };
 
 }  // namespace
@@ -70,17 +84,13 @@ void IFileSystem::GetDirectory(wchar_t* path) {
 }
 
 bool IFileSystem::WildcardMatch(const wchar_t* pattern, const wchar_t* name) {
-    const auto same = [](wchar_t a, wchar_t b) {
-        const wchar_t pair[2][2] = {{a, 0}, {b, 0}};
-        return EqualsNoCase(pair[0], pair[1]);
-    };
     const wchar_t* star = nullptr;  // the last star met, and where in the name its run ends so far
     const wchar_t* runEnd = nullptr;
     while (*name) {
         if (*pattern == L'*') {
             star = pattern++;
             runEnd = name;
-        } else if (*pattern == L'?' || same(*pattern, *name)) {
+        } else if (*pattern == L'?' || FoldCase(*pattern) == FoldCase(*name)) {
             ++pattern;
             ++name;
         } else if (star) {

@@ -50,8 +50,8 @@ class OVIX_API IFileSystem {
     static bool WildcardMatch(const wchar_t* pattern, const wchar_t* name);
 };
 
-/// The file system of the machine. Its files are buffered; what could not be written is reported by the write or
-/// `Flush` that found it out.
+/// The file system of the machine. Its files are buffered: bytes that could not be written are reported by a later
+/// write, `Flush` or `Close`, and by all that follow.
 class OVIX_API CFileSystem final : public IFileSystem {
   public:
     TSharedPtr<IFile> Open(const CString& path, u32 mode) override;

@@ -6,6 +6,13 @@
 
 namespace ovix {
 
+namespace {
+
+/// No machine has more, and sums of two such numbers do not wrap.
+constexpr u64 kMost = u64{1} << 48;
+
+}  // namespace
+
 CMemFile::~CMemFile() { Reset(); }
 
 void CMemFile::Attach(u8* buffer, u32 size, bool own) {
@@ -26,7 +33,7 @@ void CMemFile::Reset() {
 
 bool CMemFile::Reserve(u64 capacity) {
     if (capacity <= capacity_) return true;
-    if (fixed_ || capacity > (u64{1} << 48)) return false;
+    if (fixed_ || capacity > kMost) return false;
     capacity = std::max(capacity, capacity_ + capacity_ / 2);
     auto* grown = static_cast<u8*>(Realloc(data_, capacity));
     if (!grown) return false;
@@ -46,7 +53,7 @@ bool CMemFile::SetSize(i64 size) {
 
 u32 CMemFile::Write(const void* data, u32 size) {
     if (!size) return 0;
-    if (fixed_) size = static_cast<u32>(std::min<u64>(size, size_ > position_ ? size_ - position_ : 0));
+    if (fixed_) size = static_cast<u32>(std::min<u64>(size, capacity_ > position_ ? capacity_ - position_ : 0));
     const u64 end = position_ + size;
     if (!size || (end > size_ && !SetSize(static_cast<i64>(end)))) return 0;
     std::memcpy(data_ + position_, data, size);
@@ -65,7 +72,7 @@ bool CMemFile::Seek(i64 offset, int origin) {
     const u64 base = origin == FromStart ? 0 : origin == FromCurrent ? position_ : size_;
     if (offset < 0 && static_cast<u64>(-(offset + 1)) + 1 > base) return false;
     const u64 target = base + static_cast<u64>(offset);
-    if (origin < FromStart || origin > FromEnd || target > (u64{1} << 62)) return false;
+    if (origin < FromStart || origin > FromEnd || target > kMost) return false;
     position_ = target;
     return true;
 }

@@ -14,7 +14,8 @@ class OVIX_API CMemFile final : public IFile {
 
     /// Works on a caller's buffer of fixed size, which is freed with `Free` at the end when `own` is set.
     void Attach(u8* buffer, u32 size, bool own);
-    /// New bytes are zero. False when memory fails or the buffer is the caller's and too small.
+    /// New bytes are zero; a position past the end moves to the end. False when memory fails, or when the buffer is
+    /// the caller's and too small. A caller's buffer that was made smaller can be written full again.
     bool SetSize(i64 size);
     u8* GetData() { return data_; }
     u64 GetSize() const { return size_; }

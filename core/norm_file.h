@@ -1,7 +1,5 @@
 #pragma once
 
-#include <memory>
-
 #include "core/file_system.h"
 
 namespace ovix {
@@ -20,26 +18,24 @@ struct BPINFO {
 };
 
 /// A file with one table of the non-uniformity correction: gains, offsets or bad pixels (`docs/formats/norm_file.md`).
+/// A value: copies are independent. Empty until it is loaded.
 class OVIX_API CNormFile {
   public:
-    CNormFile();
-    CNormFile(const CNormFile&) = delete;
-    CNormFile& operator=(const CNormFile&) = delete;
-    ~CNormFile();
-
-    /// False, with the object as it was, for a file that cannot be read, is damaged or of another format.
+    /// False, with the object as it was, for a file that cannot be read, is damaged or of another format. An entry of
+    /// the map that lies beyond the table becomes the pixel itself.
     bool Load(IFileSystem* fileSystem, const wchar_t* path);
 
-    FILE_TYPE GetType() const;
-    u32 xPixels() const;
-    u32 yPixels() const;
-    u16 GetPreset() const;
+    FILE_TYPE GetType() const { return type_; }
+    u32 xPixels() const { return width_; }
+    u32 yPixels() const { return height_; }
+    u16 GetPreset() const { return preset_; }
     /// Width times height elements, owned by this object; null when the file holds another table.
-    float* GetGains();
-    i16* GetOffsets();
-    BPINFO GetBadPixels();
+    float* GetGains() { return gains_.data(); }
+    i16* GetOffsets() { return offsets_.data(); }
+    BPINFO GetBadPixels() { return {mask_.data(), map_.data()}; }
 
-    /// True when the file stands whole.
+    /// True when the file stands whole on the medium. Otherwise what stands at the path is no file that `Load` takes.
+    /// False also for a table without pixels or of 4 GiB and more, with nothing written.
     static bool SaveGainTable(IFileSystem* fileSystem, const wchar_t* path, u16 width, u16 height, u16 preset,
                               const float* gain);
     static bool SaveOffsetTable(IFileSystem* fileSystem, const wchar_t* path, u16 width, u16 height, u16 preset,
@@ -48,8 +44,16 @@ class OVIX_API CNormFile {
                                   const u8* mask, const u32* map);
 
   private:
-    struct SContent;
-    std::unique_ptr<SContent> content_;
+    bool LoadTables(class CSealedReader& reader);
+
+    FILE_TYPE type_ = GainTable;
+    u32 width_ = 0;
+    u32 height_ = 0;
+    u16 preset_ = 0;
+    TArray<float> gains_;
+    TArray<i16> offsets_;
+    TArray<u8> mask_;
+    TArray<u32> map_;
 };
 
 }  // namespace ovix

@@ -20,15 +20,10 @@ class OVIX_API CRCalFile {
   public:
     static constexpr int PresetCount = 8;
 
-    CRCalFile();
-    CRCalFile(const CRCalFile&);
-    CRCalFile& operator=(const CRCalFile&);
-    ~CRCalFile();
-
     /// Back to an empty calibration.
     void DefaultCal();
     /// At the file's position. A damaged record fails and leaves the calibration as it was; no size in it is believed
-    /// before it is held against what remains in the file.
+    /// before it is held against what remains in the file. There are no flags.
     bool Load(TSharedPtr<IFile> file, u32 flags);
     bool Save(TSharedPtr<IFile> file, u32 flags) const;
 
@@ -39,11 +34,11 @@ class OVIX_API CRCalFile {
     /// 0 for none.
     bool GetTempPolyOrder(int preset, int& order) const;
     bool GetTempCoefficients(int preset, TArray<double>& coefficients) const;
-    /// Radiances with their temperatures in ascending degrees Celsius; empty for none.
+    /// Ascending radiances with their temperatures in degrees Celsius; empty for none.
     bool GetLookup(int preset, TArray<double>& radiances, TArray<double>& temperatures) const;
     bool GetBackgroundType(int preset, BACKGROUND_TYPE& type) const;
     bool GetBackgroundValue(int preset, double& value) const;
-    /// The checksum of the per-pixel background for frames of that size; false when there is none.
+    /// The checksum of the per-pixel background for frames of that size.
     bool GetBackgroundFileCRC(int preset, u32 width, u32 height, u32& crc) const;
     bool GetBackgroundFile(int preset, u32 width, u32 height, TArray<double>& background) const;
     /// The band in micrometres.
@@ -51,19 +46,46 @@ class OVIX_API CRCalFile {
 
     // Each setter is false for a preset beyond 7 or arguments that make no calibration, which changes nothing.
 
-    /// `order` is the order code of the radiance kernels; a polynomial of order n has n + 1 coefficients.
+    /// `order` is the order code of the radiance kernels: a polynomial of order n has n + 1 coefficients, and so have
+    /// the two linear forms with a background, -1 and -2, two.
     bool SetPolynomial(int preset, int order, const TArray<double>& coefficients);
+    /// From order 1 upward; order 0 without coefficients for none.
     bool SetTempPolynomial(int preset, int order, const TArray<double>& coefficients);
+    /// Pairs in strictly ascending order of the radiance; two empty arrays for none.
     bool SetLookup(int preset, const TArray<double>& radiances, const TArray<double>& temperatures);
+    bool SetNoBackground(int preset);
     bool SetBackgroundValue(int preset, double value);
+    /// `width` times `height` values for frames of that size, beside those for frames of other sizes.
     bool SetBackgroundFile(int preset, u32 width, u32 height, const TArray<double>& background);
     bool SetBandpass(double low, double high);
 
   private:
-    struct SPreset;
-    TArray<SPreset>* presets_ = nullptr;
-    double lowWave_ = 0;
+    /// The background of each pixel, for frames of one size.
+    struct SPixelBackground {
+        u32 width = 0;
+        u32 height = 0;
+        TArray<double> values;
+        u32 crc = 0;  ///< of the values as they are stored
+    };
+    struct SPreset {
+        i32 order = 0;  ///< means something only with coefficients
+        TArray<double> coefficients;
+        TArray<double> tempCoefficients;
+        TArray<double> radiances;
+        TArray<double> temperatures;
+        u32 backgroundType = NoBackground;
+        double background = 0;
+        TArray<SPixelBackground> pixelBackgrounds;
+
+        const SPixelBackground* Find(u32 width, u32 height) const;
+    };
+    struct SRules;
+
+    static bool IsPreset(int preset) { return preset >= 0 && preset < PresetCount; }
+
+    double lowWave_ = 0;  ///< both are 0 for none
     double highWave_ = 0;
+    SPreset presets_[PresetCount];
 };
 
 }  // namespace ovix

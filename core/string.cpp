@@ -4,6 +4,8 @@
 #include <utf8.h>
 
 #include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
 #include <cwchar>
 #include <iterator>
 #include <new>
@@ -44,9 +46,8 @@ std::string Narrow(const wchar_t* text, std::size_t length) {
     return narrow;
 }
 
-constexpr wchar_t FoldCase(wchar_t c) { return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + (L'a' - L'A')) : c; }
-
-/// The directives as the C library here wants them: wide `%s`, no `I64`.
+/// The directives as the C library here wants them: wide `%s`, no `I64`. What is no directive is doubled, so that it
+/// prints as it stands and takes no argument.
 std::wstring ToNativeFormat(const wchar_t* format) {
     std::wstring native;
     for (const wchar_t* p = format; *p;) {
@@ -54,21 +55,20 @@ std::wstring ToNativeFormat(const wchar_t* format) {
             native += *p++;
             continue;
         }
-        native += *p++;
-        while (*p && std::wcschr(L"-+ #0123456789.*", *p)) native += *p++;
-        if (std::wcsncmp(p, L"I64", 3) == 0) {
-            native += L"ll";
-            p += 3;
-        }
-        if (*p == L's') {
-            native += L"ls";
+        const wchar_t* kind = p + 1 + std::wcsspn(p + 1, L"-+ #0123456789.*");
+        const bool is64Bit = std::wcsncmp(kind, L"I64", 3) == 0;
+        std::wstring length(is64Bit ? L"ll" : L"");
+        if (is64Bit) kind += 3;
+        while (*kind && std::wcschr(L"hlz", *kind)) length += *kind++;
+        if (!*kind || !std::wcschr(L"%cdiouxXeEfFgGaApsS", *kind)) {
+            native += L"%%";
             ++p;
-        } else if (*p == L'S') {
-            native += L's';
-            ++p;
-        } else if (*p) {
-            native += *p++;
+            continue;
         }
+        if (*kind == L's' && length.empty()) length = L"l";
+        native.append(p, std::wcsspn(p + 1, L"-+ #0123456789.*") + 1) += length;
+        native += *kind == L'S' ? L's' : *kind;
+        p = kind + 1;
     }
     return native;
 }
@@ -83,7 +83,9 @@ class CNeutralLocale {
 
   private:
     static locale_t Neutral() {
-        static const locale_t neutral = newlocale(LC_ALL_MASK, "C", nullptr);
+        // Narrow arguments are UTF-8; where the C library lacks that locale, they are ASCII.
+        static const locale_t utf8 = newlocale(LC_ALL_MASK, "C.UTF-8", nullptr);
+        static const locale_t neutral = utf8 ? utf8 : newlocale(LC_ALL_MASK, "C", nullptr);
         return neutral;
     }
     locale_t before_;
@@ -146,6 +148,7 @@ wchar_t* CString::GetBuffer(int size) {
     std::wmemcpy(buffer, *this, length_ < room ? length_ : room);
     Free(text_);
     text_ = buffer;
+    if (length_ > room) length_ = static_cast<u32>(room);
     DropUTF8();
     return text_;
 }
@@ -176,50 +179,24 @@ bool CString::EndsWithNoCase(const wchar_t* end) const {
 
 CString CString::FromFormat(const wchar_t* format, ...) {
     const CNeutralLocale neutral;
-    const std::wstring native = ToNativeFormat(format);
-    std::wstring text(128, L'\0');
-    for (;;) {
-        std::va_list arguments;
-        va_start(arguments, format);
-        const int n = std::vswprintf(text.data(), text.size(), native.c_str(), arguments);
-        va_end(arguments);
-        if (n >= 0) return CString(text.c_str(), n);
-        if (text.size() > (std::size_t{1} << 24)) return CString();  // a directive that cannot be formatted
-        text.resize(text.size() * 4);
-    }
+    wchar_t* text = nullptr;
+    std::size_t length = 0;
+    std::FILE* stream = ::open_wmemstream(&text, &length);
+    if (!stream) throw std::bad_alloc();
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vfwprintf(stream, ToNativeFormat(format).c_str(), arguments);
+    va_end(arguments);
+    std::fclose(stream);
+    const CString formatted(text, static_cast<int>(length));
+    std::free(text);
+    return formatted;
 }
 
 CString operator+(const CString& a, const wchar_t* b) {
     std::wstring joined(a.c_str(), static_cast<std::size_t>(a.length()));
     joined += b;
     return CString(joined.data(), static_cast<int>(joined.size()));
-}
-
-CStringMB::CBytes::CBytes(const CBytes& other) { Assign(other.c_str(), other.length_); }
-CStringMB::CBytes::CBytes(CBytes&& other) noexcept
-    : data_(std::exchange(other.data_, nullptr)), length_(std::exchange(other.length_, 0)) {}
-CStringMB::CBytes& CStringMB::CBytes::operator=(CBytes other) noexcept {
-    std::swap(data_, other.data_);
-    std::swap(length_, other.length_);
-    return *this;
-}
-CStringMB::CBytes::~CBytes() { Free(data_); }
-void CStringMB::CBytes::Assign(const char* text, std::size_t length) {
-    auto* copy = static_cast<char*>(AllocOrThrow(length + 1));
-    std::char_traits<char>::copy(copy, text, length);
-    copy[length] = 0;
-    Free(data_);
-    data_ = copy;
-    length_ = static_cast<u32>(length);
-}
-
-CStringMB::CStringMB(const wchar_t* text) {
-    if (!text) return;
-    const std::string narrow = Narrow(text, std::wcslen(text));
-    text_.Assign(narrow.data(), narrow.size());
-}
-void CStringMB::Copy(const char* text, int length) {
-    text_.Assign(text, length < 0 ? std::char_traits<char>::length(text) : static_cast<std::size_t>(length));
 }
 
 bool EqualsNoCase(const wchar_t* a, const wchar_t* b) {
@@ -243,6 +220,7 @@ CString ChangeExtension(const CString& path, const CString& extension) {
     const std::size_t dot = text.rfind(L'.');
     const std::size_t slash = text.find_last_of(L"/\\");
     if (dot != std::wstring::npos && (slash == std::wstring::npos || dot > slash)) text.resize(dot);
+    if (!extension.IsEmpty() && *extension.c_str() != L'.') text += L'.';
     return CString(text.c_str()) + extension;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <string>
 
 #include "core/api.h"
 #include "core/types.h"
@@ -41,7 +42,7 @@ class OVIX_API CString {
     bool EndsWithNoCase(const wchar_t* end) const;
 
     /// printf-style, with `%s` taking a wide string, `%S` a narrow one and `%I64d` a 64-bit number. Decimal points are
-    /// points in every locale.
+    /// points in every locale. A directive that makes no sense stands as it is written.
     static CString FromFormat(const wchar_t* format, ...);
 
     friend bool operator==(const CString& a, const CString& b) { return a.Equals(b); }
@@ -58,37 +59,25 @@ class OVIX_API CString {
 
 OVIX_API CString operator+(const CString& a, const wchar_t* b);
 
-/// A narrow string value in UTF-8.
+/// A narrow string value: valid UTF-8, up to the first zero.
 class OVIX_API CStringMB {
   public:
     CStringMB() = default;
-    CStringMB(const wchar_t* text);
+    CStringMB(const wchar_t* text) : text_(text) {}
 
     /// A length of -1 means up to the terminator.
-    void Copy(const char* text, int length = -1);
-    int length() const { return text_.length(); }
-    const char* c_str() const { return text_.c_str(); }
+    void Copy(const char* text, int length = -1) { text_ = CString(text, length); }
+    /// In bytes.
+    int length() const { return static_cast<int>(std::char_traits<char>::length(c_str())); }
+    const char* c_str() const { return text_.GetUTF8(); }
     operator const char*() const { return c_str(); }
 
   private:
-    /// Owned bytes with a terminator; movable bytewise.
-    class CBytes {
-      public:
-        CBytes() = default;
-        CBytes(const CBytes& other);
-        CBytes(CBytes&& other) noexcept;
-        CBytes& operator=(CBytes other) noexcept;
-        ~CBytes();
-        void Assign(const char* text, std::size_t length);
-        int length() const { return static_cast<int>(length_); }
-        const char* c_str() const { return data_ ? data_ : ""; }
-
-      private:
-        char* data_ = nullptr;
-        u32 length_ = 0;
-    };
-    CBytes text_;
+    CString text_;
 };
+
+/// A Latin capital as its small letter, all else as it is.
+constexpr wchar_t FoldCase(wchar_t c) { return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + (L'a' - L'A')) : c; }
 
 /// Equal but for the case of Latin letters.
 OVIX_API bool EqualsNoCase(const wchar_t* a, const wchar_t* b);
@@ -98,7 +87,8 @@ OVIX_API void StrCpy(char* dest, const char* source, int size);
 
 namespace path {
 
-/// The path with another extension ("." included in `extension`), or with it appended where the file name has none.
+/// The path with another extension, or with it appended where the file name has none. The extension may come without
+/// its dot; an empty one takes the present one away.
 OVIX_API CString ChangeExtension(const CString& path, const CString& extension);
 
 }  // namespace path

@@ -1,5 +1,7 @@
 #include "core/typed_data.h"
 
+#include <iterator>
+
 namespace ovix::reduce {
 
 namespace {
