@@ -39,8 +39,8 @@ struct SWriteOptions {
     std::vector<SRegion> marks;
 };
 
-/// Writes frames one after the other; memory does not grow with their number. Nothing appears before `Finish`, and
-/// nothing at all without it. Failures throw `CAppError`.
+/// Writes frames one after the other; memory does not grow with their number. A file appears in `Finish`, whole,
+/// and not at all without it; but of several PNG files each appears as soon as it is drawn. Failures throw `CAppError`.
 class IFrameWriter {
   public:
     virtual ~IFrameWriter();

@@ -1,0 +1,112 @@
+#include "apps/ovix/output/npy_writer.h"
+
+#include <fmt/format.h>
+
+#include <bit>
+#include <cstring>
+
+#include "apps/ovix/output/data_writer.h"
+#include "apps/ovix/output/output_file.h"
+#include "apps/ovix/output/series_json.h"
+
+namespace ovix::app {
+namespace {
+
+static_assert(std::endian::native == std::endian::little, "planes are written as they lie in memory");
+
+template <class T>
+constexpr const char* kDescr = nullptr;
+template <>
+constexpr const char* kDescr<float> = "<f4";
+template <>
+constexpr const char* kDescr<u8> = "|u1";
+
+/// The header has a fixed size, so that the number of frames can be put in at the end.
+constexpr std::size_t kHeaderSize = 128;
+
+std::string Header(const char* descr, const std::string& shape) {
+    std::string header("\x93NUMPY\x01\x00\x00\x00", 10);
+    StoreLittle(reinterpret_cast<u8*>(header.data() + 8), static_cast<u16>(kHeaderSize - header.size()));
+    header += fmt::format("{{'descr': '{}', 'fortran_order': False, 'shape': ({}), }}", descr, shape);
+    header.resize(kHeaderSize - 1, ' ');
+    return header + '\n';
+}
+
+template <class T>
+class TNpyFile {
+  public:
+    TNpyFile(const std::filesystem::path& target, const SSeries& series, bool overwrite)
+        : file_(target, overwrite),
+          plane_(fmt::format("{}, {}", series.height, series.width)),
+          several_(series.frames > 1) {
+        WriteHeader();
+    }
+    void Add(const SPicture&, std::span<const T> plane) {
+        file_.Write(plane.data(), plane.size_bytes());
+        ++frames_;
+    }
+    void Complete() { WriteHeader(); }
+    void Commit() { file_.Commit(); }
+
+  private:
+    void WriteHeader() {
+        const std::string header = Header(kDescr<T>, several_ ? fmt::format("{}, {}", frames_, plane_) : plane_);
+        file_.WriteAt(0, header.data(), header.size());
+    }
+
+    COutputFile file_;
+    std::string plane_;
+    bool several_;
+    u64 frames_ = 0;
+};
+
+/// A JSON object whose last member, the list of frames, grows as they come.
+class CDescription {
+  public:
+    CDescription(const std::filesystem::path& target, const SSeries& series, bool overwrite)
+        : file_(target, overwrite) {
+        std::string head = DescribeSeries(series).dump(2);
+        head.erase(head.rfind("\n}"));
+        Write(head + ",\n  \"frames\": [");
+    }
+    void Add(const SPicture& picture) {
+        Write((first_ ? "\n    " : ",\n    ") + DescribeFrame(picture).dump());
+        first_ = false;
+    }
+    void Complete() { Write("\n  ]\n}\n"); }
+    void Commit() { file_.Commit(); }
+
+  private:
+    void Write(const std::string& text) { file_.Write(text.data(), text.size()); }
+
+    COutputFile file_;
+    bool first_ = true;
+};
+
+class CNpyWriter : public TDataWriter<TNpyFile> {
+  public:
+    CNpyWriter(const std::filesystem::path& target, const SSeries& series, bool overwrite)
+        : TDataWriter(target, series, overwrite),
+          description_(std::filesystem::path(target).replace_extension(".json"), series, overwrite) {}
+    void Add(const SPicture& picture) override {
+        TDataWriter::Add(picture);
+        description_.Add(picture);
+    }
+    void Finish() override {
+        description_.Complete();
+        TDataWriter::Finish();
+        description_.Commit();
+    }
+
+  private:
+    CDescription description_;
+};
+
+}  // namespace
+
+std::unique_ptr<IFrameWriter> MakeNpyWriter(const std::filesystem::path& target, const SSeries& series,
+                                            bool overwrite) {
+    return std::make_unique<CNpyWriter>(target, series, overwrite);
+}
+
+}  // namespace ovix::app

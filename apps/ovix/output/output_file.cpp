@@ -1,0 +1,159 @@
+#include "apps/ovix/output/output_file.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <system_error>
+
+#include "apps/ovix/app_error.h"
+
+namespace ovix::app {
+namespace {
+
+/// The names to be removed after an interrupt. A signal handler may only touch what needs no lock and no heap, so they
+/// stand in plain memory.
+struct SUnfinished {
+    std::atomic<bool> used{false};
+    char path[4096];
+};
+SUnfinished unfinished[32];
+pid_t owner = 0;
+
+int Register(const std::string& path) {
+    for (int i = 0; i < static_cast<int>(std::size(unfinished)); ++i) {
+        SUnfinished& slot = unfinished[i];
+        if (slot.used || path.size() >= sizeof slot.path) continue;
+        std::memcpy(slot.path, path.c_str(), path.size() + 1);
+        slot.used = true;
+        return i;
+    }
+    return -1;
+}
+
+void Unregister(int& slot) {
+    if (slot >= 0) unfinished[slot].used = false;
+    slot = -1;
+}
+
+extern "C" void EndInterrupted(int) {
+    if (::getpid() == owner) {  // a child that only decodes owns none of the files
+        for (SUnfinished& slot : unfinished) {
+            if (slot.used) ::unlink(slot.path);
+        }
+    }
+    ::_exit(ExitInterrupted);
+}
+
+std::string NameBeside(const std::filesystem::path& target) {
+    static std::atomic<unsigned> counter = 0;
+    const std::string name = fmt::format(".{}.{}-{}.part", target.filename().string(), ::getpid(), counter++);
+    return (target.parent_path() / name).string();
+}
+
+/// A rename that never replaces, also on file systems that cannot do it in one step.
+int RenameToFree(const char* from, const char* to) {
+    if (::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return 0;
+    if (errno != EINVAL && errno != ENOSYS) return -1;
+    return ::link(from, to) == 0 ? ::unlink(from) : -1;
+}
+
+/// The new name itself has to reach the medium. A file system that cannot say so is no failure.
+void SyncDirectory(const std::filesystem::path& directory) {
+    const int handle = ::open(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (handle < 0) return;
+    ::fsync(handle);
+    ::close(handle);
+}
+
+}  // namespace
+
+COutputFile::COutputFile(std::filesystem::path target, bool overwrite)
+    : target_(std::move(target)), overwrite_(overwrite) {
+    struct stat found;
+    if (::stat(target_.c_str(), &found) == 0) {
+        if (!S_ISREG(found.st_mode)) {
+            throw CAppError(ExitFile, fmt::format("{}: is no regular file, cannot replace it", target_.string()));
+        }
+        if (!overwrite_) {
+            throw CAppError(ExitFile, fmt::format("{}: exists already; --overwrite replaces it", target_.string()));
+        }
+    }
+    temporary_ = NameBeside(target_);
+    slot_ = Register(temporary_);
+    file_ = ::open(temporary_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (file_ < 0) {
+        Unregister(slot_);
+        Fail("create it");
+    }
+}
+
+COutputFile::~COutputFile() {
+    if (file_ >= 0) {
+        ::close(file_);
+        ::unlink(temporary_.c_str());
+    }
+    Unregister(slot_);
+}
+
+void COutputFile::Fail(const char* doing) {
+    const std::string reason = std::generic_category().message(errno);
+    throw CAppError(ExitFile, fmt::format("{}: cannot {}: {}", target_.string(), doing, reason));
+}
+
+void COutputFile::Write(const void* data, u64 size) { WriteAt(size_, data, size); }
+
+void COutputFile::WriteAt(u64 offset, const void* data, u64 size) {
+    const char* next = static_cast<const char*>(data);
+    while (size > 0) {
+        const ssize_t written = ::pwrite(file_, next, size, static_cast<off_t>(offset));
+        if (written < 0 && errno == EINTR) continue;
+        if (written == 0) errno = ENOSPC;
+        if (written <= 0) Fail("write");
+        next += written;
+        offset += static_cast<u64>(written);
+        size -= static_cast<u64>(written);
+        size_ = std::max(size_, offset);
+    }
+}
+
+u64 COutputFile::ReadAt(u64 offset, void* data, u64 size) {
+    u64 done = 0;
+    while (done < size) {
+        const ssize_t read =
+            ::pread(file_, static_cast<char*>(data) + done, size - done, static_cast<off_t>(offset + done));
+        if (read < 0 && errno == EINTR) continue;
+        if (read < 0) Fail("read back");
+        if (read == 0) break;
+        done += static_cast<u64>(read);
+    }
+    return done;
+}
+
+void COutputFile::Commit() {
+    if (::fsync(file_) != 0) Fail("write");
+    const int renamed =
+        overwrite_ ? ::rename(temporary_.c_str(), target_.c_str()) : RenameToFree(temporary_.c_str(), target_.c_str());
+    if (renamed != 0) Fail("put it into its place");
+    Unregister(slot_);
+    ::close(file_);
+    file_ = -1;
+    SyncDirectory(target_.parent_path());
+}
+
+void InstallInterruptCleanup() {
+    owner = ::getpid();
+    struct sigaction action = {};
+    action.sa_handler = EndInterrupted;
+    sigfillset(&action.sa_mask);
+    for (int signal : {SIGINT, SIGTERM, SIGHUP}) ::sigaction(signal, &action, nullptr);
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
+}  // namespace ovix::app
