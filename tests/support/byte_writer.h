@@ -34,7 +34,7 @@ class CByteWriter {
     }
     /// Zeros up to an offset from the start.
     CByteWriter& PadTo(std::size_t offset) {
-        bytes.resize(offset);
+        while (bytes.size() < offset) bytes.push_back(0);  // of a resize, g++ 12 warns without cause
         return *this;
     }
     CByteWriter& Zeros(std::size_t n) { return PadTo(bytes.size() + n); }
