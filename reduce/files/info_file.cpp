@@ -1,0 +1,195 @@
+#include "reduce/files/info_file.h"
+
+#include <cstring>
+
+#include "core/crc32_file.h"
+#include "core/mem_file.h"
+#include "reduce/files/object_block.h"
+#include "reduce/objects/reduce_object_factory.h"
+#include "reduce/objects/source_info_reduce_object.h"
+
+namespace ovix::reduce {
+
+namespace {
+
+/// The presets whose counts a recording keeps.
+constexpr u8 kCountedPresets = 4;
+
+constexpr SInfoFileBlock kFileHeader = {"QUOR KRT-LM File",
+                                        "{9C3C13F6-1A10-49C5-86C9-ACF8A928DCC6}"_guid,
+                                        4096,
+                                        IReduceObject::NoPreset,
+                                        IReduceObject::NoFrame,
+                                        0,
+                                        0,
+                                        0,
+                                        0,
+                                        0};
+
+/// The types whose blocks hold the bulky tables: correction and user calibration.
+bool HoldsTables(const GUID& type) {
+    return type == "{4AD3EFCE-D157-4203-BFC2-3979EE047FE4}"_guid ||
+           type == "{E5D7371A-BD64-448F-8240-6FDFA6FC0110}"_guid;
+}
+
+bool ReadFileHeader(const TSharedPtr<IFile>& file) {
+    SInfoFileBlock header;
+    return ReadInfoFileBlock(file, header) && std::memcmp(header.name, kFileHeader.name, sizeof header.name) == 0 &&
+           header.typeID == kFileHeader.typeID && header.version == kFileHeader.version &&
+           header.preset == kFileHeader.preset && header.frame == kFileHeader.frame &&
+           header.flags == kFileHeader.flags && header.size == kFileHeader.size && header.crc == kFileHeader.crc;
+}
+
+/// To the end of a block's data; false when that lies behind the end of the file.
+bool SeekBehind(const TSharedPtr<IFile>& file, const SInfoFileBlock& block) {
+    if (!file->Seek(static_cast<i64>(block.dataOffset), IFile::FromStart) || block.size > file->GetRemaining())
+        return false;
+    return file->Seek(static_cast<i64>(block.dataOffset + block.size), IFile::FromStart);
+}
+
+void SetIdentity(IReduceObject& object, const SInfoFileBlock& block) {
+    object.preset = block.preset;
+    object.frameNumber = block.frame;
+    object.valid = (block.flags & BlockValid) != 0;
+}
+
+void LoadObject(const TSharedPtr<IFile>& file, const SInfoFileBlock& block, CReduceObjectArray& array, u32 flags) {
+    const TSharedPtr<IReduceObject> object = reduceObjectFactory()->CreateByTypeID(block.typeID);
+    if (!object) return;
+    SetIdentity(*object, block);
+    if (object->Load(file, block.version, flags)) array.Add(object);
+    SetIdentity(*object, block);  // a `Load` that begins with `Default` cannot lose it
+}
+
+/// Calls `visit(block)` for every block behind the file header, which has been read; a visit may move the file.
+template <class Visitor>
+bool ForEachBlock(const TSharedPtr<IFile>& file, Visitor&& visit) {
+    while (file->GetRemaining() != 0) {
+        SInfoFileBlock block;
+        if (!ReadInfoFileBlock(file, block)) return false;
+        visit(block);
+        if (block.size == SInfoFileBlock::ToEndOfFile) return true;
+        if (!SeekBehind(file, block)) return false;
+    }
+    return true;
+}
+
+/// Opens a path and goes on with the file; false when it cannot be opened.
+template <class Operation>
+bool WithFile(IFileSystem* fileSystem, const CString& path, u32 mode, Operation&& operation) {
+    const TSharedPtr<IFile> file = fileSystem->Open(path, mode);
+    return file && operation(file);
+}
+
+}  // namespace
+
+bool CreateInfoFile(TSharedPtr<IFile> file) { return WriteInfoFileBlock(file, kFileHeader); }
+
+bool SaveInfoFile(TSharedPtr<IFile> file, CReduceObjectArray& array, u32 flags) {
+    if (!CreateInfoFile(file)) return false;
+    for (const TSharedPtr<IReduceObject>& object : array) {
+        if (!object || ((flags & PersistWithoutTables) && HoldsTables(object->GetTypeID()))) continue;
+        if (object->ShouldPersist(flags) && !WriteObjectBlock(file, *object, flags)) return false;
+    }
+    return true;
+}
+
+bool SaveInfoFile(CString path, CReduceObjectArray& array, u32 flags) {
+    return SaveInfoFile(FileSystem.GetInstance(), path, array, flags);
+}
+
+bool SaveInfoFile(IFileSystem* fileSystem, CString path, CReduceObjectArray& array, u32 flags) {
+    return WithFile(fileSystem, path, IFileSystem::CreateForWriting,
+                    [&](const TSharedPtr<IFile>& file) { return SaveInfoFile(file, array, flags) && file->Flush(); });
+}
+
+bool LoadInfoFile(TSharedPtr<IFile> file, CReduceObjectArray& array, InfoFileDirectory& blocks, u32 flags) {
+    if (!ReadFileHeader(file)) return false;
+    array.Reset();
+    blocks.Empty();
+    return ForEachBlock(file, [&](const SInfoFileBlock& block) {
+        if ((flags & PersistWithoutTables) && HoldsTables(block.typeID)) return;  // nor is it listed
+        LoadObject(file, block, array, flags);
+        blocks.Add(block);
+    });
+}
+
+bool LoadInfoFile(TSharedPtr<IFile> file, CReduceObjectArray& array, u32 flags) {
+    InfoFileDirectory ignored;
+    return LoadInfoFile(file, array, ignored, flags);
+}
+
+bool LoadInfoFile(CString path, CReduceObjectArray& array, u32 flags) {
+    return LoadInfoFile(FileSystem.GetInstance(), path, array, flags);
+}
+
+bool LoadInfoFile(CString path, CReduceObjectArray& array, InfoFileDirectory& blocks, u32 flags) {
+    return LoadInfoFile(FileSystem.GetInstance(), path, array, blocks, flags);
+}
+
+bool LoadInfoFile(IFileSystem* fileSystem, CString path, CReduceObjectArray& array, u32 flags) {
+    InfoFileDirectory ignored;
+    return LoadInfoFile(fileSystem, path, array, ignored, flags);
+}
+
+bool LoadInfoFile(IFileSystem* fileSystem, CString path, CReduceObjectArray& array, InfoFileDirectory& blocks,
+                  u32 flags) {
+    return WithFile(fileSystem, path, IFileSystem::OpenForReading,
+                    [&](const TSharedPtr<IFile>& file) { return LoadInfoFile(file, array, blocks, flags); });
+}
+
+bool ScanInfoFile(TSharedPtr<IFile> file, InfoFileDirectory& blocks, u32) {
+    if (!ReadFileHeader(file)) return false;
+    blocks.Empty();
+    return ForEachBlock(file, [&](const SInfoFileBlock& block) { blocks.Add(block); });
+}
+
+bool ScanInfoFile(CString path, InfoFileDirectory& blocks, u32 flags) {
+    return ScanInfoFile(FileSystem.GetInstance(), path, blocks, flags);
+}
+
+bool ScanInfoFile(IFileSystem* fileSystem, CString path, InfoFileDirectory& blocks, u32 flags) {
+    return WithFile(fileSystem, path, IFileSystem::OpenForReading,
+                    [&](const TSharedPtr<IFile>& file) { return ScanInfoFile(file, blocks, flags); });
+}
+
+namespace {
+
+bool PatchSourceInfo(const TSharedPtr<IFile>& file, SInfoFileBlock& block, const u32* counts, bool unpacked) {
+    CMemFile memory;
+    const TSharedPtr<IFile> data = BorrowShared<IFile>(memory);
+    const u32 size = static_cast<u32>(block.size);
+    if (size != block.size || !memory.SetSize(size)) return false;
+    if (!file->Seek(static_cast<i64>(block.dataOffset), IFile::FromStart) || !file->ReadBytes(memory.GetData(), size)) {
+        return false;
+    }
+    CSourceInfoReduceObject source;
+    if (!source.Load(data, block.version, 0)) return false;
+    // Patched as bytes, never saved anew: what a later version wrote into the record survives. Records of the older
+    // forms are too short for these two, and only get their CRC again.
+    CSourceInfoReduceObject::UpdateNumFrames(memory.GetData(), size, counts, kCountedPresets);
+    if (unpacked) {
+        CSourceInfoReduceObject::UpdatePacketing(memory.GetData(), size, source.frameWidth, source.frameHeight, 0);
+    }
+    memory.SeekToBegin();
+    CalcCRC32(block.crc, data);
+    file->Seek(static_cast<i64>(block.headerOffset), IFile::FromStart);
+    WriteInfoFileBlock(file, block);
+    file->WriteBytes(memory.GetData(), size);
+    return true;
+}
+
+}  // namespace
+
+bool UpdateInfoFile(TSharedPtr<IFile> file, const u32* counts, bool unpacked) {
+    InfoFileDirectory blocks;
+    file->SeekToBegin();
+    if (!ScanInfoFile(file, blocks, 0)) return false;
+    for (SInfoFileBlock& block : blocks) {
+        if (block.typeID == CSourceInfoReduceObject::typeID && !PatchSourceInfo(file, block, counts, unpacked))
+            return false;
+    }
+    return true;
+}
+
+}  // namespace ovix::reduce

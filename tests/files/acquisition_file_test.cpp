@@ -1,0 +1,138 @@
+#include "reduce/files/acquisition_file.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "core/mem_file.h"
+#include "core/pixel_types.h"
+#include "reduce/files/info_file.h"
+#include "reduce/objects/object_parameters_reduce_object.h"
+#include "reduce/objects/source_info_reduce_object.h"
+#include "support/byte_writer.h"
+
+namespace ovix::reduce {
+namespace {
+
+using test::CByteWriter;
+
+constexpr GUID kPixels = "{48A16EF9-457E-47E8-9F70-5495781A1B64}"_guid;
+constexpr GUID kWide = "{7D0A2D5C-0000-4000-8000-000000000001}"_guid;  // two bytes per pixel, of this test
+
+TSharedPtr<CSourceInfoReduceObject> AddSource(CReduceObjectArray& array) {
+    RegisterPixelType(kWide, L"Wide", 2, UInt16, rootIRType);
+    const auto source = array.GetSourceInfo(true);
+    source->pixelType = kWide;
+    source->width = source->frameWidth = source->packetWidth = 640;
+    source->height = source->frameHeight = 480;
+    source->packetHeight = 482;
+    source->packetExtra = 3;
+    return source;
+}
+
+CByteWriter PixelsBlock(u16 packetHeight, u16 packetExtra, u32 frameSize) {
+    CByteWriter w;
+    w.Text("Pixels", 32).Guid(kPixels).U32(0x10001).U8(255).U64(~u64{0}).U32(1).U64(~u64{0}).U32(0);
+    w.U32(512).U32(0x10001).U32(512).Guid(kWide).U16(2).U16(640).U16(480).U16(640).U16(480);
+    return w.U16(640).U16(packetHeight).U16(packetExtra).U32(frameSize).U32(frameSize).PadTo(77 + 512);
+}
+
+std::vector<u8> Last(CMemFile& file, std::size_t n) {
+    const u8* end = file.GetData() + file.GetSize();
+    return file.GetSize() < n ? std::vector<u8>() : std::vector<u8>(end - n, end);
+}
+
+TEST(AcquisitionFile, StartsWithTheMetadataAsTheSourcesOwnAndThePixelsBlock) {
+    for (const bool unpacked : {false, true}) {
+        CReduceObjectArray array;
+        AddSource(array);
+        array.GetObjectParameters(true)->fromSource = false;
+        CMemFile memory;
+        const TSharedPtr<IFile> file = BorrowShared<IFile>(memory);
+        ASSERT_TRUE(StartKRTFile(file, array, unpacked));
+        const CByteWriter expected = unpacked ? PixelsBlock(480, 0, 614400) : PixelsBlock(482, 3, 616960);
+        EXPECT_EQ(Last(memory, expected.bytes.size()), expected.bytes);
+
+        const u32 counts[4] = {2, 0, 0, 0};
+        ASSERT_TRUE(FinishKRTFile(file, counts, unpacked));
+        file->SeekToBegin();
+        CReduceObjectArray loaded;
+        InfoFileDirectory blocks;
+        ASSERT_TRUE(LoadInfoFile(file, loaded, blocks, 0));
+        EXPECT_TRUE(loaded.GetObjectParameters(false)->fromSource);
+        const auto source = loaded.GetSourceInfo(false);
+        EXPECT_EQ(source->presets[0].frameCount, 2u);
+        EXPECT_EQ(source->packetHeight, unpacked ? 480 : 482);
+        EXPECT_EQ(source->packetExtra, unpacked ? 0 : 3);
+        const SInfoFileBlock& last = blocks[blocks.size() - 1];
+        EXPECT_EQ(last.typeID, PixelsBlockTypeID);
+        SPixelsHeader header;
+        ASSERT_TRUE(ReadPixelsHeader(file, last.version, header));
+        EXPECT_EQ(header.packetHeight, unpacked ? 480 : 482);
+        EXPECT_EQ(file->GetRemaining(), 0u);
+        EXPECT_FALSE(ReadPixelsHeader(file, last.version, header));
+    }
+}
+
+TEST(AcquisitionFile, HeadersOfTheCallersGoInAsTheyStand) {
+    CReduceObjectArray array;
+    const auto source = AddSource(array);
+    SPixelsHeader header;
+    ASSERT_TRUE(InitPixelsHeader(header, source, false));
+    header.frameSize = 12345;
+    header.reserved1[0] = 7;
+    CMemFile memory;
+    ASSERT_TRUE(StartKRTFile(BorrowShared<IFile>(memory), array, header));
+    EXPECT_EQ(std::memcmp(Last(memory, 512).data(), &header, 512), 0);
+
+    CMemFile own;
+    ASSERT_TRUE(WritePixelsHeader(BorrowShared<IFile>(own), source, kWide, 99, true));
+    EXPECT_EQ(Last(own, 589), PixelsBlock(480, 0, 99).bytes);
+}
+
+TEST(AcquisitionFile, ReadsTheOldestRecord) {
+    CByteWriter w;
+    w.Guid(kWide)
+        .U16(2)
+        .U64(0xEEEEEEEEEEEEEEEE)
+        .U16(640)
+        .U16(480)
+        .U16(641)
+        .U16(481)
+        .U16(642)
+        .U16(482)
+        .U16(3)
+        .U32(614400);
+    w.Zeros(600);
+    CMemFile memory;
+    memory.WriteBytes(w.bytes.data(), static_cast<u32>(w.bytes.size()));
+    memory.SeekToBegin();
+    SPixelsHeader header;
+    std::memset(static_cast<void*>(&header), 0xFF, sizeof header);
+    ASSERT_TRUE(ReadPixelsHeader(BorrowShared<IFile>(memory), 0x10000, header));
+    EXPECT_EQ(memory.GetPosition(), 44u);
+    CByteWriter expected;
+    expected.U32(44).U32(0x10000).U32(44).Guid(kWide).U16(2).U16(640).U16(480).U16(641).U16(481).U16(642).U16(482).U16(
+        3);
+    expected.U32(614400).U32(614400).PadTo(512);
+    EXPECT_EQ(std::memcmp(&header, expected.bytes.data(), 512), 0);
+}
+
+TEST(PixelsHeader, FrameBlocksAreAddedOnceAndAtMostEightTimes) {
+    SPixelsHeader header = {};
+    header.frameBlocks[1].used = 1;  // a zero id in use is not free
+    GUID id = kWide;
+    for (const int expected : {0, 2, 3, 4, 5, 6, 7, -1}) {
+        id.data1++;
+        EXPECT_EQ(header.AddFrameBlock({id, 1, {}}), expected);
+    }
+    GUID first = kWide;
+    first.data1++;
+    EXPECT_EQ(header.AddFrameBlock({first, 1, {}}), -1);
+    EXPECT_EQ(header.FindFrameBlock(first), 0);
+    EXPECT_EQ(header.FindFrameBlock(id), -1);
+    EXPECT_EQ(header.FindFrameBlock(CGUID::Empty), 1);
+}
+
+}  // namespace
+}  // namespace ovix::reduce
