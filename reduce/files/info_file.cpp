@@ -26,11 +26,10 @@ constexpr SInfoFileBlock kFileHeader = {"QUOR KRT-LM File",
                                         0,
                                         0};
 
-/// The types whose blocks hold the bulky tables: correction and user calibration.
-bool HoldsTables(const GUID& type) {
-    return type == "{4AD3EFCE-D157-4203-BFC2-3979EE047FE4}"_guid ||
-           type == "{E5D7371A-BD64-448F-8240-6FDFA6FC0110}"_guid;
-}
+/// The types whose blocks hold the bulky tables, known by their ids alone: this layer rests on no class of theirs.
+constexpr GUID kCorrection = "{4AD3EFCE-D157-4203-BFC2-3979EE047FE4}"_guid;
+constexpr GUID kUserCalibration = "{E5D7371A-BD64-448F-8240-6FDFA6FC0110}"_guid;
+bool HoldsTables(const GUID& type) { return type == kCorrection || type == kUserCalibration; }
 
 bool ReadFileHeader(const TSharedPtr<IFile>& file) {
     SInfoFileBlock header;

@@ -1,7 +1,6 @@
 #include "reduce/files/info_file.h"
 
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include <algorithm>
 
@@ -24,8 +23,14 @@ constexpr GUID kCorrection = "{4AD3EFCE-D157-4203-BFC2-3979EE047FE4}"_guid;
 constexpr GUID kNobodys = "{00000001-0002-0003-0405-060708090A0B}"_guid;
 constexpr u64 kOpenEnd = ~u64{0};
 
+/// The reflected CRC-32, a bit at a time.
 u32 Crc(const std::vector<u8>& bytes) {
-    return static_cast<u32>(::crc32(0, bytes.data(), static_cast<uInt>(bytes.size())));
+    u32 crc = ~u32{0};
+    for (const u8 byte : bytes) {
+        crc ^= byte;
+        for (int bit = 0; bit < 8; ++bit) crc = (crc >> 1) ^ (crc & 1 ? 0xEDB88320u : 0);
+    }
+    return ~crc;
 }
 
 CByteWriter Header(std::string_view name, GUID id, u32 version, u8 preset, u32 flags, u64 size, u32 crc) {
