@@ -2,6 +2,7 @@
 
 /// Everything that `ovix.so` offers.
 #include "core/array.h"
+#include "core/byte_swap.h"
 #include "core/bytes.h"
 #include "core/convert_array.h"
 #include "core/crc32_file.h"
@@ -22,9 +23,11 @@
 #include "core/pixel_types.h"
 #include "core/rcal_file.h"
 #include "core/record.h"
+#include "core/rect.h"
 #include "core/rw_lock.h"
 #include "core/sealed_record.h"
 #include "core/shared_ptr.h"
+#include "core/shared_table.h"
 #include "core/singleton_ptr.h"
 #include "core/string.h"
 #include "core/typed_data.h"

@@ -10,9 +10,8 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <system_error>
 
-#include "apps/ovix/app_error.h"
+#include "apps/ovix/fault.h"
 
 namespace ovix::app {
 namespace {
@@ -79,10 +78,11 @@ COutputFile::COutputFile(std::filesystem::path target, bool overwrite)
     struct stat found;
     if (::stat(target_.c_str(), &found) == 0) {
         if (!S_ISREG(found.st_mode)) {
-            throw CAppError(ExitFile, fmt::format("{}: is no regular file, cannot replace it", target_.string()));
+            throw CFault({.exit = ExitFile, .file = target_.string(), .expected = "a regular file or none"});
         }
         if (!overwrite_) {
-            throw CAppError(ExitFile, fmt::format("{}: exists already; --overwrite replaces it", target_.string()));
+            throw CFault(
+                {.exit = ExitFile, .file = target_.string(), .problem = "exists already; --overwrite replaces it"});
         }
     }
     temporary_ = NameBeside(target_);
@@ -103,8 +103,7 @@ COutputFile::~COutputFile() {
 }
 
 void COutputFile::Fail(const char* doing) {
-    const std::string reason = std::generic_category().message(errno);
-    throw CAppError(ExitFile, fmt::format("{}: cannot {}: {}", target_.string(), doing, reason));
+    throw SystemFault(ExitFile, target_.string(), std::string("cannot ") + doing, errno);
 }
 
 void COutputFile::Write(const void* data, u64 size) { WriteAt(size_, data, size); }

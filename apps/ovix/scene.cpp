@@ -1,0 +1,136 @@
+#include "apps/ovix/scene.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace ovix::app {
+namespace {
+
+/// A point of the scene. The origin is the picture's centre, y grows downwards; the part that is always seen is 4/3
+/// wide and 1 high.
+struct SPlace {
+    double x;
+    double y;
+};
+
+constexpr SPlace kBearing{0.215, 0.02};
+constexpr double kBearingRadius = 0.062;
+constexpr double kPipeY = -0.37;
+constexpr double kPipeX = 0.535;
+constexpr double kPipeBend = 0.09;
+constexpr double kPipeRadius = 0.038;
+constexpr double kEdge = 0.004;  ///< optics are never quite sharp
+constexpr double kSecondsPerFrame = 0.02;
+
+/// 1 well inside (a distance below 0), 0 well outside.
+double Inside(double distance) {
+    const double t = std::clamp(0.5 - distance / (2 * kEdge), 0.0, 1.0);
+    return t * t * (3 - 2 * t);
+}
+
+double ToBox(SPlace p, SPlace centre, double halfWidth, double halfHeight, double corner) {
+    const double dx = std::abs(p.x - centre.x) - halfWidth + corner;
+    const double dy = std::abs(p.y - centre.y) - halfHeight + corner;
+    return std::hypot(std::max(dx, 0.0), std::max(dy, 0.0)) + std::min(std::max(dx, dy), 0.0) - corner;
+}
+
+double ToDisc(SPlace p, SPlace centre, double radius) { return std::hypot(p.x - centre.x, p.y - centre.y) - radius; }
+
+void Cover(double& kelvin, double distance, double own) { kelvin += (own - kelvin) * Inside(distance); }
+
+double Wall(SPlace p) {
+    const double warmAir = 3.4 * std::exp(-(p.x * p.x * 5 + (p.y + 0.22) * (p.y + 0.22) * 9));
+    return 293.2 - 2.4 * p.y + 0.5 * p.x + warmAir;
+}
+
+void AddFloor(double& kelvin, SPlace p) {
+    const double mirrored = 2.6 * std::exp(-((p.x + 0.05) * (p.x + 0.05) * 9 + (p.y - 0.33) * (p.y - 0.33) * 60));
+    Cover(kelvin, 0.31 - p.y, 290.4 + 2.0 * (p.y - 0.31) + mirrored);
+}
+
+/// Along the wall under the ceiling, round a bend and down: coldest on its axis, and a little warmer on its way.
+void AddPipe(double& kelvin, SPlace p) {
+    const SPlace bend{kPipeX - kPipeBend, kPipeY + kPipeBend};
+    double axis = std::min(p.x < bend.x ? std::abs(p.y - kPipeY) : 1e9, p.y > bend.y ? std::abs(p.x - kPipeX) : 1e9);
+    if (p.x >= bend.x && p.y <= bend.y) axis = std::abs(ToDisc(p, bend, kPipeBend));
+    const double way = p.y > bend.y ? 0.9 + p.y : p.x;
+    Cover(kelvin, axis - kPipeRadius, 284.0 + 0.9 * way + 2.2 * std::pow(axis / kPipeRadius, 2));
+    for (const SPlace flange : {SPlace{-0.36, kPipeY}, SPlace{0.14, kPipeY}}) {
+        Cover(kelvin, ToBox(p, flange, 0.014, kPipeRadius * 1.45, 0.004), 285.6);
+    }
+}
+
+void AddMotor(double& kelvin, SPlace p) {
+    for (double x : {-0.3, 0.02}) Cover(kelvin, ToBox(p, {x, 0.245}, 0.05, 0.07, 0.008), 303.0 - 14 * (p.y - 0.2));
+    const double towardsBearing = std::clamp((p.x + 0.4) / 0.6, 0.0, 1.0);
+    const double rounded = -5.0 * std::pow((p.y - 0.02) / 0.18, 4);
+    const double fins = 1.5 * std::cos(2 * std::numbers::pi * (p.y - 0.02) / 0.045);
+    Cover(kelvin, ToBox(p, {-0.14, 0.02}, 0.27, 0.185, 0.03), 315.5 + 9 * towardsBearing + rounded + fins);
+    Cover(kelvin, ToBox(p, {-0.2, -0.2}, 0.085, 0.05, 0.012), 307.0 + 2 * (p.x + 0.2));
+    Cover(kelvin, ToBox(p, {-0.43, 0.02}, 0.03, 0.165, 0.02), 309.0);
+    Cover(kelvin, ToBox(p, {0.145, 0.02}, 0.03, 0.15, 0.02), 327.5);
+}
+
+void AddShaftAndBearing(double& kelvin, SPlace p, double seconds) {
+    const double turned = 2 * std::numbers::pi * 0.8 * seconds;
+    const double decay = std::exp(-(p.x - kBearing.x) / 0.09);
+    Cover(kelvin, ToBox(p, {0.31, 0.02}, 0.13, 0.022, 0.004), 308.0 + 34 * std::min(decay, 1.0));
+    const double ridges = 1.1 * std::cos(std::asin(std::clamp((p.y - 0.02) / 0.09, -1.0, 1.0)) * 10 + turned);
+    Cover(kelvin, ToBox(p, {0.415, 0.02}, 0.032, 0.09, 0.012), 305.5 + ridges);
+
+    const double warmedUp = 4.0 * (1 - std::exp(-seconds / 20));
+    const double distance = ToDisc(p, kBearing, 0);
+    Cover(kelvin, distance - 0.1, 331.0 + 10 * std::exp(-(distance - kBearingRadius) / 0.03));
+    const double balls = 1.6 * std::cos(9 * std::atan2(p.y - kBearing.y, p.x - kBearing.x) - turned);
+    const double load = 2.0 * (p.y - kBearing.y) / kBearingRadius;
+    Cover(kelvin, distance - kBearingRadius, 349.0 + warmedUp + balls + load);
+    Cover(kelvin, distance - 0.024, 341.0 + warmedUp);
+}
+
+double Kelvin(SPlace p, double seconds) {
+    double kelvin = Wall(p);
+    AddFloor(kelvin, p);
+    AddPipe(kelvin, p);
+    AddMotor(kelvin, p);
+    AddShaftAndBearing(kelvin, p, seconds);
+    return kelvin;
+}
+
+/// Pixels for one unit of the scene.
+double Scale(u16 width, u16 height) { return std::min(width * 0.75, height * 1.0); }
+
+SRegion RegionAround(const char* name, SPlace centre, double halfWidth, double halfHeight, u16 width, u16 height) {
+    const double scale = Scale(width, height);
+    const auto pixel = [](double at, u16 end) { return static_cast<int>(std::clamp(std::floor(at), 0.0, end - 1.0)); };
+    const int left = pixel(width / 2.0 + (centre.x - halfWidth) * scale, width);
+    const int right = pixel(width / 2.0 + (centre.x + halfWidth) * scale, width);
+    const int top = pixel(height / 2.0 + (centre.y - halfHeight) * scale, height);
+    const int bottom = pixel(height / 2.0 + (centre.y + halfHeight) * scale, height);
+    return {name, static_cast<u16>(left), static_cast<u16>(top), static_cast<u16>(right - left + 1),
+            static_cast<u16>(bottom - top + 1)};
+}
+
+}  // namespace
+
+std::vector<float> RenderScene(u16 width, u16 height, u64 frame) {
+    const double scale = Scale(width, height);
+    const double seconds = static_cast<double>(frame) * kSecondsPerFrame;
+    std::vector<float> kelvin;
+    kelvin.reserve(std::size_t{width} * height);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const SPlace place{(x + 0.5 - width / 2.0) / scale, (y + 0.5 - height / 2.0) / scale};
+            kelvin.push_back(static_cast<float>(Kelvin(place, seconds)));
+        }
+    }
+    return kelvin;
+}
+
+std::vector<SRegion> SceneRegions(u16 width, u16 height) {
+    return {RegionAround("bearing", kBearing, 0.08, 0.08, width, height),
+            RegionAround("pipe", {-0.11, kPipeY}, 0.2, 0.022, width, height),
+            RegionAround("housing", {-0.17, 0.03}, 0.19, 0.12, width, height)};
+}
+
+}  // namespace ovix::app
