@@ -21,7 +21,7 @@ namespace ovix::reduce {
 
 /// The radiance of a black body at `temperatureC` degrees Celsius in the band from `lowWave` to `highWave` micrometres,
 /// times `scale`: Planck's law summed by the trapezoid rule in steps of 0.01 micrometres, to which the band is snapped
-/// downward. Watts per square metre and steradian. 0 for an empty band.
+/// downward. Watts per square centimetre and steradian. 0 for an empty band.
 OVIX_REDUCE_API double Radiance(double temperatureC, double lowWave, double highWave, double scale);
 
 /// The order code for one count, powers in double. 0 for a number that is no order.

@@ -1,0 +1,96 @@
+#include "reduce/pixels/counts_to_radiance.h"
+
+#include "reduce/pixels/radiance_law.h"
+
+namespace ovix::reduce {
+
+namespace {
+
+/// The single-record shape is the per-preset one with one record and no preset map: `presets` and `flags` null then
+/// mean record 0 with its per-pixel backgrounds.
+template <class Selection, class UsesPixels>
+bool Convert(STypedData source, STypedData destination, const u8* presets, const Selection& selection,
+             const UsesPixels& usesPixels, const SRadianceParams* params, const SCommonParams& common) {
+    if (!IsNumeric(source.type) || (destination.type != Flt32 && destination.type != Flt64)) return false;
+    const auto lawOf = [&](u8 p) {
+        const SRadianceParams& record = params[p];
+        const bool perPixel = record.backgrounds && usesPixels(p);
+        return SRadianceLaw{record.coefficients, record.order,
+                            perPixel ? CBackground(record.backgrounds) : CBackground(record.background),
+                            common.radianceScale};
+    };
+    ConvertCounts(destination, nullptr, source, presets, selection, EPowers::Double, lawOf);
+    return true;
+}
+
+template <class Selection>
+bool One(STypedData source, STypedData destination, const Selection& selection, const SRadianceParams& params,
+         const SCommonParams& common) {
+    return Convert(
+        source, destination, nullptr, selection, [](u8) { return true; }, &params, common);
+}
+
+/// The flags are looked at only for presets that occur: the caller's array may be short, and serves beyond four.
+template <class Selection>
+bool Each(STypedData source, STypedData destination, const u8* presets, const Selection& selection, const bool* flags,
+          const SRadianceParams* params, const SCommonParams& common) {
+    return Convert(
+        source, destination, presets, selection, [=](u8 p) { return flags && flags[p]; }, params, common);
+}
+
+}  // namespace
+
+bool CountsToRadiance(STypedData source, STypedData destination, u32 count, const SRadianceParams& params,
+                      const SCommonParams& common) {
+    return One(source, destination, SWhole{count}, params, common);
+}
+
+bool CountsToRadiance(STypedData source, STypedData destination, const u8* presets, u32 count,
+                      const bool* usePixelBackgrounds, const SRadianceParams* params, const SCommonParams& common) {
+    return Each(source, destination, presets, SWhole{count}, usePixelBackgrounds, params, common);
+}
+
+bool CountsToRadiance(STypedData source, STypedData destination, const u32* indices, u32 count,
+                      const SRadianceParams& params, const SCommonParams& common) {
+    return One(source, destination, SIndexList{indices, count}, params, common);
+}
+
+bool CountsToRadiance(STypedData source, STypedData destination, const u8* presets, const u32* indices, u32 count,
+                      const bool* usePixelBackgrounds, const SRadianceParams* params, const SCommonParams& common) {
+    return Each(source, destination, presets, SIndexList{indices, count}, usePixelBackgrounds, params, common);
+}
+
+bool CountsToRadiance(STypedData source, STypedData destination, u16 width, u16, SArea area,
+                      const SRadianceParams& params, const SCommonParams& common) {
+    return One(source, destination, SRectangle{width, area}, params, common);
+}
+
+bool CountsToRadiance(STypedData source, STypedData destination, const u8* presets, u16 width, u16, SArea area,
+                      const bool* usePixelBackgrounds, const SRadianceParams* params, const SCommonParams& common) {
+    return Each(source, destination, presets, SRectangle{width, area}, usePixelBackgrounds, params, common);
+}
+
+bool CountsToRadiance(STypedData source, STypedData destination, u16 width, u16, const TArray<SScanLine>& lines,
+                      const SRadianceParams& params, const SCommonParams& common) {
+    return One(source, destination, SLines{width, lines}, params, common);
+}
+
+bool CountsToRadiance(STypedData source, STypedData destination, const u8* presets, u16 width, u16,
+                      const TArray<SScanLine>& lines, const bool* usePixelBackgrounds, const SRadianceParams* params,
+                      const SCommonParams& common) {
+    return Each(source, destination, presets, SLines{width, lines}, usePixelBackgrounds, params, common);
+}
+
+bool CountsToRadiance(STypedData source, STypedData destination, u16 width, u16, SArea area, const u8* mask,
+                      u32 maskStride, const SRadianceParams& params, const SCommonParams& common) {
+    return One(source, destination, SMasked{width, area, mask, maskStride}, params, common);
+}
+
+bool CountsToRadiance(STypedData source, STypedData destination, const u8* presets, u16 width, u16, SArea area,
+                      const u8* mask, u32 maskStride, const bool* usePixelBackgrounds, const SRadianceParams* params,
+                      const SCommonParams& common) {
+    return Each(source, destination, presets, SMasked{width, area, mask, maskStride}, usePixelBackgrounds, params,
+                common);
+}
+
+}  // namespace ovix::reduce

@@ -1,0 +1,138 @@
+#include "reduce/pixels/radiance_law.h"
+
+#include <cmath>
+
+namespace ovix::reduce {
+
+namespace {
+
+/// Powers of the counts of a block, in double.
+struct SDoublePowers {
+    const double* counts;
+
+    double Square(u32 i) const { return counts[i] * counts[i]; }
+    double Cube(u32 i) const { return counts[i] * counts[i] * counts[i]; }
+    double Fourth(u32 i) const { return counts[i] * counts[i] * counts[i] * counts[i]; }
+};
+
+/// The same in wrapping 32 bits: unsigned products have the bits of the signed ones, and a meaning for every value.
+struct SWrappingPowers {
+    const i32* counts;
+
+    double Square(u32 i) const { return Signed(Low(i) * Low(i)); }
+    double Cube(u32 i) const { return Signed(Low(i) * Low(i) * Low(i)); }
+    double Fourth(u32 i) const { return Signed(Low(i) * Low(i) * Low(i) * Low(i)); }
+
+  private:
+    u32 Low(u32 i) const { return static_cast<u32>(counts[i]); }
+    static double Signed(u32 power) { return static_cast<i32>(power); }
+};
+
+template <class Radiance>
+bool Fill(double* radiances, u32 count, const Radiance& radiance) {
+    for (u32 i = 0; i < count; ++i) radiances[i] = radiance(i);
+    return true;
+}
+
+template <class Powers>
+bool ApplyPolynomial(const SRadianceLaw& law, const Powers& powers, const double* c, u32 n, double* out) {
+    const double* a = law.coefficients;
+    const double s = law.scale;
+    const double a0 = a[0], a1 = a[1], a2 = law.order > 1 ? a[2] : 0, a3 = law.order > 2 ? a[3] : 0,
+                 a4 = law.order > 3 ? a[4] : 0;
+    switch (law.order) {
+        case 1:
+            return Fill(out, n, [=](u32 i) { return (a0 + a1 * c[i]) * s; });
+        case 2:
+            return Fill(out, n, [=](u32 i) { return (a0 + a1 * c[i] + a2 * powers.Square(i)) * s; });
+        case 3:
+            return Fill(out, n,
+                        [=](u32 i) { return (a0 + a1 * c[i] + a2 * powers.Square(i) + a3 * powers.Cube(i)) * s; });
+        default:
+            return Fill(out, n, [=](u32 i) {
+                return (a0 + a1 * c[i] + a2 * powers.Square(i) + a3 * powers.Cube(i) + a4 * powers.Fourth(i)) * s;
+            });
+    }
+}
+
+double PowerSum(const double* a, i32 order, double c) {
+    double sum = 0;
+    for (i32 k = 0; k <= order; ++k) sum += a[k] * std::pow(c, k);
+    return sum;
+}
+
+bool ApplyDifference(const SRadianceLaw& law, const double* c, const double* backgrounds, u32 n, double* out) {
+    const double a0 = law.coefficients[0], a1 = law.coefficients[1], s = law.scale, single = law.background.value();
+    const auto fill = [&](const auto& background) {
+        if (law.order == -1) {  // the constant stands outside the scale
+            return Fill(out, n, [=](u32 i) { return (c[i] - background(i)) * a1 * s + a0; });
+        }
+        return Fill(out, n, [=](u32 i) { return ((c[i] - background(i)) * a1 + a0) * s; });
+    };
+    return backgrounds ? fill([=](u32 i) { return backgrounds[i]; }) : fill([=](u32) { return single; });
+}
+
+template <class D>
+void StoreChecked(D* to, u8* status, const double* radiances, u32 count, const SRadianceLimits& limits) {
+    for (u32 i = 0; i < count; ++i) {
+        to[i] = static_cast<D>(radiances[i]);
+        const double v = to[i];
+        if (v > limits.warnLow && v < limits.warnHigh) continue;
+        u8 flag = 1;
+        if (v > limits.clipHigh) {
+            to[i] = static_cast<D>(limits.clipHigh);
+            flag = 4;
+        } else if (v < limits.clipLow) {
+            to[i] = static_cast<D>(limits.clipLow);
+            flag = 2;
+        }
+        if (status) status[i] |= flag;
+    }
+}
+
+}  // namespace
+
+void SCounts::Load(STypedData pixels, u32 pixelCount, EPowers powers) {
+    count = pixelCount;
+    Visit(pixels.type, [&]<class T>(TElement<T>) {
+        const T* from = static_cast<const T*>(pixels.data);
+        for (u32 i = 0; i < count; ++i) values[i] = static_cast<double>(from[i]);
+        wraps = std::is_integral_v<T> && powers == EPowers::Wrapping;
+        if constexpr (std::is_integral_v<T>) {
+            if (!wraps) return;
+            for (u32 i = 0; i < count; ++i) narrow[i] = static_cast<i32>(static_cast<u32>(from[i]));
+        }
+    });
+}
+
+bool ApplyLaw(const SRadianceLaw& law, const SCounts& counts, const double* backgrounds, double* radiances) {
+    const double* c = counts.values;
+    const u32 n = counts.count;
+    if (law.order < -2) return false;
+    if (law.order < 0) return ApplyDifference(law, c, backgrounds, n, radiances);
+    const double s = law.scale;
+    if (law.order == 0) return Fill(radiances, n, [=](u32 i) { return c[i] * s; });
+    if (law.order > 4) {
+        return Fill(radiances, n, [&](u32 i) { return PowerSum(law.coefficients, law.order, c[i]) * s; });
+    }
+    return counts.wraps ? ApplyPolynomial(law, SWrappingPowers{counts.narrow}, c, n, radiances)
+                        : ApplyPolynomial(law, SDoublePowers{c}, c, n, radiances);
+}
+
+void StoreRadiances(STypedData destination, u8* status, std::size_t at, const double* radiances, u32 count,
+                    const std::optional<SRadianceLimits>& limits) {
+    const auto store = [&]<class D>(D* to) {
+        if (limits) {
+            StoreChecked(to, status ? status + at : nullptr, radiances, count, *limits);
+        } else {
+            for (u32 i = 0; i < count; ++i) to[i] = static_cast<D>(radiances[i]);
+        }
+    };
+    if (destination.type == Flt32) {
+        store(static_cast<float*>(destination.data) + at);
+    } else {
+        store(static_cast<double*>(destination.data) + at);
+    }
+}
+
+}  // namespace ovix::reduce
