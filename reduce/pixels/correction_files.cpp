@@ -55,7 +55,6 @@ bool CCorrectionReduceObject::Load(IFileSystem* fileSystem, const CString& path)
     if (found & CorrectionBadPixels) {
         std::copy_n(files[2].GetBadPixels().mask, n, mask.get());
         std::copy_n(files[2].GetBadPixels().map, n, map.get());
-        DropForeignMapEntries();
     }
     return true;
 }
