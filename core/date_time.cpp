@@ -4,7 +4,6 @@
 #include <cwchar>
 #include <string>
 
-#include "core/numbers.h"
 
 namespace ovix {
 
@@ -13,34 +12,65 @@ namespace {
 using namespace std::chrono;
 using Ticks = duration<i64, std::ratio<1, CDateTime::TicksPerSecond>>;
 
-constexpr Ticks kEpochOffset = seconds{CDateTime::SecondsToUnixEpoch};
+constexpr i64 kTicksPerDay = 86'400 * CDateTime::TicksPerSecond;
+constexpr i64 kDaysToUnixEpoch = CDateTime::SecondsToUnixEpoch / 86'400;
 
-sys_days JanuaryFirst(int year) { return sys_days{std::chrono::year{year} / January / 1}; }
+// The calendar repeats itself every 400 years. That lets any year through <chrono>, whose own years have 16 bits.
+constexpr i64 kYearsOfCycle = 400;
+constexpr i64 kDaysOfCycle = 146'097;
 
-/// A time stamp in parts. Any 64-bit value of ticks fits.
+struct SDivision {
+    i64 quotient;
+    i64 remainder;  ///< never negative
+};
+constexpr SDivision FloorDivide(i64 value, i64 divisor) {
+    const i64 below = value % divisor < 0 ? 1 : 0;
+    return {value / divisor - below, value % divisor + below * divisor};
+}
+
+/// Days from the start of 1970 to the first of January.
+i64 JanuaryFirst(i64 year) {
+    const auto [cycle, rest] = FloorDivide(year, kYearsOfCycle);
+    const sys_days first{std::chrono::year{static_cast<int>(rest)} / January / 1};
+    return first.time_since_epoch().count() + cycle * kDaysOfCycle;
+}
+
+struct SDate {
+    explicit SDate(i64 daysSince1970) {
+        const auto [cycle, rest] = FloorDivide(daysSince1970, kDaysOfCycle);
+        const year_month_day date{sys_days{days{rest}}};
+        year = static_cast<int>(date.year()) + cycle * kYearsOfCycle;
+        month = static_cast<int>(static_cast<unsigned>(date.month()));
+        day = static_cast<int>(static_cast<unsigned>(date.day()));
+    }
+
+    i64 year;
+    int month;
+    int day;
+};
+
+/// Any 64-bit number of ticks in parts.
 struct SParts {
-    explicit SParts(i64 ticks) {
-        const i64 day = floor<days>(Ticks{ticks}).count();
-        date = sys_days{days{day - floor<days>(seconds{CDateTime::SecondsToUnixEpoch}).count()}};
-        sinceMidnight = Ticks{ticks - day * TicksPerDay};
-    }
-    static constexpr i64 TicksPerDay = 86'400 * CDateTime::TicksPerSecond;
+    explicit SParts(i64 ticks)
+        : days(FloorDivide(ticks, kTicksPerDay).quotient - kDaysToUnixEpoch),
+          date(days),
+          sinceMidnight(FloorDivide(ticks, kTicksPerDay).remainder) {}
 
-    int Hours() const { return static_cast<int>(duration_cast<hours>(sinceMidnight).count()); }
-    int Minutes() const { return static_cast<int>(duration_cast<minutes>(sinceMidnight).count() % 60); }
-    int Seconds() const { return static_cast<int>(duration_cast<seconds>(sinceMidnight).count() % 60); }
-    int Microseconds() const {
-        return static_cast<int>(duration_cast<microseconds>(sinceMidnight).count() % 1'000'000);
-    }
+    i64 Hours() const { return duration_cast<hours>(sinceMidnight).count(); }
+    i64 Minutes() const { return duration_cast<minutes>(sinceMidnight).count() % 60; }
+    i64 Seconds() const { return duration_cast<seconds>(sinceMidnight).count() % 60; }
+    i64 Microseconds() const { return duration_cast<microseconds>(sinceMidnight).count() % 1'000'000; }
 
-    sys_days date;
+    i64 days;  ///< since the start of 1970
+    SDate date;
     Ticks sinceMidnight;
 };
 
-i64 TicksOf(sys_days date, i64 hours, i64 minutes, i64 seconds, i64 microseconds) {
-    const i64 wholeSeconds = (i64{date.time_since_epoch().count()} * 24 + hours) * 3600 + minutes * 60 + seconds +
-                             CDateTime::SecondsToUnixEpoch;
-    return wholeSeconds * CDateTime::TicksPerSecond + microseconds * 10;
+/// Times beyond what 64 bits hold, some 29,000 years away, wrap around.
+i64 TicksOf(i64 daysSince1970, i64 seconds, i64 ticks) {
+    const u64 days = static_cast<u64>(daysSince1970 + kDaysToUnixEpoch);
+    return static_cast<i64>(days * kTicksPerDay + static_cast<u64>(seconds) * CDateTime::TicksPerSecond +
+                            static_cast<u64>(ticks));
 }
 
 /// Reads the parts of a written time one after the other.
@@ -70,18 +100,19 @@ class CReader {
         for (; *next_ >= L'0' && *next_ <= L'9'; ++next_, unit /= 10) ticks += (*next_ - L'0') * unit;
         return true;
     }
-    /// Hours, minutes, seconds and fraction as ticks since midnight.
+    /// Hours, minutes, seconds and fraction as ticks since midnight. A minute may have a leap second, and 24:00 is the
+    /// end of the day.
     bool TimeOfDay(i64& ticks, bool secondsNeeded) {
         int h = 0, m = 0, s = 0;
         i64 fraction = 0;
-        if (!Digits(h, 1, 2) || h > 24 || !Is(L':') || !Digits(m, 2, 2) || m > 59) return false;
+        if (!Digits(h, 1, 2) || !Is(L':') || !Digits(m, 2, 2) || m > 59) return false;
         if (Is(L':')) {
             if (!Digits(s, 2, 2) || s > 60 || !Fraction(fraction)) return false;
         } else if (secondsNeeded) {
             return false;
         }
         ticks = ((i64{h} * 60 + m) * 60 + s) * CDateTime::TicksPerSecond + fraction;
-        return true;
+        return h < 24 || ticks == kTicksPerDay;
     }
     /// "Z" or nothing is UTC; "+hh:mm" and "-hh:mm" lie ahead of it and behind it.
     bool Zone(i64& aheadTicks) {
@@ -89,9 +120,9 @@ class CReader {
         if (AtEnd() || Is(L'Z') || Is(L'z')) return true;
         const bool behind = *next_ == L'-';
         int h = 0, m = 0;
-        if ((!Is(L'+') && !Is(L'-')) || !Digits(h, 2, 2)) return false;
+        if ((!Is(L'+') && !Is(L'-')) || !Digits(h, 2, 2) || h > 23) return false;
         Is(L':');
-        if (!AtEnd() && !Digits(m, 2, 2)) return false;
+        if (!AtEnd() && (!Digits(m, 2, 2) || m > 59)) return false;
         aheadTicks = (i64{h} * 60 + m) * 60 * CDateTime::TicksPerSecond * (behind ? -1 : 1);
         return true;
     }
@@ -100,12 +131,12 @@ class CReader {
     const wchar_t* next_;
 };
 
-bool ParseDayOfYear(const wchar_t* text, int year, i64& ticks) {
+bool ParseDayOfYear(const wchar_t* text, i64 year, i64& ticks) {
     CReader reader(text);
     int day = 0;
     i64 time = 0;
     if (!reader.Digits(day, 1, 3) || !reader.Is(L':') || !reader.TimeOfDay(time, true) || !reader.AtEnd()) return false;
-    ticks = TicksOf(JanuaryFirst(year) + days{day - 1}, 0, 0, 0, 0) + time;
+    ticks = TicksOf(JanuaryFirst(year) + day - 1, 0, time);
     return true;
 }
 
@@ -123,14 +154,40 @@ bool ParseIso8601(const wchar_t* text, i64& ticks) {
         if (!reader.TimeOfDay(time, false) || !reader.Zone(ahead)) return false;
     }
     if (!reader.AtEnd()) return false;
-    ticks = TicksOf(sys_days{date}, 0, 0, 0, 0) + time - ahead;
+    ticks = TicksOf(sys_days{date}.time_since_epoch().count(), 0, time - ahead);
     return true;
 }
 
-std::wstring Padded(int value, std::size_t digits) {
-    std::wstring text = std::to_wstring(value);
+std::wstring Padded(i64 value, std::size_t digits) {
+    std::wstring text = std::to_wstring(value < 0 ? -value : value);
     if (text.size() < digits) text.insert(0, digits - text.size(), L'0');
-    return text;
+    return value < 0 ? L'-' + text : text;
+}
+
+/// What a format code stands for; empty for one that is none.
+std::wstring Part(const SParts& parts, wchar_t code) {
+    switch (code) {
+        case L'j':
+            return Padded(parts.days - JanuaryFirst(parts.date.year) + 1, 3);
+        case L'Y':
+            return Padded(parts.date.year, 4);
+        case L'm':
+            return Padded(parts.date.month, 2);
+        case L'd':
+            return Padded(parts.date.day, 2);
+        case L'H':
+            return Padded(parts.Hours(), 2);
+        case L'M':
+            return Padded(parts.Minutes(), 2);
+        case L'S':
+            return Padded(parts.Seconds(), 2);
+        case L'f':
+            return Padded(parts.Microseconds(), 6);
+        case L'%':
+            return L"%";
+        default:
+            return {};
+    }
 }
 
 }  // namespace
@@ -139,12 +196,12 @@ CDateTime::CDateTime() { Now(); }
 CDateTime::CDateTime(const wchar_t* text) : CDateTime() { Set(text); }
 
 CDateTime& CDateTime::Now() {
-    ticks_ = (duration_cast<Ticks>(system_clock::now().time_since_epoch()) + kEpochOffset).count();
+    ticks_ = (duration_cast<Ticks>(system_clock::now().time_since_epoch()) + seconds{SecondsToUnixEpoch}).count();
     return *this;
 }
 
 bool CDateTime::Set(const wchar_t* text) {
-    return ParseDayOfYear(text, GetYear(), ticks_) || ParseIso8601(text, ticks_);
+    return text && (ParseDayOfYear(text, GetYear(), ticks_) || ParseIso8601(text, ticks_));
 }
 
 i64 CDateTime::GetTimestamp(int) const { return ticks_; }
@@ -155,66 +212,31 @@ void CDateTime::SetYDHMS(int day, int hours, int minutes, int seconds, int milli
 }
 
 void CDateTime::SetYYDHMS(int year, int day, int hours, int minutes, int seconds, int milliseconds, int microseconds) {
-    const sys_days date = JanuaryFirst(year) + days{i64{day} - 1};
-    ticks_ = TicksOf(date, hours, minutes, seconds, i64{milliseconds} * 1000 + microseconds);
+    ticks_ = TicksOf(JanuaryFirst(year) + day - 1, (i64{hours} * 60 + minutes) * 60 + seconds,
+                     (i64{milliseconds} * 1000 + microseconds) * 10);
 }
 
 void CDateTime::GetDayInMonth(int& month, int& day, int year, int dayOfYear) {
-    const year_month_day date{JanuaryFirst(year) + days{i64{dayOfYear} - 1}};
-    month = static_cast<int>(static_cast<unsigned>(date.month()));
-    day = static_cast<int>(static_cast<unsigned>(date.day()));
+    const SDate date(JanuaryFirst(year) + dayOfYear - 1);
+    month = date.month;
+    day = date.day;
 }
 
-int CDateTime::GetYear() const { return static_cast<int>(year_month_day{SParts(ticks_).date}.year()); }
+int CDateTime::GetYear() const { return static_cast<int>(SParts(ticks_).date.year); }
 
 CString CDateTime::Format(const wchar_t* format) const {
     const SParts parts(ticks_);
-    const year_month_day date{parts.date};
-    const int year = static_cast<int>(date.year());
     std::wstring text;
     for (const wchar_t* p = format; *p; ++p) {
-        if (*p != L'%') {
-            text += *p;
-            continue;
-        }
-        if (std::wcsncmp(p, L"%(irig)", 7) == 0) {
-            text += Padded(parts.Hours(), 2) + L':' + Padded(parts.Minutes(), 2) + L':' + Padded(parts.Seconds(), 2) +
-                    L'.' + Padded(parts.Microseconds(), 6);
+        const std::wstring part = *p == L'%' ? Part(parts, p[1]) : std::wstring();
+        if (!part.empty()) {
+            text += part;
+            ++p;
+        } else if (std::wcsncmp(p, L"%(irig)", 7) == 0) {
+            text += Part(parts, L'H') + L':' + Part(parts, L'M') + L':' + Part(parts, L'S') + L'.' + Part(parts, L'f');
             p += 6;
-            continue;
-        }
-        switch (*++p) {
-            case L'j':
-                text += Padded(static_cast<int>((parts.date - JanuaryFirst(year)).count()) + 1, 3);
-                break;
-            case L'Y':
-                text += Padded(year, 4);
-                break;
-            case L'm':
-                text += Padded(static_cast<int>(static_cast<unsigned>(date.month())), 2);
-                break;
-            case L'd':
-                text += Padded(static_cast<int>(static_cast<unsigned>(date.day())), 2);
-                break;
-            case L'H':
-                text += Padded(parts.Hours(), 2);
-                break;
-            case L'M':
-                text += Padded(parts.Minutes(), 2);
-                break;
-            case L'S':
-                text += Padded(parts.Seconds(), 2);
-                break;
-            case L'f':
-                text += Padded(parts.Microseconds(), 6);
-                break;
-            case L'%':
-                text += L'%';
-                break;
-            default:
-                text += L'%';
-                --p;
-                break;
+        } else {
+            text += *p;
         }
     }
     return CString(text.c_str(), static_cast<int>(text.size()));

@@ -5,6 +5,7 @@
 namespace ovix {
 
 /// A point in time in UTC: units of 100 nanoseconds since the start of the year 1601. The host's zone plays no part.
+/// Every 64-bit number of units is a time; arguments that lead beyond wrap around.
 class OVIX_API CDateTime {
   public:
     static constexpr i64 TicksPerSecond = 10'000'000;
