@@ -1,0 +1,93 @@
+#include "core/file.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "core/mem_file.h"
+#include "tests/support/byte_writer.h"
+
+namespace ovix {
+namespace {
+
+using test::CByteWriter;
+
+TEST(File, PutsAndGetsLittleEndianValues) {
+    const GUID id = "{6D4A7D67-C5FB-4DE1-9904-E56F067AB126}"_guid;
+    CMemFile file;
+    EXPECT_TRUE(file.PutBool(true) && file.PutBool(false) && file.PutInt8(-2) && file.PutUInt8(0xFE) &&
+                file.PutUInt16(0x1234) && file.PutInt32(-2) && file.PutUInt32(0x12345678) &&
+                file.PutUInt64(0x123456789ABCDEF0) && file.PutFlt32(1.5f) && file.PutFlt64(-2.0) && file.PutGUID(id) &&
+                file.PutFixedLengthString("abc", 5) && file.PutFixedLengthString("abcdef", 3) && file.WriteZeros(2));
+    const u8 expected[] = {
+        1,    0,    0xFE, 0xFE, 0x34, 0x12, 0xFE, 0xFF, 0xFF, 0xFF, 0x78, 0x56, 0x34, 0x12,              // integers
+        0xF0, 0xDE, 0xBC, 0x9A, 0x78, 0x56, 0x34, 0x12,                                                  // 64 bits
+        0,    0,    0xC0, 0x3F, 0,    0,    0,    0,    0,    0,    0,    0xC0,                          // 1.5f, -2.0
+        0x67, 0x7D, 0x4A, 0x6D, 0xFB, 0xC5, 0xE1, 0x4D, 0x99, 4,    0xE5, 0x6F, 6,    0x7A, 0xB1, 0x26,  // GUID
+        'a',  'b',  'c',  0,    0,    'a',  'b',  'c',  0,    0,                                         // texts
+    };
+    ASSERT_EQ(file.GetSize(), sizeof expected);
+    EXPECT_EQ(std::memcmp(file.GetData(), expected, sizeof expected), 0);
+
+    EXPECT_EQ(file.SeekToBegin(), 0u);
+    bool yes = false, no = true;
+    i8 a = 0;
+    u8 b = 0;
+    u16 c = 0;
+    i32 d = 0;
+    u32 e = 0;
+    u64 f = 0;
+    float g = 0;
+    double h = 0;
+    GUID read;
+    char text[6];
+    EXPECT_TRUE(file.GetBool(yes) && file.GetBool(no) && file.GetInt8(a) && file.GetUInt8(b) && file.GetUInt16(c) &&
+                file.GetInt32(d) && file.GetUInt32(e) && file.GetUInt64(f) && file.GetFlt32(g) && file.GetFlt64(h) &&
+                file.GetGUID(read) && file.GetFixedLengthString(text, 5));
+    EXPECT_TRUE(yes && !no && a == -2 && b == 0xFE && c == 0x1234 && d == -2 && e == 0x12345678);
+    EXPECT_TRUE(f == 0x123456789ABCDEF0 && g == 1.5f && h == -2.0 && read == id);
+    EXPECT_STREQ(text, "abc");
+    EXPECT_EQ(file.GetRemaining(), 5u);
+}
+
+TEST(File, StopsAtTheEndAndKeepsTheValue) {
+    const u8 bytes[] = {2, 1, 0, 1};
+    CMemFile file;
+    file.Attach(const_cast<u8*>(bytes), sizeof bytes, false);
+    bool truth = false;
+    u32 word = 7;
+    i64 wide = 7;
+    u16 half = 7;
+    EXPECT_TRUE(file.GetBool(truth) && truth);  // any byte but 0
+    EXPECT_FALSE(file.GetUInt32(word));
+    EXPECT_FALSE(file.GetInt64(wide));
+    EXPECT_FALSE(file.GetUInt16(half));
+    EXPECT_TRUE(word == 7 && wide == 7 && half == 7);
+    EXPECT_TRUE(file.WriteBytes(nullptr, 0) && file.ReadBytes(nullptr, 0));
+}
+
+TEST(File, ReadsTextsByTheirCount) {
+    const struct {
+        CByteWriter bytes;
+        const char* expected;  ///< null when the count is not to be believed
+    } cases[] = {
+        {CByteWriter().U32(0), ""},
+        {CByteWriter().U32(3).Text("a\xC2\xB0", 3).Text("behind", 6), "a\xC2\xB0"},
+        {CByteWriter().U32(2).Text("a\xC2\xB0", 3), "a\xEF\xBF\xBD"},
+        {CByteWriter().U32(3).Text("ab", 2), nullptr},
+        {CByteWriter().U32(0xFFFFFFFF).Text("ab", 2), nullptr},
+        {CByteWriter().U16(0), nullptr},
+    };
+    for (const auto& [bytes, expected] : cases) {
+        CMemFile file;
+        std::vector<u8> content = bytes.bytes;
+        file.Attach(content.data(), static_cast<u32>(content.size()), false);
+        CString text(L"before");
+        EXPECT_EQ(file.GetString(text), expected != nullptr);
+        EXPECT_STREQ(text.GetUTF8(), expected ? expected : "before");
+    }
+}
+
+}  // namespace
+}  // namespace ovix

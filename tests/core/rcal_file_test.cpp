@@ -1,0 +1,184 @@
+#include "core/rcal_file.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <vector>
+
+#include "core/crc32_file.h"
+#include "core/mem_file.h"
+#include "tests/support/byte_writer.h"
+
+namespace ovix {
+namespace {
+
+using test::CByteWriter;
+using Numbers = TArray<double>;
+
+u32 CrcOf(const std::vector<u8>& bytes) {
+    CCalcCRC32File sum;
+    sum.Write(bytes.data(), static_cast<u32>(bytes.size()));
+    return sum.GetCRC();
+}
+
+/// A record spelled from its description: preset 0 is given, the others are empty.
+std::vector<u8> Record(double low, double high, const CByteWriter& preset0) {
+    CByteWriter content;
+    content.F64(low).F64(high).Append(preset0);
+    for (int preset = 1; preset < 8; ++preset) content.Zeros(36);
+    CByteWriter record;
+    record.Text("OVIXRCAL", 8).U32(0x10000).U32(content.bytes.size()).Append(content);
+    return record.U32(CrcOf(record.bytes)).bytes;
+}
+
+bool Load(CRCalFile& calibration, const std::vector<u8>& bytes, u64* left = nullptr) {
+    std::vector<u8> content = bytes;
+    CMemFile file;
+    file.Attach(content.data(), static_cast<u32>(content.size()), false);
+    const bool loaded = calibration.Load(BorrowShared<IFile>(file), 0);
+    if (left) *left = file.GetRemaining();
+    return loaded;
+}
+
+std::vector<u8> Save(const CRCalFile& calibration) {
+    CMemFile file;
+    EXPECT_TRUE(calibration.Save(BorrowShared<IFile>(file), 0));
+    return {file.GetData(), file.GetData() + file.GetSize()};
+}
+
+CByteWriter FullPreset() {
+    CByteWriter preset;
+    preset.U32(2).U32(3).F64(1).F64(0.5).F64(0.25);        // order 2
+    preset.U32(2).F64(10).F64(2);                          // temperature polynomial
+    preset.U32(2).F64(1).F64(4);                           // radiances
+    preset.U32(2).F64(20).F64(80);                         // temperatures
+    preset.U32(3).F64(7.5).U32(1);                         // a background for each pixel; the value; one image
+    return preset.U32(2).U32(1).U32(2).F64(100).F64(101);  // of 2 by 1
+}
+
+TEST(RCalFile, ReadsAndWritesTheDescribedBytes) {
+    const std::vector<u8> record = Record(3.0, 5.0, FullPreset());
+    CRCalFile calibration;
+    u64 left = 0;
+    std::vector<u8> followed = record;
+    followed.insert(followed.end(), 5, 0xEE);
+    ASSERT_TRUE(Load(calibration, followed, &left));
+    EXPECT_EQ(left, 5u);  // what follows the record is another's
+    EXPECT_EQ(Save(calibration), record);
+
+    int order = 0;
+    u32 crc = 0;
+    double low = 0, high = 0, value = 0;
+    BACKGROUND_TYPE type{};
+    Numbers coefficients, radiances, temperatures, background;
+    EXPECT_TRUE(calibration.HasCoefficients());
+    EXPECT_TRUE(calibration.GetPolyOrder(0, order) && order == 2);
+    EXPECT_TRUE(calibration.GetCoefficients(0, coefficients) && coefficients.size() == 3 && coefficients[2] == 0.25);
+    EXPECT_TRUE(calibration.GetTempPolyOrder(0, order) && order == 1);
+    EXPECT_TRUE(calibration.GetTempCoefficients(0, coefficients) && coefficients[0] == 10);
+    EXPECT_TRUE(calibration.GetLookup(0, radiances, temperatures) && radiances[1] == 4 && temperatures[1] == 80);
+    EXPECT_TRUE(calibration.GetBackgroundType(0, type) && type == BackgroundFile);
+    EXPECT_FALSE(calibration.GetBackgroundValue(0, value));
+    EXPECT_TRUE(calibration.GetBackgroundFile(0, 2, 1, background) && background[1] == 101);
+    EXPECT_TRUE(calibration.GetBackgroundFileCRC(0, 2, 1, crc));
+    EXPECT_EQ(crc, CrcOf(CByteWriter().F64(100).F64(101).bytes));
+    EXPECT_FALSE(calibration.GetBackgroundFileCRC(0, 1, 2, crc));
+    EXPECT_TRUE(calibration.GetBandpass(low, high) && low == 3 && high == 5);
+}
+
+TEST(RCalFile, RefusesDamageAndStaysAsItWas) {
+    const std::vector<u8> good = Record(3.0, 5.0, FullPreset());
+    CRCalFile calibration;
+    ASSERT_TRUE(Load(calibration, good));
+    const auto refused = [&](const std::vector<u8>& bytes) {
+        return !Load(calibration, bytes) && Save(calibration) == good;
+    };
+    for (std::size_t at = 0; at < good.size(); ++at) {
+        std::vector<u8> flipped = good;
+        flipped[at] ^= 0x01;
+        EXPECT_TRUE(refused(flipped)) << "byte " << at;
+        EXPECT_TRUE(refused({good.begin(), good.begin() + static_cast<std::ptrdiff_t>(at)})) << "cut at " << at;
+    }
+    // Wrong, but with a right checksum.
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const CByteWriter none = CByteWriter().Zeros(36);
+    const CByteWriter noPolynomial = CByteWriter().Zeros(8);
+    const CByteWriter noTables = CByteWriter().Zeros(20);
+    const struct {
+        const char* what;
+        std::vector<u8> record;
+    } cases[] = {
+        {"half a band", Record(0, 5, none)},
+        {"a band turned around", Record(5, 3, none)},
+        {"a band without an end", Record(3, std::numeric_limits<double>::infinity(), none)},
+        {"too few coefficients", Record(3, 5, CByteWriter().U32(2).U32(2).F64(1).F64(1).Zeros(28))},
+        {"no order code", Record(3, 5, CByteWriter().U32(0xFFFFFFFD).U32(2).F64(1).F64(1).Zeros(28))},
+        {"an order that wraps", Record(3, 5, CByteWriter().U32(0x7FFFFFFF).U32(1).F64(1).Zeros(28))},
+        {"coefficients beyond the record", Record(3, 5, CByteWriter().U32(2).U32(0xFFFFFFFF).Zeros(28))},
+        {"a temperature polynomial of order 0", Record(3, 5, CByteWriter(noPolynomial).U32(1).F64(1).Zeros(24))},
+        {"a table of two lengths", Record(3, 5, CByteWriter(noPolynomial).U32(0).U32(1).F64(1).U32(0).Zeros(16))},
+        {"falling radiances",
+         Record(3, 5, CByteWriter(noPolynomial).U32(0).U32(2).F64(2).F64(1).U32(2).F64(1).F64(2).Zeros(16))},
+        {"a radiance that is no number",
+         Record(3, 5, CByteWriter(noPolynomial).U32(0).U32(2).F64(2).F64(nan).U32(2).F64(1).F64(2).Zeros(16))},
+        {"an unknown background", Record(3, 5, CByteWriter(noTables).U32(1).F64(0).U32(0))},
+        {"images that are not there", Record(3, 5, CByteWriter(noTables).U32(3).F64(0).U32(0xFFFFFFFF))},
+        {"an image of no size", Record(3, 5, CByteWriter(noTables).U32(3).F64(0).U32(1).U32(0).U32(0).U32(0))},
+        {"an image of another size",
+         Record(3, 5, CByteWriter(noTables).U32(3).F64(0).U32(1).U32(2).U32(2).U32(2).F64(1).F64(1))},
+        {"an image whose size wraps",
+         Record(3, 5, CByteWriter(noTables).U32(3).F64(0).U32(1).U32(0x80000001).U32(2).U32(2).F64(1).F64(1))},
+    };
+    for (const auto& [what, record] : cases) EXPECT_TRUE(refused(record)) << what;
+    EXPECT_TRUE(Load(calibration, Record(0, 0, none))) << "nothing at all is a calibration";
+}
+
+TEST(RCalFile, IsAnEmptyValueAtFirst) {
+    const CRCalFile empty;
+    int order = 42;
+    u32 crc = 42;
+    double low = 42, high = 42;
+    BACKGROUND_TYPE type = BackgroundFile;
+    Numbers numbers{42}, others{42};
+    EXPECT_FALSE(empty.HasCoefficients() || empty.GetPolyOrder(0, order) || empty.GetCoefficients(0, numbers) ||
+                 empty.GetTempCoefficients(0, numbers) || empty.GetBackgroundValue(0, low) ||
+                 empty.GetBackgroundFileCRC(0, 1, 1, crc) || empty.GetBackgroundFile(0, 1, 1, numbers) ||
+                 empty.GetBandpass(low, high));
+    EXPECT_TRUE(order == 42 && crc == 42 && low == 42 && high == 42 && numbers[0] == 42);
+    EXPECT_TRUE(empty.GetTempPolyOrder(7, order) && order == 0);
+    EXPECT_TRUE(empty.GetBackgroundType(7, type) && type == NoBackground);
+    EXPECT_TRUE(empty.GetLookup(7, numbers, others) && numbers.size() == 0 && others.size() == 0);
+    for (const int preset : {-1, 8, INT32_MAX}) {
+        EXPECT_FALSE(empty.GetTempPolyOrder(preset, order) || empty.GetBackgroundType(preset, type) ||
+                     empty.GetLookup(preset, numbers, others) || empty.GetBackgroundFileCRC(preset, 1, 1, crc));
+    }
+}
+
+TEST(RCalFile, TakesOnlyWhatIsACalibration) {
+    CRCalFile calibration;
+    EXPECT_TRUE(calibration.SetPolynomial(0, -2, {1, 2}) && calibration.SetPolynomial(1, 0, {1}));
+    EXPECT_TRUE(calibration.SetBackgroundFile(0, 2, 1, {5, 6}) && calibration.SetBackgroundFile(0, 1, 2, {7, 8}) &&
+                calibration.SetBackgroundFile(0, 2, 1, {9, 9}));
+    const CRCalFile before(calibration);
+    EXPECT_FALSE(calibration.SetPolynomial(8, 0, {1}) || calibration.SetPolynomial(0, 1, {1}) ||
+                 calibration.SetPolynomial(0, -3, {1, 2}) || calibration.SetTempPolynomial(0, 0, {1}) ||
+                 calibration.SetTempPolynomial(0, -1, {1, 2}) || calibration.SetLookup(0, {1, 1}, {2, 3}) ||
+                 calibration.SetLookup(0, {1}, {}) || calibration.SetBackgroundFile(0, 2, 2, {1, 2}) ||
+                 calibration.SetBackgroundFile(0, 0, 0, {}) || calibration.SetBackgroundValue(-1, 1) ||
+                 calibration.SetBandpass(0, 5) || calibration.SetBandpass(5, 5));
+    EXPECT_EQ(Save(calibration), Save(before));
+
+    Numbers background;
+    EXPECT_TRUE(before.GetBackgroundFile(0, 2, 1, background) && background[0] == 9);
+    EXPECT_TRUE(before.GetBackgroundFile(0, 1, 2, background) && background[0] == 7);
+    double value = 0;
+    EXPECT_TRUE(calibration.SetBackgroundValue(0, 4) && calibration.GetBackgroundValue(0, value) && value == 4);
+    EXPECT_FALSE(calibration.GetBackgroundFile(0, 2, 1, background));
+    EXPECT_TRUE(before.GetBackgroundFile(0, 2, 1, background)) << "copies are independent";
+    EXPECT_TRUE(calibration.SetNoBackground(0) && !calibration.GetBackgroundValue(0, value));
+    calibration.DefaultCal();
+    EXPECT_EQ(Save(calibration), Save(CRCalFile()));
+}
+
+}  // namespace
+}  // namespace ovix
