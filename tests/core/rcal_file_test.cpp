@@ -80,7 +80,7 @@ TEST(RCalFile, HasTheDescribedBytes) {
     };
     std::vector<u8> expected(std::begin(head), std::end(head));
     expected.resize(expected.size() + 252);
-    for (const u8 byte : {0x00, 0xA4, 0x3D, 0xEA}) expected.push_back(byte);
+    for (const u8 byte : {u8{0x00}, u8{0xA4}, u8{0x3D}, u8{0xEA}}) expected.push_back(byte);
 
     CRCalFile calibration;
     EXPECT_TRUE(calibration.SetBandpass(3, 5) && calibration.SetPolynomial(0, 1, {-0.5, 0.25}) &&
