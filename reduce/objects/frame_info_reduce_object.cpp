@@ -52,7 +52,11 @@ CFrameInfoReduceObject::SEntry CFrameInfoReduceObject::GetAt(u32 index) const {
 CFrameInfoReduceObject::SEntry CFrameInfoReduceObject::Get(const wchar_t* name) const {
     const u32 row = FindFixedRow(name);
     if (row < kFixedRows) return GetAt(row);
-    return {name, extra.GetValue(name), extra.GetUnit(name), extra.GetType(name), extra.FindValue(name) >= 0};
+    const int index = extra.FindValue(name);
+    if (index < 0) return {name, L"", L"", L"", false};
+    SEntry entry = GetAt(kFixedRows + static_cast<u32>(index));
+    entry.name = name;  // as it was asked for
+    return entry;
 }
 
 u32 CFrameInfoReduceObject::NumEntries() const { return extra.nValues() + kFixedRows; }
