@@ -1,6 +1,9 @@
 #pragma once
 
 #include <algorithm>
+#include <concepts>
+#include <cstring>
+#include <type_traits>
 
 #include "core/typed_data.h"
 
@@ -16,6 +19,9 @@
 ///         TScratch<u8> presets;
 ///         Kernel(run.View(frame, scratch), run.View(presetMap, presets), dest + run.out, run.count);
 ///     });
+///
+/// `ForEachBlock` does the same with runs that are cut into blocks, for kernels that keep intermediate values on
+/// the stack. `ViewElements` is `View` for a frame whose element type is known by its size alone.
 namespace ovix::reduce {
 
 /// Pixels of a run at most, where the run must be gathered: small enough for the stack and the first-level cache.
@@ -55,6 +61,40 @@ struct SList {
         return scratch.data;
     }
 };
+
+/// Room for the gathered elements of one run, of any numeric type.
+struct SElementScratch {
+    alignas(64) u8 data[kRunBlock * 8];
+};
+
+/// Elements of `Size` bytes at `count` indices of a frame, one behind the other.
+template <std::size_t Size>
+void GatherElements(const void* frame, const u32* indices, std::size_t count, void* to) {
+    for (std::size_t i = 0; i < count; ++i) {
+        std::memcpy(static_cast<u8*>(to) + i * Size, static_cast<const u8*>(frame) + indices[i] * Size, Size);
+    }
+}
+inline void GatherElements(const void* frame, const u32* indices, std::size_t count, void* to, std::size_t size) {
+    switch (size) {
+        case 1:
+            return GatherElements<1>(frame, indices, count, to);
+        case 2:
+            return GatherElements<2>(frame, indices, count, to);
+        case 4:
+            return GatherElements<4>(frame, indices, count, to);
+        default:
+            return GatherElements<8>(frame, indices, count, to);
+    }
+}
+
+/// The run's elements of `size` bytes (1, 2, 4 or 8) as one contiguous span.
+inline const void* ViewElements(const SSpan& run, const void* frame, std::size_t size, SElementScratch&) {
+    return static_cast<const u8*>(frame) + run.first * size;
+}
+inline const void* ViewElements(const SList& run, const void* frame, std::size_t size, SElementScratch& scratch) {
+    GatherElements(frame, run.indices, run.count, scratch.data, size);
+    return scratch.data;
+}
 
 /// Form W: the first `count` pixels.
 struct SWhole {
@@ -100,29 +140,31 @@ void ForEachRun(const SIndexList& list, F&& f) {
     }
 }
 
+/// Calls `f(line)` for each row of a rectangle, or each line of a region, in visiting order.
 template <class F>
-void ForEachRun(const SRectangle& rectangle, F&& f) {
+void ForEachLine(const SRectangle& rectangle, F&& f) {
     const SArea& area = rectangle.area;
-    if (area.left > area.right) return;
-    const u32 count = u32{area.right} - area.left + 1;
-    std::size_t out = 0;
-    for (std::size_t row = area.top; row <= area.bottom; ++row, out += count) {
-        f(SSpan{row * rectangle.width + area.left, out, count});
-    }
+    for (u32 row = area.top; row <= area.bottom; ++row) f(SScanLine{static_cast<u16>(row), area.left, area.right});
 }
-
 /// Raises `CException` "Index out of bounds." when the array shrinks meanwhile.
 template <class F>
-void ForEachRun(const SLines& region, F&& f) {
-    std::size_t out = 0;
+void ForEachLine(const SLines& region, F&& f) {
     const u32 lineCount = region.lines.size();
-    for (u32 i = 0; i < lineCount; ++i) {
-        const SScanLine line = region.lines.GetAt(i);
-        if (line.left > line.right) continue;
-        const u32 count = u32{line.right} - line.left + 1;
-        f(SSpan{std::size_t{line.row} * region.width + line.left, out, count});
+    for (u32 i = 0; i < lineCount; ++i) f(region.lines.GetAt(i));
+}
+
+/// The number of pixels of a line; 0 for one that ends before it begins.
+inline u32 CountPixels(const SScanLine& line) { return line.left > line.right ? 0 : u32{line.right} - line.left + 1; }
+
+template <class Lines, class F>
+    requires std::same_as<Lines, SRectangle> || std::same_as<Lines, SLines>
+void ForEachRun(const Lines& selection, F&& f) {
+    std::size_t out = 0;
+    ForEachLine(selection, [&](const SScanLine& line) {
+        const u32 count = CountPixels(line);
+        if (count) f(SSpan{std::size_t{line.row} * selection.width + line.left, out, count});
         out += count;
-    }
+    });
 }
 
 /// No run spans two rows.
@@ -145,6 +187,20 @@ void ForEachRun(const SMasked& masked, F&& f) {
         }
         flush();
     }
+}
+
+/// As `ForEachRun`, with no run longer than `Block`, which is at least `kRunBlock`.
+template <u32 Block = kRunBlock, class Selection, class F>
+void ForEachBlock(const Selection& selection, F&& f) {
+    ForEachRun(selection, [&]<class Run>(const Run& run) {
+        if constexpr (std::is_same_v<Run, SSpan>) {
+            for (u32 at = 0; at < run.count; at += std::min(Block, run.count - at)) {
+                f(SSpan{run.first + at, run.out + at, std::min(Block, run.count - at)});
+            }
+        } else {
+            f(run);
+        }
+    });
 }
 
 /// The number of pixels that a selection visits.
