@@ -16,7 +16,7 @@ struct SLut {
     SLut() {
         for (u32 k = 0; k < 65536; ++k) {
             values.push_back(std::sqrt(static_cast<float>(k)) * 0.7f - 20.0f);
-            status.push_back(k < 3500 ? 2 : k > 12000 ? 4 : 0);
+            status.push_back(k < 500 ? 2 : k > 12000 ? 4 : 0);
         }
     }
 };

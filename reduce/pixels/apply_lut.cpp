@@ -2,6 +2,7 @@
 
 #include "core/convert_array.h"
 #include "core/visit.h"
+#include "reduce/pixels/lut_fetch.h"
 #include "reduce/pixels/lut_index.h"
 #include "reduce/pixels/selection.h"
 #include "reduce/pixels/simd/lut_simd.h"
@@ -13,19 +14,6 @@ namespace {
 /// Pixels that go through the steps of this kernel together.
 constexpr u32 kBlock = 2048;
 
-/// Four places at a time: one load for all of them, one store for the entries.
-template <class T>
-void Fetch(const T* table, const u16* places, T* entries, std::size_t count) {
-    std::size_t i = 0;
-    for (; i + 4 <= count; i += 4) {
-        u64 k;
-        std::memcpy(&k, places + i, sizeof k);
-        const T four[4] = {table[k & 0xFFFF], table[k >> 16 & 0xFFFF], table[k >> 32 & 0xFFFF], table[k >> 48]};
-        std::memcpy(entries + i, four, sizeof four);
-    }
-    for (; i < count; ++i) entries[i] = table[places[i]];
-}
-
 /// One pair of tables for all pixels.
 class CSingleTable {
   public:
@@ -33,12 +21,12 @@ class CSingleTable {
 
     template <class Run>
     void Look(const Run&, const u16* places, float* values, u8* status, u32 count) {
-        Fetch(lut_, places, values, count);
+        FetchValues(lut_, places, values, count);
         if (!status) return;
         if (IsUniform(simd::RangeOf(places, count), count)) {
             std::memset(status, uniformStatus_, count);
         } else {
-            Fetch(statusLut_, places, status, count);
+            FetchStatus(statusLut_, places, status, count);
         }
     }
 

@@ -26,16 +26,17 @@ void LimitToPlaces(const u16* pixels, u16* places, std::size_t count, u16 lower,
     for (; i < count; ++i) places[i] = pixels[i] < lower ? lower : std::min(pixels[i], upper);
 }
 
-/// Between the limits a value is not negative and fits 31 bits, so only the upward half of the rounding is left.
+/// With 2^23 added, a value between the limits stands in single precision as a whole number, the nearest, and in the
+/// low bits. A half that has gone to the even number below is sent up.
 template <class D>
-hn::Vec<hn::RebindToSigned<D>> PlacesOf(D d, hn::Vec<D> x, hn::Vec<D> low, hn::Vec<D> high) {
-    const hn::RebindToSigned<D> di;
-    const auto number = hn::Eq(x, x);
-    const auto limited = hn::IfThenElse(hn::Lt(x, low), low, hn::IfThenElse(hn::Gt(x, high), high, x));
-    const auto defined = hn::IfThenElseZero(number, limited);
-    const auto whole = hn::ConvertTo(di, defined);
-    const auto up = hn::Ge(hn::Sub(defined, hn::ConvertTo(d, whole)), hn::Set(d, 0.5f));
-    return hn::Sub(whole, hn::VecFromMask(di, hn::RebindMask(di, up)));
+hn::Vec<hn::Rebind<u16, D>> PlacesOf(D d, hn::Vec<D> x, hn::Vec<D> low, hn::Vec<D> high) {
+    const hn::RebindToUnsigned<D> du;
+    const auto magic = hn::Set(d, 8388608.0f);
+    const auto limited = hn::IfThenElseZero(hn::Eq(x, x), hn::Min(hn::Max(x, low), high));
+    const auto shifted = hn::Add(limited, magic);
+    const auto up = hn::Eq(hn::Sub(limited, hn::Sub(shifted, magic)), hn::Set(d, 0.5f));
+    const auto places = hn::Sub(hn::BitCast(du, shifted), hn::VecFromMask(du, hn::RebindMask(du, up)));
+    return hn::TruncateTo(hn::Rebind<u16, D>(), places);
 }
 
 void RoundToPlaces(const float* pixels, u16* places, std::size_t count, u16 lower, u16 upper) {
@@ -43,8 +44,10 @@ void RoundToPlaces(const float* pixels, u16* places, std::size_t count, u16 lowe
     const hn::Rebind<u16, decltype(d)> d16;
     const auto low = hn::Set(d, lower), high = hn::Set(d, upper);
     std::size_t i = 0;
-    for (; i + hn::Lanes(d) <= count; i += hn::Lanes(d)) {
-        hn::StoreU(hn::DemoteTo(d16, PlacesOf(d, hn::LoadU(d, pixels + i), low, high)), d16, places + i);
+    if (lower <= upper) {
+        for (; i + hn::Lanes(d) <= count; i += hn::Lanes(d)) {
+            hn::StoreU(PlacesOf(d, hn::LoadU(d, pixels + i), low, high), d16, places + i);
+        }
     }
     for (; i < count; ++i) places[i] = LutIndex(pixels[i], lower, upper);
 }
