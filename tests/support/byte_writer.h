@@ -23,7 +23,7 @@ class CByteWriter {
     /// The text and zeros up to `width` bytes.
     CByteWriter& Text(std::string_view text, std::size_t width) {
         const std::size_t end = bytes.size() + width;
-        bytes.insert(bytes.end(), text.begin(), text.end());
+        for (const char c : text) U8(static_cast<std::uint8_t>(c));
         return PadTo(end);
     }
     /// 16 bytes as they stand in a file.
