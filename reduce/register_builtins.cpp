@@ -3,7 +3,10 @@
 // The first step asks for the filter factory, whose creation loads the plug-ins. So plug-ins register before any
 // built-in class, and as the first registrant of a name keeps it, a plug-in can replace a built-in one.
 
+#include "reduce/convert/curlew_converter.h"
 #include "reduce/convert/curlew_factory_cal_reduce_object.h"
+#include "reduce/convert/rgb_converter.h"
+#include "reduce/convert/temperature_converter.h"
 #include "reduce/filters/curlew_camera_info_reduce_object.h"
 #include "reduce/filters/filter_factory.h"
 #include "reduce/objects/fov_reduce_object.h"
@@ -27,9 +30,12 @@ constexpr bool (*kBuiltins[])() = {
     CFrameHeaderReduceObject::Register,       // metadata object "FrameHeader"
     CFrameInfoReduceObject::Register,         // metadata object "FrameInfo"
     CObjectParametersReduceObject::Register,  // metadata object "ObjectParameters"
+    CRGBConverter::Register,                  // converter "RGBConverter"
     CSourceInfoReduceObject::Register,        // metadata object "SourceInfo"
     CCurlewCameraInfoReduceObject::Register,  // metadata object "CurlewCameraInfo"
+    CCurlewConverter::Register,               // converter "CurlewConverter"
     CCurlewFactoryCalReduceObject::Register,  // metadata object "CurlewFactoryCal"
+    CTemperatureConverter::Register,          // converter "TemperatureConverter"
 };
 
 /// A result of false says that a plug-in was first; nobody needs it.

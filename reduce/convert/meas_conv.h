@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/typed_data.h"
+#include "reduce/convert/radiance_fit.h"
 #include "reduce/convert/signal_model.h"
 
 namespace ovix::reduce {
@@ -103,12 +104,22 @@ class OVIX_REDUCE_API CMeasConv : public TSignalModel<SObjectParams, SCalibParam
     void doUpdateUflwOflw() override;
 
   private:
+    struct SKernel;
+    SKernel Kernel() const;
+    // `span` is what a buffer form takes beside the scale.
+    template <class... Span>
+    void RunTemp(ETempType scale, Span... span) const;
+    template <class... Span>
+    void RunObjectSignal(Span... span) const;
+    template <class... Span>
+    void RunRadiance(Span... span) const;
+
     SAdjustParams adjust_;
     bool radValid_ = false;
     double radR_ = 0;
     double radB_ = 0;
     double radF_ = 0;
-    double radCoeff_[3] = {};
+    SParabola radiance_;  ///< of object signal
 };
 
 }  // namespace ovix::reduce

@@ -1,0 +1,93 @@
+#include "reduce/convert/table_converter.h"
+
+#include <algorithm>
+
+#include "core/numeric_cast.h"
+#include "core/visit.h"
+#include "reduce/pixels/apply_lut.h"
+
+namespace ovix::reduce {
+
+CTableConverter::CTableConverter(u16 topSignal, u8 tableCount) : topSignal_(topSignal), tableCount_(tableCount) {}
+
+bool CTableConverter::canChangeObjectParameters() const { return true; }
+bool CTableConverter::canUseLUT() const { return true; }
+
+bool CTableConverter::ResolvePreset(u8& preset) const {
+    if (preset == 255) preset = activePreset;
+    return preset < PresetCount && presets[preset];
+}
+
+bool CTableConverter::UpdateTable(u8 preset) {
+    const u8 number = TableOf(preset);
+    if (number >= tableCount_) return false;
+    STable& table = tables_[number];
+    if (table.valid) return true;
+    const u32 size = u32{topSignal_} + 1;
+    if (!table.values) {
+        table.values.Allocate(size);
+        std::fill_n(table.values.get(), size, 0.0f);  // a scale that is none of the four leaves them alone
+    }
+    if (!table.status) table.status.Allocate(size);
+    table.valid = RangeToOutput(0, topSignal_, table.values, table.status, preset);
+    return table.valid;
+}
+
+bool CTableConverter::RangeFromTable(u16 first, u16 last, float* out, u8* status, u8 preset, int span) {
+    const u8 number = TableOf(preset);
+    if (number >= tableCount_) return false;
+    const STable& table = tables_[number];
+    if (!table.valid && last - first > span) UpdateTable(preset);
+    if (!table.valid) return false;
+    // This path leaves the entry at `last` out, deliberately: one fewer than the formula writes.
+    const int count = std::max(last - first, 0);
+    std::copy_n(table.values + first, count, out);
+    if (status) std::copy_n(table.status + first, count, status);
+    return true;
+}
+
+void CTableConverter::InvalidateTables() {
+    for (STable& table : tables_) table.valid = false;
+}
+
+bool CTableConverter::SignalToOutput(u16 first, u16 last, float* out, u8* status, u8 preset) {
+    return ResolvePreset(preset) && RangeToOutput(first, last, out, status, preset);
+}
+
+template <class... Form>
+bool CTableConverter::ThroughTable(STypedData in, STypedData out, u8* status, const Form&... form) {
+    if (!IsNumeric(in.type) || !IsNumeric(out.type) || !UpdateTable(activePreset)) return false;
+    const STable& table = tables_[TableOf(activePreset)];
+    return ApplyLUT(in, out, status, form..., table.values, table.status, 0, topSignal_);
+}
+
+bool CTableConverter::BaseToOutput(STypedData in, u16 w, u16 h, SArea area, const u8* areaMask, u32 stride,
+                                   STypedData out, u8* status) {
+    return ThroughTable(in, out, status, w, h, area, areaMask, stride);
+}
+bool CTableConverter::BaseToOutput(STypedData in, u16 w, u16 h, const TArray<SScanLine>& lines, STypedData out,
+                                   u8* status) {
+    return ThroughTable(in, out, status, w, h, lines);
+}
+bool CTableConverter::BaseToOutput(STypedData in, u16 w, u16 h, SArea area, STypedData out, u8* status) {
+    return ThroughTable(in, out, status, w, h, area);
+}
+bool CTableConverter::BaseToOutput(STypedData in, const u32* indices, u32 count, STypedData out, u8* status) {
+    return ThroughTable(in, out, status, indices, count);
+}
+bool CTableConverter::BaseToOutput(STypedData in, STypedData out, u8* status, u32 count) {
+    return ThroughTable(in, out, status, count);
+}
+
+bool CTableConverter::BaseToOutput(float in, float& out, u8& status, u8 preset) {
+    return SignalToOutput(NumericCast<u16>(in), out, status, preset);
+}
+
+bool CTableConverter::OutputToBase(float in, float& out, u8& status, u8 preset) {
+    u16 signal = 0;
+    if (!OutputToSignal(in, signal, status, preset)) return false;
+    out = signal;
+    return true;
+}
+
+}  // namespace ovix::reduce

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "core/shared_table.h"
+#include "reduce/convert/converter.h"
+
+namespace ovix::reduce {
+
+/// The body of the converters that run buffers through a table: one entry, and its status, for each signal from 0 to a
+/// top signal. A family adds its model.
+///
+/// Buffers always go through the table, which is built when it is first needed and again after a change; single values
+/// and ranges of signals go through the formula. There is one table for all presets or one for each. A table's memory
+/// stays until the converter goes, and copies of a converter share it.
+class OVIX_REDUCE_API CTableConverter : public IConverter {
+  public:
+    bool canChangeObjectParameters() const override;
+    bool canUseLUT() const override;
+
+    using IConverter::SignalToOutput;
+    bool SignalToOutput(u16 first, u16 last, float* out, u8* status, u8 preset) override;
+
+    using IConverter::BaseToOutput;
+    bool BaseToOutput(STypedData in, u16 w, u16 h, SArea area, const u8* areaMask, u32 stride, STypedData out,
+                      u8* status) override;
+    bool BaseToOutput(STypedData in, u16 w, u16 h, const TArray<SScanLine>& lines, STypedData out, u8* status) override;
+    bool BaseToOutput(STypedData in, u16 w, u16 h, SArea area, STypedData out, u8* status) override;
+    bool BaseToOutput(STypedData in, const u32* indices, u32 count, STypedData out, u8* status) override;
+    bool BaseToOutput(STypedData in, STypedData out, u8* status, u32 count) override;
+
+    /// One value, truncated to a signal of 16 bits (a buffer rounds it).
+    bool BaseToOutput(float in, float& out, u8& status, u8 preset) override;
+    bool OutputToBase(float in, float& out, u8& status, u8 preset) override;
+
+  protected:
+    /// `tableCount` is 1, for all presets, or the number of presets that have one of their own.
+    CTableConverter(u16 topSignal, u8 tableCount);
+
+    struct STable {
+        TSharedTable<float> values;
+        TSharedTable<u8> status;
+        bool valid = false;  ///< matches the model and the output unit
+    };
+
+    /// The range form of the preset's model, `first` to `last` inclusive, in the output unit and scale; false for a
+    /// unit that it does not know. `status` may be null.
+    virtual bool RangeToOutput(u16 first, u16 last, float* out, u8* status, u8 preset) = 0;
+
+    /// Puts the active preset in the place of 255; false when the preset meant is not enabled.
+    bool ResolvePreset(u8& preset) const;
+    /// Brings the preset's table up to date. False for a preset without one and for a unit that the model does not
+    /// know.
+    bool UpdateTable(u8 preset);
+    /// Takes a range from the preset's table if that is up to date, or if it spans more than `span` and so pays for the
+    /// building. False, with nothing written, otherwise.
+    bool RangeFromTable(u16 first, u16 last, float* out, u8* status, u8 preset, int span);
+    void InvalidateTables();
+
+    u8 TableOf(u8 preset) const { return tableCount_ == 1 ? 0 : preset; }
+
+    STable tables_[PresetCount];
+    u16 topSignal_;
+    u8 tableCount_;
+
+  private:
+    template <class... Form>
+    bool ThroughTable(STypedData in, STypedData out, u8* status, const Form&... form);
+};
+
+}  // namespace ovix::reduce

@@ -1,0 +1,177 @@
+#include "reduce/convert/converter.h"
+
+#include <gtest/gtest.h>
+
+#include "reduce/convert/converter_factory.h"
+#include "reduce/convert/curlew_factory_cal_reduce_object.h"
+#include "reduce/convert/typed_converter.h"
+#include "reduce/objects/reduce_object_array.h"
+#include "reduce/objects/source_info_reduce_object.h"
+
+namespace ovix::reduce {
+namespace {
+
+constexpr EUnit kTestBase = static_cast<EUnit>(100), kFirstOnly = static_cast<EUnit>(101);
+constexpr EUnit kShared = static_cast<EUnit>(102), kSecondOnly = static_cast<EUnit>(103);
+
+/// Converters for a base unit that no built-in class knows.
+class CFirstConverter : public TConverter<CFirstConverter> {
+  public:
+    static constexpr const wchar_t* kName = L"TestFirst";
+    static constexpr GUID kID = "{11111111-0000-0000-0000-000000000001}"_guid;
+    static bool SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray&) {
+        units.Add(kFirstOnly);
+        units.Add(kShared);
+        return base == kTestBase;
+    }
+};
+class CSecondConverter : public TConverter<CSecondConverter> {
+  public:
+    static constexpr const wchar_t* kName = L"TestSecond";
+    static constexpr GUID kID = "{11111111-0000-0000-0000-000000000002}"_guid;
+    static bool SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray&) {
+        if (base != kTestBase) return false;
+        units.Add(kShared);
+        units.Add(kSecondOnly);
+        return true;
+    }
+};
+
+CFirstConverter Updated(EUnit base, ETempType baseType, EUnit output, ETempType outputType) {
+    CFirstConverter converter;
+    CReduceObjectArray array;
+    bool presets[] = {true};
+    EXPECT_TRUE(converter.Update(base, baseType, array, output, outputType, presets, 1, 0));
+    return converter;
+}
+
+TEST(Converter, UpdateTakesUnitsAndPresets) {
+    CFirstConverter converter;
+    CReduceObjectArray array;
+    bool presets[9] = {false, false, true, true};
+    EXPECT_TRUE(converter.Update(Counts, Celsius, array, RadianceUser, Kelvin, presets, 4, 0));
+    EXPECT_EQ(converter.activePreset, 2);
+    EXPECT_FALSE(converter.Update(RGB24, Kelvin, array, RGB48, Celsius, presets, 9, 0));
+    EXPECT_EQ(converter.baseUnit, Counts);
+    EXPECT_EQ(converter.outputUnit, RadianceUser);
+    EXPECT_EQ(converter.outputTempType, Kelvin);
+    EXPECT_TRUE(converter.presets[3]);
+    EXPECT_TRUE(converter.Update(Counts, Celsius, array, Counts, Celsius, nullptr, 0, 0));
+    EXPECT_EQ(converter.activePreset, 0);
+    for (const bool enabled : converter.presets) EXPECT_FALSE(enabled);
+}
+
+TEST(Converter, DefaultsConvertAUnitToItself) {
+    u16 in[] = {7, 65535, 100};
+    float out[4] = {};
+    u8 status[4] = {9, 9, 9, 9};
+    CFirstConverter counts = Updated(Counts, Celsius, Counts, Celsius);
+    const u32 indices[] = {2, 1};
+    EXPECT_TRUE(counts.BaseToOutput({in, UInt16}, indices, 2, {out, Flt32}, status));
+    EXPECT_EQ(out[0], 7.0f);  // the indices are ignored
+    EXPECT_EQ(out[1], 65535.0f);
+    EXPECT_EQ(status[1], 0);
+    EXPECT_EQ(status[2], 9);
+    EXPECT_TRUE(counts.BaseToOutput({in, UInt16}, nullptr, {out, Flt32}, nullptr, 3));
+    EXPECT_EQ(out[2], 100.0f);
+
+    EXPECT_TRUE(counts.SignalToOutput(65533, 65535, out, status, 255));
+    EXPECT_EQ(out[2], 65535.0f);
+    EXPECT_EQ(status[2], 0);
+    EXPECT_EQ(status[3], 9);
+    EXPECT_TRUE(counts.SignalToOutput(9, 8, out, status, 255));
+    EXPECT_EQ(out[0], 65533.0f);
+    u16 signal = 0;
+    EXPECT_TRUE(counts.OutputToSignal(65539.9f, signal, status[3], 0));
+    EXPECT_EQ(signal, 3);
+
+    float one = 0;
+    CFirstConverter celsius = Updated(TemperatureUser, Celsius, TemperatureUser, Fahrenheit);
+    EXPECT_TRUE(celsius.BaseToOutput(100.0f, one, status[0], 0));
+    EXPECT_FLOAT_EQ(one, 212.0f);
+    EXPECT_TRUE(celsius.OutputToBase(212.0f, one, status[0], 0));
+    EXPECT_FLOAT_EQ(one, 100.0f);
+    EXPECT_TRUE(celsius.BaseToOutput({in, UInt16}, {out, Flt32}, status, 3));
+    EXPECT_FLOAT_EQ(out[2], 212.0f);
+    EXPECT_FALSE(celsius.SignalToOutput(u16{1}, one, status[0], 0));
+
+    CFirstConverter other = Updated(Counts, Celsius, RadianceUser, Celsius);
+    EXPECT_FALSE(other.BaseToOutput({in, UInt16}, {out, Flt32}, status, 3));
+    EXPECT_FALSE(other.BaseToOutput(1.0f, one, status[0], 0));
+    EXPECT_FALSE(other.OutputToBase(1.0f, one, status[0], 0));
+    EXPECT_FALSE(other.SignalToOutput(u16{1}, one, status[0], 0));
+    EXPECT_FALSE(other.SignalToOutput(1, 2, out, status, 0));
+    EXPECT_FALSE(other.OutputToSignal(1.0f, signal, status[0], 0));
+}
+
+TEST(Converter, CountsThePixelsOfASelection) {
+    EXPECT_EQ(IConverter::CalcNumPixels(1, 1, SArea{2, 3, 4, 5}), 9u);
+    EXPECT_EQ(IConverter::CalcNumPixels(1, 1, SArea{4, 3, 2, 5}), 0u);
+    EXPECT_EQ(IConverter::CalcNumPixels(1, 1, TArray<SScanLine>{{9, 0, 2}, {1, 5, 5}}), 4u);
+    u8 mask[4 * 3] = {};
+    mask[1 * 4 + 2] = 1;
+    mask[2 * 4 + 3] = 255;
+    EXPECT_EQ(IConverter::CalcNumPixels(1, 1, SArea{0, 2, 2, 3}, mask, 4), 2u);
+}
+
+TEST(ConverterFactory, TheFirstRegisteredWins) {
+    CConverterFactory& factory = *converterFactory();
+    ASSERT_TRUE(CFirstConverter::Register());
+    ASSERT_TRUE(CSecondConverter::Register());
+    EXPECT_FALSE(CSecondConverter::Register());
+    CReduceObjectArray array;
+    TArray<SConverterUnits> rows;
+    EXPECT_FALSE(factory.GetConverterUnits(rows, array));  // no source info
+    array.GetSourceInfo(true)->baseUnit = kTestBase;
+    ASSERT_TRUE(factory.GetConverterUnits(rows, array));
+    ASSERT_TRUE(factory.GetConverterUnits(rows, array));
+    ASSERT_EQ(rows.size(), 4u);  // appended
+    EXPECT_EQ(rows.GetAt(0).guid, CFirstConverter::kID);
+    EXPECT_EQ(rows.GetAt(1).units.size(), 2u);
+    TArray<EUnit> units{Counts};
+    ASSERT_TRUE(factory.GetSupportedUnits(units, array));
+    const EUnit expected[] = {kFirstOnly, kShared, kSecondOnly};
+    EXPECT_TRUE(std::equal(units.begin(), units.end(), std::begin(expected), std::end(expected)));
+    EXPECT_EQ(factory.ConverterGUIDForUnit(array, kShared), CFirstConverter::kID);
+    EXPECT_EQ(factory.ConverterForUnit(array, kSecondOnly)->name(), CString(L"TestSecond"));
+    EXPECT_TRUE(factory.IsUnitSupported(kSecondOnly, array));
+    EXPECT_FALSE(factory.IsUnitSupported(Counts, array));
+    EXPECT_EQ(factory.ConverterGUIDForUnit(Counts, array, kShared), CGUID::Empty);  // the first lists units and refuses
+}
+
+TEST(ConverterFactory, BuiltInsAndUnknowns) {
+    CConverterFactory& factory = *converterFactory();
+    const struct {
+        const wchar_t* name;
+        GUID id;
+    } kBuiltins[] = {{L"RGBConverter", "{40AB4741-C1C8-4EC4-BC94-CA3131E3DCF6}"_guid},
+                     {L"CurlewConverter", "{E81693AB-B4B6-4EC4-85C0-E89D1C35061E}"_guid},
+                     {L"TemperatureConverter", "{DC1FAB38-0521-4ABB-8EA1-7ED6B6B83592}"_guid}};
+    for (const auto& builtin : kBuiltins) {
+        EXPECT_EQ(factory.GetGUIDFromName(builtin.name), builtin.id);
+        EXPECT_EQ(factory.GetNameFromGUID(builtin.id), CString(builtin.name));
+        ASSERT_TRUE(factory.CreateByGUID(builtin.id));
+        EXPECT_EQ(factory.CreateByName(builtin.name)->id(), builtin.id);
+        EXPECT_FALSE(factory.CreateByName(builtin.name)->isReversable());
+    }
+    const GUID unknown = "{11111111-0000-0000-0000-00000000FFFF}"_guid;
+    EXPECT_TRUE(factory.GetNameFromGUID(unknown).IsEmpty());
+    EXPECT_FALSE(factory.CreateByGUID(CGUID::Empty));
+    EXPECT_EQ(factory.GetGUIDFromName(L"curlewconverter"), CGUID::Empty);
+
+    CReduceObjectArray array;
+    TArray<EUnit> units;
+    EXPECT_FALSE(factory.GetSupportedUnits(units, array));
+    EXPECT_FALSE(factory.ConverterForUnit(array, Counts));
+    array.GetSourceInfo(true);
+    ASSERT_TRUE(factory.GetSupportedUnits(units, array));
+    ASSERT_EQ(units.size(), 1u);  // no calibration: its own unit, and no converter for it
+    EXPECT_EQ(units.GetAt(0), Counts);
+    EXPECT_EQ(factory.ConverterGUIDForUnit(array, Counts), CGUID::Empty);
+    array.GetSourceInfo(false)->baseUnit = RGB24;
+    EXPECT_FALSE(factory.IsUnitSupported(RGB24, array));
+    EXPECT_TRUE(factory.IsUnitSupported(RGBAverage, array));
+}
+
+}  // namespace
+}  // namespace ovix::reduce

@@ -1,0 +1,350 @@
+#include "reduce/convert/meas_conv.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <vector>
+
+#include "reduce/convert/scene.h"
+#include "support/curlew_camera.h"
+
+namespace ovix::reduce {
+namespace {
+
+using test::CCurlewReference;
+using test::SCurlewConstants;
+using test::SCurlewScene;
+
+CMeasConv Model(const SCurlewConstants& camera, const SCurlewScene& scene) {
+    SAdjustParams adjust;
+    SObjectParams object;
+    SCalibParams calib;
+    camera.CopyAdjustTo(adjust);
+    camera.CopyCalibTo(calib);
+    CopyScene(object, scene);
+    return CMeasConv(&adjust, &object, &calib);
+}
+
+/// Emissivity 1, nothing in between: object signal is pow.
+SCurlewScene Plain() {
+    SCurlewScene scene;
+    scene.atmosphereTrans = 1.0f;
+    return scene;
+}
+
+void ExpectClose(double value, long double expected, double relative) {
+    EXPECT_NEAR(value, static_cast<double>(expected), relative * std::max(1.0, std::abs(value)));
+}
+
+TEST(MeasConv, FollowsTheFormulasInEveryScene) {
+    const SCurlewScene scenes[] = {
+        {},
+        Plain(),
+        {.emissivity = 0.7f, .distance = 10.0f, .reflectedTemp = 310.0f},
+        {.emissivity = 0.95f, .distance = 150.0f, .atmosphereTemp = 278.15f, .relativeHumidity = 0.8f},
+        {.emissivity = 0.9f, .extOpticsTemp = 300.0f, .extOpticsTrans = 0.85f, .atmosphereTrans = 0.97f},
+        {.emissivity = 0.9f, .extOpticsTemp = 500.0f, .extOpticsTrans = 1.0f},  // transparent optics do not glow
+        {.emissivity = 0.5f, .distance = 3.0f, .extOpticsTrans = 0.6f, .relativeHumidity = 0.0f},
+    };
+    for (const SCurlewScene& scene : scenes) {
+        SCOPED_TRACE(&scene - scenes);
+        const CCurlewReference reference({}, scene);
+        const CMeasConv model = Model({}, scene);
+        ExpectClose(model.getUsedAtmTao(), reference.tau, 1e-13);
+        ExpectClose(model.getK1(), reference.K1, 1e-13);
+        ExpectClose(model.getK2(), reference.K2, 1e-12);
+        ExpectClose(model.getPowOverflow(), reference.overflow, 1e-12);
+        ExpectClose(model.getPowUnderflow(), reference.underflow, 1e-12);
+        for (int img = 0; img <= 65535; img += 331) {
+            int expected = 0;
+            u8 status = 99;
+            const long double signal = reference.ObjectSignal(img, expected);
+            ExpectClose(model.imgToObjectSignal(img, &status), signal, 1e-11);
+            EXPECT_EQ(status, expected) << img;
+            ExpectClose(model.imgToTemp(img, &status), reference.Kelvin(signal), 1e-11);
+            ExpectClose(model.imgToTemp(img, nullptr), reference.Kelvin(signal), 1e-11);
+        }
+        // And back: to within the step of one count.
+        for (double kelvin = 253.15; kelvin < 473.15; kelvin += 0.7) {
+            const u16 img = model.tempToImg(kelvin);
+            const double step = model.imgToTemp(img + 1, nullptr) - model.imgToTemp(img, nullptr);
+            EXPECT_NEAR(model.imgToTemp(img, nullptr), kelvin, 0.51 * step);
+            ExpectClose(model.objSigToTemp(model.tempToObjSig(kelvin)), kelvin, 1e-12);
+            ExpectClose(model.powToObjSig(model.objSigToPow(kelvin)), kelvin, 1e-12);
+        }
+    }
+    const CMeasConv plain = Model({}, Plain());
+    EXPECT_EQ(plain.getK1(), 1.0);
+    EXPECT_EQ(plain.getK2(), 0.0);
+    EXPECT_NE(plain.getCalculatedAtmTao(), 1.0);
+}
+
+TEST(MeasConv, TransmissionOfTheAir) {
+    const auto tao = [](float distance, float kelvin, float humidity, float a1, float a2, float x, float b = 0) {
+        SCurlewConstants camera;
+        camera.atmAlpha1 = a1;
+        camera.atmAlpha2 = a2;
+        camera.atmBeta1 = camera.atmBeta2 = b;
+        camera.atmX = x;
+        return Model(camera, {.distance = distance, .atmosphereTemp = kelvin, .relativeHumidity = humidity})
+            .getUsedAtmTao();
+    };
+    EXPECT_EQ(tao(0, 293.15f, 0.5f, 0.25f, -1.0f, 0.5f), 1.0);    // no path, and no test of the slope
+    EXPECT_EQ(tao(100, 293.15f, 0.5f, 0.25f, 0.25f, 0.5f), 0.4);  // e^-2.5 is below the floor
+    EXPECT_EQ(tao(4, 293.15f, 0, 0.001f, 0.1f, 1.9f), 1.0);       // above 1 here, below 1 far away
+    EXPECT_EQ(tao(4, 293.15f, 0, -0.001f, 0.1f, 1.9f), 0.4);      // above 1 here and everywhere
+    EXPECT_EQ(tao(9, 293.15f, 0, -0.1f, 1.0f, 0.5f), 0.4);        // 0.70, but rising with the distance
+    EXPECT_NEAR(tao(9, 293.15f, 0, 0.05f, 0.05f, 0.5f, 1.0f), std::exp(-0.15), 1e-8);  // dry: the alphas alone
+    // Temperatures beyond -30 to 90 degrees Celsius count as those, and so does water above 6.2365.
+    EXPECT_EQ(tao(1, 363.2f, 0.01f, 0.1f, 0.1f, 0.5f, 0.1f), tao(1, 500.0f, 0.01f, 0.1f, 0.1f, 0.5f, 0.1f));
+    EXPECT_NE(tao(1, 363.2f, 0.01f, 0.1f, 0.1f, 0.5f, 0.1f), tao(1, 362.15f, 0.01f, 0.1f, 0.1f, 0.5f, 0.1f));
+    EXPECT_EQ(tao(1, 243.15f, 0.5f, 0.1f, 0.1f, 0.5f, 0.1f), tao(1, 100.0f, 0.5f, 0.1f, 0.1f, 0.5f, 0.1f));
+    EXPECT_NEAR(tao(1, 353.15f, 1.0f, 0.0f, 0.0f, 0.5f, 0.1f), std::exp(-0.62365), 1e-8);
+}
+
+TEST(MeasConv, CountsAndPow) {
+    CMeasConv linear;
+    SAdjustParams adjust;
+    adjust.offset = -1000;
+    adjust.gain = 0.5f;
+    linear.setAdjPar(&adjust);
+    EXPECT_EQ(linear.imgToPow(0), 0.0);
+    EXPECT_EQ(linear.imgToPow(-7), -499.5);
+    EXPECT_EQ(linear.imgToPow(3001), 1000.5);
+    EXPECT_EQ(linear.imgToPow(70000), 32267.5);
+    EXPECT_EQ(linear.powToImg(0.0), 0);
+    EXPECT_EQ(linear.powToImg(1000.7), 3001);  // rounds
+    EXPECT_EQ(linear.powToImg(1000.8), 3002);
+    EXPECT_EQ(linear.powToImg(1e9), 65535);
+    EXPECT_EQ(linear.powToImg(1e300), 65535);
+    EXPECT_EQ(linear.powToImg(-1e300), 1);
+    EXPECT_EQ(linear.powToImg(std::numeric_limits<double>::quiet_NaN()), 1);
+    EXPECT_EQ(linear.powToImg(1000.7, 0, 0.5), 2001);
+    EXPECT_EQ(linear.powToImg(1e-9, 0, 1.0), 1);
+    EXPECT_EQ(linear.powToImg(1000.7, 0, 0.00009), 1);
+    adjust.offset = std::numeric_limits<i32>::max();
+    linear.setAdjPar(&adjust);
+    EXPECT_EQ(linear.imgToPow(1), -1073741824.0);  // the sum is one of 32 bits
+
+    CMeasConv bent;
+    SAdjustParams curve;
+    curve.offset = 7;
+    curve.gain = 0.25f;
+    curve.nonlinearOn = 1;
+    curve.nonlinearGain = 1e-5f;
+    curve.nonlinearOffset = 2000;
+    bent.setAdjPar(&curve);
+    const float q = 10345.0f * 1e-5f;
+    EXPECT_EQ(bent.imgToPow(12345), 10345.0 * 0.25 / (1.0 - q) + 7);
+    EXPECT_NE(bent.imgToPow(12345), 10345.0 * 0.25 / (1.0 - 10345.0 * 1e-5f) + 7);
+    EXPECT_EQ(bent.imgToPow(0), 0.0);
+    curve.nonlinearGain = 2e-5f;  // the pole lies at 52,000
+    bent.setAdjPar(&curve);
+    EXPECT_EQ(bent.imgToPow(60000), 100000.0);
+    for (const int img : {100, 2000, 2001, 30000, 51000}) {
+        // The way back truncates towards zero: never further from the centre, and less than a count off.
+        const double outward = img < 2000 ? -0.5 : 0.5;
+        const double between = (img - 2000 + outward) * 0.25 / (1.0 - 2e-5 * (img - 2000 + outward)) + 7;
+        EXPECT_EQ(bent.powToImg(between), img);
+    }
+    EXPECT_EQ(bent.powToImg(-20000.0), 1);   // behind the other pole
+    EXPECT_EQ(bent.powToImg(1e300), 52000);  // the pole
+}
+
+TEST(MeasConv, PlanckCurve) {
+    SCurlewConstants camera;
+    for (const float f : {1.0f, 0.5f, 1.5f}) {
+        camera.planckF = f;
+        const CMeasConv model = Model(camera, Plain());
+        const double floor = f > 1 ? f * 1.0002 : 1.0002;
+        EXPECT_DOUBLE_EQ(model.objSigToTemp(1e12), 1450.0 / std::log(floor > f + 18000 / 1e12 ? floor : f));
+        EXPECT_DOUBLE_EQ(model.tempToObjSig(1e9), 18000.0 / (floor - f));
+        EXPECT_DOUBLE_EQ(model.tempToObjSig(300.0), 18000.0 / (std::exp(1450.0 / 300.0) - f));
+    }
+    const CMeasConv model = Model({}, Plain());
+    for (const double none : {0.0, -1.0, 1450.0 / 709.78}) EXPECT_EQ(model.tempToObjSig(none), 0.0);
+    EXPECT_GT(model.tempToObjSig(1450.0 / 709.7), 0.0);
+    EXPECT_EQ(model.objSigToTemp(0.0), 0.0);
+    EXPECT_EQ(model.objSigToTemp(-5.0), 0.0);
+}
+
+TEST(MeasConv, LimitRule) {
+    CMeasConv model = Model({}, Plain());
+    const CCurlewReference reference({}, Plain());
+    const struct {
+        long double pow, expected;
+        int status;
+    } kCases[] = {
+        {reference.lower + 0.001L, reference.lower + 0.001L, 0},
+        {reference.lower - 0.001L, reference.lower - 0.001L, 1},
+        {reference.upper - 0.001L, reference.upper - 0.001L, 0},
+        {reference.upper + 0.001L, reference.upper + 0.001L, 1},
+        {reference.overflow + 1, reference.overflow, 4},
+        {reference.underflow - 1, reference.underflow, 2},
+    };
+    for (const auto& c : kCases) {
+        u8 status = 99;
+        ExpectClose(model.clipPow(static_cast<double>(c.pow), &status), c.expected, 1e-12);
+        EXPECT_EQ(status, c.status);
+        ExpectClose(model.clipPow(static_cast<double>(c.pow), nullptr), c.expected, 1e-12);
+    }
+    u8 status = 99;
+    EXPECT_EQ(model.clipPow(model.getPowOverflow(), &status), model.getPowOverflow());
+    EXPECT_EQ(status, 1);
+    EXPECT_TRUE(model.setClipOn(false));
+    EXPECT_FALSE(model.isClipOn());
+    EXPECT_EQ(model.clipPow(1e9, &status), 1e9);
+    EXPECT_EQ(status, 0);
+    EXPECT_DOUBLE_EQ(model.getPowOverflow(), 64534 * double{0.02f});  // what the counts can say
+}
+
+TEST(MeasConv, BuffersAndTheirStatus) {
+    CMeasConv model = Model({}, {.emissivity = 0.9f});
+    const double bottom = model.powToObjSig(model.getPowUnderflow()), top = model.powToObjSig(model.getPowOverflow());
+    const double fine = model.powToObjSig((20000 - 1000) * double{0.02f});
+    const struct {
+        float in;
+        double limited, plain;
+        u8 status, statusOff;
+    } kCases[] = {
+        {20000.9f, fine, fine, 0, 0},  // truncated
+        {0.9f, bottom, model.powToObjSig(0.0), 34, 32},
+        {-0.9f, bottom, model.powToObjSig(0.0), 34, 32},
+        {-1.0f, bottom, model.powToObjSig(model.imgToPow(1)), 2, 2},
+        {65536.0f, top, model.powToObjSig(model.imgToPow(65535)), 4, 4},
+        {1e30f, top, model.powToObjSig(model.imgToPow(65535)), 4, 4},
+        {std::numeric_limits<float>::quiet_NaN(), bottom, model.powToObjSig(model.imgToPow(1)), 2, 2},
+    };
+    constexpr u32 kCount = std::size(kCases);
+    float in[kCount], out[kCount], plain[kCount];
+    u8 status[kCount], statusOff[kCount];
+    for (u32 i = 0; i < kCount; ++i) in[i] = kCases[i].in;
+    model.imgToObjectSignal(out, in, status, kCount);
+    model.imgToObjectSignal(plain, in, nullptr, kCount);
+    model.setClipOn(false);
+    float off[kCount];
+    model.imgToObjectSignal(off, in, statusOff, kCount);
+    for (u32 i = 0; i < kCount; ++i) {
+        EXPECT_EQ(out[i], static_cast<float>(kCases[i].limited)) << i;
+        EXPECT_EQ(plain[i], static_cast<float>(kCases[i].plain)) << i;
+        EXPECT_EQ(off[i], plain[i]) << i;
+        EXPECT_EQ(status[i], kCases[i].status) << i;
+        EXPECT_EQ(statusOff[i], kCases[i].statusOff) << i;
+    }
+}
+
+TEST(MeasConv, TemperatureBuffersInEveryScale) {
+    const SCurlewScene scene{.emissivity = 0.8f};
+    const CMeasConv model = Model({}, scene);
+    const CCurlewReference reference({}, scene);
+    for (const auto& [scale, factor, offset] : {std::tuple{Celsius, 1.0L, 273.15L},
+                                                {Fahrenheit, 1.8L, 459.67L},
+                                                {Kelvin, 1.0L, 0.0L},
+                                                {Rankine, 1.8L, 0.0L}}) {
+        std::vector<float> range(65536), counts(65536), floats(65536), in(65536);
+        std::vector<u16> signals(65536);
+        std::vector<u8> status(65536), other(65536);
+        for (u32 i = 0; i < 65536; ++i) in[i] = signals[i] = static_cast<u16>(i);
+        model.imgToTemp(0, 65535, range.data(), status.data(), scale);
+        model.imgToTemp(counts.data(), signals.data(), other.data(), 65536, scale);
+        EXPECT_EQ(counts, range);
+        EXPECT_EQ(other, status);
+        model.imgToTemp(floats.data(), in.data(), other.data(), 65536, scale);
+        EXPECT_EQ(floats, range);
+        EXPECT_EQ(other, status);
+        for (int i = 0; i < 65536; i += 17) {
+            int expected = 0;
+            const long double kelvin = reference.Kelvin(reference.ObjectSignal(i, expected));
+            ASSERT_NEAR(range[static_cast<u32>(i)], static_cast<double>(kelvin * factor - offset), 4e-5) << i;
+            ASSERT_EQ(status[static_cast<u32>(i)], i ? expected : 34) << i;
+        }
+    }
+    float out[3] = {-1, -1, -1};
+    u8 status[3] = {99, 99, 99};
+    model.imgToTemp(0, 1, out, status, static_cast<ETempType>(4));
+    EXPECT_EQ(out[0], -1.0f);  // left alone, with a status all the same
+    EXPECT_EQ(status[0], 34);
+    EXPECT_EQ(status[1], 2);
+    EXPECT_EQ(status[2], 99);
+    model.imgToTemp(9, 8, out, status, Kelvin);
+    EXPECT_EQ(out[0], -1.0f);
+}
+
+/// Planck's law over 8 to 12 micrometres, by the midpoint rule.
+double BandRadiance(double celsius) {
+    double sum = 0;
+    for (double w = 8.0005; w < 12; w += 0.001) {
+        sum += 0.001 * 11910.7 / (std::pow(w, 5) * (std::exp(14388.4 / (w * (celsius + 273.15))) - 1));
+    }
+    return sum;
+}
+
+TEST(MeasConv, Radiance) {
+    EXPECT_NEAR(CMeasConv::tempToRad(30.0f), BandRadiance(30.0), 1e-4 * BandRadiance(30.0));
+    CMeasConv model = Model({}, Plain());
+    const double range = BandRadiance(200) - BandRadiance(-20);
+    float radiance[5], temperature[5];
+    const u16 signals[5] = {6000, 9000, 15000, 25000, 40000};
+    model.imgToTemp(temperature, signals, nullptr, 5, Celsius);
+    model.imgToRadiance(radiance, signals, nullptr, 5);
+    for (int i = 0; i < 5; ++i) EXPECT_NEAR(radiance[i], BandRadiance(temperature[i]), 0.01 * range) << i;
+
+    // Fits that cannot be made leave the last one, and so does a change of calibration.
+    const SCalibParams good = *model.CalibPar();
+    SCalibParams bad = good;
+    for (const auto& [low, high] : {std::pair{300.0f, 300.9f}, {300.0f, 290.0f}, {-10.0f, 300.0f}, {300.0f, 1e30f}}) {
+        bad.radFitLowTemp = low;
+        bad.radFitHighTemp = high;
+        model.setCalibPar(&bad);
+        EXPECT_FALSE(model.InitRad(17000, 1400, 1)) << low << " to " << high;
+        EXPECT_TRUE(model.InitRad(good.planckR, good.planckB, good.planckF));
+    }
+    float again[5];
+    model.imgToRadiance(again, signals, nullptr, 5);
+    EXPECT_TRUE(std::equal(again, again + 5, radiance));
+    EXPECT_FALSE(CMeasConv().InitRad(18000, 1450, 1));
+}
+
+TEST(MeasConv, NothingToSee) {
+    const CMeasConv black = Model({}, {.emissivity = 0.0f});
+    EXPECT_EQ(black.getK1(), 0.0);
+    EXPECT_EQ(black.getK2(), 0.0);
+    EXPECT_EQ(black.objSigToPow(12.0), 100000.0);
+    EXPECT_EQ(black.tempToImg(300.0), 65535);
+    float out[2];
+    u8 status[2];
+    black.imgToTemp(100, 101, out, status, Kelvin);
+    EXPECT_EQ(out[0], 0.0f);
+}
+
+TEST(MeasConv, WhatAChangeRecomputes) {
+    CMeasConv model = Model({}, {.emissivity = 0.8f, .extOpticsTrans = 0.9f, .atmosphereTrans = 0.9f});
+    const double before = model.getK2();
+    EXPECT_EQ(model.setMeasAmbObjSig(100.0), -1.0);
+    EXPECT_EQ(model.getK2(), before);
+    model.setClipOn(true);
+    const double e = 0.8f, t = 0.9f, x = 0.9f;
+    EXPECT_NEAR(model.getK2(), 100 * ((1 - e) / e + (1 - t) / (t * e) + (1 - x) / (x * t * e)), 1e-12);
+
+    SObjectParams object;
+    EXPECT_TRUE(model.getObjPar(object));
+    EXPECT_EQ(object.emissivity, 0.8f);
+    model.setObjPar(nullptr);
+    EXPECT_FALSE(model.getObjPar(object));
+    EXPECT_EQ(model.ObjPar()->emissivity, 0.0f);
+    EXPECT_EQ(model.getK1(), 1 / (e * t * x));  // no update without a scene
+    model.setDefObjPar();
+    EXPECT_EQ(model.getUsedAtmTao(), 1.0);
+    EXPECT_EQ(model.getK1(), 1.0);
+    EXPECT_EQ(model.ObjPar()->reflectedTemp, 293.15f);
+    const double limited = model.getPowOverflow();
+    model.setCalibPar(nullptr);
+    EXPECT_EQ(model.getPowOverflow(), limited);
+    model.init(nullptr, nullptr, nullptr);
+    EXPECT_EQ(model.getPowOverflow(), 0.0);
+    EXPECT_EQ(model.getMeasAmbObjSig(), -1.0);
+    EXPECT_EQ(model.AdjPar()->imgMax, 65534);
+}
+
+}  // namespace
+}  // namespace ovix::reduce
