@@ -80,7 +80,7 @@ TSharedPtr<CCorrectionReduceObject> CReduceObjectArray::GetCorrection(u8 preset,
 }
 
 TSharedPtr<IReduceObject> CCorrectionReduceObject::Duplicate() const {
-    const TSharedPtr<IReduceObject> made = TReduceObject::Duplicate();
+    TSharedPtr<IReduceObject> made = TReduceObject::Duplicate();
     const TSharedPtr<CCorrectionReduceObject> copy = made.Cast<CCorrectionReduceObject>();
     copy->gain.Unshare(PixelCount());
     copy->offset.Unshare(PixelCount());
