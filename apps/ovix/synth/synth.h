@@ -33,9 +33,8 @@ struct SSynthForm {
 class ISynthesizer {
   public:
     virtual ~ISynthesizer();
-    /// Every frame of a stream has as many bytes.
-    virtual u32 FrameSize() const = 0;
-    /// The bytes of one frame. `kelvin` holds width times height temperatures; the noise depends on the frame's number.
+    /// The bytes of one frame; those of compressed forms differ in number. `kelvin` holds width times height
+    /// temperatures; the noise depends on the frame's number.
     virtual std::vector<u8> Frame(u64 number, std::span<const float> kelvin) = 0;
     /// The tables that undo the fixed pattern and stand in for the bad pixels, for preset 0; empty for a stream without
     /// either, and for video.
