@@ -6,6 +6,9 @@
 
 namespace ovix::app {
 
+/// The regions of the scene want at least so many pixels in both directions.
+inline constexpr u16 kDemoLeastSide = 32;
+
 struct SDemoOptions {
     std::filesystem::path directory = "ovix-demo";  ///< for the pictures; made when missing
     u16 width = 640;

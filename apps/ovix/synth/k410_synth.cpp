@@ -130,14 +130,18 @@ void AppendDigitalHeader(std::vector<u8>& bytes, u64 frame) {
     StoreBig(&bytes[start + 12], static_cast<u16>(frame));
 }
 
-std::vector<u8> JpegLsOf(const SSynthOptions& options, const std::vector<u16>& pixels) {
+/// The stream behind its length.
+std::vector<u8> CompressedImage(const SSynthOptions& options, const std::vector<u16>& pixels) {
+    constexpr std::size_t kLengthBytes = 4;
     try {
         charls::jpegls_encoder encoder;
         encoder.frame_info({options.width, options.height, kBitsPerPixel, 1});
-        std::vector<u8> stream(encoder.estimated_destination_size());
-        encoder.destination(stream);
-        stream.resize(encoder.encode(pixels));
-        return stream;
+        std::vector<u8> bytes(kLengthBytes + encoder.estimated_destination_size());
+        encoder.destination(bytes.data() + kLengthBytes, bytes.size() - kLengthBytes);
+        const std::size_t size = encoder.encode(pixels);
+        StoreBig(bytes.data(), static_cast<u32>(size));
+        bytes.resize(kLengthBytes + size);
+        return bytes;
     } catch (const charls::jpegls_error& error) {
         throw UsageFault(
             fmt::format("{} x {} pixels cannot be compressed: {}", options.width, options.height, error.what()));
@@ -145,10 +149,7 @@ std::vector<u8> JpegLsOf(const SSynthOptions& options, const std::vector<u16>& p
 }
 
 std::vector<u8> CompressedFrame(const SSynthOptions& options, u64 frame, const std::vector<u16>& pixels) {
-    const std::vector<u8> stream = JpegLsOf(options, pixels);
-    std::vector<u8> bytes(4);
-    StoreBig(bytes.data(), static_cast<u32>(stream.size()));
-    bytes.insert(bytes.end(), stream.begin(), stream.end());
+    std::vector<u8> bytes = CompressedImage(options, pixels);
     AppendContainer(bytes, options, frame, false);
     return bytes;
 }

@@ -1,0 +1,169 @@
+#include "apps/ovix/demo.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+
+#include "apps/ovix/demo_report.h"
+#include "apps/ovix/fault.h"
+#include "apps/ovix/output/frame_writer.h"
+#include "apps/ovix/pipeline/guarded_decode.h"
+#include "apps/ovix/scene.h"
+#include "apps/ovix/synth/synth.h"
+
+namespace ovix::app {
+namespace {
+
+constexpr u64 kFrame = 0;
+
+struct SForm {
+    GUID type;
+    const char* form;
+};
+constexpr SForm kForms[] = {
+    {"{3874994E-B76D-45DE-871A-5CF46393B19B}"_guid, "digital"},
+    {"{ADA2658E-40C0-4C31-9C44-7667B8169FF6}"_guid, "jpeg-ls"},
+    {"{3874994E-B76D-45DE-871A-5CF46393B19B}"_guid, "digital-swapped"},
+};
+
+void Require(bool done, const char* step) {
+    if (!done) throw CFault({.problem = fmt::format("the library refuses {} for a frame that it should take", step)});
+}
+
+std::string NameOfType(const GUID& type) {
+    SPixelType facts;
+    Require(GetPixelType(type, facts), "the pixel type");
+    return facts.name.GetUTF8();
+}
+
+/// What an application tells the library of its source.
+void DescribeSource(reduce::CReduceObjectArray& objects, const SFrameFormat& format) {
+    const auto source = objects.GetSourceInfo(true);
+    source->cameraName = L"K410";
+    source->width = source->frameWidth = format.width;
+    source->height = source->frameHeight = format.height;
+    source->pixelType = format.pixelType;
+    source->baseUnit = Counts;
+    source->valid = true;
+}
+
+/// One frame's way through the library: check and decode, choose the unit, correct, convert.
+SDemoFrame Measure(const SForm& form, const SDemoOptions& options, std::span<const float> kelvin) {
+    const SSynthFamily* family = FindSynthFamily(form.type);
+    const auto camera =
+        family->make({.type = form.type, .form = form.form, .width = options.width, .height = options.height});
+    std::vector<u8> bytes = camera->Frame(kFrame, kelvin);
+
+    SDemoFrame frame;
+    frame.form = form.form;
+    frame.pixelType = NameOfType(form.type);
+    frame.bytes = bytes.size();
+    const SFrameFormat format{.filter = CString(family->filter).GetUTF8(),
+                              .pixelType = form.type,
+                              .pixelTypeName = frame.pixelType,
+                              .width = options.width,
+                              .height = options.height};
+    DescribeSource(frame.objects, format);
+    frame.correction = camera->Correction();
+    frame.objects.Add(frame.correction);
+
+    CGuardedDecode decoder(format);
+    const u8 preset = decoder.Decode(bytes, frame.objects);
+
+    reduce::CConvertContext context;
+    context.setReduceObjs(&frame.objects);
+    Require(context.SetUnit(TemperatureFactory, options.scale), "the unit");
+    bool presets[reduce::CConvertContext::PresetCount] = {};
+    presets[preset] = true;
+    Require(context.Update(presets, reduce::CConvertContext::PresetCount, 0), "the calibration");
+
+    const u32 count = format.PixelCount();
+    std::vector<u16> corrected(count);
+    STypedData counts = decoder.Pixels();
+    Require(context.ApplyNUC(counts, {corrected.data(), UInt16}, count, counts), "the correction");
+    frame.values.resize(count);
+    frame.status.resize(count);
+    Require(context.Convert(counts, {frame.values.data(), Flt32}, frame.status.data(), count), "the conversion");
+    return frame;
+}
+
+/// How far the measured temperatures are from the scene's.
+SAgreement Compare(const SDemoFrame& frame, std::span<const float> kelvin, ETempType scale) {
+    SAgreement agreement;
+    double squares = 0;
+    for (std::size_t i = 0; i < kelvin.size(); ++i) {
+        const double measured = CMath::ConvertTemperature(frame.values[i], scale, Kelvin);
+        const double away = std::abs(measured - kelvin[i]);
+        if (frame.status[i] != 0) {
+            ++agreement.flagged;
+        } else if (frame.correction->mask[i]) {  // it shows what its neighbour sees
+            ++agreement.replaced;
+            agreement.replacedMax = std::max(agreement.replacedMax, away);
+        } else {
+            ++agreement.good;
+            agreement.max = std::max(agreement.max, away);
+            squares += away * away;
+        }
+    }
+    if (agreement.good > 0) agreement.rms = std::sqrt(squares / static_cast<double>(agreement.good));
+    return agreement;
+}
+
+std::vector<std::pair<std::string, reduce::CStats>> Figures(SDemoFrame& frame, const SDemoOptions& options) {
+    std::vector<std::pair<std::string, reduce::CStats>> figures(1);
+    const STypedData values{frame.values.data(), Flt32};
+    figures[0].first = "frame";
+    reduce::GetStats(figures[0].second, values, options.width, options.height, nullptr, 0, frame.status.data());
+    for (const SRegion& region : SceneRegions(options.width, options.height)) {
+        reduce::CStats stats;
+        Require(reduce::GetStats(stats, values, frame.status.data(), options.width, options.height, region.Area()),
+                "the statistics");
+        figures.emplace_back(region.name, stats);
+    }
+    return figures;
+}
+
+std::vector<std::filesystem::path> WritePictures(const SDemoFrame& frame, const SDemoOptions& options) {
+    std::error_code error;
+    std::filesystem::create_directories(options.directory, error);
+    if (error) throw SystemFault(ExitFile, options.directory.string(), "cannot create the directory", error.value());
+
+    const SSeries series{.width = options.width,
+                         .height = options.height,
+                         .frames = 1,
+                         .unit = UnitText(TemperatureFactory, options.scale),
+                         .title = "Motor with a hot bearing and a cool pipe",
+                         .parameters = DescribeScene(frame)};
+    const SPicture picture{
+        .frame = kFrame, .values = frame.values, .status = frame.status, .caption = CaptionOf(frame, options.scale)};
+    const SWriteOptions how{
+        .overwrite = options.overwrite, .range = std::nullopt, .marks = SceneRegions(options.width, options.height)};
+    std::vector<std::filesystem::path> written;
+    for (const char* name : {"motor.png", "motor.tif", "motor.npy"}) {
+        written.push_back(options.directory / name);
+        const auto writer = MakeFrameWriter(written.back(), series, how);
+        writer->Add(picture);
+        writer->Finish();
+    }
+    return written;
+}
+
+}  // namespace
+
+int RunDemo(const SDemoOptions& options) {
+    if (options.width < kDemoLeastSide || options.height < kDemoLeastSide) {
+        throw UsageFault(fmt::format("the demo needs frames of {0} x {0} pixels or more", kDemoLeastSide));
+    }
+    const std::vector<float> kelvin = RenderScene(options.width, options.height, kFrame);
+    SDemoReport report{.options = options};
+    for (const SForm& form : kForms) {
+        report.frames.push_back(Measure(form, options, kelvin));
+        report.frames.back().agreement = Compare(report.frames.back(), kelvin, options.scale);
+    }
+    report.figures = Figures(report.frames.front(), options);
+    report.files = WritePictures(report.frames.front(), options);
+    PrintReport(report);
+    return report.Agrees() ? ExitDone : ExitBadData;
+}
+
+}  // namespace ovix::app
