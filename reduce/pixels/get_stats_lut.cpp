@@ -16,62 +16,67 @@ struct STables {
     u16 upper;
 };
 
-void IndicesOf(STypedData pixels, u32 count, const STables& tables, u16* entries) {
-    Visit(pixels.type, [&]<class T>(TElement<T>) {
-        const T* from = static_cast<const T*>(pixels.data);
-        const float lower = tables.lower;
-        const float upper = tables.upper;
-        for (u32 i = 0; i < count; ++i) entries[i] = LutIndex(static_cast<float>(from[i]), lower, upper);
-    });
-}
+/// A part of the image that is never written.
+struct SConverted {
+    float values[kRunBlock];
+    u8 status[kRunBlock];
 
-/// Steps through the frame positions of a run.
-struct SPosition {
-    u32 width;
-
-    void AddTo(CStatsCalculator& calculator, const SSpan& run, const auto& pixel) const {
-        u32 x = static_cast<u32>(run.first % width);
-        u32 y = static_cast<u32>(run.first / width);
-        for (u32 i = 0; i < run.count; ++i) {
-            const auto [value, status] = pixel(i);
-            calculator.AddData(value, status, static_cast<int>(x), static_cast<int>(y));
-            if (++x == width) x = 0, ++y;
-        }
-    }
-    void AddTo(CStatsCalculator& calculator, const SList& run, const auto& pixel) const {
-        for (u32 i = 0; i < run.count; ++i) {
-            const u32 index = run.indices[i];
-            const auto [value, status] = pixel(i);
-            calculator.AddData(value, status, static_cast<int>(index % width), static_cast<int>(index / width));
+    void Load(STypedData pixels, const u8* presets, u32 count, const STables& tables) {
+        u16 entries[kRunBlock];
+        Visit(pixels.type, [&]<class T>(TElement<T>) {
+            const T* from = static_cast<const T*>(pixels.data);
+            const float lower = tables.lower;
+            const float upper = tables.upper;
+            for (u32 i = 0; i < count; ++i) entries[i] = LutIndex(static_cast<float>(from[i]), lower, upper);
+        });
+        for (u32 i = 0; i < count; ++i) {
+            const u8 preset = presets ? presets[i] : u8{0};
+            const u8* statusLut = tables.statusLuts ? tables.statusLuts[preset] : nullptr;
+            values[i] = tables.luts[preset][entries[i]];
+            status[i] = statusLut ? statusLut[entries[i]] : u8{0};
         }
     }
 };
+
+/// Adds a part to a copy of the record, which stands apart from all other memory: its sums can stay in registers.
+void Add(CStats& stats, const SConverted& converted, const SSpan& run, u32 width) {
+    CStats local = stats;
+    CStatsCalculator calculator(local);
+    int x = static_cast<int>(run.first % width);
+    int y = static_cast<int>(run.first / width);
+    for (u32 i = 0; i < run.count; ++i) {
+        calculator.AddData(converted.values[i], converted.status[i], x, y);
+        if (++x == static_cast<int>(width)) x = 0, ++y;
+    }
+    stats = local;
+}
+
+void Add(CStats& stats, const SConverted& converted, const SList& run, u32 width) {
+    CStats local = stats;
+    CStatsCalculator calculator(local);
+    for (u32 i = 0; i < run.count; ++i) {
+        const u32 index = run.indices[i];
+        calculator.AddData(converted.values[i], converted.status[i], static_cast<int>(index % width),
+                           static_cast<int>(index / width));
+    }
+    stats = local;
+}
 
 /// The single-table shape is the per-preset one with one table and no preset map.
 template <class Selection>
 bool Walk(STypedData data, const u8* sourceStatus, CStats& stats, u16 width, const Selection& selection,
           const STables& tables) {
     if (!IsNumeric(data.type)) return false;
-    CStats running = stats;  // a copy that the compiler can hold in registers
-    CStatsCalculator calculator(running);
+    CStatsCalculator calculator(stats);
     calculator.Start();
-    ForEachPart(selection, sourceStatus, [&](const auto& part, u8 preset) {
+    ForEachPart(selection, nullptr, [&](const auto& part, u8) {
         TScratch<u64> gathered;
-        u16 entries[kRunBlock];
-        IndicesOf(ViewOf(part, data, gathered), part.count, tables, entries);
-        const float* lut = tables.luts[preset];
-        const u8* statusLut = tables.statusLuts ? tables.statusLuts[preset] : nullptr;
-        struct SPixel {
-            double value;
-            u8 status;
-        };
-        SPosition{width}.AddTo(calculator, part, [&](u32 i) {
-            const u16 k = entries[i];
-            return SPixel{lut[k], statusLut ? statusLut[k] : u8{0}};
-        });
+        TScratch<u8> gatheredPresets;
+        SConverted converted;
+        converted.Load(ViewOf(part, data, gathered), part.View(sourceStatus, gatheredPresets), part.count, tables);
+        Add(stats, converted, part, width);
     });
     calculator.Finish();
-    stats = running;
     return true;
 }
 

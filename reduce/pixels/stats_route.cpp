@@ -15,7 +15,15 @@ u32 FrameIndex(SPoint point, u32 width) { return static_cast<u32>(point.y) * wid
 
 SBox BoxOf(const u32* indices, u32 count, u32 width) {
     SBox box;
-    for (u32 i = 0; i < count; ++i) box.Widen(indices[i] / width, indices[i] % width, indices[i] % width);
+    u32 row = 0;
+    u32 rowStart = 0;
+    for (u32 i = 0; i < count; ++i) {
+        if (indices[i] - rowStart >= width) {  // most neighbours in a list lie in one row: a division for each row
+            row = indices[i] / width;
+            rowStart = row * width;
+        }
+        box.Widen(row, indices[i] - rowStart, indices[i] - rowStart);
+    }
     return box;
 }
 
@@ -40,7 +48,7 @@ void WriteStats(CStats& stats, const SWalk& walk, EAllValues allValues, const SP
         stats.minimumPosition = pointOf(tally.valid.minimumIndex);
         stats.maximumPosition = pointOf(tally.valid.maximumIndex);
     }
-    const SExtremes& all = walk.hasStatus ? tally.all : tally.valid;
+    const SExtremes& all = tally.All();
     if (all.any) {
         if (walk.hasStatus || allValues == EAllValues::Copied) {
             stats.allMinimum = all.minimum;

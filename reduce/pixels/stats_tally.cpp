@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/visit.h"
+#include "reduce/pixels/selection.h"
 #include "reduce/pixels/simd/stats_u16.h"
 #include "reduce/pixels/stats.h"
 
@@ -43,25 +44,16 @@ u32 FindFirst(const T* pixels, u32 count, T value) {
 
 /// The plain path: one pixel after the other, in double.
 template <class T>
-void AddSerially(STally& tally, const T* pixels, u32 count, SPlaces places) {
+void AddSerially(STally& tally, const T* pixels, u32 count, const SPlaces& places) {
     if (count == 0) return;
     SExtremes extremes = tally.valid;
-    if (!extremes.any) {
-        const double first = static_cast<double>(pixels[0]);
-        extremes = {first, first, places.At(0), places.At(0), true};
-    }
+    if (!extremes.any) extremes.Begin(static_cast<double>(pixels[0]), places.At(0));
     double sum = tally.sum;
     double squares = tally.squares;
     for (u32 i = 0; i < count; ++i) {
         const double v = static_cast<double>(pixels[i]);
-        if (v > extremes.maximum) {
-            extremes.maximum = v;
-            extremes.maximumIndex = places.At(i);
-        }
-        if (v < extremes.minimum) {
-            extremes.minimum = v;
-            extremes.minimumIndex = places.At(i);
-        }
+        extremes.Raise(v, places, i);
+        extremes.Lower(v, places, i);
         sum += v;
         squares += v * v;
     }
@@ -73,11 +65,11 @@ void AddSerially(STally& tally, const T* pixels, u32 count, SPlaces places) {
 
 /// The same result in blocks of integer sums, as far as these are exact.
 template <class T>
-void AddExactly(STally& tally, const T* pixels, u32 count, SPlaces places) {
+void AddExactly(STally& tally, const T* pixels, u32 count, const SPlaces& places) {
     for (u32 at = 0, n = 0; at < count; at += n) {
         n = std::min(kExactBlock, count - at);
         const T* block = pixels + at;
-        const SPlaces here{places.first + at, places.list ? places.list + at : nullptr};
+        const SPlaces here = places.From(at);
         const SExactFigures<T> found = Measure(block, n);
         const double squares = tally.squares + static_cast<double>(found.squares);
         if (squares >= kExactBound) {
@@ -100,53 +92,78 @@ void AddExactly(STally& tally, const T* pixels, u32 count, SPlaces places) {
     }
 }
 
-/// True bits: 1 where v became the minimum, 2 where it became the maximum.
-unsigned Widen(SExtremes& extremes, double v, u32 index) {
-    unsigned changed = 0;
-    if (!extremes.any || v < extremes.minimum) {
-        extremes.minimum = v;
-        extremes.minimumIndex = index;
-        changed |= 1;
+template <class T>
+void AddCounted(STally& tally, const T* pixels, u32 count, const SPlaces& places) {
+    if constexpr (kNarrow<T>) {
+        AddExactly(tally, pixels, count, places);
+    } else {
+        AddSerially(tally, pixels, count, places);
     }
-    if (!extremes.any || v > extremes.maximum) {
-        extremes.maximum = v;
-        extremes.maximumIndex = index;
-        changed |= 2;
+}
+
+u8 UnionOf(const u8* status, u32 count) {
+    u8 all = 0;
+    for (u32 i = 0; i < count; ++i) all |= status[i];
+    return all;
+}
+
+/// Pixels that all count, with their status.
+template <class T>
+void AddCounted(STally& tally, const T* pixels, const u8* status, u32 count, const SPlaces& places) {
+    const SExtremes before = tally.valid;
+    SExtremes& valid = tally.valid;
+    AddCounted(tally, pixels, count, SPlaces{0});  // new extremes then stand at a place in the status
+    if (!before.any || valid.minimum < before.minimum) {
+        tally.minimumStatus = status[valid.minimumIndex];
+        valid.minimumIndex = places.At(valid.minimumIndex);
     }
-    extremes.any = true;
-    return changed;
+    if (!before.any || valid.maximum > before.maximum) {
+        tally.maximumStatus = status[valid.maximumIndex];
+        valid.maximumIndex = places.At(valid.maximumIndex);
+    }
+    tally.statusUnion |= UnionOf(status, count);
 }
 
 template <class T>
-void AddWithStatus(STally& tally, const T* pixels, const u8* status, u32 count, SPlaces places) {
-    STally t = tally;  // a copy that the compiler can hold in registers
+void WidenAll(STally& tally, const T* pixels, u32 count, const SPlaces& places) {
+    SExtremes all = tally.All();
+    if (!all.any) all.Begin(static_cast<double>(pixels[0]), places.At(0));
     for (u32 i = 0; i < count; ++i) {
         const double v = static_cast<double>(pixels[i]);
-        const u32 index = places.At(i);
-        Widen(t.all, v, index);
-        if (!IsCounted(status[i])) continue;
-        t.statusUnion |= status[i];
-        const unsigned changed = Widen(t.valid, v, index);
-        if (changed & 1) t.minimumStatus = status[i];
-        if (changed & 2) t.maximumStatus = status[i];
-        t.sum += v;
-        t.squares += v * v;
-        ++t.count;
+        all.Raise(v, places, i);
+        all.Lower(v, places, i);
     }
-    tally = t;
+    tally.all = all;
+    tally.apart = true;
+}
+
+/// A block of at most `kRunBlock` pixels, some of which may not count: the others are put together and added.
+template <class T>
+void AddBlock(STally& tally, const T* pixels, const u8* status, u32 count, const SPlaces& places) {
+    const bool allCount = IsCounted(UnionOf(status, count));
+    if (tally.apart || !allCount) WidenAll(tally, pixels, count, places);
+    if (allCount) return AddCounted(tally, pixels, status, count, places);
+    T counted[kRunBlock];
+    u8 countedStatus[kRunBlock];
+    u32 indices[kRunBlock];
+    u32 n = 0;
+    for (u32 i = 0; i < count; ++i) {
+        counted[n] = pixels[i];
+        countedStatus[n] = status[i];
+        indices[n] = places.At(i);
+        n += IsCounted(status[i]) ? 1 : 0;
+    }
+    if (n) AddCounted(tally, counted, countedStatus, n, SPlaces{0, indices});
 }
 
 }  // namespace
 
-void AddPixels(STally& tally, STypedData pixels, const u8* status, u32 count, SPlaces places) {
+void AddPixels(STally& tally, STypedData pixels, const u8* status, u32 count, const SPlaces& places) {
     Visit(pixels.type, [&]<class T>(TElement<T>) {
         const T* first = static_cast<const T*>(pixels.data);
-        if (status) {
-            AddWithStatus(tally, first, status, count, places);
-        } else if constexpr (kNarrow<T>) {
-            AddExactly(tally, first, count, places);
-        } else {
-            AddSerially(tally, first, count, places);
+        if (!status) return AddCounted(tally, first, count, places);
+        for (u32 at = 0; at < count; at += kRunBlock) {
+            AddBlock(tally, first + at, status + at, std::min(kRunBlock, count - at), places.From(at));
         }
     });
 }
