@@ -8,21 +8,12 @@ namespace ovix::reduce {
 
 namespace {
 
-SBox BoxOf(const SRectangle& rectangle) {
-    const SArea& a = rectangle.area;
+template <class Lines>
+SBox BoxOf(const Lines& selection) {
     SBox box;
-    if (a.top <= a.bottom && a.left <= a.right) {
-        box.Widen(a.top, a.left, a.right);
-        box.Widen(a.bottom, a.left, a.right);
-    }
-    return box;
-}
-
-SBox BoxOf(const SLines& region) {
-    SBox box;
-    for (const SScanLine& line : region.lines) {
-        if (line.left <= line.right) box.Widen(line.row, line.left, line.right);
-    }
+    ForEachLine(selection, [&](const SScanLine& line) {
+        if (CountPixels(line)) box.Widen(line.row, line.left, line.right);
+    });
     return box;
 }
 
@@ -34,7 +25,7 @@ bool Walk(CStats& stats, STypedData data, const u8* status, u16 width, const Sel
     if (!IsNumeric(data.type)) return false;
     SWalk walk{{}, box, status != nullptr};
     ForEachRun(selection, [&](const auto& run) {
-        TScratch<u64> pixels;
+        SElementScratch pixels;
         TScratch<u8> flags;
         AddPixels(walk.tally, ViewOf(run, data, pixels), run.View(status, flags), run.count, PlacesOf(run));
     });

@@ -22,7 +22,7 @@ struct SFrame {
 bool IsTaken(EDataType type) { return IsNumeric(type) && type != UInt64; }
 
 void AddRun(SWalk& walk, const SFrame& frame, const SSpan& run) {
-    TScratch<u64> unusedPixels;
+    SElementScratch unusedPixels;
     TScratch<u8> unusedFlags;
     AddPixels(walk.tally, ViewOf(run, frame.data, unusedPixels), run.View(frame.status, unusedFlags), run.count,
               {static_cast<u32>(run.first)});
@@ -136,7 +136,7 @@ void GetStats(CStats& stats, STypedData data, u32* indices, u32 count, int width
     ForEachRun(SIndexList{indices, count}, [&](const SList& run) {
         // The pixels stand one behind the other, their status at the listed places; an index is a place in the list.
         const SSpan compact{run.out, run.out, run.count};
-        TScratch<u64> unused;
+        SElementScratch unused;
         TScratch<u8> flags;
         AddPixels(walk.tally, ViewOf(compact, data, unused), run.View<u8>(status, flags), run.count,
                   {static_cast<u32>(run.out)});

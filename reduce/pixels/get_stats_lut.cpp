@@ -16,29 +16,24 @@ struct STables {
     u16 upper;
 };
 
-/// A part of the image that is never written.
+/// A block of the image that is never written.
 struct SConverted {
     float values[kRunBlock];
     u8 status[kRunBlock];
 
     void Load(STypedData pixels, const u8* presets, u32 count, const STables& tables) {
-        u16 entries[kRunBlock];
-        Visit(pixels.type, [&]<class T>(TElement<T>) {
-            const T* from = static_cast<const T*>(pixels.data);
-            const float lower = tables.lower;
-            const float upper = tables.upper;
-            for (u32 i = 0; i < count; ++i) entries[i] = LutIndex(static_cast<float>(from[i]), lower, upper);
-        });
+        u16 room[kRunBlock];
+        const u16* places = LutIndexFunction(pixels.type)(pixels.data, room, count, tables.lower, tables.upper);
         for (u32 i = 0; i < count; ++i) {
             const u8 preset = presets ? presets[i] : u8{0};
             const u8* statusLut = tables.statusLuts ? tables.statusLuts[preset] : nullptr;
-            values[i] = tables.luts[preset][entries[i]];
-            status[i] = statusLut ? statusLut[entries[i]] : u8{0};
+            values[i] = tables.luts[preset][places[i]];
+            status[i] = statusLut ? statusLut[places[i]] : u8{0};
         }
     }
 };
 
-/// Adds a part to a copy of the record, which stands apart from all other memory: its sums can stay in registers.
+/// Adds a block to a copy of the record, which stands apart from all other memory: its sums can stay in registers.
 void Add(CStats& stats, const SConverted& converted, const SSpan& run, u32 width) {
     CStats local = stats;
     CStatsCalculator calculator(local);
@@ -69,12 +64,12 @@ bool Walk(STypedData data, const u8* sourceStatus, CStats& stats, u16 width, con
     if (!IsNumeric(data.type)) return false;
     CStatsCalculator calculator(stats);
     calculator.Start();
-    ForEachPart(selection, nullptr, [&](const auto& part, u8) {
-        TScratch<u64> gathered;
+    ForEachBlock(selection, [&](const auto& block) {
+        SElementScratch gathered;
         TScratch<u8> gatheredPresets;
         SConverted converted;
-        converted.Load(ViewOf(part, data, gathered), part.View(sourceStatus, gatheredPresets), part.count, tables);
-        Add(stats, converted, part, width);
+        converted.Load(ViewOf(block, data, gathered), block.View(sourceStatus, gatheredPresets), block.count, tables);
+        Add(stats, converted, block, width);
     });
     calculator.Finish();
     return true;

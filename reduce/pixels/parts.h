@@ -12,15 +12,9 @@ inline SSpan PartOf(const SSpan& run, u32 at, u32 count) { return {run.first + a
 inline SList PartOf(const SList& run, u32 at, u32 count) { return {run.indices + at, run.out + at, count}; }
 
 /// The pixels of a run, in their own type: in place, or gathered into `scratch`.
-inline STypedData ViewOf(const SSpan& run, STypedData frame, TScratch<u64>&) {
-    return {static_cast<u8*>(frame.data) + run.first * ElementSize(frame.type), frame.type};
-}
-inline STypedData ViewOf(const SList& run, STypedData frame, TScratch<u64>& scratch) {
-    Visit(frame.type, [&]<class T>(TElement<T>) {
-        T* to = reinterpret_cast<T*>(scratch.data);
-        for (u32 i = 0; i < run.count; ++i) to[i] = static_cast<const T*>(frame.data)[run.indices[i]];
-    });
-    return {scratch.data, frame.type};
+template <class Run>
+STypedData ViewOf(const Run& run, STypedData frame, SElementScratch& scratch) {
+    return {const_cast<void*>(ViewElements(run, frame.data, ElementSize(frame.type), scratch)), frame.type};
 }
 
 /// Calls `f(part, preset)` in visiting order for parts of at most `kRunBlock` pixels of one preset each. `presets`
@@ -28,13 +22,13 @@ inline STypedData ViewOf(const SList& run, STypedData frame, TScratch<u64>& scra
 /// preset.
 template <class Selection, class F>
 void ForEachPart(const Selection& selection, const u8* presets, F&& f) {
-    ForEachRun(selection, [&](const auto& run) {
+    ForEachBlock(selection, [&](const auto& block) {
         TScratch<u8> gathered;
-        const u8* preset = run.View(presets, gathered);
-        for (u32 at = 0, count = 0; at < run.count; at += count) {
-            const u32 limit = std::min(kRunBlock, run.count - at);
-            for (count = preset ? 1 : limit; count < limit && preset[at + count] == preset[at];) ++count;
-            f(PartOf(run, at, count), preset ? preset[at] : u8{0});
+        const u8* preset = block.View(presets, gathered);
+        if (!preset) return f(block, u8{0});
+        for (u32 at = 0, count = 0; at < block.count; at += count) {
+            for (count = 1; at + count < block.count && preset[at + count] == preset[at];) ++count;
+            f(PartOf(block, at, count), preset[at]);
         }
     });
 }

@@ -53,7 +53,7 @@ void ConvertCounts(STypedData destination, u8* status, STypedData source, const 
                    EPowers powers, const LawOf& lawOf) {
     ForEachPart(selection, presets, [&](const auto& part, u8 preset) {
         const SRadianceLaw law = lawOf(preset);
-        TScratch<u64> gathered;
+        SElementScratch gathered;
         TScratch<double> gatheredBackgrounds;
         SCounts counts;
         double radiances[kRunBlock];
