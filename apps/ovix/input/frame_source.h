@@ -17,7 +17,10 @@ class IFrameSource {
     /// The file's name as the user wrote it.
     virtual const std::string& Name() const = 0;
     virtual const SFrameFormat& Format() const = 0;
+    /// At least 1.
     virtual u64 Count() const = 0;
+    /// The bytes of each frame; 0 when they differ.
+    virtual u64 FrameSize() const = 0;
     /// Replaces `frame` by the bytes of one frame. Throws `CFault` when they cannot be had, a last frame that is cut
     /// included; other frames can still be read then.
     virtual void Read(u64 index, std::vector<u8>& frame) = 0;
