@@ -1,0 +1,52 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/typed_data.h"
+
+namespace ovix::app {
+
+/// What a user asks for by one word; factory or user calibration is another question.
+enum class EQuantity { Counts, Signal, Radiance, Temperature, Red, Green, Blue, Average };
+enum class ECalibration { Factory, User };
+
+/// Values that replace those recorded with the source. Temperatures in kelvin, the distance in metres.
+struct SSceneValues {
+    std::optional<float> emissivity;
+    std::optional<float> distance;
+    std::optional<float> reflectedTemp;
+    std::optional<float> atmosphereTemp;
+    std::optional<float> atmosphereTrans;  ///< 0 asks the model to compute it
+    std::optional<float> relativeHumidity;
+    std::optional<float> extOpticsTemp;
+    std::optional<float> extOpticsTrans;
+
+    bool operator==(const SSceneValues&) const = default;
+};
+
+/// The stem of correction tables, for the frames of one preset or of all.
+struct SCorrectionFiles {
+    std::optional<u8> preset;
+    std::string stem;
+};
+
+/// The limits to which corrected counts are clamped.
+struct SClip {
+    bool on = true;
+    float low = 0;
+    float high = 16383;
+};
+
+/// What is to be made of the frames of a source.
+struct SMeasureOptions {
+    std::optional<EQuantity> quantity;        ///< none: temperature where the source can give it, else what it stores
+    std::optional<ECalibration> calibration;  ///< none: factory where there is one, else user
+    ETempType scale = Celsius;
+    SSceneValues scene;
+    std::vector<SCorrectionFiles> corrections;
+    std::optional<SClip> clip;  ///< none: as the library does by itself
+};
+
+}  // namespace ovix::app
