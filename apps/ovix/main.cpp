@@ -1,1 +1,27 @@
-int main() {}
+#include <exception>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "apps/ovix/cli/command_line.h"
+#include "apps/ovix/cli/console.h"
+#include "apps/ovix/output/output_file.h"
+#include "core/exception.h"
+
+int main(int argc, char** argv) {
+    using namespace ovix::app;
+    try {
+        InstallInterruptCleanup();
+        return RunCommandLine({argv + 1, argv + argc});
+    } catch (const CAppError& error) {
+        Say(error.what());
+        return error.Exit();
+    } catch (const std::bad_alloc&) {
+        Say("there is not enough memory");
+    } catch (const std::exception& error) {
+        Say(error.what());
+    } catch (const ovix::CException& error) {
+        Say(error.GetMessage().GetUTF8());
+    }
+    return ExitBadData;
+}

@@ -1,0 +1,175 @@
+#include "apps/ovix/cli/command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <filesystem>
+
+#include "apps/ovix/cli/console.h"
+#include "apps/ovix/cli/suggestion.h"
+#include "apps/ovix/commands/command.h"
+#include "apps/ovix/fault.h"
+
+namespace ovix::app {
+
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+/// The verbs with their grammar.
+class CGrammar {
+  public:
+    CGrammar() {
+        app_.set_help_flag("-h,--help", "this help");
+        app_.set_version_flag("--version", "ovix " OVIX_VERSION, "the version");
+        app_.require_subcommand(0, 1);
+        app_.get_formatter()->column_width(32);
+        app_.get_formatter()->label("REQUIRED", "");
+        app_.footer(
+            "\"ovix FILE\" is \"ovix info FILE\"; \"ovix VERB --help\" tells the options of a verb.\n\n"
+            "Example:\n"
+            "  ovix convert dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 --unit temperature --scale C -o "
+            "out.png\n\n"
+            "Exit status: 0 done, 1 the data would not do, 2 wrong usage, 3 done but frames were skipped,\n"
+            "4 a file is missing, unreadable, unwritable or of no known format, 130 interrupted.");
+        for (const auto make : {MakeDemoCommand, MakeFormatsCommand, MakeSynthCommand, MakeInfoCommand,
+                                MakeConvertCommand, MakeStatsCommand})
+            AddVerb(make());
+    }
+
+    /// Options may stand anywhere, also before the verb, so that is looked for first. Options of a verb that do not
+    /// exist are told with the nearest one that does.
+    Arguments InOrder(Arguments arguments) const {
+        const std::size_t at = FirstPlain(arguments);
+        if (at == arguments.size()) return arguments;
+        const CLI::App* verb = Find(arguments[at]);
+        if (verb) {
+            std::rotate(arguments.begin(), arguments.begin() + static_cast<std::ptrdiff_t>(at),
+                        arguments.begin() + static_cast<std::ptrdiff_t>(at) + 1);
+        } else {
+            RefuseMisspelledVerb(arguments[at]);
+            arguments.insert(arguments.begin(), "info");
+            verb = Find("info");
+        }
+        RefuseUnknownOptions(*verb, arguments);
+        return arguments;
+    }
+
+    EExit Run(Arguments arguments) {
+        std::reverse(arguments.begin(), arguments.end());
+        app_.parse(std::move(arguments));
+        for (std::size_t i = 0; i < verbs_.size(); ++i) {
+            if (verbs_[i]->parsed()) return commands_[i]->Run();
+        }
+        Print(app_.help());
+        return ExitDone;
+    }
+
+    /// The help of the verb that was asked about.
+    std::string Help() {
+        for (CLI::App* verb : verbs_) {
+            if (verb->parsed()) return verb->help();
+        }
+        return app_.help();
+    }
+
+    /// "ovix convert", to be named in what is said about the arguments.
+    std::string ParsedVerb() const {
+        for (const CLI::App* verb : verbs_) {
+            if (verb->parsed()) return "ovix " + verb->get_name();
+        }
+        return "ovix";
+    }
+
+  private:
+    void AddVerb(std::unique_ptr<ICommand> command) {
+        CLI::App* verb = app_.add_subcommand(command->Verb(), command->Brief());
+        command->AddOptions(*verb);
+        std::string examples = command->Examples();
+        for (std::size_t at = 0; (at = examples.find('\n', at)) != std::string::npos; at += 3)
+            examples.insert(at + 1, "  ");
+        verb->footer("Examples:\n  " + examples);
+        verbs_.push_back(verb);
+        commands_.push_back(std::move(command));
+    }
+
+    const CLI::App* Find(const std::string& verb) const {
+        for (const CLI::App* candidate : verbs_) {
+            if (candidate->get_name() == verb) return candidate;
+        }
+        return nullptr;
+    }
+
+    /// Whether a value follows the option in an argument of its own.
+    bool TakesNext(const std::string& argument) const {
+        if (argument.find('=') != std::string::npos) return false;
+        if (!argument.starts_with("--") && argument.size() > 2) return false;
+        for (const CLI::App* verb : verbs_) {
+            const CLI::Option* option = verb->get_option_no_throw(argument);
+            if (option) return option->get_items_expected_max() > 0;
+        }
+        return false;
+    }
+
+    static bool IsOption(const std::string& argument) { return argument.size() > 1 && argument[0] == '-'; }
+
+    /// The first argument that is neither an option nor the value of one.
+    std::size_t FirstPlain(const Arguments& arguments) const {
+        for (std::size_t i = 0; i < arguments.size(); ++i) {
+            if (arguments[i] == "--") return std::min(i + 1, arguments.size());
+            if (!IsOption(arguments[i])) return i;
+            if (TakesNext(arguments[i])) ++i;
+        }
+        return arguments.size();
+    }
+
+    void RefuseMisspelledVerb(const std::string& word) const {
+        std::error_code ignored;
+        if (std::filesystem::exists(word, ignored)) return;
+        Arguments names;
+        for (const CLI::App* verb : verbs_) names.push_back(verb->get_name());
+        const std::string hint = DidYouMean(word, names);
+        if (!hint.empty()) throw UsageFault("there is neither a verb nor a file \"" + word + "\"" + hint);
+    }
+
+    void RefuseUnknownOptions(const CLI::App& verb, const Arguments& arguments) const {
+        for (std::size_t i = 1; i < arguments.size() && arguments[i] != "--"; ++i) {
+            if (!arguments[i].starts_with("--")) {
+                if (IsOption(arguments[i]) && TakesNext(arguments[i])) ++i;
+                continue;
+            }
+            const std::string name = arguments[i].substr(0, arguments[i].find('='));
+            if (name != "--version" && !verb.get_option_no_throw(name)) {
+                Arguments names;
+                for (const CLI::Option* option : verb.get_options()) {
+                    for (const std::string& known : option->get_lnames()) names.push_back("--" + known);
+                }
+                throw UsageFault("ovix " + verb.get_name() + " has no option " + name + DidYouMean(name, names));
+            }
+            if (TakesNext(arguments[i])) ++i;
+        }
+    }
+
+    CLI::App app_{"Data reduction for thermal-camera images", "ovix"};
+    std::vector<CLI::App*> verbs_;
+    std::vector<std::unique_ptr<ICommand>> commands_;
+};
+
+}  // namespace
+
+EExit RunCommandLine(const std::vector<std::string>& arguments) {
+    CGrammar grammar;
+    try {
+        return grammar.Run(grammar.InOrder(arguments));
+    } catch (const CLI::CallForHelp&) {
+        Print(grammar.Help());
+        return ExitDone;
+    } catch (const CLI::CallForVersion& version) {
+        Print(std::string(version.what()) + '\n');
+        return ExitDone;
+    } catch (const CLI::ParseError& error) {
+        const std::string verb = grammar.ParsedVerb();
+        throw UsageFault(verb + ": " + error.what() + " (" + verb + " --help tells more)");
+    }
+}
+
+}  // namespace ovix::app

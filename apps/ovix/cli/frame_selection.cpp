@@ -1,0 +1,77 @@
+#include "apps/ovix/cli/frame_selection.h"
+
+#include <fmt/format.h>
+
+#include <charconv>
+
+#include "apps/ovix/cli/values.h"
+#include "apps/ovix/fault.h"
+
+namespace ovix::app {
+
+namespace {
+
+/// Takes a number off the front of the text; false when none stands there.
+template <class T>
+bool TakeNumber(std::string_view& text, T& value) {
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc{}) return false;
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+    return true;
+}
+
+bool TakeOneOf(std::string_view& text, std::string_view characters) {
+    if (text.empty() || characters.find(text.front()) == std::string_view::npos) return false;
+    text.remove_prefix(1);
+    return true;
+}
+
+}  // namespace
+
+u64 CFrameNumbers::Count() const {
+    u64 count = 0;
+    for (const SRun& run : runs_) count += run.Count();
+    return count;
+}
+
+u64 CFrameNumbers::operator[](u64 n) const {
+    auto run = runs_.begin();
+    for (; n >= run->Count(); ++run) n -= run->Count();
+    return run->first + n * run->step;
+}
+
+CFrameSelection::CFrameSelection(const std::string& text) : text_(text), parts_() {
+    for (std::string_view rest : SplitText(text, ',')) {
+        SPart part;
+        bool fits = TakeNumber(rest, part.first);
+        part.last = part.first;
+        if (fits && TakeOneOf(rest, "-:")) fits = TakeNumber(rest, part.last);
+        if (fits && TakeOneOf(rest, "x")) fits = TakeNumber(rest, part.step) && part.step > 0;
+        if (!fits || !rest.empty())
+            throw CFault({.exit = ExitUsage,
+                          .problem = "--frames",
+                          .expected = "frames and ranges as in 0-99,200-400x10,-1",
+                          .found = "\"" + text + "\""});
+        parts_.push_back(part);
+    }
+}
+
+CFrameNumbers CFrameSelection::Of(u64 count) const {
+    const auto place = [&](i64 frame) {
+        const u64 number = frame < 0 ? count + static_cast<u64>(frame) : static_cast<u64>(frame);
+        if (number >= count)
+            throw UsageFault(fmt::format("--frames {}: there is no frame {}; the source has {} (0 to {})", text_, frame,
+                                         count, count - 1));
+        return number;
+    };
+    std::vector<CFrameNumbers::SRun> runs;
+    for (const SPart& part : parts_) {
+        const CFrameNumbers::SRun run{place(part.first), place(part.last), part.step};
+        if (run.first > run.last)
+            throw UsageFault(fmt::format("--frames {}: {} lies behind {}", text_, part.first, part.last));
+        runs.push_back(run);
+    }
+    return CFrameNumbers(std::move(runs));
+}
+
+}  // namespace ovix::app

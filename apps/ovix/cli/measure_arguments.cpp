@@ -1,0 +1,102 @@
+#include "apps/ovix/cli/measure_arguments.h"
+
+#include <CLI/CLI.hpp>
+
+#include "apps/ovix/cli/choice.h"
+#include "apps/ovix/cli/values.h"
+#include "apps/ovix/pipeline/unit_choice.h"
+
+namespace ovix::app {
+
+namespace {
+
+using Text = const std::string&;
+
+/// The parsed text, or nothing where the option was not given.
+template <class Parse>
+auto IfGiven(const std::string& text, Parse parse) -> std::optional<decltype(parse(text))> {
+    if (text.empty()) return {};
+    return parse(text);
+}
+
+std::optional<float> Within(const std::string& option, const std::string& text, float low, float high) {
+    return IfGiven(text, [&](Text given) { return ParseWithin(option, given, low, high); });
+}
+
+std::optional<float> Temperature(const std::string& option, const std::string& text) {
+    return IfGiven(text, [&](Text given) { return ParseTemperature(option, given); });
+}
+
+SClip ParseClip(const std::string& text) {
+    if (text == "off") return {.on = false};
+    const auto [low, high] = ParseRange("--clip", text);
+    return {true, low, high};
+}
+
+}  // namespace
+
+void CMeasureArguments::Add(CLI::App& verb) {
+    const char* group = "Measurement";
+    const auto add = [&](const char* name, std::string& value, const char* type, const char* help) {
+        verb.add_option(name, value, help)->type_name(type)->group(group);
+    };
+    add("--unit", unit_, "UNIT",
+        "counts, signal, radiance or temperature; red, green, blue or average of colours (else temperature, if the "
+        "source can give it)");
+    add("--cal", calibration_, "factory|user", "whose calibration (else the factory's, if there is one)");
+    add("--scale", scale_, "C|F|K|R", "scale of temperatures (else C)");
+    verb.add_option("--correction", corrections_,
+                    "correct the counts with the tables STEM.mvg, .mvo and .mvb; P=STEM for preset P alone")
+        ->type_name("STEM")
+        ->allow_extra_args(false)
+        ->group(group);
+    add("--clip", clip_, "LO,HI|off", "limits of the corrected counts (else 0,16383)");
+
+    group = "Scene (instead of what was recorded)";
+    add("--emissivity", emissivity_, "0..1", "emissivity of the target");
+    add("--distance", distance_, "METRES", "distance to the target");
+    add("--reflected-temp", reflectedTemp_, "TEMP", "reflected temperature, as in 20C, 68F, 293.15K");
+    add("--atmosphere-temp", atmosphereTemp_, "TEMP", "temperature of the air");
+    add("--atmosphere-trans", atmosphereTrans_, "0..1", "transmission of the air; 0 has it computed");
+    add("--humidity", humidity_, "0..1", "relative humidity");
+    add("--ext-optics-temp", extOpticsTemp_, "TEMP", "temperature of external optics");
+    add("--ext-optics-trans", extOpticsTrans_, "0..1", "transmission of external optics");
+}
+
+SSceneValues CMeasureArguments::Scene() const {
+    constexpr float kLeastShare = 0.001f;  // the models divide by these
+    return {.emissivity = Within("--emissivity", emissivity_, kLeastShare, 1),
+            .distance = Within("--distance", distance_, 0, 1e6f),
+            .reflectedTemp = Temperature("--reflected-temp", reflectedTemp_),
+            .atmosphereTemp = Temperature("--atmosphere-temp", atmosphereTemp_),
+            .atmosphereTrans = Within("--atmosphere-trans", atmosphereTrans_, 0, 1),
+            .relativeHumidity = Within("--humidity", humidity_, 0, 1),
+            .extOpticsTemp = Temperature("--ext-optics-temp", extOpticsTemp_),
+            .extOpticsTrans = Within("--ext-optics-trans", extOpticsTrans_, kLeastShare, 1)};
+}
+
+SCorrectionFiles CMeasureArguments::Correction(const std::string& text) const {
+    if (text.size() > 2 && text[1] == '=' && text[0] >= '0' && text[0] <= '7')
+        return {static_cast<u8>(text[0] - '0'), text.substr(2)};
+    return {{}, text};
+}
+
+SMeasureOptions CMeasureArguments::Options() const {
+    std::vector<std::pair<std::string, EQuantity>> quantities;
+    for (const SQuantityWord& word : QuantityWords()) quantities.emplace_back(word.word, word.quantity);
+    SMeasureOptions options;
+    options.quantity = IfGiven(unit_, [&](Text text) { return ParseChoice("--unit", text, quantities); });
+    options.calibration = IfGiven(calibration_, [](Text text) {
+        return ParseChoice<ECalibration>("--cal", text,
+                                         {{"factory", ECalibration::Factory}, {"user", ECalibration::User}});
+    });
+    options.scale =
+        ParseChoice<ETempType>("--scale", scale_, {{"C", Celsius}, {"F", Fahrenheit}, {"K", Kelvin}, {"R", Rankine}});
+    options.scene = Scene();
+    for (const std::string& text : corrections_) options.corrections.push_back(Correction(text));
+    options.clip = IfGiven(clip_, ParseClip);
+    if (options.clip && options.corrections.empty()) throw UsageFault("--clip goes with --correction");
+    return options;
+}
+
+}  // namespace ovix::app

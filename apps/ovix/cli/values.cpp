@@ -1,0 +1,117 @@
+#include "apps/ovix/cli/values.h"
+
+#include <fmt/format.h>
+
+#include <array>
+#include <cmath>
+
+#include "apps/ovix/fault.h"
+
+namespace ovix::app {
+
+namespace {
+
+CFault BadValue(const std::string& option, const std::string& text, std::string expected) {
+    return CFault({.exit = ExitUsage, .problem = option, .expected = std::move(expected), .found = "\"" + text + "\""});
+}
+
+std::optional<double> ParseFinite(std::string_view text) {
+    const auto value = ParseNumber<double>(text);
+    return value && std::isfinite(*value) ? value : std::nullopt;
+}
+
+double ToKelvin(double value, char scale) {
+    switch (scale) {
+        case 'C':
+            return value + 273.15;
+        case 'F':
+            return (value + 459.67) / 1.8;
+        case 'R':
+            return value / 1.8;
+        default:
+            return value;
+    }
+}
+
+SRegion ParseRegion(const std::string& text, std::size_t number) {
+    const auto fault = [&] { return BadValue("--roi", text, "x,y,width,height or name=x,y,width,height"); };
+    SRegion region{.name = fmt::format("roi{}", number)};
+    std::string_view numbers = text;
+    if (const auto sign = numbers.find('='); sign != std::string_view::npos) {
+        region.name = numbers.substr(0, sign);
+        numbers.remove_prefix(sign + 1);
+        if (region.name.empty()) throw fault();
+    }
+    const auto parts = SplitText(numbers, ',');
+    const std::array<u16*, 4> fields{&region.x, &region.y, &region.width, &region.height};
+    if (parts.size() != fields.size()) throw fault();
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        const auto value = ParseNumber<u16>(parts[i]);
+        if (!value) throw fault();
+        *fields[i] = *value;
+    }
+    return region;
+}
+
+}  // namespace
+
+std::vector<std::string_view> SplitText(std::string_view text, char separator) {
+    std::vector<std::string_view> parts;
+    for (std::size_t begin = 0;;) {
+        const std::size_t end = text.find(separator, begin);
+        parts.push_back(text.substr(begin, end - begin));
+        if (end == std::string_view::npos) return parts;
+        begin = end + 1;
+    }
+}
+
+std::pair<u16, u16> ParseSize(const std::string& option, const std::string& text) {
+    const auto parts = SplitText(text, 'x');
+    const auto width = ParseNumber<u16>(parts.front());
+    const auto height = parts.size() == 2 ? ParseNumber<u16>(parts.back()) : std::nullopt;
+    constexpr u64 kMostPixels = 0x4000'0000;  // 2 GiB of counts: leaves room for all that may stand beside them
+    if (!width || !height || !*width || !*height || u64{*width} * *height > kMostPixels)
+        throw BadValue(option, text, "WIDTHxHEIGHT in pixels");
+    return {*width, *height};
+}
+
+std::pair<float, float> ParseRange(const std::string& option, const std::string& text) {
+    const auto parts = SplitText(text, ',');
+    const auto low = ParseFinite(parts.front());
+    const auto high = parts.size() == 2 ? ParseFinite(parts.back()) : std::nullopt;
+    if (!low || !high || !(static_cast<float>(*low) < static_cast<float>(*high)))
+        throw BadValue(option, text, "LOW,HIGH with LOW below HIGH");
+    return {static_cast<float>(*low), static_cast<float>(*high)};
+}
+
+float ParseTemperature(const std::string& option, const std::string& text) {
+    const char scale = text.empty() ? '\0' : static_cast<char>(text.back() & ~0x20);
+    const auto value = ParseFinite(std::string_view(text).substr(0, text.empty() ? 0 : text.size() - 1));
+    const bool known = scale == 'C' || scale == 'F' || scale == 'K' || scale == 'R';
+    if (!known || !value || ToKelvin(*value, scale) < 0)
+        throw BadValue(option, text, "a temperature with its scale C, F, K or R, as in 20C or 293.15K");
+    return static_cast<float>(ToKelvin(*value, scale));
+}
+
+float ParseWithin(const std::string& option, const std::string& text, float low, float high) {
+    const auto value = ParseFinite(text);
+    if (!value || *value < double{low} || *value > double{high})
+        throw BadValue(option, text, fmt::format("a number from {} to {}", low, high));
+    return static_cast<float>(*value);
+}
+
+std::vector<SRegion> ParseRegions(const std::vector<std::string>& texts, u16 width, u16 height) {
+    std::vector<SRegion> regions;
+    for (const std::string& text : texts) {
+        SRegion region = ParseRegion(text, regions.size() + 1);
+        if (!region.width || !region.height || region.x + region.width > width || region.y + region.height > height)
+            throw BadValue("--roi", text, fmt::format("pixels inside the image of {} x {}", width, height));
+        for (const SRegion& other : regions) {
+            if (other.name == region.name) throw BadValue("--roi", text, "a name that no other region bears");
+        }
+        regions.push_back(std::move(region));
+    }
+    return regions;
+}
+
+}  // namespace ovix::app

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "apps/ovix/app_error.h"
+
+namespace CLI {
+class App;
+}
+
+namespace ovix::app {
+
+/// One verb of the tool.
+class ICommand {
+  public:
+    virtual ~ICommand() = default;
+    virtual const char* Verb() const = 0;
+    /// What it does, in a line.
+    virtual const char* Brief() const = 0;
+    /// Command lines that work, one below the other.
+    virtual const char* Examples() const = 0;
+    virtual void AddOptions(CLI::App& verb) = 0;
+    /// Failures are thrown as `CAppError`.
+    virtual EExit Run() = 0;
+};
+
+std::unique_ptr<ICommand> MakeDemoCommand();
+std::unique_ptr<ICommand> MakeFormatsCommand();
+std::unique_ptr<ICommand> MakeSynthCommand();
+std::unique_ptr<ICommand> MakeInfoCommand();
+std::unique_ptr<ICommand> MakeConvertCommand();
+std::unique_ptr<ICommand> MakeStatsCommand();
+
+}  // namespace ovix::app

@@ -1,0 +1,156 @@
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <cmath>
+#include <filesystem>
+
+#include "apps/ovix/cli/console.h"
+#include "apps/ovix/cli/measure_arguments.h"
+#include "apps/ovix/cli/number_text.h"
+#include "apps/ovix/cli/source_arguments.h"
+#include "apps/ovix/cli/values.h"
+#include "apps/ovix/commands/command.h"
+#include "apps/ovix/output/frame_writer.h"
+#include "apps/ovix/pipeline/frame_time.h"
+#include "apps/ovix/pipeline/measurement.h"
+#include "apps/ovix/pipeline/scene_json.h"
+#include "core/string.h"
+
+namespace ovix::app {
+
+namespace {
+
+/// The lowest and the highest value seen: of pixels without any flag, else of all that are numbers.
+class CValueRange {
+  public:
+    void Add(const SMeasuredFrame& frame) {
+        for (std::size_t i = 0; i < frame.values.size(); ++i) {
+            if (!std::isfinite(frame.values[i])) continue;
+            Widen(any_, frame.values[i]);
+            if (!frame.status[i]) Widen(good_, frame.values[i]);
+        }
+    }
+    std::optional<std::pair<float, float>> Ends() const { return good_ ? good_ : any_; }
+
+  private:
+    static void Widen(std::optional<std::pair<float, float>>& ends, float value) {
+        if (!ends) ends.emplace(value, value);
+        ends->first = std::min(ends->first, value);
+        ends->second = std::max(ends->second, value);
+    }
+
+    std::optional<std::pair<float, float>> good_;
+    std::optional<std::pair<float, float>> any_;
+};
+
+class CConvertCommand final : public ICommand {
+  public:
+    const char* Verb() const override { return "convert"; }
+    const char* Brief() const override { return "pixels to a unit, as pictures or files of numbers"; }
+    const char* Examples() const override {
+        return "ovix convert dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 -o out.png\n"
+               "ovix convert dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 --frames 0-99 --unit temperature "
+               "--scale K --emissivity 0.95 --reflected-temp 20C -o run.npy";
+    }
+    void AddOptions(CLI::App& verb) override {
+        source_.Add(verb);
+        measure_.Add(verb);
+        const char* group = "Output";
+        verb.add_option("-o,--output", output_,
+                        "the file to write; its extension says what: .png, .tif, .npy or .csv. PNG makes one file a "
+                        "frame")
+            ->required()
+            ->type_name("FILE")
+            ->group(group);
+        verb.add_option("--range", range_,
+                        "values at the ends of the palette of pictures (else the lowest and highest good value of all "
+                        "chosen frames, for which they are measured twice)")
+            ->type_name("LO,HI")
+            ->group(group);
+        verb.add_option("--roi", regions_, "a region to be marked in pictures: x,y,w,h or name=x,y,w,h")
+            ->type_name("REGION")
+            ->allow_extra_args(false)
+            ->group(group);
+        verb.add_flag("--overwrite", options_.overwrite, "replace files that exist")->group(group);
+        verb.add_flag("--json", json_, "say what was done as JSON")->group(group);
+    }
+
+    EExit Run() override {
+        const SMeasureOptions measureOptions = measure_.Options();
+        if (!range_.empty()) options_.range = ParseRange("--range", range_);
+        const auto source = source_.Open();
+        CFrameLoop frames = source_.Frames(*source);
+        const SFrameFormat& format = source->Format();
+        options_.marks = ParseRegions(regions_, format.width, format.height);
+        CMeasurement measurement(*source, measureOptions);
+        SSeries series;
+        series.width = format.width;
+        series.height = format.height;
+        series.frames = frames.Count();
+        series.title = source->Name() + ", " + format.pixelTypeName;
+
+        // A target that would not do is told before the frames are measured: a writer that is dropped leaves nothing.
+        MakeFrameWriter(output_, series, options_);
+        if (IsPicture() && !options_.range && frames.Count() > 1) {
+            CValueRange range;
+            frames.RunAhead([&](u64 frame) { range.Add(measurement.Measure(frame)); });
+            options_.range = range.Ends();
+        }
+        CValueRange range;
+        std::unique_ptr<IFrameWriter> writer;
+        frames.Run([&](u64 number) {
+            const SMeasuredFrame frame = measurement.Measure(number);
+            if (!writer) {
+                series.unit = measurement.UnitText();
+                series.parameters = measurement.Parameters();
+                writer = MakeFrameWriter(output_, series, options_);
+            }
+            range.Add(frame);
+            const auto time = measurement.Time();
+            writer->Add({.frame = frame.number,
+                         .values = frame.values,
+                         .status = frame.status,
+                         .caption = time ? TimeText(*time) : ""});
+        });
+        writer->Finish();
+        Report(frames, measurement, series, range);
+        return frames.Exit();
+    }
+
+  private:
+    bool IsPicture() const { return CString(output_.c_str()).EndsWithNoCase(L".png"); }
+
+    void Report(const CFrameLoop& frames, CMeasurement& measurement, const SSeries& series,
+                const CValueRange& range) const {
+        const auto [low, high] = range.Ends().value_or(std::pair<float, float>{NAN, NAN});
+        if (!json_) {
+            const EUnit unit = measurement.Unit();
+            Say(fmt::format("{}: {} {}, {} to {} {}", output_, frames.Done(), frames.Done() == 1 ? "frame" : "frames",
+                            ShownValue(low, unit), ShownValue(high, unit), series.unit.symbol));
+            return;
+        }
+        PrintJson({{"schema", kSchemaVersion},
+                   {"output", output_},
+                   {"frames", frames.Done()},
+                   {"skipped", frames.Skipped()},
+                   {"quantity", series.unit.quantity},
+                   {"unit", series.unit.symbol},
+                   {"lowest", ShortestDouble(low)},
+                   {"highest", ShortestDouble(high)},
+                   {"parameters", series.parameters}});
+    }
+
+    CSourceArguments source_;
+    CMeasureArguments measure_;
+    std::string output_;
+    std::string range_;
+    std::vector<std::string> regions_;
+    SWriteOptions options_;
+    bool json_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<ICommand> MakeConvertCommand() { return std::make_unique<CConvertCommand>(); }
+
+}  // namespace ovix::app

@@ -1,0 +1,235 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <string_view>
+
+#include "apps/ovix/cli/console.h"
+#include "apps/ovix/commands/command.h"
+#include "apps/ovix/input/pixel_type_names.h"
+#include "apps/ovix/pipeline/unit_choice.h"
+#include "apps/ovix/synth/synth.h"
+#include "apps/ovix/text_table.h"
+#include "core/pixel_types.h"
+#include "reduce/convert/converter_factory.h"
+#include "reduce/filters/filter_factory.h"
+#include "reduce/objects/reduce_object_factory.h"
+
+namespace ovix::app {
+
+namespace {
+
+/// What the library brings itself; what else is registered came from a plug-in.
+constexpr std::string_view kBuiltins[] = {"K410",
+                                          "LOR-RA",
+                                          "LOR-SB",
+                                          "Osprey",
+                                          "Lapwing",
+                                          "Wren",
+                                          "MVFalcon",
+                                          "MV310",
+                                          "Plover",
+                                          "TernConverter",
+                                          "RGBConverter",
+                                          "MerlinConverter",
+                                          "CurlewConverter",
+                                          "UserConverter",
+                                          "TemperatureConverter",
+                                          "SourceInfo",
+                                          "FrameInfo",
+                                          "FrameHeader",
+                                          "ObjectParameters",
+                                          "FOV",
+                                          "Correction",
+                                          "CorrectionCfg",
+                                          "AbateCfg",
+                                          "RCal",
+                                          "CurlewCameraInfo",
+                                          "TernFactoryCal",
+                                          "CurlewFactoryCal",
+                                          "MerlinFactoryCal",
+                                          "DunlinCameraInfo",
+                                          "DunlinFactoryCal",
+                                          "DunlinFrameInfo",
+                                          "OspreyFrameInfo"};
+
+bool IsPlugin(std::string_view name) {
+    return std::find(std::begin(kBuiltins), std::end(kBuiltins), name) == std::end(kBuiltins);
+}
+
+constexpr const char* kElements[] = {"Int8",  "UInt8",  "Int16", "UInt16", "Int32",  "UInt32",
+                                     "Int64", "UInt64", "Flt32", "Flt64",  "Opaque", "OpaqueWide"};
+
+Json DescribeType(const GUID& id, const reduce::IFilter& filter) {
+    Json type = {{"name", PixelTypeName(id)}, {"guid", GuidText(id)}};
+    SPixelType facts;
+    if (GetPixelType(id, facts)) {
+        type["bytesPerPixel"] = facts.bytesPerPixel;
+        type["element"] = facts.type < std::size(kElements) ? kElements[facts.type] : "none";
+        type["base"] = PixelTypeName(facts.baseType);
+    }
+    type["time"] = filter.HasTime(id);
+    type["frameCounter"] = filter.HasFrameCounter(id);
+    return type;
+}
+
+Json DescribeDecoders() {
+    Json decoders = Json::array();
+    const auto* factory = reduce::filterFactory();
+    for (u32 i = 0; i < factory->GetEntryCount(); ++i) {
+        const auto& entry = factory->GetEntryAt(i);
+        const auto filter = factory->Create(entry.name);
+        Json types = Json::array();
+        for (const GUID& id : entry.extra.pixelTypes) {
+            if (filter) types.push_back(DescribeType(id, *filter));
+        }
+        const std::string name = entry.name.GetUTF8();
+        decoders.push_back({{"name", name},
+                            {"plugin", IsPlugin(name)},
+                            {"checksFrames", entry.extra.check != nullptr},
+                            {"pixelTypes", std::move(types)}});
+    }
+    return decoders;
+}
+
+/// An array that holds one valid object of every registered class: what a converter offers on it is what it can offer.
+void FillWithEverything(reduce::CReduceObjectArray& objects) {
+    const auto* factory = reduce::reduceObjectFactory();
+    for (u32 i = 0; i < factory->GetEntryCount(); ++i) {
+        const auto object = objects.GetObjectOfType(factory->GetEntryAt(i).extra.typeID, -1, true);
+        if (object) object->valid = true;
+    }
+}
+
+Json DescribeConverters() {
+    reduce::CReduceObjectArray objects;
+    FillWithEverything(objects);
+    Json converters = Json::array();
+    const auto* factory = reduce::converterFactory();
+    for (u32 i = 0; i < factory->GetEntryCount(); ++i) {
+        const auto& entry = factory->GetEntryAt(i);
+        Json offers = Json::array();
+        for (u32 base = Counts; base <= RGBAverage; ++base) {
+            TArray<EUnit> units;
+            if (!entry.extra.unitsFunc || !entry.extra.unitsFunc(units, EUnit{base}, objects) || !units.size())
+                continue;
+            Json words = Json::array();
+            for (const EUnit unit : units) words.push_back(UnitWords(unit));
+            offers.push_back({{"from", UnitWords(EUnit{base})}, {"to", std::move(words)}});
+        }
+        const std::string name = entry.name.GetUTF8();
+        converters.push_back({{"name", name}, {"plugin", IsPlugin(name)}, {"units", std::move(offers)}});
+    }
+    return converters;
+}
+
+Json PluginObjects() {
+    TArray<CString> names;
+    reduce::reduceObjectFactory()->GetNames(names);
+    Json plugins = Json::array();
+    for (const CString& name : names) {
+        if (IsPlugin(name.GetUTF8())) plugins.push_back(name.GetUTF8());
+    }
+    return plugins;
+}
+
+Json DescribeSynthesis() {
+    Json forms = Json::array();
+    for (const SSynthFamily& family : SynthFamilies()) {
+        for (const SSynthForm& form : family.forms()) {
+            forms.push_back(
+                {{"pixelType", PixelTypeName(form.type)}, {"form", form.form}, {"description", form.description}});
+        }
+    }
+    return forms;
+}
+
+std::string YesOrNo(const Json& value) { return value.get<bool>() ? "yes" : "no"; }
+
+std::string DecoderTable(const Json& decoders) {
+    CTextTable table({{"Decoder"},
+                      {"Pixel type"},
+                      {"Bytes/pixel", CTextTable::Right},
+                      {"Element"},
+                      {"Base"},
+                      {"Time"},
+                      {"Counter"},
+                      {"GUID"}});
+    for (const Json& decoder : decoders) {
+        std::string name = decoder["name"];
+        if (decoder["plugin"]) name += " (plug-in)";
+        for (const Json& type : decoder["pixelTypes"]) {
+            table.Row({std::exchange(name, ""), type["name"],
+                       type.contains("bytesPerPixel") ? type["bytesPerPixel"].dump() : "", type.value("element", ""),
+                       type.value("base", ""), YesOrNo(type["time"]), YesOrNo(type["frameCounter"]), type["guid"]});
+        }
+        if (!name.empty()) table.Row({name});
+    }
+    return table.Text();
+}
+
+std::string ConverterTable(const Json& converters) {
+    CTextTable table({{"Converter"}, {"From"}, {"To"}});
+    for (const Json& converter : converters) {
+        std::string name = converter["name"];
+        if (converter["plugin"]) name += " (plug-in)";
+        for (const Json& offer : converter["units"]) {
+            std::string words;
+            for (const Json& word : offer["to"]) words += (words.empty() ? "" : ", ") + word.get<std::string>();
+            table.Row({std::exchange(name, ""), offer["from"], words});
+        }
+        if (!name.empty()) table.Row({name});
+    }
+    return table.Text();
+}
+
+std::string SynthesisTable(const Json& forms) {
+    CTextTable table({{"Can be made"}, {"Form"}, {"Description"}});
+    std::string last;
+    for (const Json& form : forms) {
+        const std::string type = form["pixelType"];
+        table.Row({type == last ? "" : type, form["form"], form["description"]});
+        last = type;
+    }
+    return table.Text();
+}
+
+class CFormatsCommand final : public ICommand {
+  public:
+    const char* Verb() const override { return "formats"; }
+    const char* Brief() const override { return "decoders, pixel types, converters and their units, plug-ins found"; }
+    const char* Examples() const override { return "ovix formats\novix formats --json"; }
+    void AddOptions(CLI::App& verb) override { verb.add_flag("--json", json_, "one JSON document instead of tables"); }
+    EExit Run() override {
+        const Json document = {{"schema", kSchemaVersion},
+                               {"decoders", DescribeDecoders()},
+                               {"converters", DescribeConverters()},
+                               {"pluginObjects", PluginObjects()},
+                               {"synthesis", DescribeSynthesis()}};
+        if (json_) {
+            PrintJson(document);
+        } else {
+            Print(DecoderTable(document["decoders"]) + '\n' + ConverterTable(document["converters"]) + '\n' +
+                  SynthesisTable(document["synthesis"]) + PluginLines(document));
+        }
+        return ExitDone;
+    }
+
+  private:
+    static std::string PluginLines(const Json& document) {
+        std::string names;
+        for (const char* list : {"decoders", "converters"}) {
+            for (const Json& entry : document[list]) {
+                if (entry["plugin"]) names += ' ' + entry["name"].get<std::string>();
+            }
+        }
+        for (const Json& name : document["pluginObjects"]) names += ' ' + name.get<std::string>();
+        return "\nFrom plug-ins:" + (names.empty() ? " nothing" : names) + '\n';
+    }
+
+    bool json_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<ICommand> MakeFormatsCommand() { return std::make_unique<CFormatsCommand>(); }
+
+}  // namespace ovix::app

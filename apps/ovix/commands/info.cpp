@@ -1,0 +1,182 @@
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+
+#include "apps/ovix/cli/console.h"
+#include "apps/ovix/cli/frame_selection.h"
+#include "apps/ovix/cli/source_arguments.h"
+#include "apps/ovix/commands/command.h"
+#include "apps/ovix/commands/source_report.h"
+#include "apps/ovix/text_table.h"
+
+namespace ovix::app {
+
+namespace {
+
+/// A value of the document for a reader: texts as they are, lists in one line, nothing as "none".
+std::string Shown(const Json& value) {
+    if (value.is_null()) return "none";
+    if (value.is_string()) return value;
+    if (value.is_boolean()) return value.get<bool>() ? "yes" : "no";
+    if (value.is_number_float()) return fmt::format("{}", value.get<double>());
+    if (!value.is_array()) return value.dump();
+    std::string list;
+    for (const Json& item : value) list += (list.empty() ? "" : ", ") + Shown(item);
+    return list;
+}
+
+/// "reflectedTemperatureKelvin" as "reflected temperature", "K".
+std::pair<std::string, std::string> Words(const std::string& key) {
+    static constexpr std::pair<std::string_view, const char*> kUnits[] = {
+        {"Kelvin", "K"}, {"Metres", "m"}, {"Counts", "counts"}, {"Seconds", "s"}};
+    std::string name = key;
+    std::string unit;
+    for (const auto& [ending, symbol] : kUnits) {
+        if (!name.ends_with(ending)) continue;
+        name.resize(name.size() - ending.size());
+        unit = symbol;
+    }
+    std::string words;
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        const bool capital = name[i] >= 'A' && name[i] <= 'Z';
+        const bool startsWord = capital && i + 1 < name.size() && name[i + 1] >= 'a';  // not the R of "planckR"
+        if (capital && !words.empty()) words += ' ';
+        words += startsWord ? static_cast<char>(name[i] + 32) : name[i];
+    }
+    return {words, unit};
+}
+
+std::string Section(const char* title, const Json& values) {
+    if (values.is_null()) return {};
+    CTextTable table({{""}, {"", CTextTable::Right}, {""}});
+    for (const auto& [key, value] : values.items()) {
+        const auto [words, unit] = Words(key);
+        table.Row({"  " + words, Shown(value), unit});
+    }
+    return fmt::format("\n{}\n{}", title, table.Text());
+}
+
+std::string TimeLine(const Json& time, u64 frames) {
+    if (time.is_null()) return "none in the frames";
+    const double seconds = time["spanSeconds"];
+    std::string line = time["first"].get<std::string>();
+    if (frames > 1) line += fmt::format(" to {}, {} s", time["last"].get<std::string>(), seconds);
+    if (frames > 1 && seconds > 0) line += fmt::format(", {:.2f} frames/s", static_cast<double>(frames - 1) / seconds);
+    return line;
+}
+
+std::string CounterLine(const Json& counter) {
+    if (counter.is_null()) return "none in the frames";
+    std::string line = fmt::format("{} to {}", counter["first"].get<u64>(), counter["last"].get<u64>());
+    if (counter["gapCount"] == 0) return line + ", no gaps";
+    return line +
+           fmt::format(", {} gaps, {} frames missing", counter["gapCount"].get<u64>(), counter["missing"].get<u64>());
+}
+
+std::string GapLines(const Json& counter) {
+    constexpr std::size_t kMostShown = 10;
+    if (counter.is_null() || counter["gaps"].empty()) return {};
+    CTextTable table({{"  after frame", CTextTable::Right},
+                      {"counter", CTextTable::Right},
+                      {"next", CTextTable::Right},
+                      {"missing", CTextTable::Right}});
+    for (std::size_t i = 0; i < counter["gaps"].size() && i < kMostShown; ++i) {
+        const Json& gap = counter["gaps"][i];
+        table.Row({gap["afterFrame"].dump(), gap["from"].dump(), gap["to"].dump(), gap["missing"].dump()});
+    }
+    const u64 hidden = counter["gapCount"].get<u64>() - std::min<u64>(counter["gapCount"].get<u64>(), kMostShown);
+    return "\nGaps of the frame counter\n" + table.Text() + (hidden ? fmt::format("  and {} more\n", hidden) : "");
+}
+
+std::string Overview(const Json& d) {
+    CTextTable table({{""}, {""}});
+    table.Row({"File", d["file"]});
+    table.Row({"Decoder", d["decoder"]});
+    table.Row(
+        {"Pixel type", fmt::format("{} {}", d["pixelType"].get<std::string>(), d["pixelTypeGuid"].get<std::string>())});
+    table.Row({"Image", fmt::format("{} x {} pixels", d["width"].get<u16>(), d["height"].get<u16>())});
+    const u64 frames = d["framesRead"];
+    table.Row({"Frames", d["frames"] == frames ? d["frames"].dump()
+                                               : fmt::format("{}, {} of them read", d["frames"].dump(), frames)});
+    table.Row({"Frame size", d["frameBytes"].is_null() ? "differs" : d["frameBytes"].dump() + " bytes"});
+    table.Row({"Time", TimeLine(d["time"], frames)});
+    table.Row({"Frame counter", CounterLine(d["counter"])});
+    std::string presets;
+    for (const Json& preset : d["presets"]) {
+        presets += fmt::format("{}{} ({} frames)", presets.empty() ? "" : ", ", preset["preset"].get<u64>(),
+                               preset["frames"].get<u64>());
+    }
+    table.Row({"Presets", presets});
+    table.Row({"Stored unit", d["baseUnit"]});
+    table.Row({"Units on offer", Shown(d["units"])});
+    return table.Text();
+}
+
+std::string ValueTable(const Json& values) {
+    CTextTable table({{"Name"}, {"Value", CTextTable::Right}, {"Unit"}, {"Type"}});
+    for (const Json& value : values) table.Row({value["name"], value["value"], value["unit"], value["type"]});
+    return table.Text();
+}
+
+class CInfoCommand final : public ICommand {
+  public:
+    const char* Verb() const override { return "info"; }
+    const char* Brief() const override {
+        return "what is in a file: source, frames, calibration, or one frame's values";
+    }
+    const char* Examples() const override {
+        return "ovix info dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480\n"
+               "ovix info dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 --frame -1 --json";
+    }
+    void AddOptions(CLI::App& verb) override {
+        source_.Add(verb);
+        verb.add_option("--frame", frame_, "the values of this frame alone, from 0, -1 the last")
+            ->type_name("N")
+            ->group("Output")
+            ->excludes(verb.get_option("--frames"));
+        verb.add_flag("--json", json_, "one JSON document instead of tables")->group("Output");
+    }
+
+    EExit Run() override {
+        const auto source = source_.Open();
+        CSourceReport report(*source);
+        if (!frame_.empty()) {
+            report.Add(OneFrame(source->Count()));
+            const Json values = report.FrameValues();
+            if (json_)
+                PrintJson({{"schema", kSchemaVersion}, {"file", source->Name()}, {"values", values}});
+            else
+                Print(ValueTable(values));
+            return ExitDone;
+        }
+        CFrameLoop frames = source_.Frames(*source);
+        frames.Run([&](u64 frame) { report.Add(frame); });
+        Json document = {{"schema", kSchemaVersion}};
+        document.update(report.Document());
+        document["framesSkipped"] = frames.Skipped();
+        if (json_) {
+            PrintJson(document);
+        } else {
+            Print(Overview(document) + Section("Scene as recorded", document["scene"]) +
+                  Section("Calibration", document["calibration"]) + GapLines(document["counter"]));
+        }
+        return frames.Exit();
+    }
+
+  private:
+    u64 OneFrame(u64 count) const {
+        const CFrameNumbers chosen = CFrameSelection(frame_).Of(count);
+        if (chosen.Count() != 1) throw UsageFault("--frame: expected one frame, found \"" + frame_ + "\"");
+        return chosen[0];
+    }
+
+    CSourceArguments source_;
+    std::string frame_;
+    bool json_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<ICommand> MakeInfoCommand() { return std::make_unique<CInfoCommand>(); }
+
+}  // namespace ovix::app

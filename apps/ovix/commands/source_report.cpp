@@ -1,0 +1,153 @@
+#include "apps/ovix/commands/source_report.h"
+
+#include "apps/ovix/fault.h"
+#include "apps/ovix/input/pixel_type_names.h"
+#include "apps/ovix/pipeline/frame_time.h"
+#include "apps/ovix/pipeline/scene_json.h"
+#include "apps/ovix/pipeline/unit_choice.h"
+#include "reduce/convert/converter_factory.h"
+#include "reduce/convert/curlew_factory_cal_reduce_object.h"
+#include "reduce/objects/frame_info_reduce_object.h"
+#include "reduce/objects/source_info_reduce_object.h"
+
+namespace ovix::app {
+
+CSourceReport::CSourceReport(IFrameSource& source) : source_(source), decode_(source.Format()) {
+    source_.Describe(objects_);
+    const GUID type = source_.Format().pixelType;
+    counts_ = decode_.Filter().HasFrameCounter(type);
+    counterSpan_ = decode_.Filter().FrameCounterMaxValue(type) + 1;
+}
+
+void CSourceReport::Add(u64 frame) {
+    const CFrameClock clock;
+    try {
+        source_.Read(frame, frame_);
+        preset_ = decode_.DecodeMetadata(frame_, objects_);
+    } catch (const CFault& fault) {
+        throw fault.Of(source_.Name(), frame);
+    }
+    if (const auto info = objects_.GetFrameInfo(preset_, false)) {
+        if (const auto time = clock.Carried(info->time)) {
+            if (!firstTime_) firstTime_ = time;
+            lastTime_ = time;
+        }
+        if (counts_) AddCounter(frame, info->frameNumber);
+    }
+    ++framesOfPreset_[preset_];
+    ++frames_;
+    lastFrame_ = frame;
+}
+
+void CSourceReport::AddCounter(u64 frame, u64 counter) {
+    if (!frames_) {
+        firstCounter_ = counter;
+    } else if (frame == lastFrame_ + 1) {
+        u64 step = counter - lastCounter_;
+        if (counterSpan_) step %= counterSpan_;
+        if (step != 1) {
+            const SGap gap{lastFrame_, lastCounter_, counter, step ? step - 1 : 0};
+            ++gapCount_;
+            missing_ += gap.missing;
+            if (gaps_.size() < kMostGaps) gaps_.push_back(gap);
+        }
+    }
+    lastCounter_ = counter;
+}
+
+Json CSourceReport::TimeJson() const {
+    if (!firstTime_) return nullptr;
+    const i64 ticks = lastTime_->GetTimestamp() - firstTime_->GetTimestamp();
+    return {{"first", TimeText(*firstTime_)},
+            {"last", TimeText(*lastTime_)},
+            {"spanSeconds", static_cast<double>(ticks) / static_cast<double>(CDateTime::TicksPerSecond)}};
+}
+
+Json CSourceReport::CounterJson() const {
+    if (!counts_ || !frames_) return nullptr;
+    Json gaps = Json::array();
+    for (const SGap& gap : gaps_) {
+        gaps.push_back({{"afterFrame", gap.afterFrame}, {"from", gap.from}, {"to", gap.to}, {"missing", gap.missing}});
+    }
+    return {{"first", firstCounter_},
+            {"last", lastCounter_},
+            {"gapCount", gapCount_},
+            {"missing", missing_},
+            {"gaps", std::move(gaps)}};
+}
+
+Json CSourceReport::PresetsJson() const {
+    Json presets = Json::array();
+    for (std::size_t i = 0; i < framesOfPreset_.size(); ++i) {
+        if (framesOfPreset_[i]) presets.push_back({{"preset", i}, {"frames", framesOfPreset_[i]}});
+    }
+    return presets;
+}
+
+Json CSourceReport::CalibrationJson() {
+    const auto cal = objects_.Get<reduce::CCurlewFactoryCalReduceObject>(0, false);
+    if (!cal || !cal->valid) return nullptr;
+    const auto& c = *cal;
+    return {{"model", "Curlew (factory)"},
+            {"gain", ShortestDouble(c.gain)},
+            {"offsetCounts", c.offset},
+            {"lowestCounts", c.imgMin},
+            {"highestCounts", c.imgMax},
+            {"nonlinear", c.nonlinearOn != 0},
+            {"nonlinearGain", ShortestDouble(c.nonlinearGain)},
+            {"nonlinearOffsetCounts", c.nonlinearOffset},
+            {"planckR", ShortestDouble(c.planckR)},
+            {"planckBKelvin", ShortestDouble(c.planckB)},
+            {"planckF", ShortestDouble(c.planckF)},
+            {"atmosphereAlpha1", ShortestDouble(c.atmAlpha1)},
+            {"atmosphereAlpha2", ShortestDouble(c.atmAlpha2)},
+            {"atmosphereBeta1", ShortestDouble(c.atmBeta1)},
+            {"atmosphereBeta2", ShortestDouble(c.atmBeta2)},
+            {"atmosphereX", ShortestDouble(c.atmX)},
+            {"underflowKelvin", ShortestDouble(c.underflowTemp)},
+            {"lowerKelvin", ShortestDouble(c.lowerTemp)},
+            {"upperKelvin", ShortestDouble(c.upperTemp)},
+            {"overflowKelvin", ShortestDouble(c.overflowTemp)},
+            {"radianceFitLowKelvin", ShortestDouble(c.radFitLowTemp)},
+            {"radianceFitHighKelvin", ShortestDouble(c.radFitHighTemp)}};
+}
+
+Json CSourceReport::Document() {
+    const SFrameFormat& format = source_.Format();
+    Json document = {{"file", source_.Name()},
+                     {"decoder", format.filter},
+                     {"pixelType", format.pixelTypeName},
+                     {"pixelTypeGuid", GuidText(format.pixelType)},
+                     {"width", format.width},
+                     {"height", format.height},
+                     {"frames", source_.Count()},
+                     {"framesRead", frames_}};
+    document["frameBytes"] = source_.FrameSize() ? Json(source_.FrameSize()) : Json();
+    document["time"] = TimeJson();
+    document["counter"] = CounterJson();
+    document["presets"] = PresetsJson();
+    document["baseUnit"] = UnitWords(decode_.Form().unit);
+    TArray<EUnit> units;
+    reduce::converterFactory()->GetSupportedUnits(units, objects_);
+    document["units"] = Json::array();
+    for (const EUnit unit : units) document["units"].push_back(UnitWords(unit));
+    const auto scene = objects_.GetObjectParameters(false);
+    document["scene"] = scene && scene->fromSource ? SceneJson(*scene) : Json();
+    document["calibration"] = CalibrationJson();
+    return document;
+}
+
+Json CSourceReport::FrameValues() {
+    Json values = Json::array();
+    const auto info = objects_.GetFrameInfo(preset_, false);
+    for (u32 i = 0; info && i < info->NumEntries(); ++i) {
+        const auto entry = info->GetAt(i);
+        values.push_back({{"name", entry.name.GetUTF8()},
+                          {"value", entry.value.GetUTF8()},
+                          {"unit", entry.unit.GetUTF8()},
+                          {"type", entry.type.GetUTF8()}});
+    }
+    return values;
+}
+
+}  // namespace ovix::app

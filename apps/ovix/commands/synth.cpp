@@ -1,0 +1,193 @@
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+
+#include "apps/ovix/cli/console.h"
+#include "apps/ovix/cli/suggestion.h"
+#include "apps/ovix/cli/values.h"
+#include "apps/ovix/commands/command.h"
+#include "apps/ovix/fault.h"
+#include "apps/ovix/input/pixel_type_names.h"
+#include "apps/ovix/output/frame_writer.h"
+#include "apps/ovix/output/output_file.h"
+#include "apps/ovix/scene.h"
+#include "apps/ovix/synth/synth.h"
+#include "core/norm_file.h"
+
+namespace ovix::app {
+
+namespace {
+
+/// The tables of a correction as files of one stem. Each is written beside its place and renamed.
+void SaveTables(const reduce::CCorrectionReduceObject& tables, const std::string& stem, bool overwrite) {
+    const auto save = [&](const char* extension, auto write) {
+        const std::string target = stem + extension;
+        std::error_code error;
+        if (!overwrite && std::filesystem::exists(target, error))
+            throw CFault({.exit = ExitFile, .file = target, .problem = "exists already; --overwrite replaces it"});
+        const std::string beside = target + ".part";
+        if (write(CString(beside.c_str())))
+            std::filesystem::rename(beside, target, error);
+        else
+            error = std::make_error_code(std::errc::io_error);
+        if (!error) return;
+        std::error_code ignored;
+        std::filesystem::remove(beside, ignored);
+        throw CFault({.exit = ExitFile, .file = target, .problem = "cannot write"});
+    };
+    const u16 width = static_cast<u16>(tables.width);
+    const u16 height = static_cast<u16>(tables.height);
+    IFileSystem* files = FileSystem;
+    if (tables.gain)
+        save(".mvg",
+             [&](const CString& path) { return CNormFile::SaveGainTable(files, path, width, height, 0, tables.gain); });
+    if (tables.offset)
+        save(".mvo", [&](const CString& path) {
+            return CNormFile::SaveOffsetTable(files, path, width, height, 0, tables.offset);
+        });
+    if (tables.map)
+        save(".mvb", [&](const CString& path) {
+            return CNormFile::SaveBadPixelTable(files, path, width, height, 0, tables.mask, tables.map);
+        });
+}
+
+class CSynthCommand final : public ICommand {
+  public:
+    const char* Verb() const override { return "synth"; }
+    const char* Brief() const override { return "write frames as a camera sends them, with a known scene behind them"; }
+    const char* Examples() const override {
+        return "ovix synth -o dump.raw\n"
+               "ovix synth --pixel-type \"K410 IR (GigE)\" --form digital --size 640x512 --count 100 --truth truth.npy "
+               "--tables nuc -o dump.raw";
+    }
+    void AddOptions(CLI::App& verb) override {
+        verb.add_option("-o,--output", output_, "the dump to write")->required()->type_name("FILE");
+        const auto add = [&](const char* name, std::string& value, const char* type, const char* help) {
+            verb.add_option(name, value, help)->type_name(type);
+        };
+        add("--pixel-type", pixelType_, "NAME", "pixel type: \"ovix formats\" lists those that can be made");
+        add("--form", form_, "FORM", "one of the forms of that type (else the first that \"ovix formats\" lists)");
+        add("--size", size_, "WxH", "size of the image in pixels (else 640x480)");
+        add("--count,--frames", count_, "N", "how many frames (else 1)");
+        add("--seed", seed_, "N", "of noise and fixed pattern; the same seed gives the same bytes (else 1)");
+        verb.add_flag("--clean", clean_, "no noise, no fixed pattern, no bad pixels");
+        add("--truth", truth_, "FILE", "also write the scene's temperatures in K (.npy, .tif, .csv or .png)");
+        add("--tables", tables_, "STEM", "also write the correction tables STEM.mvg, .mvo and .mvb");
+        verb.add_flag("--overwrite", overwrite_, "replace files that exist");
+        verb.add_flag("--json", json_, "say what was done as JSON");
+    }
+
+    EExit Run() override {
+        SSynthOptions options;
+        std::tie(options.width, options.height) = ParseSize("--size", size_);
+        const SFrameFormat format = FindFormat(pixelType_, options.width, options.height);
+        const SSynthFamily* family = FindSynthFamily(format.pixelType);
+        if (!family)
+            throw UsageFault("--pixel-type: \"" + format.pixelTypeName +
+                             "\" cannot be made (\"ovix formats\" lists what can)");
+        options.type = format.pixelType;
+        options.form = CheckedForm(*family, format.pixelType);
+        options.seed = Number<u32>("--seed", seed_);
+        options.noise = options.fixedPattern = options.badPixels = !clean_;
+        const u64 count = Number<u64>("--count", count_);
+        if (!count) throw UsageFault("--count: expected at least 1");
+
+        const auto camera = family->make(options);
+        COutputFile dump(output_, overwrite_);
+        const auto truth = TruthWriter(options, count);
+        const u64 bytes = WriteFrames(*camera, options, count, dump, truth.get());
+        if (!tables_.empty()) WriteTables(*camera);
+        if (truth) truth->Finish();
+        dump.Commit();
+        Report(format, count, bytes);
+        return ExitDone;
+    }
+
+  private:
+    template <class T>
+    static T Number(const char* option, const std::string& text) {
+        const auto value = ParseNumber<T>(text);
+        if (!value) throw UsageFault(fmt::format("{}: expected a number, found \"{}\"", option, text));
+        return *value;
+    }
+
+    std::string CheckedForm(const SSynthFamily& family, const GUID& type) const {
+        std::vector<std::string> forms;
+        std::string list;
+        for (const SSynthForm& form : family.forms()) {
+            if (form.type != type) continue;
+            if (form_.empty() || form.form == form_) return form.form;
+            forms.push_back(form.form);
+            list += (list.empty() ? "" : ", ") + form.form;
+        }
+        throw UsageFault("--form: expected one of " + list + ", found \"" + form_ + "\"" + DidYouMean(form_, forms));
+    }
+
+    std::unique_ptr<IFrameWriter> TruthWriter(const SSynthOptions& options, u64 count) const {
+        if (truth_.empty()) return nullptr;
+        SSeries series;
+        series.width = options.width;
+        series.height = options.height;
+        series.frames = count;
+        series.unit = UnitText(TemperatureFactory, Kelvin);
+        series.title = "scene of " + output_;
+        SWriteOptions write;
+        write.overwrite = overwrite_;
+        return MakeFrameWriter(truth_, series, write);
+    }
+
+    static u64 WriteFrames(ISynthesizer& camera, const SSynthOptions& options, u64 count, COutputFile& dump,
+                           IFrameWriter* truth) {
+        CProgress progress("frame", count);
+        for (u64 i = 0; i < count; ++i) {
+            progress.Show(i);
+            const std::vector<float> kelvin = RenderScene(options.width, options.height, i);
+            const std::vector<u8> frame = camera.Frame(i, kelvin);
+            dump.Write(frame.data(), frame.size());
+            const std::vector<u8> good(kelvin.size());
+            if (truth) truth->Add({.frame = i, .values = kelvin, .status = good, .caption = {}});
+        }
+        return dump.Size();
+    }
+
+    void WriteTables(const ISynthesizer& camera) const {
+        const auto tables = camera.Correction();
+        if (!tables) throw UsageFault("--tables: these frames have neither a fixed pattern nor bad pixels");
+        SaveTables(*tables, tables_, overwrite_);
+    }
+
+    void Report(const SFrameFormat& format, u64 count, u64 bytes) const {
+        if (json_) {
+            PrintJson({{"schema", kSchemaVersion},
+                       {"output", output_},
+                       {"pixelType", format.pixelTypeName},
+                       {"form", form_},
+                       {"width", format.width},
+                       {"height", format.height},
+                       {"frames", count},
+                       {"bytes", bytes}});
+            return;
+        }
+        Say(fmt::format("{}: {} {}, {} bytes; to read: --pixel-type \"{}\" --size {}x{}", output_, count,
+                        count == 1 ? "frame" : "frames", bytes, format.pixelTypeName, format.width, format.height));
+    }
+
+    std::string output_;
+    std::string pixelType_ = "K410 IR (GigE)";
+    std::string form_;
+    std::string size_ = "640x480";
+    std::string count_ = "1";
+    std::string seed_ = "1";
+    std::string truth_;
+    std::string tables_;
+    bool clean_ = false;
+    bool overwrite_ = false;
+    bool json_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<ICommand> MakeSynthCommand() { return std::make_unique<CSynthCommand>(); }
+
+}  // namespace ovix::app
