@@ -139,16 +139,16 @@ SPenPoint Mix(SPenPoint a, SPenPoint b, float t) { return {a.x + (b.x - a.x) * t
 /// A quadratic B-spline: from the middle of one side of the control polygon to the middle of the next.
 PenStroke Smooth(const PenStroke& control, bool ring) {
     const std::size_t n = control.size();
-    const auto at = [&](std::size_t i) { return control[i % n]; };
     const std::size_t first = ring ? 0 : 1;
-    const std::size_t last = ring ? n : n - 2;
-    PenStroke curve{ring ? Mix(at(n - 1), at(0), 0.5f) : at(0)};
-    for (std::size_t i = first; i < first + (ring ? n : last); ++i) {
+    const std::size_t last = ring ? n - 1 : n - 2;
+    PenStroke curve{ring ? Mix(control[n - 1], control[0], 0.5f) : control[0]};
+    for (std::size_t i = first; i <= last; ++i) {
         const SPenPoint from = curve.back();
-        const SPenPoint to = !ring && i == last ? at(n - 1) : Mix(at(i), at(i + 1), 0.5f);
+        const SPenPoint next = control[(i + 1) % n];
+        const SPenPoint to = !ring && i == last ? next : Mix(control[i], next, 0.5f);
         for (int k = 1; k <= kPiecesOfACurve; ++k) {
             const float t = static_cast<float>(k) / kPiecesOfACurve;
-            curve.push_back(Mix(Mix(from, at(i), t), Mix(at(i), to, t), t));
+            curve.push_back(Mix(Mix(from, control[i], t), Mix(control[i], to, t), t));
         }
     }
     return curve;

@@ -11,6 +11,7 @@ namespace {
 constexpr SColour kGround = ColourOf(0x15171C);
 constexpr SColour kInk = ColourOf(0xE8EAED);
 constexpr SColour kDimInk = ColourOf(0xA3A9B1);
+constexpr SColour kEdge = ColourOf(0x3A3F47);
 constexpr SColour kMarkColour = ColourOf(0xFFFFFF);
 constexpr SColour kShadow = ColourOf(0x000000);
 constexpr int kSmallestLongSide = 480;
@@ -129,7 +130,15 @@ class CDrawing {
         out_.canvas.Text(right, baseline, Size(), series_.unit.Label(), kInk);
     }
 
+    /// A thin line around, so that the dark end of the palette does not run into the ground.
+    void DrawEdge(const SBox& box) {
+        const int line = Line();
+        out_.canvas.Frame(box.x - line, box.y - line, box.width + 2 * line, box.height + 2 * line, line, kEdge);
+    }
+    int Line() const { return std::max(1, m_.letter / 10); }
+
     void DrawImage() {
+        DrawEdge(out_.image);
         for (int y = 0; y < series_.height; ++y) {
             for (int x = 0; x < series_.width; ++x) {
                 const auto i = static_cast<std::size_t>(y) * series_.width + static_cast<std::size_t>(x);
@@ -143,7 +152,7 @@ class CDrawing {
 
     /// A light line between dark ones shows on every colour.
     void DrawMark(const SRegion& mark) {
-        const int line = std::max(1, m_.letter / 10);
+        const int line = Line();
         const SBox box{out_.image.x + mark.x * m_.scale, out_.image.y + mark.y * m_.scale, mark.width * m_.scale,
                        mark.height * m_.scale};
         out_.canvas.Frame(box.x - line, box.y - line, box.width + 2 * line, box.height + 2 * line, line, kShadow);
@@ -162,6 +171,7 @@ class CDrawing {
 
     void DrawBar() {
         const SBox& bar = out_.bar;
+        DrawEdge(bar);
         for (int row = 0; row < bar.height; ++row) {
             out_.canvas.Fill(bar.x, bar.y + row, bar.width, 1,
                              PaletteColour(ValueAtBarRow(row), range_.low, range_.high));
@@ -175,8 +185,7 @@ class CDrawing {
         for (const STick& tick : ticks_) {
             const double share = (range_.high - tick.value) / (double{range_.high} - range_.low);
             const int y = bar.y + static_cast<int>(std::lround(share * (bar.height - 1)));
-            const int thickness = std::max(1, m_.letter / 10);
-            out_.canvas.Fill(right, y - thickness / 2, m_.Letters(0.5), thickness, kDimInk);
+            out_.canvas.Fill(right, y - Line() / 2, m_.Letters(0.5), Line(), kDimInk);
             out_.canvas.Text(static_cast<float>(right + m_.Letters(1.0)), static_cast<float>(y) + Size() * 0.5f, Size(),
                              tick.label, kInk);
         }
