@@ -47,18 +47,17 @@ SRange RangeOfPixels(std::span<const float> values, std::span<const u8> status) 
 }
 
 std::vector<STick> Ticks(SRange range, int wanted) {
+    constexpr double kSlack = 1e-3;  // of a step: the ends of the range are floats, seldom round themselves
     const double low = range.low;
     const double high = range.high;
-    const double rough = (high - low) / std::max(wanted, 1);
+    const double rough = (high - low) / std::max(wanted, 1) * (1 - kSlack);
     const double decade = std::pow(10.0, std::floor(std::log10(rough)));
-    const double step = rough <= decade       ? decade
-                        : rough <= 2 * decade ? 2 * decade
-                        : rough <= 5 * decade ? 5 * decade
-                                              : 10 * decade;
+    double step = 10 * decade;
+    for (double times : {5, 2, 1}) step = rough <= times * decade ? times * decade : step;
     const bool plain = std::max(std::abs(low), std::abs(high)) < 1e7 && step > 0.9e-5;
     const int decimals = std::max(0, static_cast<int>(-std::floor(std::log10(step) + 1e-9)));
     std::vector<STick> ticks;
-    for (double n = std::ceil(low / step - 1e-9); n * step <= high + 1e-9 * step; ++n) {
+    for (double n = std::ceil(low / step - kSlack); n * step <= high + kSlack * step; ++n) {
         const double value = n * step + 0.0;  // no minus before a zero
         ticks.push_back({value, plain ? fmt::format("{:.{}f}", value, decimals) : fmt::format("{:.4g}", value)});
     }

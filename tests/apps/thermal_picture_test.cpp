@@ -1,0 +1,178 @@
+#include "apps/ovix/output/thermal_picture.h"
+
+#include <gtest/gtest.h>
+#include <png.h>
+
+#include <cmath>
+#include <limits>
+
+#include "app_files.h"
+
+namespace ovix::app {
+namespace {
+
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+
+/// CIE lightness by the definition, from sRGB.
+double Lightness(SColour c) {
+    const auto linear = [](u8 channel) {
+        const double v = channel / 255.0;
+        return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+    };
+    const double y = 0.2126 * linear(c.red) + 0.7152 * linear(c.green) + 0.0722 * linear(c.blue);
+    return y > 216.0 / 24389 ? 116 * std::cbrt(y) - 16 : y * 24389 / 27;
+}
+
+TEST(Palette, LightnessRisesEvenly) {
+    double last = -1;
+    for (int i = 0; i < 256; ++i) {
+        const double now = Lightness(ColourOf(kInferno[i]));
+        EXPECT_GT(now, last) << i;
+        EXPECT_NEAR(now, 98.0 * i / 255, 6) << i;
+        last = now;
+    }
+}
+
+TEST(ColourScale, KindsOfPixels) {
+    const struct {
+        float value;
+        u8 status;
+        EPixelKind kind;
+    } cases[] = {
+        {15, 0, PixelShown},       {10, 1, PixelShown},         {20, 8 | 16, PixelShown},      {9.99f, 0, PixelUnder},
+        {15, 2, PixelUnder},       {-kInfinity, 0, PixelUnder}, {20.1f, 0, PixelOver},         {15, 4 | 1, PixelOver},
+        {kInfinity, 0, PixelOver}, {kNaN, 0, PixelNoData},      {15, 32 | 2 | 4, PixelNoData},
+    };
+    for (const auto& c : cases) EXPECT_EQ(KindOf(c.value, c.status, {10, 20}), c.kind) << c.value << " " << +c.status;
+}
+
+TEST(ColourScale, RangeLooksAtWhatIsShown) {
+    const auto expectRange = [](std::vector<float> values, std::vector<u8> status, float low, float high) {
+        const SRange range = RangeOfPixels(values, status);
+        EXPECT_FLOAT_EQ(range.low, low);
+        EXPECT_FLOAT_EQ(range.high, high);
+    };
+    expectRange({3, -2, kNaN, kInfinity, -kInfinity, 7}, {}, -2, 7);
+    expectRange({3, -2, 9, 100, 7}, {0, 2, 1, 4, 32}, 3, 9);
+    expectRange({5, 5}, {}, 4.5f, 5.5f);
+    expectRange({kNaN}, {}, 0, 1);
+    expectRange({}, {}, 0, 1);
+    expectRange({1e9f}, {}, 1e9f - 1000, 1e9f + 1000);
+}
+
+TEST(ColourScale, TicksAreRoundNumbers) {
+    const struct {
+        SRange range;
+        int wanted;
+        std::vector<std::string> labels;
+    } cases[] = {
+        {{10.3f, 79.2f}, 7, {"20", "30", "40", "50", "60", "70"}}, {{-1, 1}, 4, {"-1.0", "-0.5", "0.0", "0.5", "1.0"}},
+        {{0.0031f, 0.0049f}, 4, {"0.0035", "0.0040", "0.0045"}},   {{0, 16383}, 5, {"0", "5000", "10000", "15000"}},
+        {{20.01f, 20.02f}, 2, {"20.010", "20.015", "20.020"}},     {{1e9f, 3e9f}, 2, {"1e+09", "2e+09", "3e+09"}},
+    };
+    for (const auto& c : cases) {
+        std::vector<std::string> labels;
+        for (const STick& tick : Ticks(c.range, c.wanted)) labels.push_back(tick.label);
+        EXPECT_EQ(labels, c.labels) << c.range.low;
+    }
+    // Neighbouring floats leave no room for a round number; there is a label all the same.
+    EXPECT_FALSE(Ticks({1000000, std::nextafter(1000000.0f, 2e6f)}, 5).empty());
+}
+
+SSeries Series(u16 width, u16 height) {
+    SSeries series;
+    series.width = width;
+    series.height = height;
+    series.unit = UnitText(TemperatureFactory, Celsius);
+    series.title = "A title far too long for so small a picture, which ends in three dots at the bar";
+    return series;
+}
+
+/// The palette is sampled, not computed with: entry 255 x share, which the test knows from a share of its own.
+SColour Entry(double share) { return ColourOf(kInferno[std::lround(255 * share)]); }
+
+TEST(ThermalPicture, PixelsAndBarShareOnePalette) {
+    const SSeries series = Series(4, 2);
+    const std::vector<float> values{10, 12.5f, 20, 30, 9, 31, 15, kNaN};
+    const std::vector<u8> status{0, 0, 0, 1, 0, 0, 32, 0};
+    const SThermalPicture drawn = DrawThermalPicture(series, {0, values, status, "caption"}, {10, 30}, {});
+    const auto at = [&](int x, int y) {
+        return drawn.canvas.At(drawn.image.x + x * drawn.scale + drawn.scale / 2,
+                               drawn.image.y + y * drawn.scale + drawn.scale / 2);
+    };
+    EXPECT_GT(drawn.scale, 50);
+    EXPECT_EQ(at(0, 0), Entry(0));
+    EXPECT_EQ(at(1, 0), Entry(0.125));
+    EXPECT_EQ(at(2, 0), Entry(0.5));
+    EXPECT_EQ(at(3, 0), Entry(1));
+    EXPECT_EQ(at(0, 1), kUnderColour);
+    EXPECT_EQ(at(1, 1), kOverColour);
+    EXPECT_EQ(at(2, 1), kNoDataColour);
+    EXPECT_EQ(at(3, 1), kNoDataColour);
+
+    const SBox& bar = drawn.bar;
+    const auto barAt = [&](int row) { return drawn.canvas.At(bar.x + bar.width / 2, bar.y + row); };
+    EXPECT_EQ(barAt(0), Entry(1));
+    EXPECT_EQ(barAt(bar.height - 1), Entry(0));
+    for (int row : {bar.height / 4, bar.height / 2, bar.height - 10}) {
+        EXPECT_EQ(barAt(row), Entry(1 - row / (bar.height - 1.0))) << row;
+    }
+    // Ticks stand where the bar has their value: at 20 of 10 to 30 in the middle.
+    const int middle = bar.y + static_cast<int>(std::lround((bar.height - 1) * 0.5));
+    EXPECT_NE(drawn.canvas.At(bar.x + bar.width + 2, middle), drawn.canvas.At(bar.x + bar.width + 2, middle - 3));
+}
+
+TEST(ThermalPicture, AnySizeCanBeDrawn) {
+    for (const auto& [width, height] : {std::pair<u16, u16>{1, 1}, {1, 700}, {900, 1}, {641, 3}, {2000, 1500}}) {
+        const std::vector<float> values(std::size_t{width} * height, 25.0f);
+        const SSeries series = Series(width, height);
+        const std::vector<SRegion> marks{{"all", 0, 0, width, height}};
+        const SThermalPicture drawn = DrawThermalPicture(series, {0, values, {}, "caption"}, {25, 26}, marks);
+        EXPECT_EQ(drawn.image.width, width * drawn.scale);
+        EXPECT_LE(drawn.image.x + drawn.image.width, drawn.bar.x);
+        EXPECT_LE(drawn.image.y + drawn.image.height, drawn.canvas.Height());
+        EXPECT_GE(drawn.canvas.Width(), 300);
+    }
+}
+
+std::vector<u8> ReadPng(const std::filesystem::path& path, png_image& image) {
+    image = {};
+    image.version = PNG_IMAGE_VERSION;
+    EXPECT_TRUE(png_image_begin_read_from_file(&image, path.c_str())) << path;
+    image.format = PNG_FORMAT_RGB;
+    std::vector<u8> pixels(PNG_IMAGE_SIZE(image));
+    EXPECT_TRUE(png_image_finish_read(&image, nullptr, pixels.data(), 0, nullptr));
+    return pixels;
+}
+
+TEST(PngWriter, ReadsBackAsDrawnAndKeepsItsRange) {
+    test::CTestFolder folder;
+    SSeries series = Series(32, 16);
+    std::vector<float> values(512);
+    for (std::size_t i = 0; i < values.size(); ++i) values[i] = static_cast<float>(i);
+    std::vector<float> hotter = values;
+    for (float& value : hotter) value += 100;
+
+    const auto single = MakeFrameWriter(test::PathIn(folder, "one.png"), series, {});
+    single->Add({0, values, {}, ""});
+    single->Finish();
+    series.frames = 2;
+    const auto several = MakeFrameWriter(test::PathIn(folder, "s.png"), series, {});
+    several->Add({3, values, {}, ""});
+    several->Add({12, hotter, {}, ""});
+    several->Finish();
+    EXPECT_EQ(test::NamesIn(folder), (std::vector<std::string>{"one.png", "s-000003.png", "s-000012.png"}));
+
+    for (const auto& [name, frame] : {std::pair{"one.png", &values}, {"s-000012.png", &hotter}}) {
+        const SThermalPicture drawn = DrawThermalPicture(series, {0, *frame, {}, ""}, {0, 511}, {});
+        png_image image;
+        const std::vector<u8> pixels = ReadPng(test::PathIn(folder, name), image);
+        ASSERT_EQ(image.width, static_cast<u32>(drawn.canvas.Width()));
+        ASSERT_EQ(image.height, static_cast<u32>(drawn.canvas.Height()));
+        EXPECT_EQ(std::memcmp(pixels.data(), drawn.canvas.Pixels().data(), pixels.size()), 0) << name;
+    }
+}
+
+}  // namespace
+}  // namespace ovix::app
