@@ -1,6 +1,7 @@
 #include "reduce/factory/plugin_scan.h"
 
 #include <dlfcn.h>
+#include <link.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -40,6 +41,30 @@ bool IsPlugin(const wchar_t* name) {
            !IFileSystem::WildcardMatch(kWrappers, name);
 }
 
+/// Whether the file holds all that the system would map of it. The system does not look: touching a page that was cut
+/// off kills the process.
+bool IsWhole(const wchar_t* path) {
+    const TSharedPtr<IFile> file = FileSystem->Open(path, IFileSystem::OpenForReading);
+    const u64 size = file ? file->GetRemaining() : 0;
+    ElfW(Ehdr) header;
+    if (!file || !file->ReadBytes(&header, sizeof header) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 ||
+        header.e_phentsize != sizeof(ElfW(Phdr)) || !file->Seek(static_cast<i64>(header.e_phoff), IFile::FromStart)) {
+        return false;
+    }
+    for (int i = 0; i < header.e_phnum; ++i) {
+        ElfW(Phdr) segment;
+        if (!file->ReadBytes(&segment, sizeof segment)) return false;
+        const bool there = segment.p_offset <= size && segment.p_filesz <= size - segment.p_offset;
+        if (segment.p_type == PT_LOAD && !there) return false;
+    }
+    return true;
+}
+
+void Load(const wchar_t* path) {
+    // The handle is dropped and the result not looked at: a plug-in speaks for itself, and is never unloaded.
+    if (IsWhole(path)) ::dlopen(CString(path).GetUTF8(), RTLD_NOW | RTLD_LOCAL);
+}
+
 }  // namespace
 
 void SSharedPtrFactoryPostCreateLoadDLLs::PostCreate() {
@@ -51,8 +76,7 @@ void SSharedPtrFactoryPostCreateLoadDLLs::PostCreate() {
     IFileSystem::GetDirectory(directory.data());
     const CDirectoryListing files = FileSystem->List(directory.c_str(), kPlugins);
     for (const CDirectoryEntry& file : files) {
-        // The handle is dropped and the result not looked at: a plug-in speaks for itself, and is never unloaded.
-        if (IsPlugin(file.GetName())) ::dlopen(CString(file.GetFullPath()).GetUTF8(), RTLD_NOW | RTLD_LOCAL);
+        if (IsPlugin(file.GetName())) Load(file.GetFullPath());
     }
 }
 
