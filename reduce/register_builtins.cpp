@@ -9,6 +9,7 @@
 #include "reduce/convert/temperature_converter.h"
 #include "reduce/filters/curlew_camera_info_reduce_object.h"
 #include "reduce/filters/filter_factory.h"
+#include "reduce/filters/k410_filter.h"
 #include "reduce/objects/fov_reduce_object.h"
 #include "reduce/objects/frame_header_reduce_object.h"
 #include "reduce/objects/frame_info_reduce_object.h"
@@ -23,6 +24,7 @@ namespace ovix::reduce {
 namespace {
 
 constexpr bool (*kBuiltins[])() = {
+    CK410Filter::Register,                    // decoder "K410"
     CAbateCfgReduceObject::Register,          // metadata object "AbateCfg"
     CCorrectionCfgReduceObject::Register,     // metadata object "CorrectionCfg"
     CCorrectionReduceObject::Register,        // metadata object "Correction"

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "core/bytes.h"
+#include "reduce/filters/check_frame.h"
+
+namespace ovix::reduce {
+
+/// A frame under check: what a family asks before any of its operations may read it, and where the first fault goes.
+/// Nothing here reads beyond the frame's size.
+class CFrameProbe {
+  public:
+    CFrameProbe(const void* frame, u32 size, SFrameFault* fault)
+        : bytes_(static_cast<const u8*>(frame)), size_(size), fault_(fault) {}
+
+    /// Whether `size` bytes stand at `offset`; `what` names them in the fault.
+    bool Holds(u64 offset, u64 size, const wchar_t* what) const;
+    /// Whether the little-endian word at `offset`, which must be held, is `value`; `what` says what that value means.
+    bool HasWord(u64 offset, u16 value, const wchar_t* what) const;
+    /// Notes the fault; always false.
+    bool Refuse(u64 offset, const CString& expected, const CString& found) const;
+
+    /// The frame from `offset` on, which must be held.
+    const u8* At(u64 offset) const { return bytes_ + offset; }
+    u64 Size() const { return size_; }
+
+  private:
+    const u8* bytes_;
+    u64 size_;
+    SFrameFault* fault_;
+};
+
+}  // namespace ovix::reduce

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "core/string.h"
+#include "reduce/objects/frame_info_extra.h"
+
+/// The values that decoders show beside a frame: a name, a text, and two words for the kind of the value and the
+/// format of its text, which stand in `unit` and `type` of the entry.
+namespace ovix::reduce::frame_values {
+
+struct SKind {
+    const wchar_t* kind;
+    const wchar_t* format;
+};
+inline constexpr SKind kCounter{L"Counter", L"int"};
+inline constexpr SKind kInteger{L"Integer", L"int"};
+inline constexpr SKind kFloat{L"Float", L"float"};
+inline constexpr SKind kFlag{L"Flag", L"ascii"};
+inline constexpr SKind kText{L"Text", L"ascii"};
+inline constexpr SKind kBitfield{L"Bitfield", L"int"};
+
+inline void Add(CFrameInfoExtra& extra, const wchar_t* name, const SKind& kind, const wchar_t* text) {
+    extra.Add(name, text, kind.kind, kind.format);
+}
+inline void AddFlag(CFrameInfoExtra& extra, const wchar_t* name, bool set) {
+    Add(extra, name, kFlag, set ? L"T" : L"F");
+}
+
+}  // namespace ovix::reduce::frame_values

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "reduce/filters/frame_probe.h"
+
+namespace ovix::reduce {
+
+/// Whether the `size` bytes at `offset`, which must be held, begin as a JPEG-LS stream of exactly this picture: the
+/// given width and height, one component of 9 to 16 bits, lossless, default coding parameters.
+///
+/// All segments up to the first scan are read. The decoder believes a stream's declared sizes and parameters, so what
+/// differs is refused here. The scan's own data is not judged: a damaged one gives a wrong picture, or lets the decoder
+/// spin for seconds before it gives up, but reads and writes no byte that is not its own.
+bool CheckJpegLsStream(const CFrameProbe& probe, u64 offset, u64 size, u16 width, u16 height);
+
+/// Decodes to pixels of 16 bits. A stream that will not do leaves some or all of `dest` as it was.
+void DecodeJpegLs(void* dest, u64 destSize, const void* stream, u64 size);
+
+}  // namespace ovix::reduce

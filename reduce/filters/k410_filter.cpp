@@ -1,0 +1,280 @@
+#include "reduce/filters/k410_filter.h"
+
+#include <cstring>
+
+#include "core/numbers.h"
+#include "core/pixel_types.h"
+#include "reduce/filters/copy_pixels.h"
+#include "reduce/filters/filter_factory.h"
+#include "reduce/filters/frame_values.h"
+#include "reduce/filters/jpegls_stream.h"
+#include "reduce/filters/k410_check.h"
+#include "reduce/filters/yuv.h"
+
+namespace ovix::reduce {
+
+using namespace k410;
+
+namespace {
+
+constexpr u32 kCounterEnd = 65536;
+
+/// The family's flags are shown as numbers.
+constexpr frame_values::SKind kFlagNumber{L"Flag", L"int"};
+
+/// The tail as the light operations see it, which alone look at the frame's size.
+STail TailWithin(const void* frame, u16 width, u16 height, u32 frameSize) {
+    constexpr u32 kLeastTail = 64;
+    const u64 image = ImageSize(width, height);
+    return frameSize < image + kLeastTail ? STail{} : FindTail(static_cast<const u8*>(frame) + image);
+}
+
+u64 CounterOf(const u8* digitalHeader) { return LoadBig<u16>(digitalHeader + kDigitalCounter); }
+
+/// The record is read in place: one in the other byte order gives a swapped number here, unlike in `ParseFrame`.
+u64 CounterInPlace(const STail& tail) {
+    if (tail.IsDigital()) return CounterOf(tail.digitalHeader);
+    return LoadLittle<u16>(RecordInPlace(tail.container) + camera_record::kFrameCounter);
+}
+
+/// Read in place as the counter is. A digital link sends no time.
+void SetTimeInPlace(CDateTime& time, const STail& tail) {
+    if (tail.IsDigital()) {
+        time.Now();
+    } else {
+        SetTimeFromRecord(time, RecordInPlace(tail.container));
+    }
+}
+
+void ShowDigitalHeader(CFrameInfoReduceObject& info, const u8* header) {
+    frame_values::Add(info.extra, L"DigitalIn1", kFlagNumber, CUInt8::ToString(header[kDigitalIn1]));
+    frame_values::Add(info.extra, L"DigitalIn2", kFlagNumber, CUInt8::ToString(header[kDigitalIn2]));
+    frame_values::Add(info.extra, L"Mark", kFlagNumber, CUInt8::ToString(header[kMark]));
+}
+
+/// Blue, green, red with the bottom line first, to red, green, blue with the top line first.
+void BGRToRGB(u8* rgb, const u8* bgr, u16 width, u16 height) {
+    for (u32 y = 0; y < height; ++y) {
+        const u8* line = bgr + u64{3} * width * (height - 1 - y);
+        for (u32 x = 0; x < width; ++x, line += 3, rgb += 3) {
+            rgb[0] = line[2];
+            rgb[1] = line[1];
+            rgb[2] = line[0];
+        }
+    }
+}
+
+}  // namespace
+
+bool CK410Filter::Register() {
+    using Functions = TCreateAndDestroy<CK410Filter, IFilter>;
+    TArray<GUID> ids;
+    for (const SType& type : kTypes) ids.Add(type.id);
+    const bool done = filterFactory()->Register(L"K410", ids, Functions::Create, Functions::Destroy, CheckK410Frame);
+    generic::RegisterPixelTypes();
+    RegisterPixelType(generic::kBGR8, L"BGR8", 3, Opaque, rootScreenType);
+    // 16-bit pixels throughout, deliberately also for video and for the 24-bit type.
+    for (const SType& type : kTypes) RegisterPixelType(type.id, type.name, 2, UInt16, type.base);
+    return done;
+}
+
+const wchar_t* CK410Filter::GetName() const { return L"K410"; }
+bool CK410Filter::HasPixels(GUID type) const { return IsUncompressed(FindType(type)); }
+bool CK410Filter::HasFrameCounter(GUID type) const { return k410::HasFrameCounter(FindType(type)); }
+
+bool CK410Filter::HasTime(GUID type) const {
+    const SType* known = FindType(type);
+    return known && known->hasTime;
+}
+
+bool CK410Filter::GetPixels(void* frame, GUID type, u16 width, u16, u32, void** pixels, i32& stride) {
+    if (!HasPixels(type)) return false;
+    *pixels = frame;
+    stride = 2 * width;
+    return true;
+}
+
+bool CK410Filter::ParseFrame(void* frame, GUID type, u16 width, u16 height, u32 frameSize, STypedData dest,
+                             CReduceObjectArray& objects, u8& preset) {
+    const SCameraRecordObjects filled(objects);
+    preset = 0;
+    const SType* known = FindType(type);
+    if (!known || !filled) return false;
+    const SFrame seen{static_cast<const u8*>(frame), *known, width, height, frameSize};
+    switch (known->layout) {
+        case ELayout::Uncompressed:
+            return ParseUncompressed(seen, dest, filled);
+        case ELayout::JpegLs:
+            return ParseCompressed(seen, dest, filled);
+        default:
+            return ParseVideo(seen, dest, filled);
+    }
+}
+
+bool CK410Filter::ParseUncompressed(const SFrame& frame, STypedData dest, const SCameraRecordObjects& objects) {
+    if (dest.type != UInt16 && dest.type != NoPixels) return false;
+    const STail tail = FindTail(frame.bytes + ImageSize(frame.width, frame.height));
+    SRecord record;
+    if (!tail || !CopyRecord(record, tail.container, frame.height)) return false;
+
+    objects.FillFromRecord(record.bytes);
+    objects.KeepRecord(record.bytes, sizeof record.bytes, tail.digitalHeader);
+    CFrameInfoReduceObject& info = *objects.frameInfo;
+    if (tail.IsDigital()) {
+        ShowDigitalHeader(info, tail.digitalHeader);
+        info.frameNumber = CounterOf(tail.digitalHeader);
+        info.time.Now();
+    } else if (!frame.type.hasFrameCounter) {  // although the record holds a counter and a time
+        info.frameNumber = ownCounter_;
+        info.time.Now();
+    } else {
+        info.frameNumber = LoadLittle<u16>(record.bytes + camera_record::kFrameCounter);
+        SetTimeFromRecord(info.time, record.bytes);
+    }
+    CountFrame();
+
+    if (dest.data) {
+        const SPixelOrder order{.swapped = HasSwappedPixels(tail.container), .reversed = frame.type.flipped};
+        CopyPixels(dest.data, frame.bytes, frame.Pixels(), order);
+    }
+    return true;
+}
+
+bool CK410Filter::ParseCompressed(const SFrame& frame, STypedData dest, const SCameraRecordObjects& objects) {
+    if (dest.type != UInt16 && dest.type != NoPixels) return false;
+    constexpr u32 kLeastSize = kLengthSize + sizeof kSignature;
+    if (frame.size < kLeastSize) return false;
+    const u64 length = LoadBig<u32>(frame.bytes);
+    if (length + kLeastSize > frame.size) return false;
+    const u8* stream = frame.bytes + kLengthSize;
+    const u8* container = stream + length;
+    SRecord record;
+    if (!HasSignature(container) || !CopyRecord(record, container, frame.height)) return false;
+
+    objects.FillFromRecord(record.bytes);
+    objects.KeepRecord(record.bytes, sizeof record.bytes, nullptr);
+    objects.frameInfo->frameNumber = ownCounter_;
+    objects.frameInfo->time.Now();
+    CountFrame();
+
+    // A damaged stream is not reported: the metadata is good all the same.
+    if (dest.data) DecodeJpegLs(dest.data, ImageSize(frame.width, frame.height), stream, length);
+    return true;
+}
+
+bool CK410Filter::ParseVideo(const SFrame& frame, STypedData dest, const SCameraRecordObjects& objects) {
+    if (dest.type != Opaque && dest.type != NoPixels) return false;
+    objects.FillForVideo(ownCounter_);
+    CountFrame();
+    if (!dest.data) return true;
+    u8* rgb = static_cast<u8*>(dest.data);
+    if (frame.type.layout == ELayout::BGR) {
+        BGRToRGB(rgb, frame.bytes, frame.width, frame.height);
+    } else {
+        YuvToRGB(rgb, frame.bytes, frame.Pixels(), frame.type.layout == ELayout::YUY2 ? kYUY2Order : kUYVYOrder);
+    }
+    return true;
+}
+
+void CK410Filter::CountFrame() { ownCounter_ = (ownCounter_ + 1) % kCounterEnd; }
+
+bool CK410Filter::ParsePreset(void*, GUID, u16, u16, u32, u8& preset) {
+    preset = 0;
+    return true;
+}
+
+bool CK410Filter::ParseTime(void* frame, GUID type, u16 width, u16 height, u32 frameSize, CDateTime& time) {
+    if (!HasTime(type)) {
+        time.Now();
+        return true;
+    }
+    const STail tail = TailWithin(frame, width, height, frameSize);
+    if (!tail) return false;
+    SetTimeInPlace(time, tail);
+    return true;
+}
+
+bool CK410Filter::ParseFrameCounter(void* frame, GUID type, u16 width, u16 height, u32 frameSize, u64& counter) {
+    counter = ownCounter_;
+    if (!HasFrameCounter(type)) return true;
+    const STail tail = TailWithin(frame, width, height, frameSize);
+    if (!tail) return false;
+    counter = CounterInPlace(tail);
+    return true;
+}
+
+bool CK410Filter::ParseBasicInfo(void* frame, GUID type, u16 width, u16 height, u32 frameSize, u8& preset, u64& counter,
+                                 CDateTime& time) {
+    preset = 0;
+    if (!HasFrameCounter(type)) {
+        counter = ownCounter_;
+        time.Now();
+        return true;
+    }
+    const STail tail = TailWithin(frame, width, height, frameSize);
+    if (!tail) return false;
+    counter = CounterInPlace(tail);
+    SetTimeInPlace(time, tail);  // also over GigE, where `ParseTime` gives the present time
+    return true;
+}
+
+bool CK410Filter::StoreFrame(const void* source, u32 sourceSize, GUID type, u16 width, u16 height, u16 frameCount,
+                             u16 frameIndex, void* dest, u32 destSize) {
+    if (frameCount < 2) {
+        return IFilter::StoreFrame(source, sourceSize, type, width, height, frameCount, frameIndex, dest, destSize);
+    }
+    // The buffer holds all images, then one tail; what is stored is an image and the tail.
+    const u64 image = ImageSize(width, height);
+    const u64 images = frameCount * image;
+    if (frameIndex >= frameCount || images > sourceSize) return false;
+    const u64 tailSize = sourceSize - images;
+    if (image + tailSize > destSize) return false;
+    const u8* from = static_cast<const u8*>(source);
+    u8* to = static_cast<u8*>(dest);
+    if (image) std::memcpy(to, from + frameIndex * image, image);
+    if (tailSize) std::memcpy(to + image, from + images, tailSize);
+    if (!HasFrameCounter(type)) return true;
+
+    const STail tail = FindTail(to + image, tailSize);
+    if (tail.IsDigital() && (frameCount == 2 || frameCount == 4)) {
+        // So that the images of a packet keep distinct, ascending numbers. Other counts leave them alike.
+        const u64 counter = CounterOf(tail.digitalHeader) * frameCount | frameIndex;
+        StoreBig(to + image + kDigitalCounter, static_cast<u16>(counter));
+    }
+    return static_cast<bool>(tail);
+}
+
+bool CK410Filter::CheckForTrigger(const void* source, u32, GUID type, u16 width, u16 height, u16, u8 field,
+                                  bool& triggered, u16& frameIndex) {
+    triggered = false;
+    frameIndex = 0;
+    const SType* known = FindType(type);
+    // A turned picture comes with the same fields, and is refused all the same.
+    if (!IsUncompressed(known) || known->flipped) return false;
+    const STail tail = FindTail(static_cast<const u8*>(source) + ImageSize(width, height));
+    if (tail.IsDigital()) {
+        const u8* header = tail.digitalHeader;
+        const u8 inputs[] = {header[kDigitalIn1], header[kDigitalIn2], static_cast<u8>(header[kMark] & 3)};
+        triggered = field < std::size(inputs) && inputs[field] != 0;
+    } else if (tail.IsPlain()) {
+        SRecord record;
+        if (!CopyRecord(record, tail.container, height)) return false;
+        const u32 mark = LoadLittle<u32>(record.bytes + camera_record::kMarkCounter);
+        constexpr u8 kMarkField = 2;
+        triggered = lastMarkValid_ && mark > lastMark_ && field == kMarkField;
+        lastMark_ = mark;
+        lastMarkValid_ = true;
+    }
+    return true;
+}
+
+bool CK410Filter::GetTriggerFields(GUID type, TArray<CString>& names) const {
+    names.Empty();
+    const SType* known = FindType(type);
+    if (known && known->overGigE) {
+        for (const wchar_t* name : {L"DigitalIn1", L"DigitalIn2", L"Mark"}) names.Add(name);
+    }
+    return true;
+}
+
+}  // namespace ovix::reduce
