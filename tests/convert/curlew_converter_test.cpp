@@ -10,6 +10,7 @@
 #include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/reduce_object_array.h"
 #include "support/curlew_camera.h"
+#include "support/selection_forms.h"
 
 namespace ovix::reduce {
 namespace {
@@ -162,42 +163,8 @@ TEST_F(CurlewConverter, LongRangesAndReadyTablesLeaveTheLastSignalOut) {
 
 TEST_F(CurlewConverter, SelectsPixelsInAllForms) {
     ASSERT_TRUE(Update(TemperatureFactory));
-    const std::vector<float> table = Table();
-    constexpr u16 kWidth = 6, kHeight = 4;
-    u16 image[kWidth * kHeight];
-    for (u32 i = 0; i < std::size(image); ++i) image[i] = static_cast<u16>(10000 + 100 * i);
-    u8 mask[8 * kHeight] = {};
-    mask[1 * 8 + 2] = mask[2 * 8 + 4] = mask[3 * 8 + 1] = 1;  // its stride is 8; the last lies outside the area
-    const u8 map[kWidth * kHeight] = {2, 2, 2};
-    const u32 list[] = {23, 0, 7};
-    const TArray<SScanLine> lines{{3, 4, 5}, {0, 1, 1}};
-    const SArea area{1, 2, 2, 4};
-
-    const auto check = [&](std::initializer_list<u32> pixels, auto convert) {
-        double out[9];
-        u8 status[9];
-        std::fill_n(out, 9, -1.0);
-        EXPECT_TRUE(convert(STypedData{image, UInt16}, STypedData{out, Flt64}, status));
-        u32 n = 0;
-        for (const u32 pixel : pixels) EXPECT_EQ(out[n++], table[image[pixel]]) << "pixel " << pixel;
-        EXPECT_EQ(out[n], -1.0) << "behind the last";
-    };
-    CCurlewConverter& c = converter;
-    using D = STypedData;
-    check({0, 1}, [&](D in, D out, u8* s) { return c.BaseToOutput(in, out, s, 2); });
-    check({23, 0, 7}, [&](D in, D out, u8* s) { return c.BaseToOutput(in, list, 3, out, s); });
-    check({8, 9, 10, 14, 15, 16},
-          [&](D in, D out, u8* s) { return c.BaseToOutput(in, kWidth, kHeight, area, out, s); });
-    check({22, 23, 1}, [&](D in, D out, u8* s) { return c.BaseToOutput(in, kWidth, kHeight, lines, out, s); });
-    check({8, 16}, [&](D in, D out, u8* s) { return c.BaseToOutput(in, kWidth, kHeight, area, mask, 8, out, s); });
-    // With a map: the first pixels of the buffer, as many as are selected.
-    check({0, 1}, [&](D in, D out, u8* s) { return c.BaseToOutput(in, map, out, s, 2); });
-    check({0, 1, 2}, [&](D in, D out, u8* s) { return c.BaseToOutput(in, map, list, 3, out, s); });
-    check({0, 1, 2, 3, 4, 5},
-          [&](D in, D out, u8* s) { return c.BaseToOutput(in, map, kWidth, kHeight, area, out, s); });
-    check({0, 1, 2}, [&](D in, D out, u8* s) { return c.BaseToOutput(in, map, kWidth, kHeight, lines, out, s); });
-    check({0, 1}, [&](D in, D out, u8* s) { return c.BaseToOutput(in, map, kWidth, kHeight, area, mask, 8, out, s); });
-    check({}, [&](D in, D out, u8* s) { return c.BaseToOutput(in, map, kWidth, kHeight, SArea{2, 0, 1, 5}, out, s); });
+    const auto convert = [&](const auto&... arguments) { return converter.BaseToOutput(arguments...); };
+    test::SFormsImage().Check(convert, Table(), true);
 }
 
 TEST_F(CurlewConverter, BuffersRoundWhereSingleValuesTruncate) {
