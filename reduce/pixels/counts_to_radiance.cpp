@@ -11,14 +11,8 @@ namespace {
 template <class Selection, class UsesPixels>
 bool Convert(STypedData source, STypedData destination, const u8* presets, const Selection& selection,
              const UsesPixels& usesPixels, const SRadianceParams* params, const SCommonParams& common) {
-    if (!IsNumeric(source.type) || (destination.type != Flt32 && destination.type != Flt64)) return false;
-    const auto lawOf = [&](u8 p) {
-        const SRadianceParams& record = params[p];
-        const bool perPixel = record.backgrounds && usesPixels(p);
-        return SRadianceLaw{record.coefficients, record.order,
-                            perPixel ? CBackground(record.backgrounds) : CBackground(record.background),
-                            common.radianceScale};
-    };
+    if (!IsNumeric(source.type) || !IsFloating(destination.type)) return false;
+    const auto lawOf = [&](u8 p) { return RecordLaw(params[p], usesPixels(p), common); };
     ConvertCounts(destination, nullptr, source, presets, selection, EPowers::Double, lawOf);
     return true;
 }

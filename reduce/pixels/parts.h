@@ -17,6 +17,27 @@ STypedData ViewOf(const Run& run, STypedData frame, SElementScratch& scratch) {
     return {const_cast<void*>(ViewElements(run, frame.data, ElementSize(frame.type), scratch)), frame.type};
 }
 
+/// The types of radiances and temperatures in buffers.
+constexpr bool IsFloating(EDataType type) { return type == Flt32 || type == Flt64; }
+
+/// `count` pixels of any numeric type, as double.
+inline void LoadBlock(STypedData pixels, u32 count, double* values) {
+    Visit(pixels.type, [&]<class T>(TElement<T>) {
+        const T* from = static_cast<const T*>(pixels.data);
+        for (u32 i = 0; i < count; ++i) values[i] = static_cast<double>(from[i]);
+    });
+}
+
+/// Values to `Flt32` or `Flt64`, from element `at` of the destination on.
+inline void StoreBlock(STypedData destination, std::size_t at, const double* values, u32 count) {
+    if (destination.type == Flt32) {
+        float* to = static_cast<float*>(destination.data) + at;
+        for (u32 i = 0; i < count; ++i) to[i] = static_cast<float>(values[i]);
+    } else {
+        std::copy_n(values, count, static_cast<double*>(destination.data) + at);
+    }
+}
+
 /// Calls `f(part, preset)` in visiting order for parts of at most `kRunBlock` pixels of one preset each. `presets`
 /// holds each frame pixel's preset; null means preset 0 for all, so that a kernel without presets is one with a single
 /// preset.

@@ -94,9 +94,9 @@ void StoreChecked(D* to, u8* status, const double* radiances, u32 count, const S
 
 void SCounts::Load(STypedData pixels, u32 pixelCount, EPowers powers) {
     count = pixelCount;
+    LoadBlock(pixels, count, values);
     Visit(pixels.type, [&]<class T>(TElement<T>) {
         const T* from = static_cast<const T*>(pixels.data);
-        for (u32 i = 0; i < count; ++i) values[i] = static_cast<double>(from[i]);
         wraps = std::is_integral_v<T> && powers == EPowers::Wrapping;
         if constexpr (std::is_integral_v<T>) {
             if (!wraps) return;
@@ -121,17 +121,12 @@ bool ApplyLaw(const SRadianceLaw& law, const SCounts& counts, const double* back
 
 void StoreRadiances(STypedData destination, u8* status, std::size_t at, const double* radiances, u32 count,
                     const std::optional<SRadianceLimits>& limits) {
-    const auto store = [&]<class D>(D* to) {
-        if (limits) {
-            StoreChecked(to, status ? status + at : nullptr, radiances, count, *limits);
-        } else {
-            for (u32 i = 0; i < count; ++i) to[i] = static_cast<D>(radiances[i]);
-        }
-    };
+    if (!limits) return StoreBlock(destination, at, radiances, count);
+    u8* flags = status ? status + at : nullptr;
     if (destination.type == Flt32) {
-        store(static_cast<float*>(destination.data) + at);
+        StoreChecked(static_cast<float*>(destination.data) + at, flags, radiances, count, *limits);
     } else {
-        store(static_cast<double*>(destination.data) + at);
+        StoreChecked(static_cast<double*>(destination.data) + at, flags, radiances, count, *limits);
     }
 }
 

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "reduce/pixels/parts.h"
+#include "reduce/pixels/radiance_params.h"
 #include "reduce/pixels/to_radiance.h"
 
 namespace ovix::reduce {
@@ -23,6 +24,13 @@ struct SRadianceLaw {
     double scale;
     std::optional<SRadianceLimits> limits = {};
 };
+
+/// The law of a record. `pixelsAllowed` false passes its per-pixel backgrounds over.
+inline SRadianceLaw RecordLaw(const SRadianceParams& params, bool pixelsAllowed, const SCommonParams& common) {
+    const bool perPixel = params.backgrounds && pixelsAllowed;
+    return {params.coefficients, params.order,
+            perPixel ? CBackground(params.backgrounds) : CBackground(params.background), common.radianceScale};
+}
 
 /// Whether the second to fourth power of an integer count is formed in signed 32 bits that wrap.
 enum class EPowers : bool { Double, Wrapping };
@@ -46,6 +54,16 @@ bool ApplyLaw(const SRadianceLaw& law, const SCounts& counts, const double* back
 void StoreRadiances(STypedData destination, u8* status, std::size_t at, const double* radiances, u32 count,
                     const std::optional<SRadianceLimits>& limits);
 
+/// The radiances of a part of a frame of counts. False, with nothing written, when the law's order is none.
+template <class Part>
+bool RadiancesOf(const Part& part, STypedData source, const SRadianceLaw& law, EPowers powers, double* radiances) {
+    SElementScratch gathered;
+    TScratch<double> gatheredBackgrounds;
+    SCounts counts;
+    counts.Load(ViewOf(part, source, gathered), part.count, powers);
+    return ApplyLaw(law, counts, part.View(law.background.pixels(), gatheredBackgrounds), radiances);
+}
+
 /// A selection of counts to radiance; `lawOf(preset)` answers the preset's `SRadianceLaw`. The types are checked by the
 /// caller.
 template <class Selection, class LawOf>
@@ -53,12 +71,8 @@ void ConvertCounts(STypedData destination, u8* status, STypedData source, const 
                    EPowers powers, const LawOf& lawOf) {
     ForEachPart(selection, presets, [&](const auto& part, u8 preset) {
         const SRadianceLaw law = lawOf(preset);
-        SElementScratch gathered;
-        TScratch<double> gatheredBackgrounds;
-        SCounts counts;
         double radiances[kRunBlock];
-        counts.Load(ViewOf(part, source, gathered), part.count, powers);
-        if (!ApplyLaw(law, counts, part.View(law.background.pixels(), gatheredBackgrounds), radiances)) return;
+        if (!RadiancesOf(part, source, law, powers, radiances)) return;
         StoreRadiances(destination, status, part.out, radiances, part.count, law.limits);
     });
 }

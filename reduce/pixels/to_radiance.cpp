@@ -15,7 +15,7 @@ template <class Selection, class LawOf>
 bool Convert(STypedData destination, u8* status, STypedData source, const u8* presets, const Selection& selection,
              const LawOf& lawOf) {
     const bool fromCounts = IsNumeric(source.type) && source.type != UInt64;
-    if (!fromCounts || (destination.type != Flt32 && destination.type != Flt64)) return false;
+    if (!fromCounts || !IsFloating(destination.type)) return false;
     ConvertCounts(destination, status, source, presets, selection, PowersOf(selection), lawOf);
     return true;
 }

@@ -1,0 +1,142 @@
+#include "reduce/pixels/temperature_law.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "reduce/pixels/table_lookup.h"
+
+namespace ovix::reduce {
+
+namespace {
+
+/// 2hc^2 in W um^4 / (cm^2 sr) and hc / k in um K; the band integral `Radiance` has slightly others, on purpose.
+constexpr double kC1 = 11910.66;
+constexpr double kC2 = 14388.3;
+/// The logarithm of the three-parameter fit is never taken of less than this.
+constexpr double kLeastLog = 1.0002;
+
+template <class F>
+u32 Each(const double* from, u32 count, double* to, const F& f) {
+    std::transform(from, from + count, to, f);
+    return count;
+}
+
+template <class Sum>
+double PowerSum(const SPolynomialModel& model, double x) {
+    Sum sum = 0;
+    for (i32 k = 0; k <= model.order; ++k) sum += static_cast<Sum>(model.coefficients[k] * std::pow(x, k));
+    return static_cast<double>(sum);
+}
+
+// Each model on a block; the answer is the number of values done.
+
+u32 Apply(const SPolynomialModel& model, double scale, const double* radiances, u32 count, double* out) {
+    if (model.powerAlways || model.order < 1 || model.order > 6) {
+        if (model.singleSum)
+            return Each(radiances, count, out, [&](double r) { return PowerSum<float>(model, r / scale); });
+        return Each(radiances, count, out, [&](double r) { return PowerSum<double>(model, r / scale); });
+    }
+    double x[kRunBlock], power[kRunBlock];
+    Each(radiances, count, x, [=](double r) { return r / scale; });
+    std::copy_n(x, count, power);
+    const double* a = model.coefficients;
+    for (u32 i = 0; i < count; ++i) out[i] = a[0] + a[1] * x[i];
+    for (i32 k = 2; k <= model.order; ++k) {
+        for (u32 i = 0; i < count; ++i) {
+            power[i] *= x[i];
+            out[i] += a[k] * power[i];
+        }
+    }
+    return count;
+}
+
+u32 Apply(const STableModel& model, double scale, const double* radiances, u32 count, double* out) {
+    if (model.size < 2 && !model.clamp) return 0;
+    for (u32 i = 0; i < count; ++i) {
+        if (model.size < 2) {
+            out[i] = 0;
+            continue;
+        }
+        const STableValue found = Interpolate(model.radiances, model.temperatures, model.size, radiances[i] / scale);
+        if (!found.inside && !model.clamp) return i;
+        out[i] = found.value;
+    }
+    return count;
+}
+
+/// Here the scale multiplies the numerator.
+u32 Apply(const SPlanckModel& model, double scale, const double* radiances, u32 count, double* out) {
+    const double width = model.highWave - model.lowWave;
+    const double w = width * 0.5 + model.lowWave;
+    const double w5 = w * w * w * w * w;
+    const double numerator = width * kC1 * scale;
+    return Each(radiances, count, out, [=](double r) { return kC2 / (std::log(numerator / (w5 * r) + 1.0) * w); });
+}
+
+u32 Apply(const SRBFModel& model, double scale, const double* radiances, u32 count, double* out) {
+    const double limit = model.F <= 1.0 ? kLeastLog : model.F * kLeastLog;
+    return Each(radiances, count, out, [=](double r) {
+        const double d = r / scale - model.O;
+        if (!(d > 0)) return 0.0;
+        const double w = model.R / d + model.F;
+        return model.B / std::log(limit > w ? limit : w);
+    });
+}
+
+/// The final step from the model's native scale. An unknown scale means Celsius from both.
+void FromNative(const auto&, double* temperatures, u32 count, ETempType type) {
+    FromCelsius(temperatures, count, type);
+}
+void FromKelvin(double* temperatures, u32 count, ETempType type) {
+    const auto each = [=](const auto& f) { Each(temperatures, count, temperatures, f); };
+    switch (type) {
+        case Fahrenheit:
+            return each([](double k) { return k * 1.8 - 459.67; });
+        case Kelvin:
+            return;
+        case Rankine:
+            return each([](double k) { return k * 1.8; });
+        default:
+            return each([](double k) { return k - 273.15; });
+    }
+}
+void FromNative(const SPlanckModel&, double* t, u32 count, ETempType type) { FromKelvin(t, count, type); }
+void FromNative(const SRBFModel&, double* t, u32 count, ETempType type) { FromKelvin(t, count, type); }
+
+}  // namespace
+
+void FromCelsius(double* temperatures, u32 count, ETempType type) {
+    const auto each = [=](const auto& f) { Each(temperatures, count, temperatures, f); };
+    switch (type) {
+        case Fahrenheit:
+            return each([](double c) { return c * 1.8 + 32.0; });
+        case Kelvin:
+            return each([](double c) { return c + 273.15; });
+        case Rankine:
+            return each([](double c) { return (c + 273.15) * 1.8; });
+        default:
+            return;
+    }
+}
+
+STemperatureLaw RecordLaw(const STemperatureParams& params, bool tableAllowed, const SCommonParams& common) {
+    STemperatureLaw law{SPlanckModel{common.highWave, common.lowWave}, common.signalScale, common.tempType};
+    if (tableAllowed && params.radiances && params.temperatures && params.tableSize >= 2) {
+        law.model = STableModel{params.radiances, params.temperatures, static_cast<u32>(params.tableSize), true};
+    } else if (params.coefficients && params.order > 0) {
+        law.model = SPolynomialModel{params.coefficients, params.order};
+    }
+    return law;
+}
+
+u32 ApplyLaw(const STemperatureLaw& law, const double* radiances, u32 count, double* temperatures) {
+    return std::visit(
+        [&](const auto& model) {
+            const u32 done = Apply(model, law.scale, radiances, count, temperatures);
+            FromNative(model, temperatures, done, law.type);
+            return done;
+        },
+        law.model);
+}
+
+}  // namespace ovix::reduce
