@@ -39,18 +39,18 @@ class CGrammar {
     /// Options may stand anywhere, also before the verb, so that is looked for first. Options of a verb that do not
     /// exist are told with the nearest one that does.
     Arguments InOrder(Arguments arguments) const {
-        const std::size_t at = FirstPlain(arguments);
-        if (at == arguments.size()) return arguments;
-        const CLI::App* verb = Find(arguments[at]);
-        if (verb) {
-            std::rotate(arguments.begin(), arguments.begin() + static_cast<std::ptrdiff_t>(at),
-                        arguments.begin() + static_cast<std::ptrdiff_t>(at) + 1);
+        const std::vector<std::size_t> plain = Plain(arguments);
+        if (plain.empty()) return arguments;
+        const auto at =
+            std::find_if(plain.begin(), plain.end(), [&](std::size_t i) { return Find(arguments[i]) != nullptr; });
+        if (at != plain.end()) {
+            const auto verb = arguments.begin() + static_cast<std::ptrdiff_t>(*at);
+            std::rotate(arguments.begin(), verb, verb + 1);
         } else {
-            RefuseMisspelledVerb(arguments[at]);
+            RefuseMisspelledVerb(arguments[plain.front()]);
             arguments.insert(arguments.begin(), "info");
-            verb = Find("info");
         }
-        RefuseUnknownOptions(*verb, arguments);
+        RefuseUnknownOptions(*Find(arguments.front()), arguments);
         return arguments;
     }
 
@@ -112,14 +112,20 @@ class CGrammar {
 
     static bool IsOption(const std::string& argument) { return argument.size() > 1 && argument[0] == '-'; }
 
-    /// The first argument that is neither an option nor the value of one.
-    std::size_t FirstPlain(const Arguments& arguments) const {
+    /// The places of the arguments that are neither options nor values of options.
+    std::vector<std::size_t> Plain(const Arguments& arguments) const {
+        std::vector<std::size_t> places;
+        bool options = true;
         for (std::size_t i = 0; i < arguments.size(); ++i) {
-            if (arguments[i] == "--") return std::min(i + 1, arguments.size());
-            if (!IsOption(arguments[i])) return i;
-            if (TakesNext(arguments[i])) ++i;
+            if (!options || !IsOption(arguments[i])) {
+                places.push_back(i);
+            } else if (arguments[i] == "--") {
+                options = false;
+            } else if (TakesNext(arguments[i])) {
+                ++i;
+            }
         }
-        return arguments.size();
+        return places;
     }
 
     void RefuseMisspelledVerb(const std::string& word) const {

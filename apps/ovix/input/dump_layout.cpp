@@ -75,12 +75,16 @@ class CFrameProbe {
     CString filter_;
 };
 
+/// What stands behind a frame is less than another frame, so that one that is damaged is not taken for it.
+u64 MostTail(u64 smallest) { return std::min(kMostTail, smallest - 1); }
+
 /// The size that divides the file into frames, 0 when none does.
 u64 DividingSize(const CFrameProbe& probe, u64 fileSize, u64 smallest) {
     for (u64 count = fileSize / smallest; count > 1; --count) {
         const u64 size = fileSize / count;
-        if (size > smallest + kMostTail) break;
-        if (fileSize % count == 0 && probe.PassesAt(size, smallest) && probe.PassesAt(fileSize - size, smallest))
+        if (size > smallest + MostTail(smallest)) break;
+        // One of the two may be damaged.
+        if (fileSize % count == 0 && (probe.PassesAt(size, smallest) || probe.PassesAt(fileSize - size, smallest)))
             return size;
     }
     return 0;
@@ -88,7 +92,7 @@ u64 DividingSize(const CFrameProbe& probe, u64 fileSize, u64 smallest) {
 
 /// The distance to the next place at which a frame passes, 0 when there is none.
 u64 DistanceToNext(const CFrameProbe& probe, u64 smallest) {
-    const std::vector<u8> behind = probe.Read(smallest, smallest + kMostTail);
+    const std::vector<u8> behind = probe.Read(smallest, smallest + MostTail(smallest));
     for (u64 tail = 0; tail + smallest <= behind.size(); ++tail) {
         if (probe.Passes(behind.data() + tail, smallest)) return smallest + tail;
     }

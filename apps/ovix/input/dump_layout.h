@@ -30,8 +30,9 @@ class IDumpLayout {
 /// pixels is the camera's affair, so `CheckFrame` is asked:
 /// 1. The smallest size m with which the first frame passes. A frame that passes with no size is a fault.
 /// 2. If the content plays no part in the check (a frame of zeros passes too), frames have m bytes.
-/// 3. Otherwise the smallest size, from m on, that divides the file into frames of which the second and the last pass.
+/// 3. Otherwise the smallest size, from m on, that divides the file into frames of which the second or the last passes.
 /// 4. Otherwise the distance to the next place at which a frame passes: the file is cut.
+///    What stands behind a frame is never as much as a frame.
 /// 5. Otherwise there is one frame: with all of the file when little stands behind m, else with m bytes before a cut
 /// one.
 ///

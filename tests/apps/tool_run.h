@@ -1,0 +1,90 @@
+#pragma once
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "support/test_folder.h"
+
+namespace ovix::test {
+
+struct SToolRun {
+    int status = -1;  ///< what it left with; -signal when one ended it
+    std::string out;
+    std::string error;
+
+    long ErrorLines() const { return std::count(error.begin(), error.end(), '\n'); }
+};
+
+inline std::string ReadText(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+inline void WriteText(const std::filesystem::path& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+/// A folder of its own in which the tool is run as a user would run it.
+class CToolFolder {
+  public:
+    std::filesystem::path Path(const std::string& name) const { return folder_.Path(name.c_str()).GetUTF8(); }
+    /// Standard output goes to `stdoutTo` when given; `fileLimit` is the size beyond which no file can grow.
+    SToolRun Run(std::vector<std::string> arguments, const char* stdoutTo = nullptr, rlim_t fileLimit = RLIM_INFINITY,
+                 const std::string& input = "/dev/null") const {
+        arguments.insert(arguments.begin(), OVIX_TOOL);
+        std::vector<char*> argv;
+        for (std::string& argument : arguments) argv.push_back(argument.data());
+        argv.push_back(nullptr);
+        const std::string out = stdoutTo ? stdoutTo : Path(".out").string();
+        const std::string error = Path(".error").string();
+        const pid_t child = ::fork();
+        if (child == 0) {
+            if (::chdir(Path("").c_str()) != 0) ::_exit(99);
+            ::dup2(::open(input.c_str(), O_RDONLY), 0);
+            ::dup2(::open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), 1);
+            ::dup2(::open(error.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), 2);
+            const rlimit limit{fileLimit, fileLimit};
+            if (fileLimit != RLIM_INFINITY) ::setrlimit(RLIMIT_FSIZE, &limit);
+            ::execv(OVIX_TOOL, argv.data());
+            ::_exit(98);
+        }
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        SToolRun run{WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), stdoutTo ? "" : ReadText(out),
+                     ReadText(error)};
+        std::error_code ignored;
+        if (!stdoutTo) std::filesystem::remove(out, ignored);
+        std::filesystem::remove(error, ignored);
+        return run;
+    }
+    /// Run that must be done; answers what came out.
+    std::string Do(const std::vector<std::string>& arguments) const {
+        const SToolRun run = Run(arguments);
+        EXPECT_EQ(run.status, 0) << run.error;
+        return run.out;
+    }
+    /// The names of all files, hidden ones too, in order.
+    std::vector<std::string> Files() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(Path("")))
+            names.push_back(entry.path().filename());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+  private:
+    CTestFolder folder_;
+};
+
+}  // namespace ovix::test

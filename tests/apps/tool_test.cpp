@@ -1,0 +1,383 @@
+// The tool as its users meet it: command lines in, statuses, texts and files out.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <csignal>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <thread>
+
+#include "core/bytes.h"
+#include "tool_run.h"
+
+namespace ovix::app {
+namespace {
+
+using Json = nlohmann::json;
+using test::CToolFolder;
+using test::SToolRun;
+using Arguments = std::vector<std::string>;
+
+const char* const kGigE = "K410 IR (GigE)";
+const char* const kStream = "R7X IR (MJLS)";
+
+Arguments operator+(Arguments a, const Arguments& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+/// The options that say how a dump of 64 x 48 pixels is read.
+Arguments Dump(const std::string& type = kGigE) { return {"dump.raw", "--pixel-type", type, "--size", "64x48"}; }
+
+void Synthesise(const CToolFolder& folder, const Arguments& more = {}, const std::string& type = kGigE) {
+    folder.Do(
+        Arguments{"synth", "-o", "dump.raw", "--pixel-type", type, "--size", "64x48", "--count", "3", "--overwrite"} +
+        more);
+}
+
+/// The elements of an array file behind its header.
+template <class T>
+std::vector<T> ReadArray(const std::filesystem::path& path) {
+    const std::string bytes = test::ReadText(path);
+    if (bytes.size() < 10) return {};
+    const std::size_t start = 10u + LoadLittle<u16>(reinterpret_cast<const u8*>(bytes.data()) + 8);
+    std::vector<T> values((bytes.size() - start) / sizeof(T));
+    std::memcpy(values.data(), bytes.data() + start, values.size() * sizeof(T));
+    return values;
+}
+
+Json Stats(const CToolFolder& folder, const Arguments& more = {}, const std::string& type = kGigE) {
+    return Json::parse(folder.Do(Arguments{"stats", "--json"} + Dump(type) + more));
+}
+
+TEST(Tool, ReadsBackTheSceneOfEveryFormThatItCanMake) {
+    const CToolFolder folder;
+    const Json formats = Json::parse(folder.Do({"formats", "--json"}));
+    EXPECT_EQ(formats["schema"], 1);
+    ASSERT_GT(formats["synthesis"].size(), 7u);
+    for (const Json& form : formats["synthesis"]) {
+        const std::string type = form["pixelType"];
+        SCOPED_TRACE(type + " " + form["form"].get<std::string>());
+        Synthesise(folder, {"--form", form["form"], "--clean", "--truth", "truth.npy"}, type);
+
+        const Json info = Json::parse(folder.Do(Arguments{"info", "--json"} + Dump(type)));
+        EXPECT_EQ(info["schema"], 1);
+        EXPECT_EQ(info["frames"], 3);
+        EXPECT_EQ(info["framesRead"], 3);
+        EXPECT_EQ(info["width"], 64);
+        const bool thermal = info["baseUnit"] == "counts";
+        folder.Do(Arguments{"convert"} + Dump(type) + Arguments{"-o", "out.npy", "--overwrite"} +
+                  (thermal ? Arguments{"--scale", "K"} : Arguments{}));
+        const std::vector<float> truth = ReadArray<float>(folder.Path("truth.npy"));
+        const std::vector<float> measured = ReadArray<float>(folder.Path("out.npy"));
+        const std::vector<u8> status = ReadArray<u8>(folder.Path("out.status.npy"));
+        ASSERT_EQ(measured.size(), 3u * 64 * 48);
+        ASSERT_EQ(truth.size(), measured.size());
+        ASSERT_EQ(status.size(), measured.size());
+        if (!thermal) continue;
+        std::size_t good = 0;
+        for (std::size_t i = 0; i < truth.size(); ++i) {
+            if (status[i]) continue;
+            ++good;
+            ASSERT_NEAR(measured[i], truth[i], 0.1) << "pixel " << i;
+        }
+        EXPECT_GT(good, truth.size() * 9 / 10);
+    }
+}
+
+TEST(Tool, FiguresOfARegionAreThoseOfItsPixels) {
+    const CToolFolder folder;
+    Synthesise(folder);
+    folder.Do(Arguments{"convert"} + Dump() + Arguments{"-o", "out.npy", "--frames", "1"});
+    const std::vector<float> pixels = ReadArray<float>(folder.Path("out.npy"));
+    ASSERT_EQ(pixels.size(), 64u * 48);
+    double sum = 0;
+    double least = INFINITY;
+    double most = -INFINITY;
+    for (int y = 5; y < 25; ++y) {
+        for (int x = 10; x < 40; ++x) {
+            const double v = pixels[static_cast<std::size_t>(y * 64 + x)];
+            sum += v;
+            least = std::min(least, v);
+            most = std::max(most, v);
+        }
+    }
+    const double mean = sum / 600;
+    double squares = 0;
+    for (int y = 5; y < 25; ++y) {
+        for (int x = 10; x < 40; ++x) squares += std::pow(pixels[static_cast<std::size_t>(y * 64 + x)] - mean, 2);
+    }
+    const double deviation = std::sqrt(squares / 600);
+
+    const Arguments region = {"--roi", "box=10,5,30,20", "--frames", "1"};
+    const Json celsius = Stats(folder, region);
+    ASSERT_EQ(celsius["rows"].size(), 1u);
+    const Json& row = celsius["rows"][0];
+    EXPECT_EQ(row["region"], "box");
+    EXPECT_EQ(row["frame"], 1);
+    EXPECT_EQ(row["counted"], 600);
+    EXPECT_EQ(celsius["unit"], "°C");
+    EXPECT_NEAR(row["mean"], mean, 1e-6);
+    EXPECT_NEAR(row["std"], deviation, 1e-4);
+    EXPECT_FLOAT_EQ(row["min"]["value"], static_cast<float>(least));
+    EXPECT_FLOAT_EQ(row["max"]["value"], static_cast<float>(most));
+    const std::size_t at = row["max"]["y"].get<std::size_t>() * 64 + row["max"]["x"].get<std::size_t>();
+    EXPECT_EQ(pixels[at], static_cast<float>(most));
+
+    // A deviation is a difference: in Fahrenheit it takes the 1.8 and not the 32.
+    const Json fahrenheit = Stats(folder, region + Arguments{"--scale", "F"})["rows"][0];
+    EXPECT_NEAR(fahrenheit["mean"], mean * 1.8 + 32, 1e-3);
+    EXPECT_NEAR(fahrenheit["std"], deviation * 1.8, 1e-3);
+}
+
+TEST(Tool, SceneCorrectionAndUnitChangeWhatTheyShould) {
+    const CToolFolder folder;
+    Synthesise(folder, {"--clean"});
+    const auto hottest = [&](const Arguments& more) {
+        return Stats(folder, Arguments{"--frames", "0"} + more)["rows"][0]["max"]["value"].get<double>();
+    };
+    const double recorded = hottest({});
+    EXPECT_EQ(hottest({"--emissivity", "0.95"}), recorded);  // what the camera sent
+    EXPECT_GT(hottest({"--emissivity", "0.9"}), recorded + 1);
+    EXPECT_EQ(hottest({"--reflected-temp", "295.15K"}), hottest({"--reflected-temp", "22C"}));
+    EXPECT_NEAR(hottest({"--scale", "K"}), recorded + 273.15, 1e-3);
+    EXPECT_GT(hottest({"--unit", "counts"}), 1000);
+
+    Synthesise(folder, {"--truth", "truth.npy", "--tables", "nuc"});
+    const std::vector<float> truth = ReadArray<float>(folder.Path("truth.npy"));
+    const auto worst = [&](const Arguments& more) {
+        folder.Do(Arguments{"convert"} + Dump() + Arguments{"-o", "out.npy", "--overwrite", "--scale", "K"} + more);
+        const auto pixels = ReadArray<float>(folder.Path("out.npy"));
+        const auto status = ReadArray<u8>(folder.Path("out.status.npy"));
+        float worstOfGood = 0;
+        for (std::size_t i = 0; i < pixels.size(); ++i) {
+            if (!status[i]) worstOfGood = std::max(worstOfGood, std::abs(pixels[i] - truth[i]));
+        }
+        return worstOfGood;
+    };
+    const float before = worst({});
+    const float after = worst({"--correction", "nuc"});
+    EXPECT_LT(after, before / 2);
+    EXPECT_EQ(worst({"--correction", "0=nuc.mvo"}), after);
+}
+
+TEST(Tool, OrderOfOptionsDoesNotMatter) {
+    const CToolFolder folder;
+    Synthesise(folder);
+    const std::vector<Arguments> parts = {{"stats"}, {"dump.raw"},       {"--pixel-type", kGigE}, {"--size=64x48"},
+                                          {"--csv"}, {"--frames", "-1"}, {"--roi", "a=1,1,2,2"}};
+    std::vector<std::size_t> order = {0, 1, 2, 3, 4, 5, 6};
+    std::string first;
+    for (int turn = 0; turn < 7; ++turn) {
+        Arguments line;
+        for (const std::size_t i : order) line = line + parts[i];
+        const std::string out = folder.Do(line);
+        if (first.empty()) first = out;
+        EXPECT_EQ(out, first);
+        std::rotate(order.begin(), order.begin() + (turn % 2 ? 2 : 1), order.end());
+    }
+    EXPECT_EQ(first.substr(0, 12), "frame,region");
+    EXPECT_EQ(folder.Do(Dump()), folder.Do(Arguments{"info"} + Dump()));
+    EXPECT_EQ(folder.Do(Arguments{"--json"} + Dump()), folder.Do(Arguments{"info"} + Dump() + Arguments{"--json"}));
+}
+
+TEST(Tool, EveryLineOfFiguresHasAsManyFieldsAsTheHeader) {
+    const CToolFolder folder;
+    Synthesise(folder);
+    const std::string csv = folder.Do(Arguments{"stats", "--csv", "--scale", "F", "--roi", "plain=0,0,4,4"} + Dump());
+    std::vector<long> commas(1);
+    for (const char c : csv) {
+        if (c == ',') ++commas.back();
+        if (c == '\n') commas.push_back(0);
+    }
+    commas.pop_back();
+    ASSERT_EQ(commas.size(), 4u);
+    EXPECT_GT(commas[0], 10);
+    for (const long count : commas) EXPECT_EQ(count, commas[0]);
+    EXPECT_NE(csv.find("mean (°F)"), std::string::npos);
+}
+
+TEST(Tool, RubbishIsAnsweredWithOneLineAStatusAndNoFile) {
+    const CToolFolder folder;
+    Synthesise(folder, {"--form", "plain"});
+    const std::string dump = test::ReadText(folder.Path("dump.raw"));
+    test::WriteText(folder.Path("cut.raw"), dump.substr(0, dump.size() - 1000));
+    test::WriteText(folder.Path("empty.raw"), "");
+    test::WriteText(folder.Path("noise.raw"), std::string(50000, '\x5A'));
+    std::string outside = dump;
+    StoreLittle(reinterpret_cast<u8*>(outside.data()) + 64 * 48 * 2 + 76, u32{0xFFFFFFF0});
+    test::WriteText(folder.Path("outside.raw"), outside);
+    test::WriteText(folder.Path("there.npy"), "mine");
+    std::filesystem::create_directory(folder.Path("folder"));
+    std::filesystem::create_directory(folder.Path("folder.png"));
+    const std::vector<std::string> files = folder.Files();
+
+    const Arguments frames = {"--pixel-type", kGigE, "--size", "64x48"};
+    const auto convert = [&](const char* file, const Arguments& more = {"-o", "new.png"}) {
+        return Arguments{"convert", file} + frames + more;
+    };
+    const struct {
+        int status;
+        Arguments line;
+    } cases[] = {
+        {1, convert("cut.raw")},
+        {1, convert("empty.raw")},
+        {1, convert("noise.raw")},
+        {1, convert("outside.raw")},
+        {1, Arguments{"info", "cut.raw"} + frames},
+        {1, Arguments{"stats", "noise.raw", "--on-error", "skip", "--frame-size", "10000"} + frames},
+        {1, {"convert", "dump.raw", "--pixel-type", kGigE, "--size", "64x47", "-o", "new.tif"}},
+        {1, {"convert", "dump.raw", "--pixel-type", kStream, "--size", "64x48", "-o", "new.npy"}},
+        {1, convert("dump.raw", {"-o", "new.npy", "--unit", "red"})},
+        {1, convert("dump.raw", {"-o", "new.npy", "--unit", "temperature", "--cal", "user"})},
+        {2, {"info", "dump.raw", "--pixel-type", "K410 IR (GigF)", "--size", "64x48"}},
+        {2, {"info", "dump.raw", "--pixel-type", "F7M0", "--size", "64x48"}},
+        {2, {"info", "dump.raw", "--pixel-type", kGigE}},
+        {2, {"info", "dump.raw", "--pixel-type", kGigE, "--size", "0x48"}},
+        {2, {"covnert"}},
+        {2, {"convert"}},
+        {2, convert("dump.raw", {"--unti", "counts", "-o", "new.png"})},
+        {2, convert("dump.raw", {"--unit", "kelvin", "-o", "new.png"})},
+        {2, convert("dump.raw", {"-o", "new.jpg"})},
+        {2, convert("dump.raw", {"-o", "new.png", "--frames", "3"})},
+        {2, convert("dump.raw", {"-o", "new.png", "--frames", "1-"})},
+        {2, convert("dump.raw", {"-o", "new.png", "--roi", "60,0,5,5"})},
+        {2, convert("dump.raw", {"-o", "new.png", "--emissivity", "0"})},
+        {2, convert("dump.raw", {"-o", "new.png", "--reflected-temp", "20"})},
+        {2, convert("dump.raw", {"-o", "new.png", "--range", "5,5"})},
+        {2, convert("dump.raw", {"-o", "new.png", "--scale", "C", "--scale", "F"})},
+        {2, Arguments{"stats", "dump.raw", "--csv", "--json"} + frames},
+        {2, {"synth", "-o", "new.raw", "--pixel-type", "Wren"}},
+        {2, {"synth", "-o", "new.raw", "--form", "digitla"}},
+        {2, {"synth", "-o", "new.raw", "--count", "0"}},
+        {4, {"missing.raw"}},
+        {4, {"info", "dump.raw"}},
+        {4, convert("missing.raw")},
+        {4, convert("folder")},
+        {4, convert("/dev/null")},
+        {4, convert("dump.raw", {"-o", "there.npy"})},
+        {4, convert("dump.raw", {"-o", "folder.png", "--frames", "0"})},
+        {4, convert("dump.raw", {"-o", "no/such/place.png"})},
+        {4, convert("dump.raw", {"-o", "new.npy", "--correction", "missing"})},
+        {1, convert("dump.raw", {"-o", "new.npy", "--correction", "rubbish"})},
+    };
+    test::WriteText(folder.Path("rubbish.mvg"), "no table");
+    std::vector<std::string> expected = folder.Files();
+    for (const auto& c : cases) {
+        std::string line;
+        for (const std::string& argument : c.line) line += argument + ' ';
+        SCOPED_TRACE(line);
+        const SToolRun run = folder.Run(c.line);
+        EXPECT_EQ(run.status, c.status) << run.error;
+        EXPECT_EQ(run.out, "");
+        // A run that skips says each frame beside its end.
+        const bool skips = line.find("skip") != std::string::npos;
+        EXPECT_TRUE(skips || run.ErrorLines() == 1) << run.error;
+        EXPECT_EQ(run.error.substr(0, 6), "ovix: ");
+        EXPECT_EQ(folder.Files(), expected);
+    }
+    EXPECT_EQ(test::ReadText(folder.Path("there.npy")), "mine");
+}
+
+TEST(Tool, ABadFrameEndsTheRunOrIsPassedOver) {
+    const CToolFolder folder;
+    for (const char* type : {kGigE, kStream}) {
+        SCOPED_TRACE(type);
+        Synthesise(folder, {"--form", type == kGigE ? "plain" : "jpeg-ls"}, type);
+        std::string dump = test::ReadText(folder.Path("dump.raw"));
+        if (type == kGigE) {
+            dump[dump.size() / 3 + 64 * 48 * 2] = 'X';  // the signature behind the pixels of frame 1
+        } else {
+            const std::size_t second = dump.find("MKM") + 128 + 2428;
+            for (std::size_t i = 0; i < 400; ++i) dump[second + 60 + i] = static_cast<char>(i * 37);
+        }
+        test::WriteText(folder.Path("dump.raw"), dump);
+
+        const SToolRun stopped = folder.Run(Arguments{"convert"} + Dump(type) + Arguments{"-o", "new.npy"});
+        EXPECT_EQ(stopped.status, 1) << stopped.error;
+        EXPECT_NE(stopped.error.find("dump.raw: frame 1"), std::string::npos) << stopped.error;
+        EXPECT_EQ(folder.Files(), std::vector<std::string>{"dump.raw"});
+
+        const SToolRun skipped = folder.Run(Arguments{"stats", "--json", "--on-error", "skip"} + Dump(type));
+        EXPECT_EQ(skipped.status, 3) << skipped.error;
+        const Json stats = Json::parse(skipped.out);
+        EXPECT_EQ(stats["skipped"], 1);
+        ASSERT_EQ(stats["rows"].size(), 2u);
+        EXPECT_EQ(stats["rows"][1]["frame"], 2);
+
+        // What was printed before the stop is still one document that says so.
+        const SToolRun cut = folder.Run(Arguments{"stats", "--json"} + Dump(type));
+        EXPECT_EQ(cut.status, 1);
+        EXPECT_EQ(Json::parse(cut.out)["complete"], false);
+        EXPECT_EQ(folder.Run(Arguments{"stats", "--frames", "0,2"} + Dump(type)).status, 0);
+    }
+}
+
+TEST(Tool, AFullDiskLeavesNothingBehind) {
+    const CToolFolder folder;
+    Synthesise(folder);
+    const std::vector<std::string> files = folder.Files();
+    for (const char* name : {"a.png", "a.tif", "a.npy", "a.csv"}) {
+        const SToolRun run = folder.Run(Arguments{"convert"} + Dump() + Arguments{"-o", name}, nullptr, 1000);
+        EXPECT_EQ(run.status, 4) << name << run.error;
+        EXPECT_EQ(run.ErrorLines(), 1) << run.error;
+        EXPECT_EQ(folder.Files(), files);
+    }
+    EXPECT_EQ(folder.Run({"synth", "-o", "b.raw", "--tables", "b"}, nullptr, 1000).status, 4);
+    EXPECT_EQ(folder.Files(), files);
+    for (const Arguments& line :
+         {Arguments{"formats"}, Arguments{"stats"} + Dump(), Arguments{"info", "--json"} + Dump()}) {
+        const SToolRun run = folder.Run(line, "/dev/full");
+        EXPECT_EQ(run.status, 4);
+        EXPECT_NE(run.error.find("standard output"), std::string::npos) << run.error;
+    }
+}
+
+TEST(Tool, AnInterruptRemovesWhatIsNotFinished) {
+    const CToolFolder folder;
+    const pid_t child = ::fork();
+    if (child == 0) {
+        if (::chdir(folder.Path("").c_str()) != 0) ::_exit(99);
+        ::execl(OVIX_TOOL, OVIX_TOOL, "synth", "-o", "endless.raw", "--count", "100000000", nullptr);
+        ::_exit(98);
+    }
+    for (int i = 0; i < 2000 && folder.Files().empty(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    EXPECT_EQ(folder.Files().size(), 1u);
+    ::kill(child, SIGINT);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    EXPECT_EQ(WEXITSTATUS(status), 130);
+    EXPECT_TRUE(folder.Files().empty());
+}
+
+TEST(Tool, ReadsFromAPipeAndTellsTheValuesOfOneFrame) {
+    const CToolFolder folder;
+    Synthesise(folder, {"--form", "digital"});
+    const std::string fifo = folder.Path("pipe");
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    std::thread writer([&] { test::WriteText(fifo, test::ReadText(folder.Path("dump.raw"))); });
+    const SToolRun run = folder.Run({"info", "-", "--pixel-type", kGigE, "--size", "64x48", "--frame", "-1", "--json"},
+                                    nullptr, RLIM_INFINITY, fifo);
+    writer.join();
+    ASSERT_EQ(run.status, 0) << run.error;
+    const Json values = Json::parse(run.out)["values"];
+    ASSERT_GT(values.size(), 3u);
+    EXPECT_EQ(values[0]["name"], "Time");
+    EXPECT_EQ(values[1]["name"], "FrameNumber");
+    EXPECT_EQ(values[1]["value"], "2");
+}
+
+TEST(Tool, HelpHasAnExampleForEveryVerb) {
+    const CToolFolder folder;
+    for (const char* verb : {"demo", "formats", "synth", "info", "convert", "stats"}) {
+        const std::string help = folder.Do({verb, "--help"});
+        EXPECT_NE(help.find(std::string("  ovix ") + verb), std::string::npos) << help;
+        EXPECT_EQ(folder.Do({"--help", verb}), help);
+    }
+    EXPECT_EQ(folder.Do({"--version"}).substr(0, 5), "ovix ");
+    EXPECT_NE(folder.Run({"stts", "x"}).error.find("did you mean \"stats\""), std::string::npos);
+}
+
+}  // namespace
+}  // namespace ovix::app

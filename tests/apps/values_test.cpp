@@ -1,0 +1,101 @@
+#include "apps/ovix/cli/values.h"
+
+#include <gtest/gtest.h>
+
+#include "apps/ovix/cli/suggestion.h"
+#include "apps/ovix/fault.h"
+
+namespace ovix::app {
+namespace {
+
+template <class F>
+void ExpectUsageFault(const std::string& text, F parse) {
+    try {
+        parse();
+        ADD_FAILURE() << "\"" << text << "\" was taken";
+    } catch (const CFault& fault) {
+        EXPECT_EQ(fault.Exit(), ExitUsage) << text;
+        EXPECT_NE(std::string(fault.what()).find("--x"), std::string::npos) << fault.what();
+    }
+}
+
+TEST(Values, TemperaturesOfAllScalesComeOutInKelvin) {
+    const struct {
+        const char* text;
+        float kelvin;
+    } cases[] = {{"20C", 293.15f}, {"-40c", 233.15f},    {"-40F", 233.15f},   {"212f", 373.15f}, {"293.15K", 293.15f},
+                 {"0k", 0.0f},     {"491.67R", 273.15f}, {"2.5e1C", 298.15f}, {"-273.15C", 0.0f}};
+    for (const auto& c : cases) EXPECT_FLOAT_EQ(ParseTemperature("--x", c.text), c.kelvin) << c.text;
+    for (const char* bad :
+         {"", "C", "20", "20 C", "20CC", "+20C", "nanC", "infK", "-1K", "-274C", "1,5C", "20X", "0x10K"})
+        ExpectUsageFault(bad, [&] { ParseTemperature("--x", bad); });
+}
+
+TEST(Values, SizesAndRangesAreHeldAgainstTheirLimits) {
+    EXPECT_EQ(ParseSize("--x", "640x480"), (std::pair<u16, u16>{640, 480}));
+    EXPECT_EQ(ParseSize("--x", "65535x1"), (std::pair<u16, u16>{65535, 1}));
+    for (const char* bad : {"", "640", "640x", "x480", "0x480", "640x0", "65536x1", "65535x65535", "640X480",
+                            "640x480x3", "-1x5", "640 x 480", "640*480"})
+        ExpectUsageFault(bad, [&] { ParseSize("--x", bad); });
+
+    EXPECT_EQ(ParseRange("--x", "-10,35.5"), (std::pair<float, float>{-10.0f, 35.5f}));
+    for (const char* bad : {"", "10", "10,", ",10", "10,10", "20,10", "a,b", "nan,1", "0,inf", "1,2,3", "1,1.00000001"})
+        ExpectUsageFault(bad, [&] { ParseRange("--x", bad); });
+
+    EXPECT_FLOAT_EQ(ParseWithin("--x", "0.95", 0, 1), 0.95f);
+    for (const char* bad : {"", "1.01", "-0.1", "95%", "0,95", "nan"})
+        ExpectUsageFault(bad, [&] { ParseWithin("--x", bad, 0, 1); });
+}
+
+TEST(Values, RegionsLieInsideTheImageUnderNamesOfTheirOwn) {
+    const auto regions = ParseRegions({"0,0,640,480", "bearing=10,20,1,2", "639,479,1,1"}, 640, 480);
+    ASSERT_EQ(regions.size(), 3u);
+    EXPECT_EQ(regions[0].name, "roi1");
+    EXPECT_EQ(regions[1].name, "bearing");
+    EXPECT_EQ(regions[2].name, "roi3");
+    const reduce::SArea area = regions[1].Area();
+    EXPECT_EQ(area.left, 10);
+    EXPECT_EQ(area.top, 20);
+    EXPECT_EQ(area.right, 10);
+    EXPECT_EQ(area.bottom, 21);
+
+    const std::vector<std::string> bad[] = {{"0,0,641,480"},
+                                            {"640,0,1,1"},
+                                            {"0,0,0,5"},
+                                            {"0,0,5,0"},
+                                            {"1,2,3"},
+                                            {"1,2,3,4,5"},
+                                            {"=1,2,3,4"},
+                                            {"a=b=1,2,3,4"},
+                                            {"-1,0,5,5"},
+                                            {"65535,0,65535,1"},
+                                            {"a=1,1,2,2", "a=3,3,2,2"},
+                                            {"roi2=0,0,1,1", "0,0,1,1"}};
+    for (const auto& texts : bad) {
+        try {
+            ParseRegions(texts, 640, 480);
+            ADD_FAILURE() << texts[0];
+        } catch (const CFault& fault) {
+            EXPECT_EQ(fault.Exit(), ExitUsage);
+        }
+    }
+}
+
+TEST(Suggestion, FindsTheWordThatWasMeantAndNoneThatWasNot) {
+    const std::string words[] = {"convert", "formats", "info", "stats", "K410 IR (GigE)", "K410 IR (GigE, Flipped)"};
+    const struct {
+        const char* text;
+        const char* nearest;
+    } cases[] = {{"covnert", "convert"},
+                 {"form", "formats"},
+                 {"INFO", "info"},
+                 {"stat", "stats"},
+                 {"k410 ir gige", "K410 IR (GigE)"},
+                 {"zzz", ""},
+                 {"dump.raw", ""},
+                 {"x", ""}};
+    for (const auto& c : cases) EXPECT_EQ(NearestWord(c.text, words), c.nearest) << c.text;
+}
+
+}  // namespace
+}  // namespace ovix::app
