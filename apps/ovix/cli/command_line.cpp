@@ -60,24 +60,24 @@ class CGrammar {
         for (std::size_t i = 0; i < verbs_.size(); ++i) {
             if (verbs_[i]->parsed()) return commands_[i]->Run();
         }
-        Print(app_.help());
+        Print(Help());
         return ExitDone;
     }
 
-    /// The help of the verb that was asked about.
-    std::string Help() {
-        for (CLI::App* verb : verbs_) {
-            if (verb->parsed()) return verb->help();
-        }
-        return app_.help();
+    /// The help of the verb that was asked about, or of all.
+    std::string Help() const {
+        const CLI::App* verb = ParsedVerb();
+        std::string help = verb ? verb->help("ovix") : app_.help();
+        for (std::size_t at = 0; (at = help.find("\n\n\n")) != std::string::npos;) help.erase(at, 1);
+        return help;
     }
 
-    /// "ovix convert", to be named in what is said about the arguments.
-    std::string ParsedVerb() const {
-        for (const CLI::App* verb : verbs_) {
-            if (verb->parsed()) return "ovix " + verb->get_name();
-        }
-        return "ovix";
+    /// What the parser found wrong, in the tool's words.
+    CFault Fault(const CLI::ParseError& error) const {
+        const CLI::App* verb = ParsedVerb();
+        const std::string name = verb ? verb->get_name() + ' ' : "";
+        return UsageFault((verb ? verb->get_name() + ": " : "") + error.what() + " (\"ovix " + name +
+                          "--help\" tells more)");
     }
 
   private:
@@ -90,6 +90,11 @@ class CGrammar {
         verb->footer("Examples:\n  " + examples);
         verbs_.push_back(verb);
         commands_.push_back(std::move(command));
+    }
+
+    const CLI::App* ParsedVerb() const {
+        const auto verb = std::find_if(verbs_.begin(), verbs_.end(), [](const CLI::App* v) { return v->parsed(); });
+        return verb == verbs_.end() ? nullptr : *verb;
     }
 
     const CLI::App* Find(const std::string& verb) const {
@@ -149,7 +154,7 @@ class CGrammar {
                 for (const CLI::Option* option : verb.get_options()) {
                     for (const std::string& known : option->get_lnames()) names.push_back("--" + known);
                 }
-                throw UsageFault("ovix " + verb.get_name() + " has no option " + name + DidYouMean(name, names));
+                throw UsageFault(verb.get_name() + ": there is no option " + name + DidYouMean(name, names));
             }
             if (TakesNext(arguments[i])) ++i;
         }
@@ -173,8 +178,7 @@ EExit RunCommandLine(const std::vector<std::string>& arguments) {
         Print(std::string(version.what()) + '\n');
         return ExitDone;
     } catch (const CLI::ParseError& error) {
-        const std::string verb = grammar.ParsedVerb();
-        throw UsageFault(verb + ": " + error.what() + " (" + verb + " --help tells more)");
+        throw grammar.Fault(error);
     }
 }
 

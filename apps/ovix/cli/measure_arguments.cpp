@@ -41,8 +41,8 @@ void CMeasureArguments::Add(CLI::App& verb) {
         verb.add_option(name, value, help)->type_name(type)->group(group);
     };
     add("--unit", unit_, "UNIT",
-        "counts, signal, radiance or temperature; red, green, blue or average of colours (else temperature, if the "
-        "source can give it)");
+        "counts, signal, radiance, temperature; of video red, green, blue, average (else temperature, if there is "
+        "one)");
     add("--cal", calibration_, "factory|user", "whose calibration (else the factory's, if there is one)");
     add("--scale", scale_, "C|F|K|R", "scale of temperatures (else C)");
     verb.add_option("--correction", corrections_,

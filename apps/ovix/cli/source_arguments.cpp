@@ -11,7 +11,7 @@
 namespace ovix::app {
 
 void CSourceArguments::Add(CLI::App& verb) {
-    verb.add_option("file", file_, "a dump of raw frames; - is the standard input")->required()->type_name("FILE");
+    verb.add_option("FILE", file_, "a dump of raw frames; - is the standard input")->required()->type_name("");
     const auto add = [&](const char* name, std::string& value, const char* type, const char* help) {
         verb.add_option(name, value, help)->type_name(type)->group("Input");
     };

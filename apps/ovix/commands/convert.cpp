@@ -57,14 +57,13 @@ class CConvertCommand final : public ICommand {
         measure_.Add(verb);
         const char* group = "Output";
         verb.add_option("-o,--output", output_,
-                        "the file to write; its extension says what: .png, .tif, .npy or .csv. PNG makes one file a "
-                        "frame")
+                        "what to write, by extension: .png (one file a frame), .tif, .npy or .csv")
             ->required()
             ->type_name("FILE")
             ->group(group);
         verb.add_option("--range", range_,
-                        "values at the ends of the palette of pictures (else the lowest and highest good value of all "
-                        "chosen frames, for which they are measured twice)")
+                        "values at the ends of the palette (else lowest and highest of all frames, which are then "
+                        "read twice)")
             ->type_name("LO,HI")
             ->group(group);
         verb.add_option("--roi", regions_, "a region to be marked in pictures: x,y,w,h or name=x,y,w,h")

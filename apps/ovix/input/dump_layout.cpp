@@ -1,5 +1,7 @@
 #include "apps/ovix/input/dump_layout.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <vector>
 
@@ -58,6 +60,8 @@ class CFrameProbe {
             throw CFault({.file = file_.Name(),
                           .frame = 0,
                           .offset = fault.offset,
+                          .problem = fmt::format("no frame of \"{}\" with {} x {} pixels", format_.pixelTypeName,
+                                                 format_.width, format_.height),
                           .expected = fault.expected.GetUTF8(),
                           .found = fault.found.GetUTF8()});
         u64 fails = 0;
