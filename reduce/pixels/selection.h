@@ -67,24 +67,38 @@ struct SElementScratch {
     alignas(64) u8 data[kRunBlock * 8];
 };
 
-/// Elements of `Size` bytes at `count` indices of a frame, one behind the other.
-template <std::size_t Size>
-void GatherElements(const void* frame, const u32* indices, std::size_t count, void* to) {
-    for (std::size_t i = 0; i < count; ++i) {
-        std::memcpy(static_cast<u8*>(to) + i * Size, static_cast<const u8*>(frame) + indices[i] * Size, Size);
-    }
-}
-inline void GatherElements(const void* frame, const u32* indices, std::size_t count, void* to, std::size_t size) {
+/// Calls `f` with an element's size (1, 2, 4 or 8 bytes) as a constant.
+template <class F>
+void VisitElementSize(std::size_t size, F&& f) {
     switch (size) {
         case 1:
-            return GatherElements<1>(frame, indices, count, to);
+            return f(std::integral_constant<std::size_t, 1>());
         case 2:
-            return GatherElements<2>(frame, indices, count, to);
+            return f(std::integral_constant<std::size_t, 2>());
         case 4:
-            return GatherElements<4>(frame, indices, count, to);
+            return f(std::integral_constant<std::size_t, 4>());
         default:
-            return GatherElements<8>(frame, indices, count, to);
+            return f(std::integral_constant<std::size_t, 8>());
     }
+}
+
+/// The elements at `count` indices of a frame, one behind the other.
+inline void GatherElements(const void* frame, const u32* indices, std::size_t count, void* to, std::size_t size) {
+    VisitElementSize(size, [&](auto constant) {
+        constexpr std::size_t kSize = constant;
+        for (std::size_t i = 0; i < count; ++i) {
+            std::memcpy(static_cast<u8*>(to) + i * kSize, static_cast<const u8*>(frame) + indices[i] * kSize, kSize);
+        }
+    });
+}
+/// The way back.
+inline void ScatterElements(const void* from, void* frame, const u32* indices, std::size_t count, std::size_t size) {
+    VisitElementSize(size, [&](auto constant) {
+        constexpr std::size_t kSize = constant;
+        for (std::size_t i = 0; i < count; ++i) {
+            std::memcpy(static_cast<u8*>(frame) + indices[i] * kSize, static_cast<const u8*>(from) + i * kSize, kSize);
+        }
+    });
 }
 
 /// The run's elements of `size` bytes (1, 2, 4 or 8) as one contiguous span.
