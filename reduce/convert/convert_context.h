@@ -103,6 +103,8 @@ class OVIX_REDUCE_API CConvertContext {
 
   private:
     bool WantsNUC() const;
+    /// False, with nothing touched, when there is nothing to correct.
+    bool Correct(STypedData in, STypedData out, u32 count);
 
     TSharedPtr<IConverter> converter_;
     TSharedPtr<CAbateCfgReduceObject> abateCfg_;

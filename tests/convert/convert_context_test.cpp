@@ -1,0 +1,239 @@
+#include "reduce/convert/convert_context.h"
+
+#include <gtest/gtest.h>
+
+#include <numeric>
+#include <vector>
+
+#include "reduce/convert/converter.h"
+#include "reduce/convert/curlew_factory_cal_reduce_object.h"
+#include "reduce/objects/object_parameters_reduce_object.h"
+#include "reduce/objects/reduce_object_array.h"
+#include "reduce/objects/source_info_reduce_object.h"
+#include "reduce/pixels/abate_cfg_reduce_object.h"
+#include "reduce/pixels/correction_cfg_reduce_object.h"
+#include "reduce/pixels/correction_reduce_object.h"
+#include "support/curlew_camera.h"
+#include "support/selection_forms.h"
+
+namespace ovix::reduce {
+namespace {
+
+class ConvertContext : public ::testing::Test {
+  protected:
+    ConvertContext() {
+        source = array.GetSourceInfo(true);
+        context.setReduceObjs(&array);
+    }
+    bool Update(std::initializer_list<bool> flags) {
+        bool presets[9];
+        std::copy(flags.begin(), flags.end(), presets);
+        return context.Update(presets, static_cast<u8>(flags.size()), 0);
+    }
+    void AddCalibration() {
+        const auto cal = array.Get<CCurlewFactoryCalReduceObject>(0, true);
+        test::SCurlewConstants().CopyAdjustTo(*cal);
+        test::SCurlewConstants().CopyCalibTo(*cal);
+        cal->valid = true;
+    }
+    TSharedPtr<CCorrectionReduceObject> AddCorrection(u8 preset, float gain, i16 offset) {
+        const auto correction = array.GetCorrection(preset, true);
+        correction->Create(3, 1, preset, CorrectionGain | CorrectionOffset | CorrectionBadPixels);
+        for (u32 i = 0; i < 3; ++i) {
+            correction->gain[i] = gain;
+            correction->offset[i] = offset;
+        }
+        return correction;
+    }
+
+    CReduceObjectArray array;
+    TSharedPtr<CSourceInfoReduceObject> source;
+    CConvertContext context;
+    u16 frame[3] = {100, 200, 300};
+    float out[4] = {-1, -1, -1, -1};
+    u8 status[4] = {9, 9, 9, 9};
+};
+
+TEST_F(ConvertContext, PresetFlagsAndTheirQuirks) {
+    EXPECT_TRUE(Update({true}));
+    EXPECT_FALSE(Update({false, true}));  // a count below 8 never leaves preset 1 enabled
+    EXPECT_TRUE(Update({false, true, false, true, false, false, false, false}));
+    AddCorrection(1, 2, 0);
+    ASSERT_TRUE(Update({false, true, false, true, false, false, false, false}));
+    EXPECT_TRUE(context.needToApplyNUC());
+    EXPECT_TRUE(Update({false, false}));  // preset 3 survives from the call before
+    EXPECT_FALSE(context.needToApplyNUC());
+    AddCorrection(3, 2, 0);
+    EXPECT_TRUE(Update({true}));
+    EXPECT_TRUE(context.needToApplyNUC());  // preset 3 has tables, while 0 is the active one
+    STypedData result;
+    ASSERT_TRUE(context.ApplyNUC({frame, UInt16}, {out, Flt32}, 3, result));
+    EXPECT_EQ(result.data, frame);
+    bool nine[9] = {true};
+    EXPECT_FALSE(context.Update(nine, 9, 0));
+    EXPECT_TRUE(array.HasObjectOfType(CAbateCfgReduceObject::typeID, true));
+    EXPECT_TRUE(array.HasObjectOfType(CCorrectionCfgReduceObject::typeID, true));
+}
+
+TEST_F(ConvertContext, ChoosesAConverter) {
+    TArray<EUnit> units;
+    CConvertContext unbound;
+    EXPECT_FALSE(unbound.GetUnits(units));
+    EXPECT_FALSE(unbound.SetUnit(Counts, Celsius));
+    EXPECT_FALSE(unbound.Update(nullptr, 0, 0));
+
+    EXPECT_TRUE(context.SetUnit(Counts, Celsius));
+    EXPECT_FALSE(context.needToConvert());
+    AddCalibration();
+    EXPECT_TRUE(context.GetUnits(units));
+    EXPECT_EQ(units.size(), 4u);
+    EXPECT_TRUE(context.SetUnit(TemperatureFactory, Kelvin));
+    ASSERT_TRUE(context.needToConvert());
+    EXPECT_EQ(context.converter()->name(), CString(L"CurlewConverter"));
+    EXPECT_TRUE(context.canChangeObjectParameters());
+    EXPECT_FALSE(context.SetUnit(RadianceUser, Celsius));  // nobody gives it, and the converter is lost
+    EXPECT_FALSE(context.needToConvert());
+    EXPECT_FALSE(context.canChangeObjectParameters());
+    EXPECT_FALSE(context.ChangeObjectParameters(nullptr));
+
+    source->baseUnit = TemperatureFactory;
+    source->baseTempType = Kelvin;
+    EXPECT_TRUE(context.SetUnit(TemperatureFactory, Celsius));
+    EXPECT_EQ(context.converter()->name(), CString(L"TemperatureConverter"));
+    ASSERT_TRUE(Update({true}));
+    ASSERT_TRUE(context.Convert({frame, UInt16}, {out, Flt32}, status, 3));
+    EXPECT_FLOAT_EQ(out[2], 26.85f);
+    EXPECT_TRUE(context.SetUnit(TemperatureFactory, Kelvin));
+    EXPECT_FALSE(context.needToConvert());
+    array.Reset();
+    EXPECT_FALSE(context.SetUnit(Counts, Celsius));
+    EXPECT_FALSE(Update({true}));
+}
+
+TEST_F(ConvertContext, AFailedConverterUpdateFailsTheContext) {
+    AddCalibration();
+    ASSERT_TRUE(context.SetUnit(TemperatureFactory, Celsius));
+    ASSERT_TRUE(Update({true}));
+    array.RemoveAllObjectsOfType(CCurlewFactoryCalReduceObject::typeID);
+    EXPECT_FALSE(Update({true}));
+}
+
+TEST_F(ConvertContext, ConvertsInAllForms) {
+    const auto convert = [&](const auto&... arguments) { return context.Convert(arguments...); };
+    std::vector<u16> counts(65536);
+    std::iota(counts.begin(), counts.end(), u16{0});
+    // Without a converter pixels are moved, and maps are not looked at.
+    ASSERT_TRUE(context.SetUnit(Counts, Celsius));
+    ASSERT_TRUE(Update({true}));
+    test::SFormsImage().Check(convert, {counts.begin(), counts.end()}, false);
+    float value = 0;
+    EXPECT_TRUE(context.Convert(5.5f, value, status[0], 255));
+    EXPECT_EQ(value, 5.5f);
+    EXPECT_EQ(status[0], 0);
+    EXPECT_TRUE(context.ConvertBack(6.5f, value, status[0], 255));
+    EXPECT_EQ(value, 6.5f);
+    const u32 index = 0;
+    EXPECT_FALSE(context.Convert({frame, UInt16}, &index, 1, {out, Opaque}, status + 1));
+    EXPECT_EQ(status[1], 9);
+
+    AddCalibration();
+    ASSERT_TRUE(context.SetUnit(TemperatureFactory, Kelvin));
+    ASSERT_TRUE(Update({true}));
+    std::vector<float> kelvin(65536);
+    ASSERT_TRUE(context.Convert({counts.data(), UInt16}, {kelvin.data(), Flt32}, nullptr, 65536));
+    test::SFormsImage().Check(convert, kelvin, true);
+    EXPECT_TRUE(context.Convert(30000.0f, value, status[0], 255));
+    EXPECT_EQ(value, kelvin[30000]);
+    EXPECT_TRUE(context.ConvertBack(value, value, status[0], 255));
+    EXPECT_EQ(value, 30000.0f);
+    const CConvertContext copy = context;
+    EXPECT_EQ(copy.converter(), context.converter());
+}
+
+TEST_F(ConvertContext, CorrectsTheActivePreset) {
+    STypedData result;
+    EXPECT_FALSE(context.ApplyNUC({frame, UInt16}, {out, Flt32}, 3, result));  // no settings yet
+    AddCorrection(0, 2.0f, 5)->map[0] = 2;
+    ASSERT_TRUE(Update({true}));
+    const auto cfg = array.GetCorrectionCfg(false);
+    const struct {
+        bool nuc, badPixels;
+        float expected[3];
+    } kCases[] = {{true, true, {500, 405, 500}},  // 605 clipped to 500, and pixel 0 shows pixel 2
+                  {true, false, {205, 405, 500}},
+                  {false, true, {300, 200, 300}}};
+    cfg->maximum = 500;
+    for (const auto& c : kCases) {
+        cfg->applyNUC = c.nuc;
+        cfg->applyBadPixels = c.badPixels;
+        EXPECT_TRUE(context.needToApplyNUC());
+        ASSERT_TRUE(context.ApplyNUC({frame, UInt16}, {out, Flt32}, 3, result));
+        EXPECT_EQ(result.data, out);
+        EXPECT_TRUE(std::equal(out, out + 3, c.expected));
+    }
+    cfg->applyNUC = cfg->applyBadPixels = false;
+    EXPECT_FALSE(context.needToApplyNUC());
+    ASSERT_TRUE(context.ApplyNUC({frame, UInt16}, {out, Flt32}, 3, result));
+    EXPECT_EQ(result.data, frame);
+    EXPECT_EQ(result.type, UInt16);
+    ASSERT_TRUE(context.ApplyNUC({frame, UInt16}, {out, Flt32}, 3));  // this form always fills the buffer
+    EXPECT_EQ(out[2], 300.0f);
+}
+
+TEST_F(ConvertContext, MergesPresets) {
+    u16 hot[3] = {10, 20, 30}, merged[3] = {};
+    const STypedData frames[8] = {{frame, UInt16}, {nullptr, Flt64}, {hot, UInt16}};
+    EXPECT_FALSE(context.Abate(frames, 3, {merged, UInt16}, status));  // no settings yet
+    AddCorrection(0, 1.0f, 1);
+    ASSERT_TRUE(Update({true, true, true}));
+    const auto cfg = array.GetAbateCfg(false);
+    cfg->high[0] = 250;
+    ASSERT_TRUE(context.Abate(frames, 3, {merged, UInt16}, status));
+    const u16 expected[3] = {101, 201, 30};
+    EXPECT_TRUE(std::equal(merged, merged + 3, expected));
+    EXPECT_EQ(status[1], 0);
+    EXPECT_EQ(status[2], 2);
+    EXPECT_FALSE(context.Abate(frames, 3, {merged, Int16}, status));
+    const STypedData doubles[3] = {{frame, Flt64}, {frame, Flt64}, {frame, Flt64}};
+    EXPECT_FALSE(context.Abate(doubles, 3, {merged, Flt64}, status));
+    ASSERT_TRUE(Update({true}));  // preset 2 stays enabled, and has no frame any more
+    ASSERT_TRUE(context.Abate(frames, 3, {merged, UInt16}, status));
+    EXPECT_EQ(merged[2], 301);
+}
+
+TEST(ObjectParameters, OverrideAndRestore) {
+    CReduceObjectArray array;
+    const auto object = array.GetObjectParameters(true);
+    object->fromSource = true;
+    object->emissivity = 0.9f;
+    object->relativeHumidity = 0.6f;
+    object->estimatedAtmosphereTrans = 0.8f;
+    CObjectParametersReduceObject first, second, saved;
+    first.emissivity = 0.5f;
+    first.estimatedAtmosphereTrans = 0.1f;
+    second.emissivity = 0.4f;
+    CConvertContext::OverrideObjectParameters(array, first, saved);
+    EXPECT_EQ(object->emissivity, 0.5f);
+    EXPECT_EQ(object->relativeHumidity, 0.3f);
+    EXPECT_EQ(object->estimatedAtmosphereTrans, 0.8f);
+    EXPECT_FALSE(object->fromSource);
+    CConvertContext::OverrideObjectParameters(array, second, saved);
+    EXPECT_EQ(object->emissivity, 0.4f);
+    CConvertContext::RestoreObjectParameters(array, saved);
+    EXPECT_EQ(object->emissivity, 0.9f);
+    EXPECT_EQ(object->relativeHumidity, 0.6f);
+    EXPECT_TRUE(object->fromSource);
+    object->emissivity = 0.7f;
+    CConvertContext::RestoreObjectParameters(array, saved);
+    EXPECT_EQ(object->emissivity, 0.7f);
+
+    CReduceObjectArray empty;
+    CObjectParametersReduceObject nothing;
+    CConvertContext::OverrideObjectParameters(empty, first, nothing);
+    EXPECT_EQ(empty.GetObjectParameters(false)->emissivity, 0.5f);
+    CConvertContext::RestoreObjectParameters(empty, nothing);
+    EXPECT_EQ(empty.GetObjectParameters(false)->emissivity, 0.5f);
+}
+
+}  // namespace
+}  // namespace ovix::reduce
