@@ -43,7 +43,8 @@ TEST(SharedPtr, DisposesByItsDeleter) {
             third = second;
             EXPECT_EQ(first.RefCount(), c.object ? 3 : 0) << c.what;
             first = 0;
-            third = third;
+            const TSharedPtr<SBase>& itself = third;
+            third = itself;
             EXPECT_TRUE(third == c.object) << c.what;
             EXPECT_EQ(SBase::deleted, 0) << c.what;
         }
