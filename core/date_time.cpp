@@ -4,7 +4,6 @@
 #include <cwchar>
 #include <string>
 
-
 namespace ovix {
 
 namespace {

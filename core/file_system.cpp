@@ -49,7 +49,8 @@ class CDiskFile final : public IFile {
 
     /// A stream must be repositioned between a read and a write.
     bool Turn(EOperation next) {
-        if (!file_ || (last_ != next && !Seek(0, FromCurrent))) return false;
+        const bool turns = last_ != kNothing && last_ != next;
+        if (!file_ || (turns && !Seek(0, FromCurrent))) return false;
         last_ = next;
         return true;
     }

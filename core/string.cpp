@@ -55,7 +55,8 @@ std::wstring ToNativeFormat(const wchar_t* format) {
             native += *p++;
             continue;
         }
-        const wchar_t* kind = p + 1 + std::wcsspn(p + 1, L"-+ #0123456789.*");
+        const std::size_t flags = 1 + std::wcsspn(p + 1, L"-+ #0123456789.*");
+        const wchar_t* kind = p + flags;
         const bool is64Bit = std::wcsncmp(kind, L"I64", 3) == 0;
         std::wstring length(is64Bit ? L"ll" : L"");
         if (is64Bit) kind += 3;
@@ -66,7 +67,7 @@ std::wstring ToNativeFormat(const wchar_t* format) {
             continue;
         }
         if (*kind == L's' && length.empty()) length = L"l";
-        native.append(p, std::wcsspn(p + 1, L"-+ #0123456789.*") + 1) += length;
+        native.append(p, flags) += length;
         native += *kind == L'S' ? L's' : *kind;
         p = kind + 1;
     }

@@ -1,6 +1,7 @@
 #include "core/file_system.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cwchar>
 #include <filesystem>
@@ -92,6 +93,21 @@ TEST(FileSystem, WritesReadsAndPatchesFiles) {
     EXPECT_FALSE(FileSystem->Open(folder.Path("none"), IFileSystem::OpenForReading));
     EXPECT_FALSE(FileSystem->Open(folder.Path(), IFileSystem::OpenForReading));
     EXPECT_FALSE(FileSystem->Open(path, 0));
+}
+
+TEST(FileSystem, WritesWhereNothingCanBeSought) {
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    {
+        const CString path = CString::FromFormat(L"/proc/self/fd/%d", ends[1]);
+        const TSharedPtr<IFile> file = FileSystem->Open(path, IFileSystem::CreateForWriting);
+        EXPECT_TRUE(file && file->WriteBytes("abc", 3) && file->WriteBytes("d", 1));
+        EXPECT_TRUE(file && file->Close());
+    }
+    char read[5] = {};
+    EXPECT_EQ(::read(ends[0], read, 4), 4);
+    EXPECT_STREQ(read, "abcd");
+    for (const int end : ends) ::close(end);
 }
 
 TEST(FileSystem, LosesNoWriteError) {
