@@ -117,6 +117,12 @@ class CConvertCommand final : public ICommand {
     }
 
   private:
+    /// What was written: of several pictures the pattern of their names.
+    std::string Written(const SSeries& series) const {
+        if (!IsPicture() || series.frames == 1) return output_;
+        std::filesystem::path path(output_);
+        return path.replace_filename(path.stem().string() + "-*" + path.extension().string()).string();
+    }
     bool IsPicture() const { return CString(output_.c_str()).EndsWithNoCase(L".png"); }
 
     void Report(const CFrameLoop& frames, CMeasurement& measurement, const SSeries& series,
@@ -124,12 +130,13 @@ class CConvertCommand final : public ICommand {
         const auto [low, high] = range.Ends().value_or(std::pair<float, float>{NAN, NAN});
         if (!json_) {
             const EUnit unit = measurement.Unit();
-            Say(fmt::format("{}: {} {}, {} to {} {}", output_, frames.Done(), frames.Done() == 1 ? "frame" : "frames",
-                            ShownValue(low, unit), ShownValue(high, unit), series.unit.symbol));
+            Say(fmt::format("{}: {} {}, {} to {} {}", Written(series), frames.Done(),
+                            frames.Done() == 1 ? "frame" : "frames", ShownValue(low, unit), ShownValue(high, unit),
+                            series.unit.symbol));
             return;
         }
         PrintJson({{"schema", kSchemaVersion},
-                   {"output", output_},
+                   {"output", Written(series)},
                    {"frames", frames.Done()},
                    {"skipped", frames.Skipped()},
                    {"quantity", series.unit.quantity},
