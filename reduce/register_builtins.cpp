@@ -7,6 +7,7 @@
 #include "reduce/convert/curlew_factory_cal_reduce_object.h"
 #include "reduce/convert/rgb_converter.h"
 #include "reduce/convert/temperature_converter.h"
+#include "reduce/convert/user_converter.h"
 #include "reduce/filters/curlew_camera_info_reduce_object.h"
 #include "reduce/filters/filter_factory.h"
 #include "reduce/filters/k410_filter.h"
@@ -18,6 +19,7 @@
 #include "reduce/pixels/abate_cfg_reduce_object.h"
 #include "reduce/pixels/correction_cfg_reduce_object.h"
 #include "reduce/pixels/correction_reduce_object.h"
+#include "reduce/pixels/rcal_reduce_object.h"
 
 namespace ovix::reduce {
 
@@ -32,12 +34,14 @@ constexpr bool (*kBuiltins[])() = {
     CFrameHeaderReduceObject::Register,       // metadata object "FrameHeader"
     CFrameInfoReduceObject::Register,         // metadata object "FrameInfo"
     CObjectParametersReduceObject::Register,  // metadata object "ObjectParameters"
+    CRCalReduceObject::Register,              // metadata object "RCal"
     CRGBConverter::Register,                  // converter "RGBConverter"
     CSourceInfoReduceObject::Register,        // metadata object "SourceInfo"
     CCurlewCameraInfoReduceObject::Register,  // metadata object "CurlewCameraInfo"
     CCurlewConverter::Register,               // converter "CurlewConverter"
     CCurlewFactoryCalReduceObject::Register,  // metadata object "CurlewFactoryCal"
     CTemperatureConverter::Register,          // converter "TemperatureConverter"
+    CUserConverter::Register,                 // converter "UserConverter"
 };
 
 /// A result of false says that a plug-in was first; nobody needs it.

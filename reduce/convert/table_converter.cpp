@@ -3,8 +3,6 @@
 #include <algorithm>
 
 #include "core/numeric_cast.h"
-#include "core/visit.h"
-#include "reduce/pixels/apply_lut.h"
 
 namespace ovix::reduce {
 
@@ -52,13 +50,6 @@ void CTableConverter::InvalidateTables() {
 
 bool CTableConverter::SignalToOutput(u16 first, u16 last, float* out, u8* status, u8 preset) {
     return ResolvePreset(preset) && RangeToOutput(first, last, out, status, preset);
-}
-
-template <class... Form>
-bool CTableConverter::ThroughTable(STypedData in, STypedData out, u8* status, const Form&... form) {
-    if (!IsNumeric(in.type) || !IsNumeric(out.type) || !UpdateTable(activePreset)) return false;
-    const STable& table = tables_[TableOf(activePreset)];
-    return ApplyLUT(in, out, status, form..., table.values, table.status, 0, topSignal_);
 }
 
 bool CTableConverter::BaseToOutput(STypedData in, u16 w, u16 h, SArea area, const u8* areaMask, u32 stride,

@@ -1,7 +1,10 @@
 #pragma once
 
 #include "core/shared_table.h"
+#include "core/visit.h"
 #include "reduce/convert/converter.h"
+#include "reduce/pixels/apply_lut.h"
+#include "reduce/pixels/preset_map.h"
 
 namespace ovix::reduce {
 
@@ -55,15 +58,37 @@ class OVIX_REDUCE_API CTableConverter : public IConverter {
     bool RangeFromTable(u16 first, u16 last, float* out, u8* status, u8 preset, int span);
     void InvalidateTables();
 
+    /// The pixels of a form through the table of the active preset.
+    template <class... Form>
+    bool ThroughTable(STypedData in, STypedData out, u8* status, const Form&... form) {
+        if (!IsNumeric(in.type) || !IsNumeric(out.type) || !UpdateTable(activePreset)) return false;
+        const STable& table = tables_[TableOf(activePreset)];
+        return ApplyLUT(in, out, status, form..., table.values, table.status, 0, topSignal_);
+    }
+    /// Each pixel through the table of its own preset, where presets have tables of their own; `needed(preset)` says
+    /// which are brought up to date before. False, with no pixel touched, for a map that names a preset without table.
+    template <class Needed, class... Form>
+    bool ThroughTables(const Needed& needed, STypedData in, const u8* presetMap, STypedData out, u8* status,
+                       const Form&... form) {
+        if (!IsNumeric(in.type) || !IsNumeric(out.type)) return false;
+        float* values[PresetCount] = {};
+        u8* flags[PresetCount] = {};
+        bool present[PresetCount] = {};
+        for (u8 p = 0; p < tableCount_; ++p) {
+            if (needed(p) && !UpdateTable(p)) return false;
+            values[p] = tables_[p].values;
+            flags[p] = tables_[p].status;
+            present[p] = values[p] && flags[p];
+        }
+        return HoldsOnly(SelectionOf(form...), presetMap, present) &&
+               ApplyLUT(in, presetMap, out, status, form..., values, flags, 0, topSignal_);
+    }
+
     u8 TableOf(u8 preset) const { return tableCount_ == 1 ? 0 : preset; }
 
     STable tables_[PresetCount];
     u16 topSignal_;
     u8 tableCount_;
-
-  private:
-    template <class... Form>
-    bool ThroughTable(STypedData in, STypedData out, u8* status, const Form&... form);
 };
 
 }  // namespace ovix::reduce

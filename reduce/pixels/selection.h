@@ -142,6 +142,15 @@ struct SMasked {
     u32 stride;
 };
 
+// The arguments that say a form in the exported functions, as a selection. Heights are never read.
+inline SWhole SelectionOf(u32 count) { return {count}; }
+inline SIndexList SelectionOf(const u32* indices, u32 count) { return {indices, count}; }
+inline SRectangle SelectionOf(u16 width, u16, SArea area) { return {width, area}; }
+inline SLines SelectionOf(u16 width, u16, const TArray<SScanLine>& lines) { return {width, lines}; }
+inline SMasked SelectionOf(u16 width, u16, SArea area, const u8* mask, u32 stride) {
+    return {width, area, mask, stride};
+}
+
 template <class F>
 void ForEachRun(const SWhole& whole, F&& f) {
     if (whole.count) f(SSpan{0, 0, whole.count});
@@ -215,6 +224,19 @@ void ForEachBlock(const Selection& selection, F&& f) {
             f(run);
         }
     });
+}
+
+/// One past the greatest frame index that a selection visits: the pixels that a frame must have for it.
+std::size_t FrameEnd(const auto& selection) {
+    std::size_t end = 0;
+    ForEachRun(selection, [&]<class Run>(const Run& run) {
+        if constexpr (std::is_same_v<Run, SSpan>) {
+            end = std::max(end, run.first + run.count);
+        } else {
+            for (u32 i = 0; i < run.count; ++i) end = std::max(end, run.IndexAt(i) + 1);
+        }
+    });
+    return end;
 }
 
 /// The number of pixels that a selection visits.
