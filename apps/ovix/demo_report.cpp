@@ -3,9 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdio>
 
+#include "apps/ovix/cli/console.h"
 #include "apps/ovix/output/frame_writer.h"
+#include "apps/ovix/pipeline/scene_json.h"
 #include "apps/ovix/text_table.h"
 
 namespace ovix::app {
@@ -154,14 +155,7 @@ bool SDemoReport::Agrees() const {
 
 Json DescribeScene(const SDemoFrame& frame) {
     const auto scene = Find<reduce::CObjectParametersReduceObject>(frame, -1);
-    if (!scene) return Json::object();
-    const auto number = [](float value) { return std::stod(fmt::format("{}", value)); };  // 0.95, not 0.949999988
-    return {{"emissivity", number(scene->emissivity)},
-            {"distanceMetres", number(scene->distance)},
-            {"reflectedTemperatureKelvin", number(scene->reflectedTemp)},
-            {"atmosphereTemperatureKelvin", number(scene->atmosphereTemp)},
-            {"relativeHumidity", number(scene->relativeHumidity)},
-            {"usedAtmosphereTransmission", number(scene->estimatedAtmosphereTrans)}};
+    return scene ? SceneJson(*scene) : Json::object();
 }
 
 std::string CaptionOf(const SDemoFrame& frame, ETempType scale) {
@@ -173,8 +167,11 @@ std::string CaptionOf(const SDemoFrame& frame, ETempType scale) {
 }
 
 void PrintReport(const SDemoReport& report) {
-    const std::string text = report.options.json ? JsonOf(report).dump(2) + '\n' : TextOf(report);
-    std::fwrite(text.data(), 1, text.size(), stdout);
+    if (report.options.json) {
+        PrintJson(JsonOf(report));
+    } else {
+        Print(TextOf(report));
+    }
 }
 
 }  // namespace ovix::app

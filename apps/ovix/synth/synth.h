@@ -12,8 +12,8 @@ namespace ovix::app {
 
 /// What the frames of a stream have in common.
 struct SSynthOptions {
-    GUID type;         ///< pixel type; one that the family makes
-    std::string form;  ///< one of the family's forms of that type; empty for the first of them
+    GUID type;              ///< pixel type; one that the family makes
+    std::string form = {};  ///< one of the family's forms of that type; empty for the first of them
     u16 width = 640;
     u16 height = 480;
     u32 seed = 1;  ///< of noise and fixed pattern; the same seed gives the same bytes
