@@ -29,6 +29,12 @@ SColour ColourOfPixel(float value, EPixelKind kind, SRange range) {
     }
 }
 
+SRange RangeBetween(float low, float high) {
+    if (low < high) return {low, high};
+    const float half = std::max(0.5f, std::abs(low) * 1e-6f);
+    return {low - half, low + half};
+}
+
 SRange RangeOfPixels(std::span<const float> values, std::span<const u8> status) {
     constexpr float kInfinity = std::numeric_limits<float>::infinity();
     SRange range{kInfinity, -kInfinity};
@@ -39,11 +45,7 @@ SRange RangeOfPixels(std::span<const float> values, std::span<const u8> status) 
         range.high = std::max(range.high, values[i]);
     }
     if (range.low > range.high) return {0, 1};
-    if (range.low == range.high) {
-        const float half = std::max(0.5f, std::abs(range.low) * 1e-6f);
-        return {range.low - half, range.high + half};
-    }
-    return range;
+    return RangeBetween(range.low, range.high);
 }
 
 std::vector<STick> Ticks(SRange range, int wanted) {

@@ -21,8 +21,10 @@ enum EPixelKind { PixelShown, PixelUnder, PixelOver, PixelNoData };
 EPixelKind KindOf(float value, u8 status, SRange range);
 SColour ColourOfPixel(float value, EPixelKind kind, SRange range);
 
-/// From the least to the greatest value that is finite and neither under, over nor without data; a range of 1 around
-/// the value where there is but one, and 0 to 1 where there is none. `status` may be empty.
+/// The range between two finite values; where they are equal, a range of 1 around them.
+SRange RangeBetween(float low, float high);
+/// From the least to the greatest value that is finite and neither under, over nor without data; 0 to 1 where there is
+/// none. `status` may be empty.
 SRange RangeOfPixels(std::span<const float> values, std::span<const u8> status);
 
 struct STick {

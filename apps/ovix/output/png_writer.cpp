@@ -66,7 +66,7 @@ class CPngWriter : public IFrameWriter {
   public:
     CPngWriter(const std::filesystem::path& target, const SSeries& series, const SWriteOptions& options)
         : target_(target), series_(series), options_(options) {
-        if (options.range) range_ = SRange{options.range->first, options.range->second};
+        if (options.range) range_ = RangeBetween(options.range->first, options.range->second);
         if (series.frames <= 1) file_.emplace(target, options.overwrite);
     }
 
