@@ -1,0 +1,59 @@
+#include "apps/ovix/demo.h"
+
+#include <gtest/gtest.h>
+
+#include "app_files.h"
+#include "apps/ovix/app_error.h"
+#include "apps/ovix/demo_report.h"
+#include "apps/ovix/units.h"
+
+namespace ovix::app {
+namespace {
+
+/// What is printed while an action runs.
+template <class Action>
+std::string PrintedBy(Action action) {
+    testing::internal::CaptureStdout();
+    action();
+    std::fflush(stdout);
+    return testing::internal::GetCapturedStdout();
+}
+
+TEST(Demo, MeasuresTheSceneInAllFormsAndWritesPictures) {
+    test::CTestFolder folder;
+    for (ETempType scale : {Celsius, Fahrenheit, Kelvin, Rankine}) {
+        const SDemoOptions options{
+            .directory = test::PathIn(folder), .width = 161, .height = 120, .scale = scale, .json = true};
+        int exit = -1;
+        const Json report = Json::parse(PrintedBy([&] { exit = RunDemo(options); }));
+        EXPECT_EQ(exit, ExitDone);
+        ASSERT_EQ(report["frames"].size(), 3u);
+        for (const Json& frame : report["frames"]) {
+            // Noise, rounding and truncation to counts: the limit would be no proof if it were far away.
+            EXPECT_GT(frame["maximumDifferenceKelvin"].get<double>(), 0.02) << frame;
+            EXPECT_LT(frame["maximumDifferenceKelvin"].get<double>(), 0.1) << frame;
+            EXPECT_EQ(frame["status"]["good"], 161 * 120);
+            EXPECT_GE(frame["replacedPixels"].get<int>(), 3);
+        }
+        EXPECT_EQ(report["unit"], UnitText(TemperatureFactory, scale).symbol);
+        EXPECT_EQ(report["parameters"]["emissivity"], 0.95);
+        ASSERT_EQ(report["statistics"].size(), 4u);
+        const double pipe = CMath::ConvertTemperature(report["statistics"][2]["mean"], scale, Kelvin);
+        EXPECT_NEAR(pipe, 284.3, 1);
+    }
+    EXPECT_EQ(test::NamesIn(folder), (std::vector<std::string>{"motor.json", "motor.npy", "motor.png",
+                                                               "motor.status.npy", "motor.status.tif", "motor.tif"}));
+}
+
+TEST(Demo, SaysWhatIsWrong) {
+    test::CTestFolder folder;
+    test::WriteContent(test::PathIn(folder, "file"), "");
+    EXPECT_THROW(RunDemo({.directory = test::PathIn(folder, "file"), .width = 64, .height = 48}), CAppError);
+    EXPECT_THROW(RunDemo({.directory = test::PathIn(folder), .width = 31, .height = 48}), CAppError);
+    EXPECT_EQ(test::NamesIn(folder), std::vector<std::string>{"file"});
+    EXPECT_FALSE(SAgreement{}.Holds());
+    EXPECT_FALSE((SAgreement{.good = 1, .max = 0.1}).Holds());
+}
+
+}  // namespace
+}  // namespace ovix::app
