@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/output/frame_writer.h"
@@ -21,7 +22,8 @@ TSharedPtr<Object> Find(const SDemoFrame& frame, int preset) {
 }
 
 std::string Degrees(double kelvin, ETempType scale) {
-    return fmt::format("{:.1f}", CMath::ConvertTemperature(kelvin, Kelvin, scale));
+    const double tenths = std::round(10 * CMath::ConvertTemperature(kelvin, Kelvin, scale));
+    return fmt::format("{:.1f}", tenths / 10 + 0.0);  // no minus before a zero
 }
 
 /// A heading, a line under it and the table.
@@ -31,7 +33,7 @@ std::string Section(const std::string& heading, const CTextTable& table) {
 
 CTextTable MetadataTable(const SDemoFrame& frame, const SDemoOptions& options) {
     const std::string degrees = UnitText(TemperatureFactory, options.scale).symbol;
-    CTextTable table({{"Field", CTextTable::Left}, {"Value", CTextTable::Left}, {"Unit", CTextTable::Left}});
+    CTextTable table({{"Field", CTextTable::Left}, {"Value", CTextTable::Left}, {"Unit or kind", CTextTable::Left}});
     table.Row({"Pixel type", frame.pixelType, ""});
     table.Row({"Image", fmt::format("{} x {}", options.width, options.height), "pixels"});
     if (const auto info = Find<reduce::CFrameInfoReduceObject>(frame, 0)) {
@@ -98,8 +100,11 @@ std::string TextOf(const SDemoReport& report) {
     std::string text = Section("The frame as the camera sent it", MetadataTable(first, report.options)).substr(1);
     text += Section("Statistics", FiguresTable(report));
     text += Section("Measured temperatures against those of the scene", AgreementTable(report));
-    text += fmt::format("\n{}: a good pixel may be less than {} K away. Replaced pixels show what a neighbour sees.\n",
-                        report.Agrees() ? "All three agree" : "They do not agree", kDemoLimitKelvin);
+    text += fmt::format("\n{} {} K from the scene.\n",
+                        report.Agrees() ? "All agree: every good pixel is less than"
+                                        : "They do not agree: not every good pixel is less than",
+                        kDemoLimitKelvin);
+    text += "Replaced pixels stand in for bad ones and show what a neighbour sees.\n";
     text += "\nWritten\n\n";
     for (const auto& file : report.files) text += file.string() + '\n';
     return text;
