@@ -4,7 +4,7 @@
 #include <string>
 
 #include "apps/ovix/app_error.h"
-#include "core/types.h"
+#include "core/core.h"
 
 namespace ovix::app {
 

@@ -6,7 +6,7 @@
 #include "apps/ovix/cli/command_line.h"
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/output/output_file.h"
-#include "core/exception.h"
+#include "core/core.h"
 
 int main(int argc, char** argv) {
     using namespace ovix::app;

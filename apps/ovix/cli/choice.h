@@ -6,8 +6,7 @@
 
 #include "apps/ovix/cli/suggestion.h"
 #include "apps/ovix/fault.h"
-#include "core/string.h"
-#include "core/typed_data.h"
+#include "core/core.h"
 
 namespace ovix::app {
 

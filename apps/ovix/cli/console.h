@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "apps/ovix/json.h"
-#include "core/types.h"
+#include "core/core.h"
 
 namespace ovix::app {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "core/types.h"
+#include "core/core.h"
 
 namespace ovix::app {
 

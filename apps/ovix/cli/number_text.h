@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "core/typed_data.h"
+#include "core/core.h"
 
 namespace ovix::app {
 

@@ -14,7 +14,7 @@
 #include "apps/ovix/pipeline/frame_time.h"
 #include "apps/ovix/pipeline/measurement.h"
 #include "apps/ovix/pipeline/scene_json.h"
-#include "core/string.h"
+#include "core/core.h"
 
 namespace ovix::app {
 

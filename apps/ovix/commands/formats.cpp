@@ -8,10 +8,8 @@
 #include "apps/ovix/pipeline/unit_choice.h"
 #include "apps/ovix/synth/synth.h"
 #include "apps/ovix/text_table.h"
-#include "core/pixel_types.h"
-#include "reduce/convert/converter_factory.h"
-#include "reduce/filters/filter_factory.h"
-#include "reduce/objects/reduce_object_factory.h"
+#include "core/core.h"
+#include "reduce/reduce.h"
 
 namespace ovix::app {
 

@@ -5,10 +5,7 @@
 #include "apps/ovix/pipeline/frame_time.h"
 #include "apps/ovix/pipeline/scene_json.h"
 #include "apps/ovix/pipeline/unit_choice.h"
-#include "reduce/convert/converter_factory.h"
-#include "reduce/convert/curlew_factory_cal_reduce_object.h"
-#include "reduce/objects/frame_info_reduce_object.h"
-#include "reduce/objects/source_info_reduce_object.h"
+#include "reduce/reduce.h"
 
 namespace ovix::app {
 

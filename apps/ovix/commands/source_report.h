@@ -7,7 +7,7 @@
 #include "apps/ovix/input/frame_source.h"
 #include "apps/ovix/json.h"
 #include "apps/ovix/pipeline/guarded_decode.h"
-#include "core/date_time.h"
+#include "core/core.h"
 
 namespace ovix::app {
 

@@ -13,7 +13,7 @@
 #include "apps/ovix/output/output_file.h"
 #include "apps/ovix/scene.h"
 #include "apps/ovix/synth/synth.h"
-#include "core/norm_file.h"
+#include "core/core.h"
 
 namespace ovix::app {
 

@@ -7,7 +7,7 @@
 
 #include "apps/ovix/fault.h"
 #include "apps/ovix/input/own_length_layout.h"
-#include "reduce/filters/check_frame.h"
+#include "reduce/reduce.h"
 
 namespace ovix::app {
 

@@ -1,8 +1,8 @@
 #include "apps/ovix/input/frame_format.h"
 
 #include "apps/ovix/fault.h"
-#include "core/pixel_types.h"
-#include "reduce/filters/filter_factory.h"
+#include "core/core.h"
+#include "reduce/reduce.h"
 
 namespace ovix::app {
 

@@ -2,8 +2,7 @@
 
 #include <string>
 
-#include "core/guid.h"
-#include "core/typed_data.h"
+#include "core/core.h"
 
 namespace ovix::app {
 

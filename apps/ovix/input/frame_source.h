@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "apps/ovix/input/frame_format.h"
-#include "reduce/objects/reduce_object_array.h"
+#include "reduce/reduce.h"
 
 namespace ovix::app {
 

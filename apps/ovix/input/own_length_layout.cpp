@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "core/bytes.h"
+#include "core/core.h"
 
 namespace ovix::app {
 

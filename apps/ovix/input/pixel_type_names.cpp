@@ -8,9 +8,8 @@
 
 #include "apps/ovix/cli/suggestion.h"
 #include "apps/ovix/fault.h"
-#include "core/bytes.h"
-#include "core/pixel_types.h"
-#include "reduce/filters/filter_factory.h"
+#include "core/core.h"
+#include "reduce/reduce.h"
 
 namespace ovix::app {
 

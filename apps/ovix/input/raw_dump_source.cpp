@@ -3,8 +3,8 @@
 #include <fmt/format.h>
 
 #include "apps/ovix/fault.h"
-#include "core/numbers.h"
-#include "reduce/objects/source_info_reduce_object.h"
+#include "core/core.h"
+#include "reduce/reduce.h"
 
 namespace ovix::app {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-#include "core/types.h"
+#include "core/core.h"
 
 namespace ovix::app {
 

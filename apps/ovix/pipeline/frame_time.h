@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "core/date_time.h"
+#include "core/core.h"
 
 namespace ovix::app {
 

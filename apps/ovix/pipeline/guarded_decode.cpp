@@ -4,8 +4,7 @@
 
 #include "apps/ovix/fault.h"
 #include "apps/ovix/pipeline/decoder_child.h"
-#include "reduce/filters/check_frame.h"
-#include "reduce/filters/filter_factory.h"
+#include "reduce/reduce.h"
 
 namespace ovix::app {
 

@@ -4,7 +4,7 @@
 #include <span>
 
 #include "apps/ovix/input/frame_format.h"
-#include "reduce/filters/filter.h"
+#include "reduce/reduce.h"
 
 namespace ovix::app {
 

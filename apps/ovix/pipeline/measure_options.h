@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "core/typed_data.h"
+#include "core/core.h"
 
 namespace ovix::app {
 

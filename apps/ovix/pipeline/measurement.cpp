@@ -10,14 +10,8 @@
 #include "apps/ovix/pipeline/frame_time.h"
 #include "apps/ovix/pipeline/scene_json.h"
 #include "apps/ovix/pipeline/unit_choice.h"
-#include "core/crc32_file.h"
-#include "core/file_system.h"
-#include "reduce/convert/converter_factory.h"
-#include "reduce/objects/frame_info_reduce_object.h"
-#include "reduce/objects/object_parameters_reduce_object.h"
-#include "reduce/objects/source_info_reduce_object.h"
-#include "reduce/pixels/correction_cfg_reduce_object.h"
-#include "reduce/pixels/correction_reduce_object.h"
+#include "core/core.h"
+#include "reduce/reduce.h"
 
 namespace ovix::app {
 

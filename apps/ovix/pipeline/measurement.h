@@ -9,8 +9,8 @@
 #include "apps/ovix/pipeline/guarded_decode.h"
 #include "apps/ovix/pipeline/measure_options.h"
 #include "apps/ovix/units.h"
-#include "core/date_time.h"
-#include "reduce/convert/convert_context.h"
+#include "core/core.h"
+#include "reduce/reduce.h"
 
 namespace ovix::app {
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "apps/ovix/output/frame_writer.h"
-#include "reduce/pixels/get_stats.h"
+#include "reduce/reduce.h"
 
 namespace ovix::app {
 

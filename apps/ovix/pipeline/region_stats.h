@@ -2,7 +2,7 @@
 
 #include "apps/ovix/pipeline/measurement.h"
 #include "apps/ovix/region.h"
-#include "reduce/pixels/stats.h"
+#include "reduce/reduce.h"
 
 namespace ovix::app {
 

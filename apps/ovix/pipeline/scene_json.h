@@ -1,7 +1,7 @@
 #pragma once
 
 #include "apps/ovix/json.h"
-#include "reduce/objects/object_parameters_reduce_object.h"
+#include "reduce/reduce.h"
 
 namespace ovix::app {
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "apps/ovix/pipeline/measure_options.h"
-#include "core/array.h"
+#include "core/core.h"
 
 namespace ovix::app {
 
