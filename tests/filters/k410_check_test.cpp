@@ -1,0 +1,176 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "core/pixel_types.h"
+#include "reduce/filters/filter_factory.h"
+#include "support/k410_frames.h"
+
+namespace ovix::reduce {
+namespace {
+
+using namespace test;
+
+constexpr u16 kWidth = 6, kHeight = 4;
+constexpr u32 kPixels = kWidth * kHeight;
+constexpr u32 kTail = 2 * kPixels;
+
+/// In a heap buffer of exactly its size, so that the address sanitizer sees a read beyond it.
+bool Check(const Bytes& frame, GUID type, SFrameFault* fault = nullptr) {
+    const std::unique_ptr<u8[]> exact(new u8[frame.size()]);
+    std::copy(frame.begin(), frame.end(), exact.get());
+    return CheckFrame(L"K410", exact.get(), type, kWidth, kHeight, static_cast<u32>(frame.size()), fault);
+}
+
+/// Whether some text holds another one.
+bool Says(const CString& text, const wchar_t* part) { return std::wcsstr(text, part) != nullptr; }
+
+TEST(K410Check, EveryTruncationIsSeen) {
+    const Bytes plain = PlainFrame(Ramp(kPixels), {}), digital = DigitalFrame(Ramp(kPixels), {}, {});
+    const Bytes compressed = CompressedFrame(EncodeJpegLs(Ramp(kPixels, 14), kWidth, kHeight), {});
+    const std::pair<Bytes, GUID> frames[] = {
+        {plain, kK410F7M0},
+        {plain, kK410FNM0},
+        {digital, kK410GigE},
+        {plain, kK410GigEFlipped},
+        {compressed, kK410MJLS},
+        {Bytes(2 * kPixels), kK410UYVY},
+        {Bytes(2 * kPixels), kK410YUY2},
+        {Bytes(3 * kPixels), kK410BGR},
+    };
+    for (const auto& [frame, type] : frames) {
+        SCOPED_TRACE(&frame - &frames[0].first);
+        EXPECT_TRUE(Check(frame, type));
+        for (std::size_t size = 0; size < frame.size(); ++size) {
+            SFrameFault fault;
+            ASSERT_FALSE(Check(Bytes(frame.begin(), frame.begin() + static_cast<long>(size)), type, &fault)) << size;
+            ASSERT_FALSE(fault.expected.IsEmpty() || fault.found.IsEmpty()) << size;
+        }
+    }
+}
+
+TEST(K410Check, FaultsOfTheContainer) {
+    struct SCase {
+        const char* name;
+        std::function<void(SK410Container&)> change;
+        u64 offset;  ///< from the container's start
+        const wchar_t* expected;
+        const wchar_t* found;
+    };
+    const SCase cases[] = {
+        {"signature", [](auto& c) { c.signature = 0x014D4B4D; }, 0, L"0x004D4B4D", L"0x014D4B4D"},
+        {"first entry", [](auto& c) { c.firstEntry = 33; }, 64, L"32 (the camera record", L"33"},
+        {"second entry", [](auto& c) { c.secondEntry = 0x101; }, 96, L"1 (the pixels", L"257"},
+        {"record offset", [](auto& c) { c.recordOffset = 129; }, 129, L"the camera record (2428 bytes)", L"the end"},
+        {"wrapping offset", [](auto& c) { c.recordOffset = 0xFFFFFFF0; }, 0xFFFFFFF0, L"the camera record", L"the end"},
+        {"record size", [](auto& c) { c.recordOffset = 2548, c.recordSize = 9; }, 2548, L"(9 bytes)", L"the end"},
+    };
+    for (const SCase& c : cases) {
+        SK410Container container;
+        c.change(container);
+        const Bytes stream = EncodeJpegLs(Ramp(kPixels, 14), kWidth, kHeight);
+        const std::tuple<Bytes, GUID, u64> frames[] = {
+            {PlainFrame(Ramp(kPixels), container), kK410FNM0, kTail},
+            {DigitalFrame(Ramp(kPixels), {}, container), kK410GigE, kTail + 32},
+            {CompressedFrame(stream, container), kK410MJLS, 4 + stream.size()},
+        };
+        for (const auto& [frame, type, start] : frames) {
+            SCOPED_TRACE(c.name);
+            SFrameFault fault;
+            EXPECT_FALSE(Check(frame, type, &fault));
+            // Without the signature nobody knows that there is a digital header.
+            const bool unknownForm = c.offset == 0 && type == kK410GigE;
+            EXPECT_EQ(fault.offset, unknownForm ? kTail : start + c.offset);
+            EXPECT_TRUE(Says(fault.expected, c.expected)) << fault.expected.GetUTF8();
+            EXPECT_TRUE(unknownForm || Says(fault.found, c.found)) << fault.found.GetUTF8();
+        }
+    }
+}
+
+/// The light operations read number and time at fixed places of a record that may say it is shorter.
+TEST(K410Check, ShortRecordsAreHeldAgainstWhatIsReadInPlace) {
+    SK410Container container;
+    container.recordSize = 64;
+    const Bytes frame = PlainFrame(Ramp(kPixels), container);
+    for (const u32 record : {907u, 908u}) {
+        const Bytes cut(frame.begin(), frame.begin() + kTail + 128 + record);
+        EXPECT_EQ(Check(cut, kK410F7M0), record == 908);
+        EXPECT_EQ(Check(cut, kK410GigEFlipped), record == 908);
+        EXPECT_TRUE(Check(cut, kK410FNM0));
+    }
+    const Bytes digital = DigitalFrame(Ramp(kPixels), {}, container);
+    EXPECT_TRUE(Check(Bytes(digital.begin(), digital.begin() + kTail + 32 + 128 + 64), kK410GigE));
+}
+
+TEST(K410Check, OnlyOneKindOfJpegLsStreamPasses) {
+    const std::vector<u16> pixels = Ramp(kPixels, 14);
+    const auto refused = [&](const Bytes& stream, const wchar_t* expected, const char* name) {
+        SCOPED_TRACE(name);
+        SFrameFault fault;
+        EXPECT_FALSE(Check(CompressedFrame(stream, {}), kK410MJLS, &fault));
+        EXPECT_TRUE(Says(fault.expected, expected)) << fault.expected.GetUTF8();
+        return fault.offset;
+    };
+    // Streams that the codec itself would take.
+    EXPECT_EQ(refused(EncodeJpegLs(pixels, kHeight, kWidth), L"a picture of 6 x 4", "another shape"), 4u + 7u);
+    refused(EncodeJpegLs(pixels, kWidth, kHeight, {.nearLossless = 1}), L"default", "near-lossless");
+    refused(EncodeJpegLs(pixels, kWidth, kHeight, {.parameters = {16383, 20, 70, 280, 64}}), L"default", "thresholds");
+    refused(EncodeJpegLs(Ramp(kPixels, 8), kWidth, kHeight, {.bits = 10, .parameters = {1023, 5, 18, 72, 32}}),
+            L"default", "reset");
+
+    // Segments as a hand writes them.
+    const Bytes start{0xFF, 0xD8}, scan{0xFF, 0xDA, 0, 8, 1, 1, 0, 0, 0, 0};
+    const auto header = [](u8 bits, u8 components = 1, u8 sampling = 0x11) {
+        return Bytes{0xFF, 0xF7, 0, 11, bits, 0, 4, 0, 6, components, 1, sampling, 0};
+    };
+    const Bytes comment{0xFF, 0xFE, 0, 4, 'h', 'i'}, camera{0xFF, 0xE1, 0, 2}, restart{0xFF, 0xDD, 0, 4, 0, 2};
+    const Bytes zeros{0xFF, 0xF8, 0, 13, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    const Bytes nineBits{0xFF, 0xF8, 0, 13, 1, 0x01, 0xFF, 0, 4, 0, 11, 0, 38, 0, 64};
+    for (const Bytes& good : {Join({start, header(16), scan}), Join({start, comment, camera, header(9), restart, scan}),
+                              Join({start, header(14), zeros, scan}), Join({start, nineBits, header(9), scan}),
+                              Join({start, {0xFF, 0xFF}, header(12), scan})}) {
+        EXPECT_TRUE(Check(CompressedFrame(good, {}), kK410MJLS));
+        for (std::size_t size = 0; size < good.size(); ++size) {
+            EXPECT_FALSE(
+                Check(CompressedFrame(Bytes(good.begin(), good.begin() + static_cast<long>(size)), {}), kK410MJLS));
+        }
+    }
+    const auto changedScan = [&](std::size_t at, u8 value) {
+        Bytes changed = scan;
+        changed[at] = value;
+        return Join({start, header(14), changed});
+    };
+    refused(Join({start, header(8), scan}), L"9 to 16 bits", "8 bits");
+    refused(Join({start, header(17), scan}), L"9 to 16 bits", "17 bits");
+    refused(Join({start, header(12, 3), scan}), L"one component", "three components");
+    refused(Join({start, header(12, 1, 0x22), scan}), L"subsampling", "subsampled");
+    refused(Join({start, header(12), header(12), scan}), L"one frame header", "two frame headers");
+    refused(Join({start, scan}), L"a JPEG-LS frame header", "no frame header");
+    refused(Join({start, header(12), nineBits, scan}), L"default coding parameters", "thresholds of another depth");
+    refused(Join({start, zeros, zeros, header(12), scan}), L"once", "parameters twice");
+    refused(Join({start, {0xFF, 0xF8, 0, 5, 4, 0, 0}, header(12), scan}), L"coding parameters (1)", "larger sizes");
+    refused(Join({start, {0xFF, 0xE8, 0, 7, 'm', 'r', 'f', 'x', 1}, header(12), scan}), L"one component", "colour");
+    refused(Join({start, {0xFF, 0xC0, 0, 2}, header(12), scan}), L"lossless", "another JPEG");
+    refused(Join({start, {0xFF, 0xFE, 0, 1}, header(12), scan}), L"2 bytes or more", "a segment of 1 byte");
+    refused(Join({{0xFF, 0xD9}, header(12), scan}), L"the start", "no start of image");
+    refused(Join({{0x4D, 0x4B}, header(12), scan}), L"a JPEG-LS marker", "no marker");
+    refused(changedScan(4, 2), L"one component", "two in the scan");
+    refused(changedScan(6, 1), L"mapping table", "mapping table");
+    refused(changedScan(7, 2), L"lossless", "near in the scan");
+    refused(changedScan(8, 1), L"interleaving", "interleaved");
+    refused(changedScan(9, 1), L"point transform", "point transform");
+}
+
+TEST(K410Check, WhatNobodyCanAnswer) {
+    SFrameFault fault;
+    EXPECT_FALSE(Check(Bytes(5000), rootIRType, &fault));
+    EXPECT_TRUE(Says(fault.expected, L"a pixel type of the K410 family"));
+    EXPECT_FALSE(CheckFrame(L"k410", nullptr, kK410F7M0, 0, 0, 0, &fault));
+    EXPECT_TRUE(fault.found == L"k410");
+    // 65535 x 65535 pixels are more than 32 bits of bytes.
+    EXPECT_FALSE(CheckFrame(L"K410", Bytes(16).data(), kK410BGR, 65535, 65535, 16, &fault));
+    EXPECT_TRUE(Says(fault.expected, L"(12884508675 bytes)")) << fault.expected.GetUTF8();
+}
+
+}  // namespace
+}  // namespace ovix::reduce

@@ -1,0 +1,168 @@
+#include <gtest/gtest.h>
+
+#include "core/pixel_types.h"
+#include "reduce/filters/filter_factory.h"
+#include "support/k410_frames.h"
+
+/// What a recorder asks of the decoder: triggers, and single frames out of packets.
+namespace ovix::reduce {
+namespace {
+
+using namespace test;
+
+constexpr u16 kWidth = 6, kHeight = 4;
+constexpr u32 kPixels = kWidth * kHeight;
+constexpr u32 kImage = 2 * kPixels;
+
+class CK410RecordingTest : public ::testing::Test {
+  protected:
+    struct STrigger {
+        bool done, triggered;
+        bool operator==(const STrigger&) const = default;
+    };
+    STrigger Trigger(const Bytes& frame, GUID type, u8 field) {
+        bool triggered = true;
+        u16 index = 9;
+        const bool done = filter->CheckForTrigger(frame.data(), static_cast<u32>(frame.size()), type, kWidth, kHeight,
+                                                  1, field, triggered, index);
+        EXPECT_EQ(index, 0);
+        return {done, triggered};
+    }
+    bool Store(const Bytes& source, GUID type, u16 count, u16 index, Bytes& dest) {
+        return filter->StoreFrame(source.data(), static_cast<u32>(source.size()), type, kWidth, kHeight, count, index,
+                                  dest.data(), static_cast<u32>(dest.size()));
+    }
+
+    TSharedPtr<IFilter> filter = filterFactory()->Create(L"K410");
+};
+
+TEST_F(CK410RecordingTest, DigitalTriggers) {
+    struct SCase {
+        SK410DigitalHeader header;
+        u8 field;
+        bool triggered;
+    };
+    const SCase cases[] = {
+        {{.mark = 3, .in1 = 0, .in2 = 1}, 0, false},
+        {{.in1 = 1}, 0, true},
+        {{.in1 = 1}, 1, false},
+        {{.in2 = 0x80}, 1, true},
+        {{.mark = 1}, 2, true},
+        {{.mark = 2}, 2, true},
+        {{.mark = 0xFC}, 2, false},
+        {{.mark = 3, .in1 = 1, .in2 = 1}, 3, false},
+    };
+    for (const SCase& c : cases) {
+        const Bytes frame = DigitalFrame(Ramp(kPixels), c.header, {});
+        for (const GUID& type : {kK410F7M0, kK410FNM0, kK410GigE}) {
+            EXPECT_EQ(Trigger(frame, type, c.field), (STrigger{true, c.triggered})) << &c - cases;
+        }
+        for (const GUID& type : {kK410GigEFlipped, kK410MJLS, kK410YUY2, rootIRType}) {
+            EXPECT_EQ(Trigger(frame, type, c.field), (STrigger{false, false}));
+        }
+    }
+    EXPECT_EQ(Trigger(Bytes(3000), kK410GigE, 2), (STrigger{true, false}));  // neither form
+}
+
+TEST_F(CK410RecordingTest, MarkCounterTriggersWhenItRises) {
+    const auto frame = [](u32 mark, bool swapped) {
+        SK410Container container;
+        container.record.mark = mark;
+        container.record.swapped = swapped;
+        return PlainFrame(Ramp(kPixels), container);
+    };
+    struct SStep {
+        u32 mark;
+        u8 field;
+        bool triggered;
+    };
+    const SStep steps[] = {{7, 2, false}, {7, 2, false},         {8, 2, true},  {9, 1, false},
+                           {9, 2, false}, {0xFFFFFFFF, 2, true}, {0, 2, false}, {1, 2, true}};
+    for (const bool swapped : {false, true}) {
+        filter = filterFactory()->Create(L"K410");
+        for (const SStep& step : steps) {
+            EXPECT_EQ(Trigger(frame(step.mark, swapped), kK410FNM0, step.field), (STrigger{true, step.triggered}));
+        }
+    }
+    SK410Container broken;
+    broken.secondEntry = 2;
+    broken.record.mark = 100;
+    EXPECT_EQ(Trigger(PlainFrame(Ramp(kPixels), broken), kK410F7M0, 2), (STrigger{false, false}));
+    EXPECT_EQ(Trigger(frame(2, false), kK410F7M0, 2), (STrigger{true, true}));  // the broken one was not remembered
+}
+
+TEST_F(CK410RecordingTest, PacketsAreCutIntoFrames) {
+    const std::vector<u16> images = Ramp(3 * kPixels);
+    const SK410DigitalHeader header{.counter = 0x9234};
+    const Bytes digital = header.Make(), container = SK410Container().Make();
+    struct SCase {
+        const char* name;
+        GUID type;
+        u16 count, index;
+        Bytes tail;
+        u32 counter;  ///< expected in the header, when there is one
+        bool stored;
+    };
+    const SCase cases[] = {
+        {"two of two", kK410GigE, 2, 1, Join({digital, container}), 0x2469, true},
+        {"one of two", kK410F7M0, 2, 0, Join({digital, container}), 0x2468, true},
+        {"three keep theirs", kK410GigE, 3, 1, Join({digital, container}), 0x9234, true},
+        {"other types keep theirs", kK410FNM0, 2, 1, Join({digital, container}), 0x9234, true},
+        {"plain", kK410GigE, 3, 2, container, 0, true},
+        {"any tail", kK410MJLS, 2, 1, Bytes(20), 0, true},  // these types are not looked into
+        {"any tail", kK410FNM0, 3, 2, Bytes(40), 0, true},
+        {"neither form", kK410GigEFlipped, 3, 2, Bytes(40), 0, false},
+        {"neither form", kK410GigE, 3, 2, Bytes(40), 0, false},
+        {"no tail", kK410F7M0, 3, 2, {}, 0, false},
+    };
+    for (const SCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::vector<u16> packet(images.begin(), images.begin() + c.count * kPixels);
+        const Bytes source = Join({PixelBytes(packet), c.tail});
+        Bytes expected = PixelBytes({packet.begin() + c.index * kPixels, packet.begin() + (c.index + 1) * kPixels});
+        expected = Join({expected, c.tail, Bytes(5, 0xEE)});
+        if (c.counter) Patch(expected, kImage + 12, c.counter, 2, true);
+        Bytes dest(expected.size(), 0xEE);
+        const bool stored = filter->StoreFrame(source.data(), static_cast<u32>(source.size()), c.type, kWidth, kHeight,
+                                               c.count, c.index, dest.data(), static_cast<u32>(dest.size()));
+        EXPECT_EQ(stored, c.stored);
+        EXPECT_EQ(dest, expected);
+    }
+}
+
+TEST_F(CK410RecordingTest, StoreFrameKeepsItsBounds) {
+    const Bytes tail = SK410Container().Make();
+    const Bytes packet = Join({PixelBytes(Ramp(2 * kPixels)), tail});
+    const std::size_t whole = kImage + tail.size();
+    struct SCase {
+        const char* name;
+        std::size_t sourceSize, destSize;
+        u16 count, index;
+    };
+    const SCase cases[] = {
+        {"destination too small", packet.size(), whole - 1, 2, 1},
+        {"index beyond the packet", packet.size(), whole, 2, 2},
+        {"source too small", 2 * kImage - 1, whole, 2, 0},
+        {"more images than there are", packet.size(), packet.size(), 60000, 0},
+    };
+    for (const SCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        Bytes dest(c.destSize, 0xEE);
+        EXPECT_FALSE(Store(Bytes(packet.begin(), packet.begin() + static_cast<long>(c.sourceSize)), kK410GigE, c.count,
+                           c.index, dest));
+        EXPECT_EQ(dest, Bytes(c.destSize, 0xEE));
+    }
+    // Products beyond 32 bits: 65535 images of 65535 x 65535 are not in 64 bytes.
+    Bytes source(64), dest(64, 0xEE);
+    EXPECT_FALSE(filter->StoreFrame(source.data(), 64, kK410GigE, 65535, 65535, 65535, 65534, dest.data(), 64));
+    EXPECT_EQ(dest, Bytes(64, 0xEE));
+    // A single frame is copied as far as it goes.
+    for (const u16 count : {u16{0}, u16{1}}) {
+        Bytes small(10, 0xEE);
+        EXPECT_TRUE(Store(packet, kK410GigE, count, 0, small));
+        EXPECT_EQ(small, Bytes(packet.begin(), packet.begin() + 10));
+    }
+}
+
+}  // namespace
+}  // namespace ovix::reduce
