@@ -1,0 +1,224 @@
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <tuple>
+
+#include "core/bytes.h"
+#include "core/pixel_types.h"
+#include "reduce/filters/filter_factory.h"
+#include "reduce/objects/frame_info_reduce_object.h"
+
+/// Every decoder of the factory, plug-ins included: what `CheckFrame` passes, all operations must bear. The frame and
+/// every destination stand in heap buffers of exactly their size, so that the address sanitizer sees each byte beyond.
+///
+/// An input is the pixel type (16 bytes; one that nobody handles stands for some type by its first byte), width and
+/// height (a byte each), a byte for the packet (images in the low half, the wanted one in the high half), and the
+/// frame.
+namespace ovix::reduce {
+namespace {
+
+/// The one that is compressed.
+constexpr GUID kMJLS = "{ADA2658E-40C0-4C31-9C44-7667B8169FF6}"_guid;
+
+void Require(bool holds, const char* what) {
+    if (holds) return;
+    std::fprintf(stderr, "fuzz_frames: %s\n", what);
+    std::abort();
+}
+
+class CHeapBytes {
+  public:
+    explicit CHeapBytes(u64 size, u8 fill = 0) : size_(static_cast<u32>(size)), bytes_(new u8[size]) {
+        std::fill_n(bytes_.get(), size, fill);
+    }
+    CHeapBytes(const u8* bytes, u64 size) : CHeapBytes(size) { std::copy_n(bytes, size, bytes_.get()); }
+
+    u8* Data() const { return bytes_.get(); }
+    u32 Size() const { return size_; }
+    bool operator==(const CHeapBytes& other) const {
+        return size_ == other.size_ && std::equal(Data(), Data() + size_, other.Data());
+    }
+
+  private:
+    u32 size_;
+    std::unique_ptr<u8[]> bytes_;
+};
+
+struct SInput {
+    CString family;
+    GUID type;
+    u16 width = 0, height = 0, images = 0, image = 0;
+    const u8* frame = nullptr;
+    u32 size = 0;
+
+    u64 Pixels() const { return u64{width} * height; }
+    CHeapBytes Frame() const { return {frame, size}; }
+    TSharedPtr<IFilter> NewFilter() const { return filterFactory()->Create(family); }
+};
+
+/// The type that the input names, and whose it is. The root type belongs to nobody, and families take it all the same.
+void ChooseType(SInput& input, const GUID& named) {
+    input.type = named;
+    input.family = filterFactory()->GetPixelTypeHandler(named);
+    if (!input.family.IsEmpty()) return;
+    const auto& entry = filterFactory()->GetEntryAt(named.data1 % 256 % filterFactory()->GetEntryCount());
+    const TArray<GUID>& types = entry.extra.pixelTypes;
+    const u32 choice = (named.data1 >> 8) % (types.size() + 1);
+    input.family = entry.name;
+    input.type = choice < types.size() ? types[choice] : rootIRType;
+}
+
+bool ReadInput(SInput& input, const u8* data, std::size_t size) {
+    CByteCursor cursor(data, size);
+    const u8* head = cursor.Take(19);
+    if (!head) return false;
+    ChooseType(input, LoadGuid(head));
+    input.width = head[16];
+    input.height = head[17];
+    input.images = head[18] & 15;
+    input.image = head[18] >> 4;
+    input.frame = data + 19;
+    input.size = static_cast<u32>(size - 19);
+    return true;
+}
+
+/// What a fresh decoder makes of the frame.
+struct SParsed {
+    bool done = false;
+    u8 preset = 9;
+    CReduceObjectArray objects;
+    CHeapBytes pixels{0};
+
+    auto Info() { return objects.Get<CFrameInfoReduceObject>(preset, false); }
+};
+
+void Parse(SParsed& parsed, const SInput& input, EDataType type, u8 fill) {
+    const u32 bytesPerPixel = type == Opaque ? 3 : 2;
+    const CHeapBytes frame = input.Frame();
+    STypedData dest{nullptr, type};
+    if (type != NoPixels) {
+        parsed.pixels = CHeapBytes(bytesPerPixel * input.Pixels(), fill);
+        // The codec spins for seconds on many a damaged stream before it gives up, with its header as good as can be.
+        // So pixels of compressed frames are left out here; their metadata is not.
+        if (input.type != kMJLS) dest.data = parsed.pixels.Data();
+    }
+    parsed.done = input.NewFilter()->ParseFrame(frame.Data(), input.type, input.width, input.height, frame.Size(), dest,
+                                                parsed.objects, parsed.preset);
+}
+
+void RequireSameMetadata(SParsed& a, SParsed& b) {
+    Require(a.done == b.done && a.preset == b.preset, "metadata depends on the destination");
+    const auto left = a.Info(), right = b.Info();
+    Require(!left == !right, "frame information depends on the destination");
+    if (!left || !a.done) return;
+    Require(left->frameNumber == right->frameNumber && left->NumEntries() == right->NumEntries(),
+            "frame information depends on the destination");
+    for (u32 i = 1; i < left->NumEntries(); ++i) {  // the first row is the time, which may be the present one
+        const auto one = left->GetAt(i), other = right->GetAt(i);
+        Require(one.name == other.name && one.value == other.value, "a frame value depends on the destination");
+    }
+}
+
+void ParseAllWays(const SInput& input) {
+    SParsed metadata, counts, again, colours;
+    Parse(metadata, input, NoPixels, 0);
+    Parse(counts, input, UInt16, 0x00);
+    Parse(again, input, UInt16, 0xFF);
+    Parse(colours, input, Opaque, 0);
+    if (counts.done) RequireSameMetadata(metadata, counts);
+    if (colours.done) RequireSameMetadata(metadata, colours);
+    Require(counts.done == again.done, "the result changes from one decoder to the next");
+    Require(!counts.done || input.type == kMJLS || counts.pixels == again.pixels, "some pixels were not written");
+}
+
+bool IsNow(const CDateTime& time) {
+    const i64 age = CDateTime().GetTimestamp() - time.GetTimestamp();
+    return age >= 0 && age < 60 * CDateTime::TicksPerSecond;
+}
+
+/// The operations that scan a recording, and what they must agree on.
+void Scan(const SInput& input) {
+    const TSharedPtr<IFilter> filter = input.NewFilter();
+    const CHeapBytes frame = input.Frame();
+    const auto frameArguments =
+        std::tuple(static_cast<void*>(frame.Data()), input.type, input.width, input.height, frame.Size());
+    const auto call = [&](auto operation, auto&... results) {
+        return std::apply([&](auto... arguments) { return (filter.ptr()->*operation)(arguments..., results...); },
+                          frameArguments);
+    };
+    u8 preset = 0, basicPreset = 0;
+    u64 counter = 0, basicCounter = 0;
+    CDateTime time, basicTime;
+    u32 counts[256] = {};
+    call(&IFilter::ParsePreset, preset);
+    const bool hasCounter = call(&IFilter::ParseFrameCounter, counter);
+    const bool hasTime = call(&IFilter::ParseTime, time);
+    const bool hasAll = call(&IFilter::ParseBasicInfo, basicPreset, basicCounter, basicTime);
+    filter->CountPresets(frame.Data(), frame.Size(), input.type, input.width, input.height, 0, counts);
+    // "Plover" numbers its frames in one byte order there and in the other here.
+    if (hasCounter && hasAll && filter->HasFrameCounter(input.type) && !input.family.Equals(L"Plover")) {
+        Require(counter == basicCounter, "two operations read different frame counters");
+    }
+    if (hasTime && hasAll && filter->HasTime(input.type)) {
+        Require(time == basicTime || (IsNow(time) && IsNow(basicTime)), "two operations read different times");
+    }
+}
+
+void ReadHeaderAndPixels(const SInput& input) {
+    const TSharedPtr<IFilter> filter = input.NewFilter();
+    const CHeapBytes frame = input.Frame();
+    void* pixels = nullptr;
+    i32 stride = 0;
+    if (filter->HasPixels(input.type) &&
+        filter->GetPixels(frame.Data(), input.type, input.width, input.height, frame.Size(), &pixels, stride)) {
+        const u64 end =
+            static_cast<u64>(static_cast<u8*>(pixels) - frame.Data()) + static_cast<u64>(stride) * input.height;
+        Require(end <= frame.Size(), "the pixels reach beyond the frame");
+    }
+    GUID headerType;
+    u32 headerSize = 0;
+    filter->GetHeaderInfo(input.type, input.width, input.height, frame.Size(), headerType, headerSize);
+    for (const u32 size : {0u, headerSize / 2, headerSize, headerSize + 9}) {
+        const CHeapBytes header(size);
+        filter->ExtractHeader(frame.Data(), input.type, input.width, input.height, frame.Size(), header.Data(), size);
+    }
+    for (u8 field = 0; field < 4; ++field) {
+        bool triggered = false;
+        u16 index = 0;
+        filter->CheckForTrigger(frame.Data(), frame.Size(), input.type, input.width, input.height, 1, field, triggered,
+                                index);
+    }
+}
+
+/// Needs no check ahead: the operation is told both sizes.
+void Store(const SInput& input) {
+    const TSharedPtr<IFilter> filter = input.NewFilter();
+    const CHeapBytes source = input.Frame();
+    for (const u32 size : {input.size / 2, input.size, input.size + 200}) {
+        const CHeapBytes dest(size);
+        filter->StoreFrame(source.Data(), source.Size(), input.type, input.width, input.height, input.images,
+                           input.image, dest.Data(), dest.Size());
+    }
+}
+
+}  // namespace
+}  // namespace ovix::reduce
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace ovix::reduce;
+    SInput input;
+    if (!ReadInput(input, data, size)) return 0;
+    Store(input);
+    SFrameFault fault;
+    const CHeapBytes frame = input.Frame();
+    if (!CheckFrame(input.family, frame.Data(), input.type, input.width, input.height, frame.Size(), &fault)) {
+        Require(!fault.expected.IsEmpty() && !fault.found.IsEmpty(), "a frame is refused without a reason");
+        return 0;
+    }
+    ParseAllWays(input);
+    Scan(input);
+    ReadHeaderAndPixels(input);
+    return 0;
+}

@@ -1,0 +1,62 @@
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "support/k410_frames.h"
+
+/// Writes good frames of every family as first inputs of `fuzz_frames` to the folder that is named: fuzz/corpus/frames.
+namespace {
+
+using namespace ovix;
+using namespace ovix::test;
+
+constexpr u16 kWidth = 4, kHeight = 2;
+
+class CSeedFolder {
+  public:
+    explicit CSeedFolder(std::filesystem::path folder) : folder_(std::move(folder)) {
+        std::filesystem::create_directories(folder_);
+    }
+
+    /// As the fuzzer reads it; `packet` has the number of images in its low half and the wanted one in the high half.
+    void Add(const char* name, const GUID& type, const Bytes& frame, u8 packet = 1) const {
+        CByteWriter input;
+        input.Guid(type).U8(kWidth).U8(kHeight).U8(packet);
+        input.bytes.insert(input.bytes.end(), frame.begin(), frame.end());
+        std::ofstream file(folder_ / name, std::ios::binary);
+        file.write(reinterpret_cast<const char*>(input.bytes.data()), static_cast<std::streamsize>(input.bytes.size()));
+        if (!file.flush()) throw std::runtime_error("cannot write " + (folder_ / name).string());
+    }
+
+  private:
+    std::filesystem::path folder_;
+};
+
+void AddK410(const CSeedFolder& folder) {
+    const std::vector<u16> pixels = Ramp(kWidth * kHeight), packet = Ramp(2 * kWidth * kHeight);
+    SK410Container native, turned;
+    turned.record.swapped = true;
+    turned.pixelsSwapped = 1;
+    const SK410DigitalHeader header{.mark = 2, .in1 = 1};
+    folder.Add("k410_f7m0_plain", kK410F7M0, PlainFrame(pixels, native));
+    folder.Add("k410_f7m0_digital", kK410F7M0, DigitalFrame(pixels, header, native));
+    folder.Add("k410_fnm0_plain", kK410FNM0, PlainFrame(pixels, turned));
+    folder.Add("k410_gige_packet", kK410GigE, DigitalFrame(packet, header, native), 0x12);
+    folder.Add("k410_gige_flipped", kK410GigEFlipped, PlainFrame(pixels, turned));
+    folder.Add("k410_uyvy", kK410UYVY, PixelBytes(pixels));
+    folder.Add("k410_yuy2", kK410YUY2, PixelBytes(pixels));
+    folder.Add("k410_bgr", kK410BGR, Bytes(3 * pixels.size(), 0x55));
+    folder.Add("k410_mjls", kK410MJLS, CompressedFrame(EncodeJpegLs(Ramp(pixels.size(), 14), kWidth, kHeight), native));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: make_frame_seeds FOLDER\n");
+        return 2;
+    }
+    AddK410(CSeedFolder(argv[1]));
+    return 0;
+}
