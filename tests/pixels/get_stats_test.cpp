@@ -1,0 +1,340 @@
+#include "reduce/pixels/get_stats.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+
+#include "core/visit.h"
+#include "support/forms.h"
+#include "support/simd_targets.h"
+#include "support/stats_fields.h"
+
+namespace ovix::reduce {
+namespace {
+
+using test::EForm;
+using test::ExpectSame;
+using test::Held;
+using test::SForms;
+
+/// One pixel as a route visits it.
+struct SVisit {
+    double value;
+    u8 status;
+    u32 index;
+    SPoint point;
+};
+
+enum class ERoute { Void, Boolean };
+
+/// The figures of a walk, one comparison after the other as they are told, over what the record held.
+CStats Reference(CStats s, const std::vector<SVisit>& visits, bool hasStatus, ERoute route, u32 width) {
+    double squares = 0;
+    s.sum = 0;
+    s.count = 0;
+    s.statusUnion = s.minimumStatus = s.maximumStatus = 0;
+    if (route == ERoute::Boolean) s.allMinimumIndex = s.allMaximumIndex = 0xFFFFFFFF;
+    bool first = true;
+    for (const SVisit& v : visits) {
+        SPoint &low = s.boundsTopLeft, &high = s.boundsBottomRight;
+        if (first) low = high = v.point;
+        low = {std::min(low.x, v.point.x), std::min(low.y, v.point.y)};
+        high = {std::max(high.x, v.point.x), std::max(high.y, v.point.y)};
+        const bool values = hasStatus || route == ERoute::Void;
+        const auto lowest = [&] {
+            if (values) s.allMinimum = v.value;
+            s.allMinimumIndex = v.index;
+            s.allMinimumPosition = v.point;
+        };
+        const auto highest = [&] {
+            if (values) s.allMaximum = v.value;
+            s.allMaximumIndex = v.index;
+            s.allMaximumPosition = v.point;
+        };
+        if (hasStatus && first) lowest(), highest();
+        if (hasStatus && v.value < s.allMinimum) lowest();
+        if (hasStatus && v.value > s.allMaximum) highest();
+        first = false;
+        if (hasStatus && (v.status == 8 || v.status == 16 || v.status == 24 || (v.status & 24))) continue;
+        if (hasStatus) s.statusUnion = static_cast<u8>(s.statusUnion | v.status);
+        if (s.count == 0 || v.value < s.minimum) {
+            s.minimum = v.value;
+            s.minimumIndex = v.index;
+            s.minimumPosition = v.point;
+            if (hasStatus) s.minimumStatus = v.status;
+            if (!hasStatus) lowest();
+        }
+        if (s.count == 0 || v.value > s.maximum) {
+            s.maximum = v.value;
+            s.maximumIndex = v.index;
+            s.maximumPosition = v.point;
+            if (hasStatus) s.maximumStatus = v.status;
+            if (!hasStatus) highest();
+        }
+        s.sum += v.value;
+        squares += v.value * v.value;
+        ++s.count;
+    }
+    if (s.count) s.mean = s.sum / s.count;
+    s.variance = s.count < 2 ? 0 : squares / s.count - s.mean * s.mean;
+    s.standardDeviation = std::sqrt(s.variance);
+    const SPoint low = s.boundsTopLeft, high = s.boundsBottomRight;
+    s.firstIndex = static_cast<u32>(low.y) * width + static_cast<u32>(low.x);
+    s.lastIndex = static_cast<u32>(high.y) * width + static_cast<u32>(high.x);
+    s.boundsWidth = s.count ? static_cast<u32>(high.x - low.x + 1) : 0;
+    s.boundsHeight = s.count ? static_cast<u32>(high.y - low.y + 1) : 0;
+    s.centerX = static_cast<float>(low.x + high.x) / 2;
+    s.centerY = static_cast<float>(low.y + high.y) / 2;
+    return s;
+}
+
+/// A frame with many ties among its extremes; far-off values for the types whose sums round.
+template <class T>
+std::vector<T> Frame(u32 count, u32 seed) {
+    std::mt19937_64 random(seed);
+    std::vector<T> frame(count);
+    for (T& pixel : frame) {
+        if constexpr (std::is_floating_point_v<T>) {
+            pixel = static_cast<T>(static_cast<double>(random() % 200) * 0.37 - 20);
+        } else {
+            pixel = static_cast<T>(random() % 3 ? static_cast<T>(random()) : random() % 5);
+        }
+    }
+    return frame;
+}
+
+/// Status bytes for every mixture: none excluded, some, all.
+std::vector<u8> Status(u32 count, int kind) {
+    std::mt19937 random(17);
+    std::vector<u8> status(count);
+    for (u32 i = 0; i < count; ++i) {
+        const u8 good = static_cast<u8>(random() % 8 + (random() % 4 ? 0 : 32));
+        const bool excluded = kind == 2 || (kind == 1 && (i > 600 || i % 50 < 3));
+        status[i] = static_cast<u8>(good | (excluded ? random() % 2 ? 8 : 16 : 0));
+    }
+    return status;
+}
+
+constexpr int kStatusKinds = 4;  ///< the last: no status at all
+
+template <class T>
+void CheckBoolean(u32 seed) {
+    const SForms forms;
+    std::vector<T> frame = Frame<T>(forms.Count(), seed);
+    const STypedData data{frame.data(), DataTypeOf<T>()};
+    for (int kind = 0; kind < kStatusKinds; ++kind) {
+        const std::vector<u8> status = Status(forms.Count(), kind);
+        const u8* flags = kind < 3 ? status.data() : nullptr;
+        for (const EForm form : test::kForms) {
+            SCOPED_TRACE("form " + std::to_string(static_cast<int>(form)) + " status " + std::to_string(kind));
+            CStats stats = Held();
+            ASSERT_TRUE(forms.CallInFrame(form, [&](auto... f) { return GetStats(stats, data, flags, f...); }));
+            std::vector<SVisit> visits;
+            for (const u32 i : forms.Visited(form == EForm::M ? EForm::A : form)) {  // the mask does not count
+                visits.push_back({static_cast<double>(frame[i]),
+                                  status[i],
+                                  i,
+                                  {static_cast<i32>(i % forms.width), static_cast<i32>(i / forms.width)}});
+            }
+            ExpectSame(stats, Reference(Held(), visits, flags, ERoute::Boolean, forms.width));
+        }
+    }
+}
+
+template <class T>
+void CheckVoid(u32 seed) {
+    const SForms forms;
+    const int width = forms.width, height = forms.height;
+    std::vector<T> frame = Frame<T>(2048, seed);
+    const STypedData data{frame.data(), DataTypeOf<T>()};
+    for (int kind = 0; kind < kStatusKinds; ++kind) {
+        std::vector<u8> status = Status(2048, kind), mask = forms.mask;
+        std::vector<u32> indices = forms.indices;
+        u8* flags = kind < 3 ? status.data() : nullptr;
+        const auto check = [&](const char* what, const CStats& stats, std::vector<SVisit> visits, int rowWidth) {
+            SCOPED_TRACE(std::string(what) + " status " + std::to_string(kind));
+            CStats expected = Reference(Held(), visits, flags, ERoute::Void, static_cast<u32>(rowWidth));
+            if (*what != 'l') {  // the centre has a test of its own
+                expected.centerValue = stats.centerValue;
+                expected.centerStatus = stats.centerStatus;
+            }
+            ExpectSame(stats, expected);
+        };
+        std::vector<SVisit> whole, masked, row, list;
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                const u32 i = static_cast<u32>(y * width + x);
+                whole.push_back({static_cast<double>(frame[i]), status[i], i, {x, y}});
+                if (mask[static_cast<u32>(height - 1 - y) * forms.stride + static_cast<u32>(x)]) {
+                    masked.push_back(whole.back());  // bottom-up beside the frame
+                }
+            }
+        }
+        for (u32 i = 0; i < 2048; ++i) {
+            row.push_back({static_cast<double>(frame[i]), status[i], i, {static_cast<i32>(i), 0}});
+        }
+        for (u32 n = 0; n < indices.size(); ++n) {
+            const u32 i = indices[n];
+            list.push_back({static_cast<double>(frame[n]),
+                            status[i],
+                            n,
+                            {static_cast<i32>(i % forms.width), static_cast<i32>(i / forms.width)}});
+        }
+        CStats stats = Held();
+        GetStats(stats, data, width, height, nullptr, 0, flags);
+        check("whole", stats, whole, width);
+        stats = Held();
+        GetStats(stats, data, width, height, mask.data(), forms.stride, flags);
+        check("mask", stats, masked, width);
+        stats = Held();
+        GetStats(stats, data, flags, 2048);
+        check("row", stats, row, 2048);
+        stats = Held();
+        GetStats(stats, data, indices.data(), static_cast<u32>(indices.size()), width, height, flags);
+        check("list", stats, list, width);
+    }
+}
+
+TEST(GetStats, EveryRouteAndTypeFollowsTheWalk) {
+    test::ForEachTarget([] {
+        for (u32 type = Int8; type <= Flt64; ++type) {
+            SCOPED_TRACE(type);
+            Visit(static_cast<EDataType>(type), [&]<class T>(TElement<T>) {
+                CheckBoolean<T>(type);
+                if constexpr (!std::is_same_v<T, u64>) CheckVoid<T>(type);
+            });
+        }
+    });
+}
+
+TEST(GetStats, CountsOfAnyLengthAndPlaceGiveTheSerialSums) {
+    std::mt19937 random(8);
+    // Beyond two million bright pixels the serial sum of squares rounds.
+    std::vector<u16> pixels(2300000);
+    for (u16& pixel : pixels) pixel = static_cast<u16>(65000 + random() % 536);
+    pixels[70000] = 3;
+    test::ForEachTarget([&] {
+        for (const u32 count : {1U, 2U, 7U, 31U, 32U, 33U, 64U, 511U, 16384U, 16385U, 100003U, 2299990U}) {
+            for (u32 first = 0; first < (count < 1000 ? 3 : 1); ++first) {
+                SCOPED_TRACE(count);
+                std::vector<SVisit> visits;
+                for (u32 i = 0; i < count; ++i) {
+                    visits.push_back({static_cast<double>(pixels[first + i]), 0, i, {static_cast<i32>(i), 0}});
+                }
+                CStats stats;
+                GetStats(stats, {pixels.data() + first, UInt16}, nullptr, count);
+                CStats expected = Reference(CStats(), visits, false, ERoute::Void, count);
+                expected.centerValue = stats.centerValue;
+                ExpectSame(stats, expected);
+            }
+        }
+    });
+}
+
+TEST(GetStats, FiguresByHand) {
+    float pixels[] = {4, 1, 3, 4, 1, 2};
+    u8 status[] = {0, 8, 1, 4, 2, 16};
+    CStats stats;
+    ASSERT_TRUE(GetStats(stats, {pixels, Flt32}, status, 3, 2));
+    EXPECT_EQ(stats.count, 4U);
+    EXPECT_EQ(stats.sum, 12);
+    EXPECT_EQ(stats.mean, 3);
+    EXPECT_EQ(stats.variance, 1.5);
+    EXPECT_EQ(stats.statusUnion, 7);
+    EXPECT_EQ(stats.maximumPosition, (SPoint{0, 0})) << "the first of two";
+    EXPECT_EQ(stats.minimumPosition, (SPoint{1, 1}));
+    EXPECT_EQ(stats.minimumStatus, 2);
+    EXPECT_EQ(stats.allMinimumPosition, (SPoint{1, 0}));
+    EXPECT_EQ(stats.lastIndex, 5U);
+}
+
+TEST(GetStats, NaNIsAnExtremeOnlyWhereItCameFirst) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    float late[] = {2, nan, 5, 1}, early[] = {nan, 2, 5, 1};
+    CStats stats;
+    GetStats(stats, {late, Flt32}, nullptr, 4);
+    EXPECT_EQ(stats.minimum, 1);
+    EXPECT_EQ(stats.maximum, 5);
+    EXPECT_TRUE(std::isnan(stats.sum));
+    u8 status[] = {0, 0, 0, 0};
+    for (u8* flags : {static_cast<u8*>(nullptr), status}) {
+        GetStats(stats, {early, Flt32}, flags, 4);
+        EXPECT_TRUE(std::isnan(stats.minimum) && std::isnan(stats.maximum) && std::isnan(stats.allMaximum));
+        EXPECT_EQ(stats.maximumIndex, 0U);
+    }
+    status[0] = 8;  // the NaN stays the first of all, but is not counted
+    GetStats(stats, {early, Flt32}, status, 4);
+    EXPECT_EQ(stats.maximum, 5);
+    EXPECT_TRUE(std::isnan(stats.allMinimum));
+    EXPECT_EQ(stats.sum, 8);
+}
+
+TEST(GetStats, NothingSelectedKeepsWhatTheRecordHeld) {
+    u16 pixel = 7;
+    const STypedData data{&pixel, UInt16};
+    u8 mask[] = {0};
+    CStats stats = Held();
+    ASSERT_TRUE(GetStats(stats, data, nullptr, 1, 1, SArea{1, 0, 0, 0}));
+    ExpectSame(stats, Reference(Held(), {}, false, ERoute::Boolean, 1));
+    EXPECT_EQ(stats.allMinimumIndex, 0xFFFFFFFF);
+    stats = Held();
+    ASSERT_TRUE(GetStats(stats, data, &mask[0], 1, 1, TArray<SScanLine>()));
+    ExpectSame(stats, Reference(Held(), {}, true, ERoute::Boolean, 1));
+    stats = Held();
+    GetStats(stats, data, 1, 1, mask, 1, nullptr);
+    EXPECT_EQ(stats.allMinimumIndex, 103U);
+    EXPECT_EQ(stats.count, 0U);
+    EXPECT_EQ(stats.boundsBottomRight, (SPoint{4, 2}));
+    for (const int size : {0, -1}) {
+        GetStats(stats, data, size, 1, nullptr, 0, nullptr);
+        GetStats(stats, data, 1, size, nullptr, 0, nullptr);
+        EXPECT_EQ(stats.count, 0U);
+    }
+    GetStats(stats, data, nullptr, 0, 0, 0, nullptr);
+
+    stats = Held();
+    EXPECT_FALSE(GetStats(stats, data, nullptr, 0, 1));
+    EXPECT_FALSE(GetStats(stats, data, nullptr, 1, 0));
+    for (const EDataType type : {Opaque, NoPixels}) {
+        EXPECT_FALSE(GetStats(stats, {&pixel, type}, nullptr, 1, 1));
+        EXPECT_FALSE(GetStats(stats, {&pixel, type}, nullptr, 1, 1, SArea{}));
+        GetStats(stats, {&pixel, type}, nullptr, 1);
+    }
+    GetStats(stats, {&pixel, UInt64}, nullptr, 1);
+    ExpectSame(stats, Held());
+}
+
+TEST(GetStats, CentreIsThePixelOrTheMeanOfItsNeighbours) {
+    const auto center = []<class T>(std::vector<T> pixels, int width, int height, u8* mask = nullptr) {
+        std::vector<u8> status(pixels.size());
+        for (std::size_t i = 0; i < status.size(); ++i) status[i] = static_cast<u8>(i < 6 ? 1 << i : 0);
+        CStats stats;
+        GetStats(stats, {pixels.data(), DataTypeOf<T>()}, width, height, mask, static_cast<u32>(width), status.data());
+        CStats without;
+        GetStats(without, {pixels.data(), DataTypeOf<T>()}, width, height, mask, static_cast<u32>(width), nullptr);
+        EXPECT_EQ(without.centerValue, stats.centerValue);
+        EXPECT_EQ(without.centerStatus, 0);
+        return std::pair{stats.centerValue, int{stats.centerStatus}};
+    };
+    using FPair = std::pair<double, int>;
+    EXPECT_EQ(center(std::vector<u16>{1, 2, 3, 4, 50, 6, 7, 8, 9}, 3, 3), FPair(50, 16));
+    EXPECT_EQ(center(std::vector<u16>{1, 2, 3, 4, 10, 21, 7, 8, 9, 9, 9, 9}, 4, 3), FPair(14, 32)) << "21 and 7";
+    EXPECT_EQ(center(std::vector<u16>{1, 2, 5, 10}, 2, 2), FPair(4.5, 15));
+    EXPECT_EQ(center(std::vector<float>{1.5f, 2, 4}, 1, 3), FPair(2, 2));
+    EXPECT_EQ(center(std::vector<float>{1.5f, 2}, 1, 2), FPair(1.75, 3));
+    EXPECT_EQ(center(std::vector<float>{1.5f, 2, 4, 8}, 2, 2), FPair(3.875, 15));
+    // Integer sums have 32 bits.
+    EXPECT_EQ(center(std::vector<u32>{4000000000U, 4000000000U}, 1, 2).first, 3705032704.0 / 2);
+    EXPECT_EQ(center(std::vector<i32>{2000000000, 2000000000}, 1, 2).first, -294967296.0 / 2);
+    EXPECT_EQ(center(std::vector<i64>{3, i64{1} << 40}, 1, 2).first, 1.5);
+    EXPECT_EQ(center(std::vector<i64>{0, i64{1} << 40, 0}, 3, 1).first, std::ldexp(1, 40)) << "a pixel is whole";
+    EXPECT_EQ(center(std::vector<i8>{-128, -128}, 2, 1).first, -128);
+    // The box of a mask, whose last row belongs to the first row of the frame: columns 1 to 2 of row 0.
+    u8 mask[] = {0, 0, 0, 0, 1, 1};
+    EXPECT_EQ(center(std::vector<u16>{1, 20, 30, 4, 5, 6}, 3, 2, mask), FPair(25, 6));
+}
+
+}  // namespace
+}  // namespace ovix::reduce
