@@ -4,6 +4,8 @@
 #include <cmath>
 
 #include "apps/ovix/app_error.h"
+#include "apps/ovix/output/palette.h"
+#include "apps/ovix/pipeline/guarded_decode.h"
 #include "apps/ovix/synth/synth.h"
 #include "support/byte_writer.h"
 
@@ -11,6 +13,7 @@ namespace ovix::app {
 namespace {
 
 constexpr GUID kF7M0 = "{76ECF27C-7517-49D1-AED0-8C429934409D}"_guid;
+constexpr GUID kFNM0 = "{E97ED85F-B45C-409C-B685-0568E493A9D0}"_guid;
 constexpr GUID kGigEFlipped = "{B3E83B04-FC6B-411D-B883-258685C80882}"_guid;
 constexpr GUID kUYVY = "{4030E1B1-6E28-4E5C-88F7-16E54AF6A54A}"_guid;
 constexpr GUID kBGR = "{036DA1C3-5794-4341-8BC1-5DEEAB52DFD5}"_guid;
@@ -160,6 +163,57 @@ TEST(K410Synth, CorrectionUndoesTheDetector) {
                   ->Frame(0, {&kelvin[0], 1})
                   .size(),
               2u + 32 + 128 + 2428);
+}
+
+/// The pixels that the library's decoder finds, and what it says of the frame.
+std::vector<u8> Decoded(const SSynthForm& form, std::vector<u8> frame, reduce::CReduceObjectArray& objects) {
+    CGuardedDecode decoder(
+        {.filter = "K410", .pixelType = form.type, .pixelTypeName = form.form, .width = 16, .height = 12});
+    decoder.Decode(frame, objects);
+    const u8* pixels = static_cast<const u8*>(decoder.Pixels().data);
+    return {pixels, pixels + 192 * decoder.Form().BytesPerPixel()};
+}
+
+TEST(K410Synth, LibraryReadsAllForms) {
+    std::vector<float> kelvin;
+    for (int i = 0; i < 192; ++i) kelvin.push_back(284 + 0.38f * static_cast<float>(i));
+    int infrared = 0;
+    for (const SSynthForm& form : FindSynthFamily(kF7M0)->forms()) {
+        SCOPED_TRACE(form.description);
+        reduce::CReduceObjectArray objects;
+        const std::vector<u8> pixels =
+            Decoded(form, Frame(Clean(form.type, form.form.c_str(), 16, 12), 77, kelvin), objects);
+        const auto info = objects.GetFrameInfo(0, false);
+        ASSERT_TRUE(info);
+        for (std::size_t i = 0; i < 192 && form.form != "video"; ++i) {
+            ASSERT_NEAR(pixels[2 * i] + 256.0 * pixels[2 * i + 1], CountOf(kelvin[i]), 0.51) << i;
+        }
+        if (form.form == "video") {
+            // Half of the pixels of the packed types bear the colour of their neighbour, which is a step away.
+            for (std::size_t i = 0; i < 192; i += 2) {
+                const SColour shown = PaletteColour(kelvin[i], 283.15f, 358.15f);
+                ASSERT_NEAR(pixels[3 * i], shown.red, 6) << i;
+                ASSERT_NEAR(pixels[3 * i + 1], shown.green, 6) << i;
+                ASSERT_NEAR(pixels[3 * i + 2], shown.blue, 6) << i;
+            }
+            continue;
+        }
+        ++infrared;
+        EXPECT_TRUE(info->frameFilled);
+        // Some forms hold no counter that the decoder would take; it counts by itself then.
+        const bool counted = form.form.starts_with("digital") || (form.form != "jpeg-ls" && form.type != kFNM0);
+        EXPECT_EQ(info->frameNumber, counted ? 77u : 0u);
+        const auto calibration = objects.Get<reduce::CCurlewFactoryCalReduceObject>(0, false);
+        ASSERT_TRUE(calibration);
+        EXPECT_TRUE(calibration->valid);
+        EXPECT_EQ(calibration->planckR, 515000.0f);
+        EXPECT_EQ(calibration->offset, 5000);
+        EXPECT_EQ(calibration->imgMax, 16383);
+        const auto scene = objects.GetObjectParameters(false);
+        EXPECT_EQ(scene->emissivity, 0.95f);
+        EXPECT_EQ(scene->relativeHumidity, 0.45f);
+    }
+    EXPECT_EQ(infrared, 17);
 }
 
 TEST(K410Synth, RefusesWhatItDoesNotMake) {
