@@ -19,6 +19,7 @@ void CTextTable::Row(std::vector<std::string> cells) {
 
 std::string CTextTable::Text() const {
     std::vector<std::string> titles;
+    titles.reserve(columns_.size());
     for (const SColumn& column : columns_) titles.push_back(column.title);
     std::vector<std::size_t> widths(columns_.size());
     const auto widen = [&](const std::vector<std::string>& cells) {
@@ -40,6 +41,7 @@ std::string CTextTable::Text() const {
     if (std::any_of(titles.begin(), titles.end(), [](const std::string& title) { return !title.empty(); })) {
         line(titles);
         std::vector<std::string> rules;
+        rules.reserve(widths.size());
         for (std::size_t width : widths) {
             std::string rule;
             for (std::size_t i = 0; i < width; ++i) rule += "─";

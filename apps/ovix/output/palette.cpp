@@ -1,6 +1,7 @@
 #include "apps/ovix/output/palette.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace ovix::app {
 
@@ -34,7 +35,7 @@ const u32 kInferno[256] = {
 
 SColour PaletteColour(float value, float low, float high) {
     const float share = std::clamp((value - low) / (high - low), 0.0f, 1.0f);
-    return ColourOf(kInferno[static_cast<int>(share * 255.0f + 0.5f)]);
+    return ColourOf(kInferno[std::lround(share * 255.0f)]);
 }
 
 }  // namespace ovix::app

@@ -67,7 +67,7 @@ class CPngWriter : public IFrameWriter {
     CPngWriter(const std::filesystem::path& target, const SSeries& series, const SWriteOptions& options)
         : target_(target), series_(series), options_(options) {
         if (options.range) range_ = RangeBetween(options.range->first, options.range->second);
-        if (series.frames <= 1) file_.emplace(target, options.overwrite);
+        if (series.frames <= 1) file_ = std::make_unique<COutputFile>(target, options.overwrite);
     }
 
     void Add(const SPicture& picture) override {
@@ -77,7 +77,7 @@ class CPngWriter : public IFrameWriter {
         description["range"] = {range_->low, range_->high};
         const std::vector<u8> png = PngOf(DrawThermalPicture(series_, picture, *range_, options_.marks).canvas,
                                           description.dump(-1, ' ', true));
-        if (series_.frames > 1) file_.emplace(PathOfFrame(picture.frame), options_.overwrite);
+        if (series_.frames > 1) file_ = std::make_unique<COutputFile>(PathOfFrame(picture.frame), options_.overwrite);
         file_->Write(png.data(), png.size());
         if (series_.frames > 1) file_->Commit();
         empty_ = false;
@@ -97,7 +97,7 @@ class CPngWriter : public IFrameWriter {
     SSeries series_;
     SWriteOptions options_;
     std::optional<SRange> range_;
-    std::optional<COutputFile> file_;
+    std::unique_ptr<COutputFile> file_;
     bool empty_ = true;
 };
 
