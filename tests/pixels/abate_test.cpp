@@ -1,0 +1,198 @@
+#include "reduce/pixels/abate.h"
+
+#include "tests/support/pixel_buffers.h"
+#include "tests/support/pixel_reference.h"
+#include "tests/support/simd_targets.h"
+
+namespace ovix::reduce {
+namespace {
+
+using namespace test;
+
+constexpr u16 kLow[8] = {1000, 900, 2000, 10, 5000, 1000, 300, 1};
+constexpr u16 kHigh[8] = {8000, 9000, 6000, 15000, 4000, 12000, 700, 3000};
+
+/// Everything that a call takes, for eight presets; of the tables those that `given` names.
+template <class T>
+struct SPresets {
+    std::vector<TGuarded<T>> frames;
+    std::vector<float> gain[8];
+    std::vector<i16> offset[8];
+    std::vector<u32> replace[8];
+    void* sources[8];
+    float* gains[8] = {};
+    i16* offsets[8] = {};
+    u32* replaces[8] = {};
+    bool valid[8];
+    u8 order[8];
+
+    SPresets(u32 count, u32 given, u32 seed) {
+        CRandom random(seed);
+        for (u32 p = 0; p < 8; ++p) {
+            frames.emplace_back(count, p % 4, false);
+            FillEdges(frames[p], seed + p);
+            for (u32 i = 0; i < count; ++i) {
+                const float wild = random() % 50 ? 1.0F : 3e6F;
+                gain[p].push_back(wild * (0.5F + 0.001F * static_cast<float>(random() % 2000)));
+                offset[p].push_back(EdgeValue<i16>(random));
+                replace[p].push_back(random() % 20 ? i : random() % count);
+            }
+            if (given & 1) gains[p] = gain[p].data();
+            if (given & 2) offsets[p] = offset[p].data();
+            if (given & 4) replaces[p] = replace[p].data();
+            valid[p] = random() % 3 != 0;
+            order[p] = random.Below(10);  // repeated ones, and numbers that are no preset
+        }
+        for (u32 p = 0; p < 8; ++p) sources[p] = frames[p].data();
+        order[3] = 2;
+        valid[2] = true;
+    }
+
+    /// The corrected value of one pixel.
+    T Corrected(u32 p, u32 i, bool clip, double minimum, double maximum) const {
+        const u32 j = replaces[p] ? replaces[p][i] : i;
+        const T x = static_cast<const T*>(sources[p])[j];
+        const float low = static_cast<float>(minimum), high = static_cast<float>(maximum);
+        const auto limited = [&](float v) { return low > v ? low : v > high ? high : v; };
+        const auto cut = [](float v) {
+            const i32 whole = v >= -0x1p31F && v < 0x1p31F ? static_cast<i32>(v) : INT32_MIN;
+            return static_cast<T>(static_cast<u32>(whole));
+        };
+        float v = static_cast<float>(x);
+        if constexpr (std::is_same_v<T, float>) {
+            if (gains[p]) v = v * gains[p][j];
+            if (offsets[p]) v = v + static_cast<float>(offsets[p][j]);
+            return clip ? limited(v) : v;
+        } else {
+            const float g = gains[p] ? gains[p][j] : 1, o = offsets[p] ? offsets[p][j] : i16{0};
+            if (gains[p] && offsets[p]) return clip ? cut(Round(limited(v * g + o))) : cut(Round(v * g) + o);
+            if (gains[p]) return clip ? cut(Round(limited(v * g))) : cut(Round(v * g));
+            const i32 sum = x + static_cast<i32>(o);
+            return clip ? cut(limited(static_cast<float>(sum))) : static_cast<T>(sum);
+        }
+    }
+};
+
+template <class T>
+void CheckMerge(u32 count, u32 given, EAbateMode mode, bool clip, u32 seed) {
+    const SPresets<T> presets(count, given, seed);
+    TGuarded<T> out(count + 3, seed % 4);
+    TGuarded<u8> status(count + 3, seed % 4);
+    ASSERT_TRUE(Abate(DataTypeOf<T>(), presets.sources, count, out.data(), status.data(), presets.valid, presets.order,
+                      kLow, kHigh, mode, presets.gains, presets.offsets, presets.replaces, clip, 20.5, 16383));
+    std::vector<u8> walk;
+    for (const u8 p : presets.order) {
+        if (p < 8 && presets.valid[p]) walk.push_back(p);
+    }
+    if (mode != AbateFromFirst) walk = {walk.rbegin(), walk.rend()};
+    for (u32 i = 0; i < count; ++i) {
+        u8 chosen = walk.back();
+        for (const u8 p : walk) {
+            const T c = presets.Corrected(p, i, clip, 20.5, 16383);
+            if (mode == AbateFromFirst ? c > static_cast<T>(kHigh[p]) : c < static_cast<T>(kLow[p])) continue;
+            chosen = p;
+            break;
+        }
+        ASSERT_EQ(status[i], chosen) << i;
+        ASSERT_TRUE(Same(out[i], presets.Corrected(chosen, i, clip, 20.5, 16383))) << +out[i] << " at " << i;
+    }
+    EXPECT_TRUE(out.Untouched(count));
+    EXPECT_TRUE(status.Untouched(count));
+}
+
+TEST(Abate, MergesBothTypesOnEveryProcessor) {
+    ForEachTarget([] {
+        u32 seed = 1;
+        for (const u32 count : {0u, 1u, 31u, 2047u, 2048u, 2049u, 5000u}) {
+            for (u32 given = 0; given < 8; ++given) {
+                for (const EAbateMode mode : {AbateFromFirst, AbateFromLast, static_cast<EAbateMode>(7)}) {
+                    CheckMerge<u16>(count, given, mode, seed % 2, seed);
+                    CheckMerge<float>(count, given, mode, seed % 2, seed);
+                    ++seed;
+                }
+            }
+        }
+    });
+}
+
+/// Two frames of one pixel, without tables.
+struct SSmall {
+    const char* name;
+    EAbateMode mode;
+    u16 first, second;
+    bool firstValid, secondValid;
+    u8 order[8];
+    bool result;
+    u16 value;
+    u8 status;
+};
+
+TEST(Abate, TakesTheFirstThatQualifies) {
+    constexpr u8 kEmpty = 255;
+    const SSmall cases[] = {
+        {"none below", AbateFromFirst, 20000, 16000, true, true, {0, 1, 9, 9, 9, 9, 9, 9}, true, 16000, 1},
+        {"none above", AbateFromLast, 500, 800, true, true, {0, 1, 9, 9, 9, 9, 9, 9}, true, 500, 0},
+        {"at the high threshold", AbateFromFirst, 15000, 16000, true, true, {0, 1, 9, 9, 9, 9, 9, 9}, true, 15000, 0},
+        {"at the low threshold", AbateFromLast, 3000, 1000, true, true, {0, 1, 9, 9, 9, 9, 9, 9}, true, 1000, 1},
+        {"one above it", AbateFromFirst, 15001, 14, true, true, {0, 1, 9, 9, 9, 9, 9, 9}, true, 14, 1},
+        {"single", AbateFromFirst, 65535, 1, true, false, {1, 0, 9, 9, 9, 9, 9, 9}, true, 65535, 0},
+        {"reordered", AbateFromFirst, 3, 4, true, true, {1, 0, 9, 9, 9, 9, 9, 9}, true, 4, 1},
+        {"none valid", AbateFromFirst, 3, 4, false, false, {0, 1, 2, 3, 4, 5, 6, 7}, false, 7, 99},
+        {"none in the order", AbateFromLast, 3, 4, true, true, {2, 3, kEmpty, 8, 8, 8, 8, 8}, false, 7, 99},
+    };
+    const u16 low[8] = {1000, 1000}, high[8] = {15000, 15000};
+    float* const noGains[8] = {};
+    i16* const noOffsets[8] = {};
+    u32* const noMaps[8] = {};
+    for (const SSmall& c : cases) {
+        u16 first = c.first, second = c.second, out = 7;
+        u8 status = 99;
+        void* const sources[8] = {&first, &second};
+        const bool valid[8] = {c.firstValid, c.secondValid};
+        const auto merge = [&](u16* to, u8* map) {
+            return Abate(UInt16, sources, 1, to, map, valid, c.order, low, high, c.mode, noGains, noOffsets, noMaps,
+                         false, 0, 0);
+        };
+        EXPECT_EQ(merge(&out, &status), c.result) << c.name;
+        EXPECT_EQ(out, c.value) << c.name;
+        EXPECT_EQ(status, c.status) << c.name;
+        // without a status, and into the second source
+        EXPECT_EQ(merge(&second, nullptr), c.result) << c.name;
+        EXPECT_EQ(second, c.result ? c.value : c.second) << c.name;
+    }
+}
+
+TEST(Abate, RoundsBeforeTheOffsetOnlyWithoutAClip) {
+    u16 x = 3, out;
+    float gain = 0.5F;
+    i16 offset = -2;
+    void* const sources[8] = {&x};
+    const bool valid[8] = {true};
+    const u8 order[8] = {};
+    float* const gains[8] = {&gain};
+    i16* const offsets[8] = {&offset};
+    u32* const noMaps[8] = {};
+    const auto merge = [&](bool clip, double minimum) {
+        EXPECT_TRUE(Abate(UInt16, sources, 1, &out, nullptr, valid, order, kLow, kHigh, AbateFromFirst, gains, offsets,
+                          noMaps, clip, minimum, 100));
+        return out;
+    };
+    EXPECT_EQ(merge(false, 0), 0);      // round(1.5) - 2
+    EXPECT_EQ(merge(true, -9), 65535);  // round(1.5 - 2), half away from zero
+    EXPECT_EQ(merge(true, 0), 0);
+}
+
+TEST(Abate, RefusesOtherTypes) {
+    double x = 1, out = 7;
+    void* const sources[8] = {&x};
+    const bool valid[8] = {true};
+    const u8 order[8] = {};
+    for (const EDataType type : {Flt64, Int16, UInt32, NoPixels}) {
+        EXPECT_FALSE(Abate(type, sources, 1, &out, nullptr, valid, order, kLow, kHigh, AbateFromFirst, nullptr, nullptr,
+                           nullptr, false, 0, 0));
+    }
+    EXPECT_EQ(out, 7);
+}
+
+}  // namespace
+}  // namespace ovix::reduce

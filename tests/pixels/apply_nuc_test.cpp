@@ -1,0 +1,238 @@
+#include "reduce/pixels/apply_nuc.h"
+
+#include <functional>
+
+#include "tests/support/pixel_buffers.h"
+#include "tests/support/pixel_reference.h"
+#include "tests/support/simd_targets.h"
+
+namespace ovix::reduce {
+namespace {
+
+using namespace test;
+
+/// The tables of one preset; those that are not given are null.
+struct STables {
+    std::vector<float> gain;
+    std::vector<i16> offset;
+    std::vector<u32> replace;
+
+    STables(u32 count, u32 given, u32 seed) {
+        CRandom random(seed);
+        for (u32 i = 0; i < count; ++i) {
+            const float wild = random() % 50 ? 1.0F : 3e6F;
+            if (given & 1) gain.push_back(wild * (0.5F + 0.001F * static_cast<float>(random() % 2000)));
+            if (given & 2) offset.push_back(EdgeValue<i16>(random));
+            if (given & 4) replace.push_back(random() % (i < count / 2 ? 40 : 2) ? i : random() % count);
+        }
+    }
+    float* Gain() { return gain.empty() ? nullptr : gain.data(); }
+    i16* Offset() { return offset.empty() ? nullptr : offset.data(); }
+    u32* Replace() { return replace.empty() ? nullptr : replace.data(); }
+};
+
+struct SClip {
+    int on;
+    double minimum, maximum;
+};
+constexpr SClip kClips[] = {{0, 0, 0}, {1, 0, 16383}, {1, -20.5, 200.7}, {1, 500, 30}};
+
+/// The corrected pixel: data at `at`, gain and offset at `tablesAt`.
+template <class D, class S>
+D Corrected(S x, STables& tables, u32 tablesAt, const SClip& clip) {
+    using W = std::conditional_t<std::is_same_v<S, double>, double, float>;
+    D value;
+    if (tables.Gain() && tables.Offset()) {
+        const W product = static_cast<W>(x) * static_cast<W>(tables.gain[tablesAt]);
+        value = Cast<D>(product + static_cast<W>(tables.offset[tablesAt]));
+    } else if (tables.Gain()) {
+        value = Cast<D>(static_cast<W>(x) * static_cast<W>(tables.gain[tablesAt]));
+    } else if (tables.Offset() && std::is_floating_point_v<S>) {
+        value = Cast<D>(static_cast<W>(tables.offset[tablesAt]) + static_cast<W>(x));
+    } else if (tables.Offset()) {
+        // the sum of two integers in C, made with 64 bits and cut to the type that C makes it in
+        const u64 sum = static_cast<u64>(x) + static_cast<u64>(i64{tables.offset[tablesAt]});
+        value = Cast<D>(static_cast<decltype(x + i16{})>(sum));
+    } else {
+        value = Cast<D>(x);
+    }
+    if (!clip.on) return value;
+    const D low = Cast<D>(clip.minimum), high = Cast<D>(clip.maximum);
+    return value < low ? low : value > high ? high : value;
+}
+
+template <class S, class D>
+void CheckWhole(u32 count, u32 given, const SClip& clip, u32 seed) {
+    TGuarded<S> frame(count, seed % 4, false);
+    TGuarded<D> out(count + 3, seed % 4);
+    FillEdges(frame, seed);
+    STables tables(count, given, seed);
+    ApplyNUC(out.Typed(), frame.Typed(), count, tables.Gain(), tables.Offset(), tables.Replace(), clip.on, clip.minimum,
+             clip.maximum);
+    for (u32 i = 0; i < count; ++i) {
+        const u32 j = given & 4 ? tables.replace[i] : i;
+        const D expected = Corrected<D>(frame[j], tables, j, clip);
+        ASSERT_TRUE(Same(out[i], expected)) << +out[i] << " for " << +expected << " at " << i << " of " << +frame[j];
+    }
+    EXPECT_TRUE(out.Untouched(count));
+}
+
+TEST(ApplyNUC, CorrectsAllPairsOfTypes) {
+    u32 seed = 1;
+    ForEachPair([&]<class S, class D>(TElement<S>, TElement<D>) {
+        if constexpr (!std::is_same_v<S, u64> && !std::is_same_v<D, u64>) {
+            SCOPED_TRACE(testing::Message() << DataTypeOf<S>() << " to " << DataTypeOf<D>());
+            for (u32 given = 0; given < 8; ++given) {
+                for (const SClip& clip : kClips) CheckWhole<S, D>(531, given, clip, seed++);
+            }
+        }
+    });
+}
+
+TEST(ApplyNUC, GivesTheSameOnEveryProcessor) {
+    ForEachTarget([] {
+        u32 seed = 1;
+        for (const u32 count : {0u, 1u, 17u, 64u, 511u, 513u, 4095u, 4096u, 4097u, 9000u}) {
+            for (u32 given = 1; given < 8; ++given) {
+                for (const SClip& clip : kClips) {
+                    CheckWhole<u16, u16>(count, given, clip, seed++);
+                    CheckWhole<u16, float>(count, given, clip, seed++);
+                    CheckWhole<float, float>(count, given, clip, seed++);
+                }
+            }
+        }
+    });
+}
+
+/// Which index the data and the tables are read at, for each form; all reading is out of one frame of `kCount`.
+TEST(ApplyNUC, ReadsTheIndexOfEachForm) {
+    constexpr u32 kCount = 1500;
+    CRandom random(3);
+    TGuarded<u16> frame(kCount, 0, false);
+    FillEdges(frame, 3);
+    std::vector<u8> status;
+    std::vector<u32> indices;
+    for (u32 i = 0; i < kCount; ++i) {
+        // stretches of one preset, and presets that change from pixel to pixel
+        status.push_back(i < 700 ? static_cast<u8>(i / 300) : random.Below(8));
+        indices.push_back(random() % kCount);
+    }
+    std::vector<STables> tables;
+    float* gains[8];
+    i16* offsets[8];
+    u32* replaces[8];
+    for (u32 p = 0; p < 8; ++p) tables.emplace_back(kCount, 7 - p, 100 + p);
+    for (u32 p = 0; p < 8; ++p) {
+        gains[p] = tables[p].Gain();
+        offsets[p] = tables[p].Offset();
+        replaces[p] = tables[p].Replace();
+    }
+
+    for (const SClip& clip : kClips) {
+        const auto check = [&](const char* form, const auto& expected, const std::function<void(STypedData)>& apply) {
+            TGuarded<float> out(kCount + 3);
+            apply(out.Typed());
+            for (u32 i = 0; i < kCount; ++i) ASSERT_TRUE(Same(out[i], expected(i))) << form << i;
+            EXPECT_TRUE(out.Untouched(kCount)) << form;
+        };
+        const auto at = [&](u32 p, u32 data, u32 table) {
+            return Corrected<float>(frame[data], tables[p], table, clip);
+        };
+        const auto [on, minimum, maximum] = clip;
+        const STypedData in = frame.Typed();
+        check(
+            "presets ",
+            [&](u32 i) {
+                const u32 p = status[i], j = replaces[p] ? replaces[p][i] : i;
+                return at(p, j, j);
+            },
+            [&](STypedData out) {
+                ApplyNUC(out, in, status.data(), kCount, gains, offsets, replaces, on, minimum, maximum);
+            });
+        check(
+            "no status ", [&](u32 i) { return at(0, replaces[0][i], replaces[0][i]); },
+            [&](STypedData out) {
+                ApplyNUC(out, in, static_cast<const u8*>(nullptr), kCount, gains, offsets, replaces, on, minimum,
+                         maximum);
+            });
+        check(
+            "list, no map ", [&](u32 i) { return at(0, i, indices[i]); },
+            [&](STypedData out) {
+                ApplyNUC(out, in, indices.data(), kCount, gains[0], offsets[0], nullptr, on, minimum, maximum);
+            });
+        check(
+            "list, map ",
+            [&](u32 i) {
+                const u32 j = replaces[0][indices[i]];
+                return at(0, j, j);
+            },
+            [&](STypedData out) {
+                ApplyNUC(out, in, indices.data(), kCount, gains[0], offsets[0], replaces[0], on, minimum, maximum);
+            });
+        const auto listed = [&](u32 p, u32 i) {
+            const u32 k = indices[i];
+            const u32 j = !replaces[p] ? k : clip.on ? replaces[p][k] : replaces[p][i];
+            return at(p, j, j);
+        };
+        check(
+            "list, presets ", [&](u32 i) { return listed(status[indices[i]], i); },
+            [&](STypedData out) {
+                ApplyNUC(out, in, indices.data(), status.data(), kCount, gains, offsets, replaces, on, minimum,
+                         maximum);
+            });
+        check(
+            "list, no status ", [&](u32 i) { return listed(0, i); },
+            [&](STypedData out) {
+                ApplyNUC(out, in, indices.data(), nullptr, kCount, gains, offsets, replaces, on, minimum, maximum);
+            });
+    }
+}
+
+TEST(ApplyNUC, InOneBufferAPixelMayBeReplacedByACorrectedOne) {
+    constexpr u32 kCount = 5000;
+    TGuarded<u16> buffer(kCount, 0, false);
+    FillEdges(buffer, 9);
+    STables tables(kCount, 7, 9);
+    std::vector<u16> expected(buffer.begin(), buffer.end());
+    for (u32 i = 0; i < kCount; ++i) {
+        const u32 j = tables.replace[i];
+        expected[i] = Corrected<u16>(expected[j], tables, j, kClips[1]);
+    }
+    ApplyNUC(buffer.Typed(), buffer.Typed(), kCount, tables.Gain(), tables.Offset(), tables.Replace(), 1, 0, 16383);
+    for (u32 i = 0; i < kCount; ++i) ASSERT_EQ(buffer[i], expected[i]) << i;
+}
+
+TEST(ApplyNUC, TruncatesThenWrapsThenClips) {
+    u16 counts[2] = {10, 11};
+    float gain[2] = {1.5F, 1.5F}, large[2] = {4000, 4000};
+    i16 offset[2] = {0, 0};
+    u16 out[2];
+    i16 wrapped[2];
+    ApplyNUC({out, UInt16}, {counts, UInt16}, 2, gain, offset, nullptr, 0, 0, 0);
+    EXPECT_EQ(out[0], 15);
+    EXPECT_EQ(out[1], 16);
+    // 40000 becomes -25536, which lies below the low limit
+    ApplyNUC({wrapped, Int16}, {counts, UInt16}, 1, large, nullptr, nullptr, 1, 0, 16383);
+    EXPECT_EQ(wrapped[0], 0);
+    ApplyNUC({wrapped, Int16}, {counts, UInt16}, 1, large, nullptr, nullptr, 0, 0, 0);
+    EXPECT_EQ(wrapped[0], -25536);
+}
+
+TEST(ApplyNUC, DoesNothingForOtherTypesAndCounts) {
+    u16 in[2] = {1, 2}, out[2] = {7, 7};
+    u64 wide[2] = {7, 7};
+    for (const u32 count : {0u, 0x80000000u, 0xFFFFFFFFu}) {
+        ApplyNUC({out, UInt16}, {in, UInt16}, count, nullptr, nullptr, nullptr, 0, 0, 0);
+        ApplyNUC({out, UInt16}, {in, UInt16}, static_cast<const u32*>(nullptr), count, nullptr, nullptr, nullptr, 0, 0,
+                 0);
+    }
+    for (const EDataType type : {UInt64, Opaque, NoPixels}) {
+        ApplyNUC({out, UInt16}, {wide, type}, 1, nullptr, nullptr, nullptr, 0, 0, 0);
+        ApplyNUC({wide, type}, {in, UInt16}, 1, nullptr, nullptr, nullptr, 1, 0, 1);
+    }
+    EXPECT_EQ(out[0], 7);
+    EXPECT_EQ(wide[0], 7);
+}
+
+}  // namespace
+}  // namespace ovix::reduce

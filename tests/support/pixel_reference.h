@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cmath>
+#include <vector>
+
+#include "core/typed_data.h"
+
+/// What pixel kernels have to compute, said once more and plainly.
+namespace ovix::test {
+
+/// Frame indices of the pixels that each form of a selection visits.
+inline std::vector<u32> Area(u16 width, reduce::SArea area, const u8* mask = nullptr, u32 stride = 0) {
+    std::vector<u32> pixels;
+    for (u32 y = area.top; y <= area.bottom; ++y) {
+        for (u32 x = area.left; x <= area.right; ++x) {
+            if (!mask || mask[y * stride + x]) pixels.push_back(y * width + x);
+        }
+    }
+    return pixels;
+}
+inline std::vector<u32> Lines(u16 width, const TArray<reduce::SScanLine>& lines) {
+    std::vector<u32> pixels;
+    for (const reduce::SScanLine& line : lines) {
+        for (u32 x = line.left; x <= line.right; ++x) pixels.push_back(u32{line.row} * width + x);
+    }
+    return pixels;
+}
+
+/// A number in another type: the low bits of its whole part, through 64 signed bits; what those do not hold is their
+/// least, but `UInt64` takes values up to 2^64.
+template <class D, class S>
+D Cast(S value) {
+    if constexpr (std::is_floating_point_v<D>) {
+        return static_cast<D>(value);
+    } else if constexpr (std::is_integral_v<S>) {
+        return static_cast<D>(static_cast<u64>(value));
+    } else {
+        const double x = static_cast<double>(value);
+        if (std::is_same_v<D, u64> && x >= 0x1p63 && x < 0x1p64) return static_cast<D>(static_cast<u64>(x));
+        const i64 whole = x >= -0x1p63 && x < 0x1p63 ? static_cast<i64>(x) : INT64_MIN;
+        return static_cast<D>(static_cast<u64>(whole));
+    }
+}
+
+/// Half away from zero; NaN and what 32 bits do not hold is far outside of any table or 16-bit range.
+inline float Round(float x) { return std::fabs(x) < 0x1p31F ? std::round(x) : -0x1p31F; }
+
+inline u32 Place(float x, float lower, float upper) {
+    if (lower > x) return static_cast<u32>(lower);
+    if (x > upper) return static_cast<u32>(upper);
+    return std::isnan(x) ? 0 : static_cast<u32>(std::round(x));
+}
+
+}  // namespace ovix::test
