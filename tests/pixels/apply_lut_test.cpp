@@ -125,11 +125,19 @@ TEST(ApplyLUT, StatusIsThatOfEachPixelAroundTheEdgesOfStretches) {
     TGuarded<u16> frame(9000, 0, false);
     TGuarded<float> out(9000);
     TGuarded<u8> status(9000);
-    for (u32 i = 0; i < 9000; ++i) frame[i] = static_cast<u16>(i < 4500 ? 130 + i % 50 : i % 2 ? 119 : 120);
-    frame[2100] = 119;  // one pixel of another stretch in a block
+    for (u32 i = 0; i < 9000; ++i) {
+        frame[i] = static_cast<u16>(i < 3000 ? 130 + i % 50 : i < 6000 ? 119 + i % 2 : 9000 + i % 3);
+    }
+    frame[2500] = 119;  // one pixel of another stretch in a block
+    frame[3500] = 9000;
     ASSERT_TRUE(
         ApplyLUT(frame.Typed(), out.Typed(), status.data(), 9000, tables.luts[0], tables.statusLuts[0], 0, 65535));
-    for (u32 i = 0; i < 9000; ++i) ASSERT_EQ(status[i], frame[i] < 120 ? 2 : 0) << i;
+    for (u32 i = 0; i < 9000; ++i) ASSERT_EQ(status[i], frame[i] < 120 ? 2 : frame[i] > 9000 ? 4 : 0) << i;
+    // a stretch that is known up to its last entry, then the next entry
+    for (u32 i = 0; i < 9000; ++i) frame[i] = static_cast<u16>(i < 4096 ? 8990 + i % 11 : 8995 + i % 7);
+    ASSERT_TRUE(
+        ApplyLUT(frame.Typed(), out.Typed(), status.data(), 9000, tables.luts[0], tables.statusLuts[0], 0, 65535));
+    for (u32 i = 0; i < 9000; ++i) ASSERT_EQ(status[i], frame[i] > 9000 ? 4 : 0) << i;
 }
 
 TEST(ApplyLUT, VisitsThePixelsOfEachForm) {

@@ -42,8 +42,11 @@ D Cast(S value) {
     }
 }
 
-/// Half away from zero; NaN and what 32 bits do not hold is far outside of any table or 16-bit range.
-inline float Round(float x) { return std::fabs(x) < 0x1p31F ? std::round(x) : -0x1p31F; }
+/// Half away from zero, through 32 bits: what those do not hold is their least, and one less than that their greatest.
+inline float Round(float x) {
+    if (x < -0x1p31F) return 0x1p31F;
+    return x < 0x1p31F ? std::round(x) : -0x1p31F;
+}
 
 inline u32 Place(float x, float lower, float upper) {
     if (lower > x) return static_cast<u32>(lower);
