@@ -160,6 +160,9 @@ TEST(Tool, SceneCorrectionAndUnitChangeWhatTheyShould) {
     const float after = worst({"--correction", "nuc"});
     EXPECT_LT(after, before / 2);
     EXPECT_EQ(worst({"--correction", "0=nuc.mvo"}), after);
+    // A table that is there and cannot be read is no table that is missing.
+    test::WriteText(folder.Path("nuc.mvo"), test::ReadText(folder.Path("nuc.mvo")).substr(0, 1000));
+    EXPECT_EQ(folder.Run(Arguments{"stats", "--correction", "nuc"} + Dump()).status, 1);
 }
 
 TEST(Tool, OrderOfOptionsDoesNotMatter) {

@@ -26,8 +26,8 @@ void CSourceReport::Add(u64 frame) {
     }
     if (const auto info = objects_.GetFrameInfo(preset_, false)) {
         if (const auto time = clock.Carried(info->time)) {
-            if (!firstTime_) firstTime_ = time;
-            lastTime_ = time;
+            if (!times_) times_ = {*time, *time};
+            times_->last = *time;
         }
         if (counts_) AddCounter(frame, info->frameNumber);
     }
@@ -53,10 +53,10 @@ void CSourceReport::AddCounter(u64 frame, u64 counter) {
 }
 
 Json CSourceReport::TimeJson() const {
-    if (!firstTime_) return nullptr;
-    const i64 ticks = lastTime_->GetTimestamp() - firstTime_->GetTimestamp();
-    return {{"first", TimeText(*firstTime_)},
-            {"last", TimeText(*lastTime_)},
+    if (!times_) return nullptr;
+    const i64 ticks = times_->last.GetTimestamp() - times_->first.GetTimestamp();
+    return {{"first", TimeText(times_->first)},
+            {"last", TimeText(times_->last)},
             {"spanSeconds", static_cast<double>(ticks) / static_cast<double>(CDateTime::TicksPerSecond)}};
 }
 

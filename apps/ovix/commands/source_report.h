@@ -24,6 +24,10 @@ class CSourceReport {
     Json FrameValues();
 
   private:
+    struct STimes {
+        CDateTime first;
+        CDateTime last;
+    };
     /// A jump of the frame counter.
     struct SGap {
         u64 afterFrame = 0;
@@ -47,8 +51,7 @@ class CSourceReport {
     u64 lastFrame_ = 0;
     u8 preset_ = 0;
     std::array<u64, 256> framesOfPreset_{};
-    std::optional<CDateTime> firstTime_;
-    std::optional<CDateTime> lastTime_;
+    std::optional<STimes> times_;
     bool counts_ = false;  ///< frames of this type carry a counter
     u64 counterSpan_ = 0;  ///< how many values the counter takes before it starts anew; 0 for all of 64 bits
     u64 firstCounter_ = 0;

@@ -25,16 +25,20 @@ bool IsDescriptive(const reduce::IReduceObject& object) {
                        [&](const CString& name) { return name.Equals(object.GetName()); });
 }
 
-bool TablesExist(const std::string& stem) {
-    for (const char* extension : {".mvg", ".mvo", ".mvb"}) {
-        std::filesystem::path path(stem);
-        const CString now(path.extension().c_str());
-        const bool isTable = now.EqualsNoCase(L".mvg") || now.EqualsNoCase(L".mvo") || now.EqualsNoCase(L".mvb");
+/// The tables whose files stand under the stem, as the library finds them: bits of `ECorrectionTables`.
+u8 TablesOnDisk(const std::string& stem) {
+    constexpr std::pair<const char*, u8> kFiles[] = {
+        {".mvg", reduce::CorrectionGain}, {".mvo", reduce::CorrectionOffset}, {".mvb", reduce::CorrectionBadPixels}};
+    const CString given(std::filesystem::path(stem).extension().c_str());
+    const bool namesOne = std::any_of(std::begin(kFiles), std::end(kFiles),
+                                      [&](const auto& file) { return given.EqualsNoCase(CString(file.first)); });
+    const std::string base = namesOne ? std::filesystem::path(stem).replace_extension().string() : stem;
+    u8 tables = 0;
+    for (const auto& [extension, table] : kFiles) {
         std::error_code ignored;
-        if (std::filesystem::exists(isTable ? path.replace_extension(extension) : path += extension, ignored))
-            return true;
+        if (std::filesystem::exists(base + extension, ignored)) tables = static_cast<u8>(tables | table);
     }
-    return false;
+    return tables;
 }
 
 }  // namespace
@@ -58,11 +62,14 @@ CMeasurement::CMeasurement(IFrameSource& source, SMeasureOptions options)
 void CMeasurement::LoadCorrection(const SCorrectionFiles& files) {
     const SFrameFormat& format = source_.Format();
     if (decode_.Form().unit != Counts) throw UsageFault("--correction: the source holds colours, not counts");
-    if (!TablesExist(files.stem))
+    const u8 present = TablesOnDisk(files.stem);
+    if (!present)
         throw CFault(
             {.exit = ExitFile, .file = files.stem, .problem = "there is no .mvg, .mvo or .mvb file of that stem"});
     const auto tables = objects_.Get<reduce::CCorrectionReduceObject>(files.preset ? *files.preset : -1, true);
-    if (!tables->Load(FileSystem, CString(files.stem.c_str())))
+    // The library passes over a file that it cannot read. Here, one that is there is meant.
+    const bool loaded = tables->Load(FileSystem, CString(files.stem.c_str()));
+    if (!loaded || (tables->present & present) != present)
         throw CFault({.file = files.stem,
                       .expected = "correction tables of one size, each of the kind of its extension",
                       .found = "a damaged file, another kind or another size"});
@@ -80,7 +87,8 @@ SMeasuredFrame CMeasurement::Measure(u64 number) {
     } catch (const CFault& fault) {
         throw fault.Of(source_.Name(), number);
     }
-    if (!unit_) unit_ = ChooseOfferedUnit();
+    if (!unitChosen_) unit_ = ChooseOfferedUnit();
+    unitChosen_ = true;
     try {
         UpdateContext();
         ConvertPixels();
@@ -144,8 +152,8 @@ u32 CMeasurement::CalibrationMark() {
 void CMeasurement::UpdateContext() {
     if (ready_ && preset_ == readyPreset_ && CalibrationMark() == mark_) return;
     ready_ = false;
-    if (!context_.SetUnit(*unit_, options_.scale))
-        throw CFault({.problem = "the frame carries no calibration for " + UnitWords(*unit_)});
+    if (!context_.SetUnit(unit_, options_.scale))
+        throw CFault({.problem = "the frame carries no calibration for " + UnitWords(unit_)});
     std::array<bool, reduce::CConvertContext::PresetCount> presets{};
     if (preset_ >= presets.size())
         throw CFault({.expected = "a preset from 0 to 7", .found = fmt::format("{}", preset_)});
@@ -165,12 +173,12 @@ void CMeasurement::ConvertPixels() {
     if (context_.needToApplyNUC() && !context_.ApplyNUC(pixels, corrected, count, pixels))
         throw CFault({.problem = "the correction tables cannot be used"});
     if (!context_.Convert(pixels, STypedData{values_.data(), Flt32}, status_.data(), count))
-        throw CFault({.problem = "the pixels cannot be converted to " + UnitWords(*unit_)});
+        throw CFault({.problem = "the pixels cannot be converted to " + UnitWords(unit_)});
 }
 
 Json CMeasurement::Parameters() {
     Json parameters = {
-        {"source", source_.Name()}, {"pixelType", source_.Format().pixelTypeName}, {"unit", UnitWords(*unit_)}};
+        {"source", source_.Name()}, {"pixelType", source_.Format().pixelTypeName}, {"unit", UnitWords(unit_)}};
     for (const SCorrectionFiles& files : options_.corrections) parameters["correction"].push_back(files.stem);
     const auto scene = objects_.GetObjectParameters(false);
     if (scene && context_.canChangeObjectParameters()) parameters.update(SceneJson(*scene));

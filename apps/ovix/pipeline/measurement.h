@@ -34,8 +34,8 @@ class CMeasurement {
     SMeasuredFrame Measure(u64 number);
 
     /// Of the first good frame on.
-    EUnit Unit() const { return *unit_; }
-    SUnitText UnitText() const { return app::UnitText(*unit_, options_.scale); }
+    EUnit Unit() const { return unit_; }
+    SUnitText UnitText() const { return app::UnitText(unit_, options_.scale); }
     /// All that the values of the frame measured last rest on, each with its unit in its key.
     Json Parameters();
     /// That of the frame measured last; nothing when it carries none.
@@ -55,7 +55,8 @@ class CMeasurement {
     CGuardedDecode decode_;
     reduce::CReduceObjectArray objects_;
     reduce::CConvertContext context_;
-    std::optional<EUnit> unit_;
+    EUnit unit_ = Counts;
+    bool unitChosen_ = false;
     bool ready_ = false;  ///< the context fits the calibration of `mark_` and `readyPreset_`
     u32 mark_ = 0;
     u8 preset_ = 0;  ///< of the frame measured last
