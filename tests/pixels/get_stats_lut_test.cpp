@@ -3,11 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <string>
 
 #include "core/visit.h"
-#include "reduce/pixels/calc_positions.h"
-#include "reduce/pixels/get_stats.h"
 #include "reduce/pixels/stats_calculator.h"
 #include "support/forms.h"
 #include "support/stats_fields.h"
@@ -19,58 +16,6 @@ using test::EForm;
 using test::ExpectSame;
 using test::Held;
 using test::SForms;
-
-TEST(StatsCalculator, FollowsItsStepsAndNotesNoIndex) {
-    CStats stats = Held();
-    CStatsCalculator calculator(stats);
-    calculator.Start();
-    CStats expected = Held();
-    expected.sum = expected.variance = 0;
-    expected.count = expected.statusUnion = expected.minimumStatus = expected.maximumStatus = 0;
-    expected.allMinimumIndex = expected.allMaximumIndex = 0xFFFFFFFF;
-    ExpectSame(stats, expected);
-
-    calculator.AddData(-2, 8, 9, 0);  // above what the record held, -2.5; not counted
-    calculator.AddData(-8, 1, 3, 5);  // the first that counts
-    calculator.AddData(-2, 4, 3, 3);  // the maximum, but not of all: the first stands
-    calculator.AddData(-2, 2, 2, 4);  // not the maximum: the first stands
-    calculator.AddData(-20, 16, 1, 1);
-    calculator.Finish();
-    expected.sum = -12;
-    expected.mean = -4;
-    expected.variance = 72 / 3.0 - 16;
-    expected.standardDeviation = std::sqrt(8.0);
-    expected.count = 3;
-    expected.minimum = -8;
-    expected.maximum = -2;
-    expected.minimumPosition = {3, 5};
-    expected.maximumPosition = {3, 3};
-    expected.minimumStatus = 1;
-    expected.maximumStatus = 4;
-    expected.statusUnion = 7;
-    expected.allMinimum = -20;
-    expected.allMaximum = -2;
-    expected.allMinimumPosition = {1, 1};
-    expected.allMaximumPosition = {9, 0};
-    expected.minimumIndex = expected.maximumIndex = expected.allMinimumIndex = expected.allMaximumIndex = 0;
-    expected.boundsTopLeft = {1, 0};
-    expected.boundsBottomRight = {9, 5};
-    expected.boundsWidth = 9;
-    expected.boundsHeight = 6;
-    expected.centerX = 5;
-    expected.centerY = 2.5;
-    ExpectSame(stats, expected);
-
-    CStats fresh;
-    CStatsCalculator below(fresh);
-    below.Start();
-    below.AddData(-5, 24, 7, 7);
-    below.Finish();
-    EXPECT_EQ(fresh.allMaximum, 0) << "goes on from what the record held";
-    EXPECT_EQ(fresh.allMaximumIndex, 0xFFFFFFFF);
-    EXPECT_EQ(fresh.boundsWidth, 0U);
-    EXPECT_EQ(fresh.boundsTopLeft, (SPoint{0, 0}));
-}
 
 /// The table place of a pixel: limited, rounded half away from zero.
 template <class T>
@@ -142,35 +87,6 @@ TEST(GetStatsLUT, IsTheCalculatorOverTheTables) {
     CStats bare;
     EXPECT_TRUE(GetStatsLUT({&pixel, UInt16}, bare, 1, 1, values[0], nullptr, 0, 9)) << "no status table";
     EXPECT_EQ(bare.count, 1U);
-}
-
-TEST(CalcPositions, PlacesInTheSelectionBecomePoints) {
-    const auto points = [](const auto&... selection) {
-        CStats s = Held();
-        s.minimumIndex = 0;
-        s.maximumIndex = 3;
-        s.allMinimumIndex = 5;
-        s.allMaximumIndex = 0xFFFFFFFF;
-        s.firstIndex = 1;
-        s.lastIndex = 4;
-        CalcPositions(s, selection...);
-        return std::vector<SPoint>{s.minimumPosition, s.maximumPosition,   s.allMinimumPosition,
-                                   s.boundsTopLeft,   s.boundsBottomRight, s.allMaximumPosition};
-    };
-    const auto expect = [](std::vector<SPoint> found, std::vector<SPoint> expected) {
-        for (std::size_t i = 0; i < expected.size(); ++i) EXPECT_EQ(found[i], expected[i]) << i;
-    };
-    expect(points(SArea{10, 20, 12, 22}), {{20, 10}, {20, 11}, {22, 11}, {21, 10}, {21, 11}});
-    expect(points(u16{4}, u16{9}), {{0, 0}, {3, 0}, {1, 1}, {1, 0}, {0, 1}});
-    TArray<SScanLine> lines;
-    lines.Add({7, 5, 7});
-    lines.Add({2, 1, 2});  // five pixels: places 5 and beyond lie nowhere, and their points stay
-    expect(points(lines), {{5, 7}, {1, 2}, {101, 102}, {6, 7}, {2, 2}, {101, 102}});
-    const u32 indices[] = {9, 4, 8, 6, 13};
-    expect(points(u16{5}, u16{3}, indices, u32{5}), {{4, 1}, {1, 1}, {0, 0}, {4, 0}, {3, 2}, {0, 0}});
-    const u8 mask[] = {9, 9, 9, 9, 9, /**/ 9, 1, 0, 1, 9, /**/ 9, 0, 1, 1, 9};
-    const u32 stride = 5;  // rows 1 and 2, columns 1 to 3: four pixels
-    expect(points(SArea{1, 1, 2, 3}, mask, stride), {{1, 1}, {3, 2}, {101, 102}, {3, 1}, {4, 2}, {101, 102}});
 }
 
 }  // namespace

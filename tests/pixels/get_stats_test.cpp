@@ -99,7 +99,7 @@ std::vector<T> Frame(u32 count, u32 seed) {
         if constexpr (std::is_floating_point_v<T>) {
             pixel = static_cast<T>(static_cast<double>(random() % 200) * 0.37 - 20);
         } else {
-            pixel = static_cast<T>(random() % 3 ? static_cast<T>(random()) : random() % 5);
+            pixel = static_cast<T>(random() % 3 ? random() : random() % 5);
         }
     }
     return frame;
