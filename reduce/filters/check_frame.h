@@ -17,8 +17,8 @@ struct SFrameFault {
 using FrameCheck = bool (*)(const void* frame, GUID type, u16 width, u16 height, u32 frameSize, SFrameFault* fault);
 
 /// Whether a buffer of `frameSize` bytes holds all that the operations of the filter will read, offsets inside the
-/// frame included. After true, no `Parse` operation on these arguments reads or writes out of bounds, whatever the
-/// bytes are, given a destination of width times height pixels.
+/// frame included. After true, no operation of the filter on these arguments reads or writes out of bounds, whatever
+/// the bytes are, given a destination of width times height pixels.
 ///
 /// False for an unknown filter, a family that registered no check, a type that it does not take, and a frame that
 /// would not do; `fault` then says why.
