@@ -15,4 +15,10 @@ struct SAtmosphere {
     double Transmission(double celsius, double distance, double rootOfDistance, double relativeHumidity) const;
 };
 
+/// The atmosphere of a calibration that has its constants under these names.
+template <class Calib>
+SAtmosphere AtmosphereOf(const Calib& calib) {
+    return {calib.atmAlpha1, calib.atmAlpha2, calib.atmBeta1, calib.atmBeta2, calib.atmX};
+}
+
 }  // namespace ovix::reduce

@@ -39,15 +39,16 @@ i32 CountOf(float value) {
 
 }  // namespace
 
-CMeasConv::CMeasConv(const SAdjustParams* adjust, const SObjectParams* object, const SCalibParams* calib) {
+CMeasConv::CMeasConv(const SAdjustParams* adjust, const SObjectParams* object, const SCalibParams* calib)
+    : TSignalModel(CRadianceFit(kLowWave, kHighWave, CRadianceFit::EWays::Forward)) {
     init(adjust, object, calib);
 }
 
 void CMeasConv::init(const SAdjustParams* adjust, const SObjectParams* object, const SCalibParams* calib) {
     Clear(true);
+    limits_.overflow = 0;
     setAdjPar(adjust);
     Take(object, calib);
-    if (calib) InitRad(calib->planckR, calib->planckB, calib->planckF);
 }
 
 void CMeasConv::setAdjPar(const SAdjustParams* adjust) {
@@ -55,26 +56,10 @@ void CMeasConv::setAdjPar(const SAdjustParams* adjust) {
     Refresh();
 }
 
-bool CMeasConv::InitRad(double R, double B, double F) {
-    if (radValid_ && radR_ == R && radB_ == B && radF_ == F) return true;
-    if (!calibValid_) return false;
-    TArray<double> signals, radiances;
-    if (!SampleBlackBody({R, B, F}, calib_.radFitLowTemp, calib_.radFitHighTemp, kLowWave, kHighWave, signals,
-                         radiances) ||
-        !radiance_.Fit(signals, radiances)) {
-        return false;
-    }
-    radR_ = R;
-    radB_ = B;
-    radF_ = F;
-    return radValid_ = true;
-}
-
 double CMeasConv::doCalcAtmTao() const {
-    const SAtmosphere air{calib_.atmAlpha1, calib_.atmAlpha2, calib_.atmBeta1, calib_.atmBeta2, calib_.atmX};
     const float celsius = static_cast<float>(object_.atmosphereTemp - 273.15);  // narrowed
     const float root = std::sqrt(object_.distance);                             // single precision
-    return air.Transmission(celsius, object_.distance, root, object_.relativeHumidity);
+    return AtmosphereOf(calib_).Transmission(celsius, object_.distance, root, object_.relativeHumidity);
 }
 
 void CMeasConv::doUpdateUflwOflw() {
@@ -175,7 +160,8 @@ void CMeasConv::RunObjectSignal(Span... span) const {
 }
 template <class... Span>
 void CMeasConv::RunRadiance(Span... span) const {
-    Kernel().Run(span..., [fit = radiance_](float& out, double signal) { out = static_cast<float>(fit.At(signal)); });
+    Kernel().Run(span...,
+                 [fit = fit_.radiance()](float& out, double signal) { out = static_cast<float>(fit.At(signal)); });
 }
 
 void CMeasConv::imgToTemp(float* out, const float* in, u8* status, u32 count, ETempType scale) const {

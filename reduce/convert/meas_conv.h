@@ -1,7 +1,6 @@
 #pragma once
 
 #include "core/typed_data.h"
-#include "reduce/convert/radiance_fit.h"
 #include "reduce/convert/signal_model.h"
 
 namespace ovix::reduce {
@@ -63,10 +62,6 @@ class OVIX_REDUCE_API CMeasConv : public TSignalModel<SObjectParams, SCalibParam
     /// Null means the defaults of the record.
     void setAdjPar(const SAdjustParams* adjust);
     const SAdjustParams* AdjPar() const { return &adjust_; }
-    /// Fits radiance to the object signals of the curve with these constants, over the calibration's fit range; nothing
-    /// to do when the last fit had the same ones. False, with the fit left as it was, without calibration, for a range
-    /// that makes none, and when the points do not determine the fit.
-    bool InitRad(double R, double B, double F);
 
     // Single values. The two with a status apply the limits whether or not `status` is null.
 
@@ -115,11 +110,6 @@ class OVIX_REDUCE_API CMeasConv : public TSignalModel<SObjectParams, SCalibParam
     void RunRadiance(Span... span) const;
 
     SAdjustParams adjust_;
-    bool radValid_ = false;
-    double radR_ = 0;
-    double radB_ = 0;
-    double radF_ = 0;
-    SParabola radiance_;  ///< of object signal
 };
 
 }  // namespace ovix::reduce

@@ -32,4 +32,10 @@ struct SPlanckCurve {
     }
 };
 
+/// The curve of a calibration that has its constants under these names.
+template <class Calib>
+SPlanckCurve CurveOf(const Calib& calib) {
+    return {calib.planckR, calib.planckB, calib.planckF};
+}
+
 }  // namespace ovix::reduce

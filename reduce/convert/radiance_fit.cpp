@@ -24,16 +24,21 @@ bool SParabola::Fit(TArray<double>& from, TArray<double>& to) {
     return true;
 }
 
-bool SampleBlackBody(const SPlanckCurve& curve, float lowKelvin, float highKelvin, double lowWave, double highWave,
-                     TArray<double>& signals, TArray<double>& radiances) {
+bool CRadianceFit::Make(const SPlanckCurve& curve, float lowKelvin, float highKelvin) {
     const i32 low = WholeCelsius(lowKelvin);
     const i32 high = WholeCelsius(highKelvin);
     if (high <= low || low < -274 || high > kHottest) return false;
+    TArray<double> signals, radiances;
     for (i32 t = low; t <= high; ++t) {
-        radiances.Add(Radiance(t, lowWave, highWave, 1.0));
+        radiances.Add(Radiance(t, lowWave_, highWave_, 1.0));
         signals.Add(curve.R / (std::exp(curve.B / (t + 273.15)) - curve.F));
     }
-    return true;
+    SParabola forward, back;
+    if (!forward.Fit(signals, radiances) || (bothWays_ && !back.Fit(radiances, signals))) return false;
+    radiance_ = forward;
+    signal_ = back;
+    curve_ = curve;
+    return valid_ = true;
 }
 
 }  // namespace ovix::reduce

@@ -6,7 +6,9 @@
 #include "core/types.h"
 #include "reduce/api.h"
 #include "reduce/convert/limit_rule.h"
+#include "reduce/convert/optical_path.h"
 #include "reduce/convert/planck_curve.h"
+#include "reduce/convert/radiance_fit.h"
 
 namespace ovix::reduce {
 
@@ -15,7 +17,7 @@ namespace ovix::reduce {
 ///
 /// A detector value, linearised, is called *pow*. The *object signal* is pow with atmosphere, external optics and
 /// reflected surroundings taken out and the emissivity compensated: what a black body at the object's temperature would
-/// give. A family adds how its counts become pow, its atmosphere, its radiance, and its buffer forms.
+/// give. A family adds how its counts become pow, its atmosphere, the band of its radiance, and its buffer forms.
 ///
 /// `Object` and `Calib` are the family's records of scene and calibration; their fields are floats of the same names in
 /// all families, temperatures in kelvin. Nothing here fails: where no value exists pow is 100000 and a temperature 0 K.
@@ -55,6 +57,13 @@ class OVIX_REDUCE_API TSignalModel {
     /// One measured object signal that stands for all surroundings; -1 for none. Answers the former one. Takes effect
     /// at the next setter that brings the model up to date.
     double setMeasAmbObjSig(double signal) { return std::exchange(measAmbObjSig_, signal); }
+    /// Fits radiance to the object signals of the curve with these constants, over the calibration's fit range; nothing
+    /// to do when the last fit had the same ones. False, with the fit left as it was, without calibration, for a range
+    /// that makes none, and when the points do not determine the fit.
+    bool InitRad(double R, double B, double F) {
+        const SPlanckCurve curve{R, B, F};
+        return fit_.IsOf(curve) || (calibValid_ && fit_.Make(curve, calib_.radFitLowTemp, calib_.radFitHighTemp));
+    }
 
     const Object* ObjPar() const { return &object_; }
     const Calib* CalibPar() const { return &calib_; }
@@ -83,26 +92,29 @@ class OVIX_REDUCE_API TSignalModel {
     static constexpr double kNoPow = 100000.0;  ///< the pow of nothing valid, and the greatest one
     static constexpr double kLeastPow = 1e-06;
 
+    explicit TSignalModel(const CRadianceFit& fit) : fit_(fit) {}
+
     virtual double doCalcAtmTao() const = 0;
     /// Sets the limits of pow.
     virtual void doUpdateUflwOflw() = 0;
 
-    SPlanckCurve Curve() const { return {calib_.planckR, calib_.planckB, calib_.planckF}; }
+    SPlanckCurve Curve() const { return CurveOf(calib_); }
 
-    /// The state of a model without records. The radiance fit, which belongs to the family, and the records stay.
+    /// The state of a model without records. The radiance fit and the records stay.
     void Clear(bool clipOn) {
-        usedAtmTao_ = K1_ = K2_ = limits_.overflow = 0;
+        usedAtmTao_ = K1_ = K2_ = 0;
         objValid_ = calibValid_ = false;
         measAmbObjSig_ = -1.0;
         clipOn_ = clipOn;
     }
-    /// Takes the records given and brings the model up to date.
+    /// Takes the records given, brings the model up to date and fits the radiance.
     void Take(const Object* object, const Calib* calib) {
         if (calib) calib_ = *calib;
         if (object) object_ = *object;
         calibValid_ = calib != nullptr;
         objValid_ = object != nullptr;
         Refresh();
+        if (calib) InitRad(calib->planckR, calib->planckB, calib->planckF);
     }
     void Refresh() {
         if (!objValid_) return;
@@ -116,13 +128,7 @@ class OVIX_REDUCE_API TSignalModel {
     }
     /// The arguments are the object signals of the surroundings, the atmosphere and the external optics.
     double doCalcK2(double refl, double atm, double ext) const {
-        const double e = object_.emissivity, t = usedAtmTao_, x = object_.extOpticsTrans;
-        if (!(e > 0)) return 0;
-        const double reflected = (1 - e) / e * refl;
-        if (!(t > 0)) return reflected;
-        const double withAir = (1 - t) / (t * e) * atm + reflected;
-        if (!(x > 0) || x >= 1.0) return withAir;
-        return withAir + (1 - x) / (x * t * e) * ext;
+        return SOpticalPath{object_.emissivity, usedAtmTao_, object_.extOpticsTrans}.Surroundings(refl, atm, ext);
     }
     void doUpdateCalcConst() {
         usedAtmTao_ = object_.atmosphereTrans > 0 ? double{object_.atmosphereTrans} : doCalcAtmTao();
@@ -176,6 +182,7 @@ class OVIX_REDUCE_API TSignalModel {
     double K1_ = 0;
     double K2_ = 0;
     SLimitRule limits_;  ///< of pow
+    CRadianceFit fit_;
 
   private:
     double calOverflowPow_ = 0;
