@@ -188,6 +188,32 @@ bool ReadByte(IFile& file, V& value) {
     return true;
 }
 
+/// A table of `count` numbers. Its length is the caller's to hold against what remains in the file.
+template <Number V>
+bool ReadTable(IFile& file, V* table, u64 count) {
+    u8 bytes[4096 * sizeof(V)];
+    while (count) {
+        const u32 n = static_cast<u32>(std::min<u64>(count, 4096));
+        if (!file.ReadBytes(bytes, n * static_cast<u32>(sizeof(V)))) return false;
+        for (u32 i = 0; i < n; ++i) table[i] = LoadLittle<V>(bytes + i * sizeof(V));
+        table += n;
+        count -= n;
+    }
+    return true;
+}
+template <Number V>
+bool WriteTable(IFile& file, const V* table, u64 count) {
+    u8 bytes[4096 * sizeof(V)];
+    while (count) {
+        const u32 n = static_cast<u32>(std::min<u64>(count, 4096));
+        for (u32 i = 0; i < n; ++i) StoreLittle(bytes + i * sizeof(V), table[i]);
+        if (!file.WriteBytes(bytes, n * static_cast<u32>(sizeof(V)))) return false;
+        table += n;
+        count -= n;
+    }
+    return true;
+}
+
 /// Members that go through a file one behind the other: the oldest stored forms. Both directions stop at the first
 /// failure, and what was read so far stays.
 ///

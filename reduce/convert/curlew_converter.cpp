@@ -3,6 +3,7 @@
 #include "reduce/convert/curlew_factory_cal_reduce_object.h"
 #include "reduce/convert/kelvin_scale.h"
 #include "reduce/convert/scene.h"
+#include "reduce/convert/signal_calibration.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/reduce_object_array.h"
 
@@ -20,25 +21,6 @@ SAdjustParams AdjustOf(const CCurlewFactoryCalReduceObject& cal) {
     adjust.nonlinearGain = cal.nonlinearGain;
     adjust.nonlinearOffset = cal.nonlinearOffset;
     return adjust;
-}
-
-SCalibParams CalibOf(const CCurlewFactoryCalReduceObject& cal) {
-    SCalibParams calib;
-    calib.planckR = cal.planckR;
-    calib.planckB = cal.planckB;
-    calib.planckF = cal.planckF;
-    calib.atmAlpha1 = cal.atmAlpha1;
-    calib.atmAlpha2 = cal.atmAlpha2;
-    calib.atmBeta1 = cal.atmBeta1;
-    calib.atmBeta2 = cal.atmBeta2;
-    calib.atmX = cal.atmX;
-    calib.overflowTemp = cal.overflowTemp;
-    calib.upperTemp = cal.upperTemp;
-    calib.lowerTemp = cal.lowerTemp;
-    calib.underflowTemp = cal.underflowTemp;
-    calib.radFitHighTemp = cal.radFitHighTemp;
-    calib.radFitLowTemp = cal.radFitLowTemp;
-    return calib;
 }
 
 }  // namespace
@@ -59,7 +41,8 @@ bool CCurlewConverter::Update(EUnit base, ETempType baseType, CReduceObjectArray
     if (!cal || !cal->valid) return false;
 
     const SAdjustParams adjust = AdjustOf(*cal);
-    const SCalibParams calib = CalibOf(*cal);
+    SCalibParams calib;
+    CopySignalCalibration(calib, *cal);
     SObjectParams object;
     CopyScene(object, params ? *params : CObjectParametersReduceObject());
     meas_.init(&adjust, &object, &calib);
@@ -69,10 +52,7 @@ bool CCurlewConverter::Update(EUnit base, ETempType baseType, CReduceObjectArray
 }
 
 bool CCurlewConverter::ChangeObjectParameters(CObjectParametersReduceObject* params) {
-    SObjectParams object = *meas_.ObjPar();
-    object.emissivity = params->emissivity;
-    object.distance = params->distance;
-    meas_.setObjPar(&object);
+    meas_.ChangeScene(params->emissivity, params->distance);
     InvalidateTables();
     return true;
 }

@@ -34,6 +34,13 @@ class OVIX_REDUCE_API TSignalModel {
         object_ = object ? *object : Object{};
         Refresh();
     }
+    /// The quick change: the other values of the scene stay.
+    void ChangeScene(float emissivity, float distance) {
+        Object object = object_;
+        object.emissivity = emissivity;
+        object.distance = distance;
+        setObjPar(&object);
+    }
     /// A black body before the lens: emissivity 1, distance 0, all temperatures 293.15 K, dry air, no external optics.
     void setDefObjPar() {
         Object object{};

@@ -13,7 +13,7 @@ bool CTableConverter::canUseLUT() const { return true; }
 
 bool CTableConverter::ResolvePreset(u8& preset) const {
     if (preset == 255) preset = activePreset;
-    return preset < PresetCount && presets[preset];
+    return preset < PresetCount && presets[preset] && TableOf(preset) < tableCount_;
 }
 
 bool CTableConverter::UpdateTable(u8 preset) {

@@ -48,7 +48,8 @@ class OVIX_REDUCE_API CTableConverter : public IConverter {
     /// unit that it does not know. `status` may be null.
     virtual bool RangeToOutput(u16 first, u16 last, float* out, u8* status, u8 preset) = 0;
 
-    /// Puts the active preset in the place of 255; false when the preset meant is not enabled.
+    /// Puts the active preset in the place of 255; false when the preset meant is not enabled, and
+    /// when the family does not have it.
     bool ResolvePreset(u8& preset) const;
     /// Brings the preset's table up to date. False for a preset without one and for a unit that the model does not
     /// know.

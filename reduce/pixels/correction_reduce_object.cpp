@@ -30,35 +30,6 @@ u32 BytesPerPixel(u8 tables) {
            (tables & CorrectionBadPixels ? 5u : 0u);
 }
 
-/// Elements that go through a file at once.
-constexpr u32 kBlock = 4096;
-
-template <class T>
-bool ReadTable(IFile& file, T* table, u64 count) {
-    u8 bytes[kBlock * sizeof(T)];
-    while (count) {
-        const u32 n = static_cast<u32>(std::min<u64>(count, kBlock));
-        if (!file.ReadBytes(bytes, n * static_cast<u32>(sizeof(T)))) return false;
-        for (u32 i = 0; i < n; ++i) table[i] = LoadLittle<T>(bytes + i * sizeof(T));
-        table += n;
-        count -= n;
-    }
-    return true;
-}
-
-template <class T>
-bool WriteTable(IFile& file, const T* table, u64 count) {
-    u8 bytes[kBlock * sizeof(T)];
-    while (count) {
-        const u32 n = static_cast<u32>(std::min<u64>(count, kBlock));
-        for (u32 i = 0; i < n; ++i) StoreLittle(bytes + i * sizeof(T), table[i]);
-        if (!file.WriteBytes(bytes, n * static_cast<u32>(sizeof(T)))) return false;
-        table += n;
-        count -= n;
-    }
-    return true;
-}
-
 template <class T>
 void FlipTable(T* table, u32 width, u32 height, bool leftRight, bool topBottom) {
     const auto row = [&](u32 y) { return table + u64{y} * width; };

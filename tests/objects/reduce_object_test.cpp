@@ -16,6 +16,7 @@ struct SClassRow {
     u32 version;
     bool valid;
     bool persist;
+    bool calibration = false;
 };
 
 /// What files and plug-ins rely on.
@@ -30,6 +31,8 @@ constexpr SClassRow kClasses[] = {
     {L"AbateCfg", "{12C99632-E051-4922-B9A3-A7259271C94D}"_guid, 0x20000, true, true},
     {L"CurlewCameraInfo", "{6471D16E-323A-4B50-92F9-5A76FAAA64FC}"_guid, 0x10000, false, true},
     {L"CurlewFactoryCal", "{245A5CD5-2F58-4D08-90AC-FB6E78C7EC41}"_guid, 0x10000, false, true},
+    {L"TernFactoryCal", "{A2E5AE0D-AB11-489B-96C6-2B1C1A62F451}"_guid, 0x10001, false, true, true},
+    {L"MerlinFactoryCal", "{7ED232C7-2ECF-4552-BB67-D406D5E87E61}"_guid, 0x10001, false, true, true},
 };
 
 TEST(ReduceObject, BuiltInClassesStartAsFilesExpect) {
@@ -43,7 +46,7 @@ TEST(ReduceObject, BuiltInClassesStartAsFilesExpect) {
         EXPECT_EQ(object->valid, row.valid);
         EXPECT_EQ(object->ShouldPersist(0), row.persist);
         EXPECT_EQ(object->ShouldPersist(~0u), row.persist);
-        EXPECT_FALSE(object->IsCalObj());
+        EXPECT_EQ(object->IsCalObj(), row.calibration);
         const bool perFrame = object->GetTypeID() == CFrameInfoReduceObject::typeID;
         EXPECT_EQ(object->IsPerFrame(), perFrame);
         EXPECT_EQ(object->IsPerPreset(), perFrame);

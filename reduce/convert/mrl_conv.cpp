@@ -1,0 +1,198 @@
+#include "reduce/convert/mrl_conv.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "core/least_squares.h"
+#include "reduce/convert/atmosphere.h"
+#include "reduce/convert/integer_rounding.h"
+#include "reduce/convert/kelvin_scale.h"
+#include "reduce/convert/optical_path.h"
+#include "reduce/convert/parallel_for.h"
+#include "reduce/convert/planck_curve.h"
+#include "reduce/pixels/radiance_law.h"
+
+namespace ovix::reduce {
+
+namespace {
+
+/// What a file says beyond it has no coefficients.
+constexpr i32 kHighestDegree = 6;
+
+/// The end of a range widened by a part of its size, but at least by so many degrees. In single precision.
+float Margin(float celsius, float least, float divisor) { return std::max(least, std::abs(celsius / divisor)); }
+
+/// The radiances of a block of signals by a polynomial: the order codes of a user's calibration, with integer powers
+/// that wrap at 32 bits, required as they are. 0 for a degree that is none.
+void ApplyPolynomial(const SRadianceLaw& law, const u16* signals, u32 count, double* radiances) {
+    SCounts counts;
+    counts.Load({const_cast<u16*>(signals), UInt16}, count, EPowers::Wrapping);
+    if (!ApplyLaw(law, counts, nullptr, radiances)) std::fill_n(radiances, count, 0.0);
+}
+
+constexpr auto kRadianceItself = [](float radiance) { return radiance; };
+
+}  // namespace
+
+SRadianceLaw CMrlConv::Law() const {
+    return {cal_.c, std::min(cal_.degree, kHighestDegree), CBackground(cal_.signalOffset), kPath_};
+}
+
+void CMrlConv::Init(const CMerlinFactoryCalReduceObject& calibration, const CObjectParametersReduceObject& params) {
+    const bool changed = cal_.degree != calibration.degree ||
+                         !std::equal(std::begin(cal_.c), std::end(cal_.c), std::begin(calibration.c));
+    cal_ = calibration;
+    cal_.CreateLUT(0);
+    ReInit(params);
+    CalcLimits();
+    if (changed && cal_.degree >= 2) FitInverse();
+}
+
+void CMrlConv::ReInit(const CObjectParametersReduceObject& params) {
+    obj_ = params;
+    if (obj_.emissivity == 0.0f) obj_.emissivity = 1.0f;
+    usedAtmTao_ = obj_.atmosphereTrans;
+    if (usedAtmTao_ == 0.0) {
+        // Unlike in the other families a transmission below 0 is used as given, and all here is in double.
+        usedAtmTao_ = AtmosphereOf(cal_).Transmission(obj_.atmosphereTemp - 273.15, obj_.distance,
+                                                      std::sqrt(double{obj_.distance}), obj_.relativeHumidity);
+    }
+    const SPlanckCurve curve = CurveOf(cal_);
+    K2_ = SOpticalPath{obj_.emissivity, usedAtmTao_, obj_.extOpticsTrans}.Surroundings(
+        curve.Signal(obj_.reflectedTemp), curve.Signal(obj_.atmosphereTemp), curve.Signal(obj_.extOpticsTemp));
+    kPath_ = 1 / (obj_.extOpticsTrans * usedAtmTao_);
+}
+
+void CMrlConv::CalcLimits() {
+    const float high = static_cast<float>(cal_.highTemp + 273.15);
+    const float low = static_cast<float>(cal_.lowTemp + 273.15);
+    // The curve without its floor.
+    const auto radiance = [this](double kelvin) {
+        return cal_.planckR / (std::exp(cal_.planckB / kelvin) - cal_.planckF);
+    };
+    limits_.upper = radiance(high + Margin(cal_.highTemp, 2.0f, 50.0f));
+    limits_.lower = radiance(low - Margin(cal_.lowTemp, 2.0f, 50.0f));
+    limits_.overflow = radiance(high + Margin(cal_.highTemp, 5.0f, 20.0f));
+    limits_.underflow = radiance(low - Margin(cal_.lowTemp, 5.0f, 20.0f));
+}
+
+void CMrlConv::FitInverse() {
+    SRadianceLaw law = Law();
+    law.scale = 1.0;
+    const i32 low = cal_.fitLowSignal, high = cal_.fitHighSignal;
+    const i32 inner = law.order + 2;
+    const i32 step = (high - low) / (inner + 1);
+    TArray<double> values, signals, coefficients;
+    for (i32 i = 0; i <= inner + 1; ++i) {
+        const u16 signal = static_cast<u16>(i > inner ? high : low + i * step);
+        double value = 0;
+        ApplyPolynomial(law, &signal, 1, &value);
+        values.Add(value);
+        signals.Add(signal);
+    }
+    if (!LinearLeastSquareFit(values, signals, law.order, coefficients)) return;
+    std::copy(coefficients.begin(), coefficients.end(), inverse_);
+}
+
+double CMrlConv::Inverse(float value) const {
+    const i32 degree = Law().order;
+    double sum = 0;
+    float power = 1;  // up to the fourth in single precision
+    for (i32 i = 0; i <= degree; ++i, power *= value) {
+        sum += inverse_[i] * (degree > 4 ? std::pow(double{value}, i) : power);
+    }
+    return sum;
+}
+
+/// The one chain of all forms, for a block at most.
+void CMrlConv::Radiances(const u16* signals, float* out, u8* status, u32 count) const {
+    double radiances[kRunBlock];
+    ApplyPolynomial(Law(), signals, count, radiances);
+    for (u32 i = 0; i < count; ++i) {
+        double value = static_cast<float>(radiances[i]);
+        const u8 flags = limits_.Apply(value);
+        out[i] = static_cast<float>(value);
+        if (status) status[i] = flags;
+    }
+}
+
+float CMrlConv::SignalToRadiance(u16 signal, u8* status) const {
+    float radiance = 0;
+    Radiances(&signal, &radiance, status, 1);
+    return radiance;
+}
+
+float CMrlConv::SignalToTemperature(u16 signal, u8* status, ETempType scale) const {
+    return RadianceToTemperature(SignalToRadiance(signal, status), nullptr, scale);
+}
+
+float CMrlConv::RadianceToTemperature(float radiance, u8*, ETempType scale) const {
+    const float compensated = radiance / obj_.emissivity;
+    const float kelvin = static_cast<float>(CurveOf(cal_).Temperature(compensated - K2_));
+    return static_cast<float>(KelvinScale(scale).FromKelvin(kelvin));
+}
+
+float CMrlConv::TemperatureToRadiance(float value, u8*, ETempType scale) const {
+    const float kelvin = static_cast<float>(KelvinScale(scale).ToKelvin(value));
+    return static_cast<float>((CurveOf(cal_).Signal(kelvin) + K2_) * obj_.emissivity);
+}
+
+u16 CMrlConv::RadianceToSignal(float radiance, u8* status) const {
+    double limited = radiance;
+    const u8 flags = limits_.Apply(limited);
+    if (status) *status = flags;
+    const double r = static_cast<float>(limited);
+    switch (cal_.degree) {
+        case 1:
+            return static_cast<u16>(TruncateTo<i64>((r / kPath_ - cal_.c[0]) / cal_.c[1]));
+        case -1:
+            return static_cast<u16>(TruncateTo<i64>((r - cal_.c[0]) / kPath_ / cal_.c[1] + cal_.signalOffset));
+        case -2:
+            return static_cast<u16>(TruncateTo<i64>((r / kPath_ - cal_.c[0]) / cal_.c[1] + cal_.signalOffset));
+        default:
+            return static_cast<u16>(RoundToInteger(Inverse(static_cast<float>(r / kPath_))));
+    }
+}
+
+u16 CMrlConv::TemperatureToSignal(float value, u8* status, ETempType scale) const {
+    return RadianceToSignal(TemperatureToRadiance(value, nullptr, scale), status);
+}
+
+template <class Finish>
+void CMrlConv::RunBuffer(const u16* in, float* out, u8* status, u32 count, const Finish& finish) const {
+    ParallelFor(count, [&](u32 first, u32 last) {
+        for (u32 at = first, n = 0; at < last; at += n) {
+            n = std::min(kRunBlock, last - at);
+            Radiances(in + at, out + at, status ? status + at : nullptr, n);
+            std::transform(out + at, out + at + n, out + at, finish);
+        }
+    });
+}
+
+template <class Finish>
+void CMrlConv::RunRange(u16 first, u16 last, float* out, u8* status, const Finish& finish) const {
+    u16 signals[kRunBlock];
+    for (u32 at = first, n = 0; at <= last; at += n) {
+        n = std::min(kRunBlock, u32{last} + 1 - at);
+        for (u32 i = 0; i < n; ++i) signals[i] = static_cast<u16>(at + i);
+        Radiances(signals, out, status, n);
+        std::transform(out, out + n, out, finish);
+        out += n;
+        if (status) status += n;
+    }
+}
+
+void CMrlConv::SignalToRadiance(const u16* in, float* out, u8* status, u32 count) const {
+    RunBuffer(in, out, status, count, kRadianceItself);
+}
+void CMrlConv::SignalToTemperature(const u16* in, float* out, u8* status, u32 count, ETempType scale) const {
+    RunBuffer(in, out, status, count, [=, this](float r) { return RadianceToTemperature(r, nullptr, scale); });
+}
+void CMrlConv::SignalToRadiance(u16 first, u16 last, float* out, u8* status) const {
+    RunRange(first, last, out, status, kRadianceItself);
+}
+void CMrlConv::SignalToTemperature(u16 first, u16 last, float* out, u8* status, ETempType scale) const {
+    RunRange(first, last, out, status, [=, this](float r) { return RadianceToTemperature(r, nullptr, scale); });
+}
+
+}  // namespace ovix::reduce
