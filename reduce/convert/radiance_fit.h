@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/array.h"
+#include "reduce/api.h"
 #include "reduce/convert/planck_curve.h"
 
 namespace ovix::reduce {
@@ -16,7 +17,7 @@ struct SParabola {
 
 /// Radiance in a band of wavelengths against the object signal of a black body, as a parabola, and for families that
 /// convert radiances back the parabola of the other way, fitted on the same points.
-class CRadianceFit {
+class OVIX_REDUCE_API CRadianceFit {
   public:
     enum class EWays : bool { Forward, Both };
 
