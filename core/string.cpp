@@ -189,7 +189,7 @@ CString CString::FromFormat(const wchar_t* format, ...) {
     std::vfwprintf(stream, ToNativeFormat(format).c_str(), arguments);
     va_end(arguments);
     std::fclose(stream);
-    const CString formatted(text, static_cast<int>(length));
+    CString formatted(text, static_cast<int>(length));
     std::free(text);
     return formatted;
 }

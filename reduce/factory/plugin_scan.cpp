@@ -29,7 +29,7 @@ CString PathOfLibrary() {
     static const char anchor = 0;
     Dl_info info = {};
     if (::dladdr(&anchor, &info) && info.dli_fname) {
-        const CString path(info.dli_fname);
+        CString path(info.dli_fname);
         const wchar_t* slash = std::wcsrchr(path, L'/');
         if (EqualsNoCase(slash ? slash + 1 : path.c_str(), kLibrary)) return path;
     }

@@ -24,7 +24,7 @@ TSharedPtr<IReduceObject> Find(CReduceObjectArray& array, int preset, bool creat
         if (object->preset == IReduceObject::NoPreset) ofWholeSource = object;
     }
     if (!create) return ofWholeSource;
-    const TSharedPtr<IReduceObject> made = make();
+    TSharedPtr<IReduceObject> made = make();
     if (made) {
         made->preset = static_cast<u8>(preset);
         array.Add(made);  // an array that cannot grow still hands the object out
