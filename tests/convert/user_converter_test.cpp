@@ -1,0 +1,376 @@
+#include "reduce/convert/user_converter.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <numeric>
+#include <vector>
+
+#include "reduce/convert/converter_factory.h"
+#include "reduce/objects/object_parameters_reduce_object.h"
+#include "reduce/objects/reduce_object_array.h"
+#include "reduce/objects/source_info_reduce_object.h"
+#include "reduce/pixels/radiance.h"
+#include "reduce/pixels/rcal_reduce_object.h"
+#include "support/selection_forms.h"
+
+namespace ovix::reduce {
+namespace {
+
+using Real = long double;
+
+constexpr double kLow = 8, kHigh = 12;
+constexpr u16 kWidth = 6, kHeight = 4;
+constexpr u32 kPixels = kWidth * kHeight;
+/// Counts to radiance: 0.0006 at 2,000 counts, 0.03 at 51,000.
+constexpr double kOffset = -0.0006, kGain = 6e-7;
+/// Radiance to degrees Celsius, roughly.
+const TArray<double> kPolynomial{-48, 4000, -1e4};
+
+class UserConverter : public ::testing::Test {
+  public:
+    UserConverter() {
+        object = array.Get<CRCalReduceObject>(-1, true);
+        object->valid = true;
+        object->cal.SetBandpass(kLow, kHigh);
+        for (int p = 0; p < 8; ++p) object->cal.SetPolynomial(p, 1, {kOffset, kGain});
+        for (double t = -40; t <= 400; t += 5) {
+            temperatures.Add(t);
+            radiances.Add(Radiance(t, kLow, kHigh, 1));
+        }
+        const auto source = array.GetSourceInfo(true);
+        source->width = kWidth;
+        source->height = kHeight;
+        scene = array.GetObjectParameters(true);
+        std::iota(counts.begin(), counts.end(), u16{0});
+    }
+    CRCalFile& Cal() { return object->cal; }
+    /// With presets 0, 2 and 5 enabled.
+    bool Update(EUnit unit, EUnit base = Counts, ETempType scale = Celsius) {
+        bool presets[] = {true, false, true, false, false, true};
+        return converter.Update(base, Celsius, array, unit, scale, presets, 6, 0);
+    }
+    std::vector<float> Table() {
+        std::vector<float> out(65536, -1.0f);
+        EXPECT_TRUE(converter.BaseToOutput({counts.data(), UInt16}, {out.data(), Flt32}, nullptr, 65536));
+        return out;
+    }
+    void SetBackgrounds(int preset, double first) {
+        TArray<double> background;
+        for (u32 i = 0; i < kPixels; ++i) background.Add(first + 10 * i);
+        ASSERT_TRUE(Cal().SetBackgroundFile(preset, kWidth, kHeight, background));
+        ASSERT_TRUE(Cal().SetPolynomial(preset, -2, {kOffset, kGain}));
+    }
+    static Real Planck(Real radiance) {
+        return 14388.3L / (10 * std::log1p(11910.66L * 4 / (1e5L * radiance))) - 273.15L;
+    }
+    Real Lookup(Real x) const {
+        u32 m = 1;
+        while (m + 1 < radiances.size() && radiances[m] < x) ++m;
+        const Real share = (x - radiances[m - 1]) / (Real{radiances[m]} - radiances[m - 1]);
+        return temperatures[m - 1] + 5 * std::clamp<Real>(share, 0, 1);
+    }
+    static Real Polynomial(Real x) { return kPolynomial[0] + kPolynomial[1] * x + kPolynomial[2] * x * x; }
+
+    CReduceObjectArray array;
+    TSharedPtr<CRCalReduceObject> object;
+    TSharedPtr<CObjectParametersReduceObject> scene;
+    TArray<double> radiances, temperatures;
+    std::vector<u16> counts = std::vector<u16>(65536);
+    CUserConverter converter;
+};
+
+TEST_F(UserConverter, UnitsOnOffer) {
+    const auto offers = [&](EUnit base, std::initializer_list<EUnit> expected) {
+        TArray<EUnit> units;
+        EXPECT_EQ(CUserConverter::SupportedUnits(units, base, array), expected.size() > 0);
+        EXPECT_TRUE(std::equal(units.begin(), units.end(), expected.begin(), expected.end()));
+    };
+    offers(Counts, {Counts, RadianceUser, TemperatureUser});
+    offers(RadianceUser, {RadianceUser, TemperatureUser});
+    offers(ObjectSignal, {});
+    EXPECT_EQ(converterFactory()->ConverterGUIDForUnit(Counts, array, TemperatureUser), converter.id());
+    object->valid = false;
+    offers(Counts, {});
+    object->valid = true;
+    Cal().DefaultCal();
+    offers(Counts, {});
+    array.RemoveAllObjectsOfType(CRCalReduceObject::typeID);
+    offers(Counts, {});
+    EXPECT_FALSE(Update(TemperatureUser));
+}
+
+TEST_F(UserConverter, TableIsTheFormulaAtEveryEntry) {
+    scene->emissivity = 0.75f;
+    scene->atmosphereTrans = 0.5f;
+    TArray<double> noTable;
+    struct SCase {
+        EUnit unit;
+        bool table, polynomial;
+        Real (*model)(const UserConverter&, Real);
+        double tolerance;
+    };
+    const SCase kCases[] = {
+        {RadianceUser, true, true, [](const UserConverter&, Real r) { return r; }, 1e-8},
+        {TemperatureUser, true, true, [](const UserConverter& t, Real r) { return t.Lookup(r / 0.75L); }, 1e-4},
+        {TemperatureUser, false, true, [](const UserConverter&, Real r) { return Polynomial(r / 0.75L); }, 1e-4},
+        {TemperatureUser, false, false, [](const UserConverter&, Real r) { return Planck(r / 0.75L); }, 1e-4}};
+    for (const SCase& c : kCases) {
+        for (const int p : {0, 2, 5}) {
+            ASSERT_TRUE(Cal().SetLookup(p, c.table ? radiances : noTable, c.table ? temperatures : noTable));
+            ASSERT_TRUE(Cal().SetTempPolynomial(p, c.polynomial ? 2 : 0, c.polynomial ? kPolynomial : noTable));
+        }
+        converter = CUserConverter();
+        ASSERT_TRUE(Update(c.unit));
+        EXPECT_EQ(scene->estimatedAtmosphereTrans, 0.5f);
+        std::vector<float> out(65536), range(65536);
+        std::vector<u8> status(65536, 99), rangeStatus(65536, 99);
+        ASSERT_TRUE(converter.BaseToOutput({counts.data(), UInt16}, {out.data(), Flt32}, status.data(), 65536));
+        ASSERT_TRUE(converter.SignalToOutput(u16{0}, u16{65535}, range.data(), rangeStatus.data(), 5));
+        EXPECT_EQ(std::memcmp(out.data(), range.data(), 65536 * sizeof(float)), 0);
+        for (u32 i = 2000; i < 65536; ++i) {  // from where the radiance is positive
+            const float radiance = static_cast<float>((kOffset + kGain * i) * 2);
+            ASSERT_NEAR(out[i], static_cast<double>(c.model(*this, radiance)), c.tolerance) << i;
+            ASSERT_GE(out[i], out[i - 1]) << i;
+            ASSERT_EQ(status[i] + rangeStatus[i], 0);
+        }
+    }
+}
+
+TEST_F(UserConverter, BlackBodiesComeBackWithinTheStepOfACount) {
+    for (const int p : {0, 2, 5}) Cal().SetLookup(p, radiances, temperatures);
+    ASSERT_TRUE(Update(TemperatureUser));
+    const std::vector<float> table = Table();
+    for (double t = -30; t <= 260; t += 0.37) {
+        const double exact = (Radiance(t, kLow, kHigh, 1) - kOffset) / kGain;
+        const auto count = static_cast<u32>(exact + 0.5);
+        const double step = table[count + 1] - table[count - 1];
+        // Between entries 5 degrees apart the table is a chord of the curve.
+        EXPECT_NEAR(table[count], t, step + 0.06) << t;
+    }
+}
+
+TEST_F(UserConverter, AllFormsThroughTheTables) {
+    ASSERT_TRUE(Update(TemperatureUser));
+    test::SFormsImage().Check([&](auto... form) { return converter.BaseToOutput(form...); }, Table(), false);
+
+    // By the map each pixel takes the table of its preset.
+    Cal().SetPolynomial(2, 1, {0, 1});
+    Cal().SetPolynomial(5, 0, {3});
+    scene->atmosphereTrans = 0.25f;
+    converter = CUserConverter();
+    ASSERT_TRUE(Update(RadianceUser));
+    const float in[] = {10, 20, 30, 40};
+    u8 map[] = {2, 0, 5, 2};
+    double out[4] = {-1, -1, -1, -1};
+    const STypedData from{const_cast<float*>(in), Flt32}, to{out, Flt64};
+    ASSERT_TRUE(converter.BaseToOutput(from, map, to, nullptr, 4));
+    EXPECT_EQ(out[0], 40);
+    EXPECT_EQ(out[1], static_cast<float>((kOffset + kGain * 20) * 4));
+    EXPECT_EQ(out[2], 120);
+    EXPECT_EQ(out[3], 160);
+    const u32 list[] = {3, 2};
+    for (const u8 stranger : std::initializer_list<u8>{1, 7, 8, 255}) {  // not enabled, and beyond eight
+        map[1] = stranger;
+        out[0] = -1;
+        EXPECT_FALSE(converter.BaseToOutput(from, map, to, nullptr, 4)) << int{stranger};
+        EXPECT_EQ(out[0], -1);
+        EXPECT_TRUE(converter.BaseToOutput(from, map, list, 2, to, nullptr)) << "not among the selected";
+    }
+    EXPECT_EQ(out[1], 120);
+    EXPECT_FALSE(converter.BaseToOutput(from, {out, NoPixels}, nullptr, 4));
+    EXPECT_FALSE(converter.BaseToOutput(from, map, 2, 2, SArea{}, {out, NoPixels}, nullptr));
+}
+
+TEST_F(UserConverter, TablesStayUntilTheSceneChanges) {
+    ASSERT_TRUE(Update(RadianceUser));
+    const float before = Table()[20000];
+    Cal().SetPolynomial(0, 1, {0, 1});
+    ASSERT_TRUE(Update(RadianceUser));
+    EXPECT_EQ(Table()[20000], before);
+    float direct = 0;
+    u8 status = 0;
+    EXPECT_TRUE(converter.SignalToOutput(20000, 20000, &direct, &status, 0));
+    EXPECT_EQ(direct, 20000);
+    CUserConverter copy = converter;  // shares the tables
+    EXPECT_FALSE(converter.canChangeObjectParameters());
+    scene->atmosphereTrans = 0.5f;
+    EXPECT_TRUE(converter.ChangeObjectParameters(scene.ptr()));
+    EXPECT_EQ(Table()[20000], 40000);
+    scene->atmosphereTrans = 0;
+    EXPECT_TRUE(converter.ChangeObjectParameters(scene.ptr()));
+    EXPECT_EQ(scene->estimatedAtmosphereTrans, 1);
+    EXPECT_EQ(Table()[20000], 20000);
+    converter = CUserConverter();
+    const u16 count = 20000;
+    float out = 0;
+    EXPECT_TRUE(copy.BaseToOutput({const_cast<u16*>(&count), UInt16}, {&out, Flt32}, nullptr, 1));
+    EXPECT_EQ(out, 20000);
+    EXPECT_FALSE(copy.UpdateLUT(8));
+}
+
+TEST_F(UserConverter, SingleValuesAnswerOnlyWhetherThePresetIsEnabled) {
+    ASSERT_TRUE(Update(TemperatureUser));
+    float out = -1, range[2] = {-1, -1};
+    u16 signal = 7;
+    u8 status = 99;
+    for (const u8 preset : std::initializer_list<u8>{0, 1, 2, 5, 7, 8, 254, 255}) {
+        const bool enabled = preset == 0 || preset == 2 || preset == 5 || preset == 255;
+        EXPECT_EQ(converter.SignalToOutput(u16{20000}, out, status, preset), enabled) << int{preset};
+        EXPECT_EQ(converter.OutputToSignal(20, signal, status, preset), enabled);
+        EXPECT_EQ(converter.SignalToOutput(20000, 20001, range, nullptr, preset), enabled);
+    }
+    EXPECT_FALSE(converter.BaseToOutput(20000.0f, out, status, 0));
+    EXPECT_FALSE(converter.OutputToBase(20, out, status, 0));
+    EXPECT_EQ(out, -1);
+    EXPECT_EQ(signal, 7);
+    EXPECT_EQ(status, 99);
+    EXPECT_NE(range[1], -1);
+    EXPECT_TRUE(converter.SignalToOutput(5, 4, range, &status, 0));
+    EXPECT_EQ(status, 99);
+}
+
+TEST_F(UserConverter, PixelBackgroundsGoByTheFormula) {
+    SetBackgrounds(2, 1000);
+    SetBackgrounds(0, 500);
+    Cal().SetPolynomial(5, -1, {kOffset, kGain});
+    Cal().SetBackgroundValue(5, 300);
+    ASSERT_TRUE(Update(TemperatureUser));
+    EXPECT_TRUE(converter.needIndicies());
+    EXPECT_FALSE(converter.canUseLUT());
+    EXPECT_FALSE(converter.SignalToOutput(1, 2, nullptr, nullptr, 0)) << "a line over a background of each pixel";
+
+    test::SFormsImage image;
+    const STypedData in{image.counts, UInt16};
+    u8 map[kPixels];
+    std::fill_n(map, kPixels, u8{2});
+    map[8] = 5;
+    map[23] = 0;
+    const auto radiance = [&](u32 pixel, u8 p) -> Real {
+        const Real background = p == 5 ? 300 : (p == 0 ? 500 : 1000) + 10.0L * pixel;
+        return (image.counts[pixel] - background) * Real{kGain} + Real{kOffset};
+    };
+    double out[kPixels];
+    float single[kPixels];
+    u8 status[kPixels];
+    const auto expect = [&](const char* form, std::initializer_list<u32> pixels, bool byMap, bool clears,
+                            auto... arguments) {
+        std::fill_n(status, kPixels, u8{99});
+        EXPECT_TRUE(converter.BaseToOutput(in, arguments...)) << form;
+        u32 n = 0;
+        for (const u32 pixel : pixels) {
+            EXPECT_NEAR(out[n], static_cast<double>(Planck(radiance(pixel, byMap ? map[pixel] : u8{0}))), 1e-9) << form;
+            EXPECT_EQ(status[n++], clears ? 0 : 99) << form;
+        }
+        EXPECT_EQ(status[n], 99) << form;
+    };
+    const STypedData to{out, Flt64};
+    const u32 list[] = {23, 0, 8};
+    const TArray<SScanLine> lines{{3, 4, 5}, {1, 2, 2}};
+    u8 mask[kPixels] = {};
+    mask[8] = mask[16] = 1;
+    const SArea area{1, 2, 2, 4};
+    expect("whole", {0, 1, 2}, false, true, to, status, 3u);
+    expect("whole by map", {0, 1, 2}, true, true, map, to, status, 3u);
+    expect("list", {23, 0, 8}, false, true, list, 3u, to, status);
+    expect("list by map", {23, 0, 8}, true, true, map, list, 3u, to, status);
+    expect("area", {8, 9, 10, 14, 15, 16}, false, false, kWidth, kHeight, area, to, status);
+    expect("area by map", {8, 9, 10, 14, 15, 16}, true, false, map, kWidth, kHeight, area, to, status);
+    expect("lines", {22, 23, 8}, false, false, kWidth, kHeight, lines, to, status);
+    expect("lines by map", {22, 23, 8}, true, false, map, kWidth, kHeight, lines, to, status);
+    expect("mask", {8, 16}, false, false, kWidth, kHeight, area, mask, u32{kWidth}, to, status);
+    expect("mask by map", {8, 16}, true, false, map, kWidth, kHeight, area, mask, u32{kWidth}, to, status);
+
+    // Whole buffers go by a radiance in single precision, areas do not.
+    EXPECT_TRUE(converter.BaseToOutput(in, {single, Flt32}, nullptr, kPixels));
+    for (u32 i = 0; i < kPixels; ++i) {
+        EXPECT_EQ(single[i], static_cast<float>(Planck(static_cast<float>(radiance(i, 0))))) << i;
+    }
+    // Types that the formula does not take: true, and nothing is written.
+    single[0] = -1;
+    EXPECT_TRUE(converter.BaseToOutput(in, {single, UInt16}, nullptr, 1));
+    EXPECT_TRUE(converter.BaseToOutput(in, kWidth, kHeight, area, {single, Int32}, nullptr));
+    EXPECT_TRUE(converter.BaseToOutput({out, UInt64}, {single, Flt32}, nullptr, 1));
+    EXPECT_EQ(single[0], -1);
+    EXPECT_FALSE(converter.BaseToOutput(in, {single, NoPixels}, nullptr, 1));
+    // A frame larger than the background, or a preset that cannot be.
+    EXPECT_FALSE(converter.BaseToOutput(in, to, nullptr, kPixels + 1));
+    EXPECT_FALSE(converter.BaseToOutput(in, kWidth, u16{9}, SArea{0, 0, 4, 0}, to, nullptr));
+    map[1] = 8;
+    EXPECT_FALSE(converter.BaseToOutput(in, map, to, nullptr, 3));
+
+    // A copy lives on its own.
+    const auto copy = std::make_unique<CUserConverter>(converter);
+    converter = CUserConverter();
+    double again = 0;
+    EXPECT_TRUE(copy->BaseToOutput(in, kWidth, kHeight, SArea{1, 2, 1, 2}, {&again, Flt64}, nullptr));
+    EXPECT_NEAR(again, static_cast<double>(Planck(radiance(8, 0))), 1e-9);
+}
+
+TEST_F(UserConverter, WithoutABackgroundForFramesOfThisSizeItCountsAsNone) {
+    SetBackgrounds(0, 500);
+    const auto radianceOfFirst = [&](u16 width) {
+        array.GetSourceInfo(true)->width = width;
+        EXPECT_TRUE(Update(RadianceUser));
+        EXPECT_TRUE(converter.needIndicies());
+        const u16 count = 10000;
+        double out = 0;
+        EXPECT_TRUE(converter.BaseToOutput({const_cast<u16*>(&count), UInt16}, {&out, Flt64}, nullptr, 1));
+        return out;
+    };
+    EXPECT_DOUBLE_EQ(radianceOfFirst(kWidth), 9500 * kGain + kOffset);
+    EXPECT_DOUBLE_EQ(radianceOfFirst(60000), 10000 * kGain + kOffset);
+    EXPECT_DOUBLE_EQ(radianceOfFirst(kWidth), 9500 * kGain + kOffset);
+    SetBackgrounds(0, 700);
+    EXPECT_DOUBLE_EQ(radianceOfFirst(kWidth), 9300 * kGain + kOffset);
+    // Elsewhere a single value counts in the forms of one step alone.
+    SetBackgrounds(2, 0);
+    Cal().SetBackgroundValue(0, 100);
+    EXPECT_DOUBLE_EQ(radianceOfFirst(kWidth), 10000 * kGain + kOffset);
+    const u16 count = 10000;
+    double out = 0;
+    const STypedData in{const_cast<u16*>(&count), UInt16}, to{&out, Flt64};
+    EXPECT_TRUE(converter.BaseToOutput(in, kWidth, kHeight, SArea{}, to, nullptr));
+    EXPECT_DOUBLE_EQ(out, 9900 * kGain + kOffset);
+}
+
+TEST_F(UserConverter, FromRadiance) {
+    const double in[] = {0.002, 0.005};
+    double out[2];
+    u8 status = 99;
+    const u8 map[] = {2, 0};
+    const STypedData from{const_cast<double*>(in), Flt64}, to{out, Flt64};
+    const auto expect = [&](const char* what, bool done, Real expected) {
+        EXPECT_TRUE(done) << what;
+        EXPECT_NEAR(out[0], static_cast<double>(expected), 1e-9) << what;
+        out[0] = -1;
+    };
+    // Preset 0 has a table, but not all have: whole buffers take Planck for all, an area its own preset's.
+    Cal().SetLookup(0, radiances, temperatures);
+    ASSERT_TRUE(Update(TemperatureUser, RadianceUser));
+    const SArea first{};
+    expect("whole", converter.BaseToOutput(from, to, nullptr, 2), Planck(in[0]));
+    expect("area", converter.BaseToOutput(from, 2, 1, first, to, nullptr), Lookup(in[0]));
+    expect("map", converter.BaseToOutput(from, map, to, nullptr, 2), Planck(in[0]));
+    EXPECT_NEAR(out[1], static_cast<double>(Lookup(in[1])), 1e-9);
+    for (const int p : {2, 5}) Cal().SetLookup(p, radiances, temperatures);
+    ASSERT_TRUE(Update(TemperatureUser, RadianceUser));
+    expect("whole", converter.BaseToOutput(from, to, nullptr, 2), Lookup(in[0]));
+    const u32 second = 1;
+    expect("list", converter.BaseToOutput(from, &second, 1, to, nullptr), Lookup(in[1]));
+
+    // Radiance to radiance: whole buffers and lists are left alone, the other forms give temperature all the same.
+    ASSERT_TRUE(Update(RadianceUser, RadianceUser));
+    expect("whole", converter.BaseToOutput(from, to, &status, 1), -1);
+    EXPECT_EQ(status, 0);
+    expect("list", converter.BaseToOutput(from, &second, 1, to, nullptr), -1);
+    expect("area", converter.BaseToOutput(from, 2, 1, first, to, nullptr), Lookup(in[0]));
+    expect("map", converter.BaseToOutput(from, map, to, nullptr, 1), Lookup(in[0]));
+    float value = 0;
+    EXPECT_TRUE(converter.BaseToOutput(0.5f, value, status, 0));
+    EXPECT_EQ(value, 0.5f);
+}
+
+}  // namespace
+}  // namespace ovix::reduce
