@@ -48,6 +48,9 @@ struct SKernel {
     /// The part of `bytesPerPixel` that changes from frame to frame; 0 for all. It decides how many lanes stream.
     double streamedBytesPerPixel = 0;
     std::function<SJob(const SRun&)> make;
+    /// The kernel whose time this one's is given in multiples of, and the most that is wanted; 0 for none.
+    std::string beside = {};
+    double mostBeside = 0;
 };
 
 /// A static object of this class enters a kernel in the program.

@@ -21,6 +21,8 @@ constexpr double kStreamedBytes = 4.0 * 32 * 1024 * 1024;
 struct SRow {
     std::string kernel, frame, mode;
     double nsPerPixel, share, wanted;
+    std::string beside;
+    double mostBeside;
 };
 
 std::vector<SRow>& Rows() {
@@ -88,7 +90,8 @@ void Measure(benchmark::State& state, const SKernel& kernel, SRun run, bool stre
     state.counters["ns/pixel"] = time * 1e9 / run.Pixels();
     state.counters["share"] = share;
     Rows().push_back({kernel.name, std::to_string(run.width) + "x" + std::to_string(run.height),
-                      streaming ? "streaming" : "in cache", time * 1e9 / run.Pixels(), share, kernel.wanted});
+                      streaming ? "streaming" : "in cache", time * 1e9 / run.Pixels(), share, kernel.wanted,
+                      kernel.beside, kernel.mostBeside});
 }
 
 void PrintTable() {
@@ -104,6 +107,20 @@ void PrintTable() {
             std::printf("%7.2f%s\n", row.wanted, row.share < row.wanted ? "  <" : "");
         } else {
             std::printf("%7s\n", "-");
+        }
+    }
+}
+
+/// The kernels that are measured against another one, where both ran.
+void PrintRatios() {
+    for (const SRow& row : Rows()) {
+        for (const SRow& other : Rows()) {
+            if (other.kernel != row.beside || other.frame != row.frame || other.mode != row.mode) continue;
+            const double times = row.nsPerPixel / other.nsPerPixel;
+            std::printf("%-36s %-10s %-10s %9.3f times %s", row.kernel.c_str(), row.frame.c_str(), row.mode.c_str(),
+                        times, other.kernel.c_str());
+            if (row.mostBeside > 0) std::printf(", wanted %.2f%s", row.mostBeside, times > row.mostBeside ? "  <" : "");
+            std::printf("\n");
         }
     }
 }
@@ -141,5 +158,6 @@ int main(int argc, char** argv) {
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     ovix::bench::PrintTable();
+    ovix::bench::PrintRatios();
     return 0;
 }

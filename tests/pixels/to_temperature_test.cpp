@@ -1,0 +1,449 @@
+#include "reduce/pixels/to_temperature.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+
+#include "core/visit.h"
+#include "reduce/pixels/counts_to_temperature.h"
+#include "reduce/pixels/radiance.h"
+#include "reduce/pixels/radiance_to_temperature.h"
+#include "reduce/pixels/temperature.h"
+#include "support/forms.h"
+
+namespace ovix::reduce {
+namespace {
+
+using Real = long double;
+using test::EForm;
+using test::kForms;
+using test::SForms;
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr auto kUnknownScale = static_cast<ETempType>(9);
+constexpr ETempType kScales[] = {Celsius, Fahrenheit, Kelvin, Rankine, kUnknownScale};
+
+/// What the long-wave band gives from -20 to 180 degrees Celsius.
+constexpr double kRadiances[] = {0.0019, 0.0041, 0.0077, 0.0126, 0.0189, 0.0263};
+constexpr double kTemperatures[] = {-20, 20, 60, 100, 140, 180};
+constexpr i32 kTableSize = 6;
+constexpr double kCoefficients[] = {-70, 30000, -2e6, 9e7, -1e9, 1e10, 1e11, -1e12, 3e13};
+constexpr double kHigh = 12, kLow = 8, kEmissivity = 0.875;
+
+// The models written down once more.
+
+Real FromCelsius(Real t, ETempType scale) {
+    switch (scale) {
+        case Fahrenheit:
+            return t * 1.8L + 32;
+        case Kelvin:
+            return t + 273.15L;
+        case Rankine:
+            return (t + 273.15L) * 1.8L;
+        default:
+            return t;
+    }
+}
+Real Polynomial(const double* a, i32 order, Real x) {
+    Real sum = 0;
+    for (i32 k = order; k >= 0; --k) sum = sum * x + a[k];
+    return sum;
+}
+Real Lookup(const double* xs, const double* ys, i32 count, Real x) {
+    if (x <= xs[0]) return ys[0];
+    for (i32 i = 1; i < count; ++i) {
+        if (x <= xs[i]) return ys[i - 1] + (ys[i] - ys[i - 1]) * ((x - xs[i - 1]) / (xs[i] - xs[i - 1]));
+    }
+    return ys[count - 1];
+}
+Real Planck(Real radiance, Real scale) {
+    const Real width = kHigh - kLow, middle = (kHigh + kLow) / 2.0L;
+    return 14388.3L / (middle * std::log1p(11910.66L * width / (std::pow(middle, 5.0L) * (radiance / scale)))) -
+           273.15L;
+}
+Real Fit(Real x, Real R, Real B, Real F, Real O) { return B / std::log(R / (x - O) + F) - 273.15L; }
+
+/// Every form, shape and scale for one pair of types.
+template <class S, class D>
+class CAllForms {
+  public:
+    CAllForms() {
+        for (u32 i = 0; i < forms_.Count(); ++i) {
+            source_.push_back(static_cast<S>(0.001 + 0.00003 * i));
+            presets_.push_back(static_cast<u8>(i / 7 % 4));
+        }
+    }
+
+    /// `call(destination, source, form arguments)` must give `expected(radiance, preset)` in degrees Celsius.
+    void Check(const std::string& what, const auto& call, const auto& expected, double tolerance) {
+        for (const ETempType scale : kScales) {
+            for (const EForm form : kForms) {
+                std::vector<D> result(forms_.Count() + 300, D{-12345});
+                const bool answer = forms_.Call(form, [&](auto... arguments) {
+                    return call({result.data(), DataTypeOf<D>()}, {source_.data(), DataTypeOf<S>()}, presets_.data(),
+                                scale, arguments...);
+                });
+                const std::vector<u32> visited = forms_.Visited(form);
+                const std::string where = what + " form " + std::to_string(static_cast<int>(form));
+                if (!answer) continue;  // the model has no such form
+                for (std::size_t n = 0; n < visited.size(); ++n) {
+                    const Real value = expected(Real{source_[visited[n]]}, presets_[visited[n]]);
+                    ASSERT_NEAR(result[n], static_cast<double>(FromCelsius(value, scale)), tolerance)
+                        << where << ' ' << n;
+                }
+                ASSERT_EQ(result[visited.size()], D{-12345}) << where;
+                ++checked;
+            }
+        }
+    }
+
+    int checked = 0;
+
+  private:
+    SForms forms_;
+    std::vector<S> source_;
+    std::vector<u8> presets_;
+};
+
+template <class S, class D>
+void CheckAllModels() {
+    CAllForms<S, D> all;
+    const bool single = std::is_same_v<D, float>;
+    const double near = single ? 5e-5 : 1e-9;
+    for (i32 order = -2; order <= 8; ++order) {
+        all.Check(
+            "order " + std::to_string(order),
+            [&](STypedData out, STypedData in, const u8*, ETempType scale, auto... form) {
+                return ToTemperatureCoeffs(out, in, form..., kCoefficients, order, kEmissivity, scale);
+            },
+            [&](Real r, u8) { return Polynomial(kCoefficients, order, r / kEmissivity); }, single ? 3e-3 : 1e-8);
+    }
+    const double* coefficients[] = {kCoefficients, kCoefficients + 1, kCoefficients, kCoefficients};
+    const i32 orders[] = {2, 1, 7, 3};
+    all.Check(
+        "polynomials",
+        [&](STypedData out, STypedData in, const u8* map, ETempType scale, auto... form) {
+            return ToTemperatureCoeffs(out, in, map, form..., coefficients, orders, kEmissivity, scale);
+        },
+        [&](Real r, u8 p) { return Polynomial(coefficients[p], orders[p], r / kEmissivity); }, single ? 1e-2 : 1e-8);
+    all.Check(
+        "table",
+        [&](STypedData out, STypedData in, const u8*, ETempType scale, auto... form) {
+            if constexpr (sizeof...(form) <= 2) {
+                return ToTemperatureLookup(out, in, form..., kRadiances, kTemperatures, kTableSize, true, kEmissivity,
+                                           scale);
+            } else {
+                return ToTemperatureLookup(out, in, form..., kRadiances, kTemperatures, kTableSize, kEmissivity, scale);
+            }
+        },
+        [&](Real r, u8) { return Lookup(kRadiances, kTemperatures, kTableSize, r / kEmissivity); }, near);
+    const double* radiances[] = {kRadiances, kRadiances + 1, kRadiances, kRadiances + 2};
+    const double* temperatures[] = {kTemperatures, kTemperatures, kTemperatures + 1, kTemperatures + 2};
+    const i32 sizes[] = {6, 5, 2, 4};
+    all.Check(
+        "tables",
+        [&](STypedData out, STypedData in, const u8* map, ETempType scale, auto... form) {
+            if constexpr (sizeof...(form) <= 2) {
+                return ToTemperatureLookup(out, in, map, form..., radiances, temperatures, sizes, true, kEmissivity,
+                                           scale);
+            } else {
+                return ToTemperatureLookup(out, in, map, form..., radiances, temperatures, sizes, kEmissivity, scale);
+            }
+        },
+        [&](Real r, u8 p) { return Lookup(radiances[p], temperatures[p], sizes[p], r / kEmissivity); }, near);
+    all.Check(
+        "Planck",
+        [&](STypedData out, STypedData in, const u8*, ETempType scale, auto... form) {
+            return ToTemperaturePlanck(out, in, form..., kHigh, kLow, kEmissivity, scale);
+        },
+        [&](Real r, u8) { return Planck(r, kEmissivity); }, near);
+    EXPECT_EQ(all.checked, (11 + 1 + 1 + 1 + 1) * 25);
+    const double R[] = {2, 2.5, 3, 2}, B[] = {1450, 1400, 1500, 1450}, F[] = {1, 1.5, 0.5, 1},
+                 O[] = {0, 1e-4, 0, -1e-3};
+    all.Check(
+        "fit",
+        [&](STypedData out, STypedData in, const u8*, ETempType scale, auto... form) {
+            if constexpr (sizeof...(form) > 2) {
+                return false;
+            } else {
+                return ToTemperatureRBF(out, in, form..., R[1], B[1], F[1], O[1], 1, 2, 3, 4, kEmissivity, scale);
+            }
+        },
+        [&](Real r, u8) { return Fit(r / kEmissivity, R[1], B[1], F[1], O[1]); }, near);
+    all.Check(
+        "fits",
+        [&](STypedData out, STypedData in, const u8* map, ETempType scale, auto... form) {
+            const float* unused = nullptr;
+            if constexpr (sizeof...(form) > 2) {
+                return false;
+            } else {
+                return ToTemperatureRBF(out, in, map, form..., R, B, F, O, unused, unused, unused, unused, kEmissivity,
+                                        scale);
+            }
+        },
+        [&](Real r, u8 p) { return Fit(r / kEmissivity, R[p], B[p], F[p], O[p]); }, near);
+    EXPECT_EQ(all.checked, 15 * 25 + 2 * 10);
+}
+
+TEST(ToTemperature, EveryFormShapeModelScaleAndTypeFollowsTheFormula) {
+    CheckAllModels<float, float>();
+    CheckAllModels<float, double>();
+    CheckAllModels<double, float>();
+    CheckAllModels<double, double>();
+}
+
+TEST(ToTemperature, SingleValues) {
+    const double squares[] = {1, 0, 0, 1};
+    EXPECT_EQ(ToTemperatureCoeffs(4, squares, 3, 2, Celsius), 17) << "the third term is the fourth power";
+    EXPECT_EQ(ToTemperatureCoeffs(4, squares, 0, 2, Fahrenheit), 33.8);
+    EXPECT_EQ(ToTemperatureCoeffs(4, squares, -1, 2, kUnknownScale), 1);
+
+    struct SCase {
+        double radiance, expected;
+        bool inside;
+    };
+    for (const SCase& c : {SCase{0.001, -20, false},
+                           {0.0019, -20, true},
+                           {0.0077, 60, true},
+                           {0.0263, 180, true},
+                           {0.0059, 40, true},
+                           {0.03, 180, false}}) {
+        for (const bool clamp : {false, true}) {
+            double t = 0;
+            EXPECT_EQ(
+                ToTemperatureLookup(t, c.radiance * 0.5, kRadiances, kTemperatures, kTableSize, clamp, 0.5, Kelvin),
+                c.inside || clamp);
+            EXPECT_NEAR(t, c.expected + 273.15, 1e-10) << c.radiance;
+        }
+    }
+    double t = 7;
+    EXPECT_FALSE(ToTemperatureLookup(t, 1, kRadiances, kTemperatures, 1, true, 1, Celsius));
+    EXPECT_EQ(t, 7);
+    EXPECT_TRUE(ToTemperatureLookup(t, kNaN, kRadiances, kTemperatures, kTableSize, false, 1, Celsius));
+    EXPECT_TRUE(std::isnan(t));
+
+    EXPECT_EQ(ToTemperaturePlanck(0, kHigh, kLow, 1, Kelvin), 0);
+    EXPECT_NEAR(ToTemperaturePlanck(0.005, kHigh, kLow, 0.5, Celsius), static_cast<double>(Planck(0.005L, 0.5L)), 1e-9);
+
+    const auto fit = [](double x, double R, double F, ETempType scale) {
+        return ToTemperatureRBF(x, R, 1450, F, 0.25, 0, 0, 0, 0, 1, scale);
+    };
+    EXPECT_EQ(fit(0.25, 2, 1, Celsius), -273.15);
+    EXPECT_EQ(fit(kNaN, 2, 1, Kelvin), 0);
+    EXPECT_DOUBLE_EQ(fit(0.75, 2, 1, Rankine), 1450 / std::log(5.0) * 1.8);
+    EXPECT_DOUBLE_EQ(fit(0.75, -2, 1, Kelvin), 1450 / std::log(1.0002));
+    EXPECT_DOUBLE_EQ(fit(0.75, -2, 0.5, kUnknownScale), 1450 / std::log(1.0002) - 273.15);
+    EXPECT_DOUBLE_EQ(fit(1e9, 2, 1.5, Kelvin), 1450 / std::log(1.5 * 1.0002)) << "the limit follows F";
+}
+
+TEST(ToTemperature, PlanckOfABandIsNearTheInverseOfItsIntegral) {
+    double last = -1;
+    for (double celsius = -20; celsius <= 200; celsius += 1) {
+        const double back = ToTemperaturePlanck(Radiance(celsius, 9.5, 10.5, 0.9), 10.5, 9.5, 0.9, Celsius);
+        EXPECT_NEAR(back, celsius, 0.6);  // the middle of the band stands for all of it
+        EXPECT_GT(back, last < 0 ? -100 : last);
+        last = back;
+    }
+}
+
+TEST(ToTemperature, PowersAreSummedInSinglePrecisionForSingleDestinations) {
+    const double a[] = {16777216, 1, 1, 1, 1, 1, 1, 1};  // in single precision, each 1 is lost
+    const double* coefficients[] = {a};
+    const double one = 1;
+    const i32 two = 2;
+    const u8 preset = 0;
+    float single = 0;
+    double whole = 0;
+    const STypedData in{const_cast<double*>(&one), Flt64}, out{&single, Flt32}, wide{&whole, Flt64};
+    const STemperatureParams params{.coefficients = a, .order = 7};
+    EXPECT_TRUE(ToTemperatureCoeffs(out, in, 1, a, 7, 1, Celsius));
+    EXPECT_EQ(single, 16777216);
+    EXPECT_TRUE(ToTemperatureCoeffs(wide, in, 1, a, 7, 1, Celsius));
+    EXPECT_EQ(whole, 16777223);
+    EXPECT_TRUE(ToTemperatureCoeffs(out, in, 1, a, 6, 1, Celsius));
+    EXPECT_EQ(single, 16777222) << "orders 1 to 6 are written out";
+    EXPECT_TRUE(ToTemperatureCoeffs(out, in, &preset, 1, coefficients, &two, 1, Celsius));
+    EXPECT_EQ(single, 16777216) << "for a preset, all orders take powers";
+    EXPECT_TRUE(RadianceToTemperature(in, out, 1, params, {}));
+    EXPECT_EQ(single, 16777224);
+}
+
+TEST(ToTemperature, StopsWhereAPixelHasNoTemperature) {
+    const double in[] = {0.0041, 0.0077, 0.5, 0.0126};
+    u8 presets[] = {0, 1, 2, 1};
+    const u32 indices[] = {0, 1, 2, 3};
+    const STypedData from{const_cast<double*>(in), Flt64};
+    double result[4];
+    const STypedData out{result, Flt64};
+    const auto expect = [&](const char* what, bool answer, bool expected, u32 done, double first) {
+        EXPECT_EQ(answer, expected) << what;
+        EXPECT_EQ(result[0], done ? first : -1) << what;
+        for (u32 i = 0; i < 4; ++i) EXPECT_EQ(result[i] != -1, i < done) << what << ' ' << i;
+        std::fill_n(result, 4, -1.0);
+    };
+    std::fill_n(result, 4, -1.0);
+    const auto lookup = [&](i32 size, bool clamp) {
+        return ToTemperatureLookup(out, from, 4, kRadiances, kTemperatures, size, clamp, 1, Celsius);
+    };
+    expect("outside", lookup(6, false), false, 2, 20);
+    expect("clamped", lookup(6, true), true, 4, 20);
+    expect("short", lookup(1, true), false, 0, 0);
+    expect("list", ToTemperatureLookup(out, from, indices, 4, kRadiances, kTemperatures, 6, false, 1, Celsius), false,
+           2, 20);
+    expect("short, area", ToTemperatureLookup(out, from, 4, 1, {0, 0, 0, 3}, kRadiances, kTemperatures, 1, 1, Kelvin),
+           true, 4, 273.15);
+
+    const double* tables[] = {kRadiances, kRadiances, kRadiances};
+    const double* temperatures[] = {kTemperatures, kTemperatures, kTemperatures};
+    const i32 sizes[] = {6, 6, 1};
+    expect("preset without table",
+           ToTemperatureLookup(out, from, presets, 4, tables, temperatures, sizes, true, 1, Celsius), false, 2, 20);
+    const SArea row{0, 0, 0, 3};
+    expect("the same, area",
+           ToTemperatureLookup(out, from, presets, 4, 1, row, tables, temperatures, sizes, 1, Celsius), true, 4, 20);
+    expect("no map", ToTemperatureLookup(out, from, nullptr, 4, tables, temperatures, sizes, true, 1, Celsius), true, 4,
+           20);
+
+    const double line[] = {0.5, 0};
+    const double* lines[] = {line, line, line, line, line};
+    const i32 orders[] = {1, 1, 0, 1, 1};
+    const auto polynomials = [&] { return ToTemperatureCoeffs(out, from, presets, 4, lines, orders, 1, Celsius); };
+    expect("no order", polynomials(), false, 2, 0.5);
+    presets[2] = 4;
+    expect("preset 4", polynomials(), false, 2, 0.5);
+    presets[2] = 3;
+    expect("preset 3", polynomials(), true, 4, 0.5);
+}
+
+/// Eight presets: a table, a polynomial or Planck each.
+struct SRecords {
+    SRadianceParams toRadiance[8];
+    STemperatureParams toTemperature[8];
+    double line[2] = {8e-4, 2e-6};
+    bool valid[8] = {true, true, true, false, true, true, false, true};
+    std::vector<double> backgrounds;
+
+    explicit SRecords(u32 pixels) {
+        for (u32 i = 0; i < pixels; ++i) backgrounds.push_back(100 + i % 50);
+        for (int p = 0; p < 8; ++p) {
+            toRadiance[p] = {line, p % 2 ? -1 : 1, 50.0 * p, p > 4 ? backgrounds.data() : nullptr};
+            if (p % 3 == 0) toTemperature[p] = {kRadiances, kTemperatures, kTableSize, kCoefficients, 2};
+            if (p % 3 == 1) toTemperature[p] = {kRadiances, kTemperatures, p == 4 ? 1 : 0, kCoefficients, p};
+            if (p % 3 == 2) toTemperature[p] = {kRadiances, nullptr, kTableSize, p == 2 ? nullptr : kCoefficients, 0};
+        }
+    }
+    Real Radiance(Real count, u8 p, u32 pixel, bool flags, Real scale) const {
+        const Real background = p > 4 && flags ? Real{backgrounds[pixel]} : 50.0L * p;
+        return p % 2 ? (count - background) * line[1] * scale + line[0] : (line[0] + line[1] * count) * scale;
+    }
+    Real Temperature(Real radiance, u8 p, bool flags) const {
+        const Real x = radiance / kEmissivity;
+        if (p % 3 == 2) return Planck(radiance, kEmissivity);
+        if (p % 3 == 0 && flags) return Lookup(kRadiances, kTemperatures, kTableSize, x);
+        return Polynomial(kCoefficients, p % 3 == 0 ? 2 : p, x);
+    }
+};
+
+constexpr SCommonParams kCommon{0.5, kEmissivity, Rankine, kHigh, kLow};
+
+TEST(ToTemperature, RecordsChooseTheModel) {
+    const SForms forms;
+    const SRecords records(forms.Count());
+    std::vector<u8> presets(forms.Count());
+    std::vector<double> result(forms.Count() + 300);
+    const STypedData out{result.data(), Flt64};
+    for (u32 i = 0; i < presets.size(); ++i) presets[i] = static_cast<u8>(i / 5 % 8);
+    const auto expect = [&](const char* what, EForm form, bool answer, double tolerance, const auto& celsius) {
+        ASSERT_TRUE(answer);
+        const std::vector<u32> visited = forms.Visited(form);
+        for (std::size_t n = 0; n < visited.size(); ++n) {
+            ASSERT_NEAR(result[n], static_cast<double>(FromCelsius(celsius(visited[n]), Rankine)), tolerance)
+                << what << n;
+        }
+    };
+    for (u32 type = Int8; type <= Flt64; ++type) {
+        SCOPED_TRACE(type);
+        Visit(static_cast<EDataType>(type), [&]<class S>(TElement<S>) {
+            std::vector<S> counts(forms.Count());
+            std::vector<S> radiances(forms.Count());
+            for (u32 i = 0; i < counts.size(); ++i) {
+                counts[i] = static_cast<S>(sizeof(S) == 1 ? i % 127 : 500 + i * 13);
+                if constexpr (std::is_floating_point_v<S>) radiances[i] = static_cast<S>(0.001 + 0.00002 * i);
+            }
+            const STypedData in{counts.data(), DataTypeOf<S>()}, of{radiances.data(), DataTypeOf<S>()};
+            for (const EForm form : kForms) {
+                const auto celsius = [&](u8 p, u32 i, bool flags) {
+                    return records.Temperature(
+                        records.Radiance(static_cast<Real>(counts[i]), p, i, flags, kCommon.radianceScale), p, flags);
+                };
+                const auto byMap = [&](const bool* flags) {
+                    return forms.Call(form, [&](auto... f) {
+                        return CountsToTemperature(in, out, presets.data(), f..., flags, records.toRadiance,
+                                                   records.toTemperature, kCommon);
+                    });
+                };
+                expect("counts by map", form, byMap(records.valid), 1e-8,
+                       [&](u32 i) { return celsius(presets[i], i, records.valid[presets[i]]); });
+                expect("no flags", form, byMap(nullptr), 1e-8, [&](u32 i) { return celsius(presets[i], i, false); });
+                for (const u8 p : std::initializer_list<u8>{0, 4, 5, 6}) {
+                    const bool answer = forms.Call(form, [&](auto... f) {
+                        return CountsToTemperature(in, out, f..., records.toRadiance[p], records.toTemperature[p],
+                                                   kCommon);
+                    });
+                    expect("counts", form, answer, 1e-8, [&](u32 i) { return celsius(p, i, true); });
+                }
+                if constexpr (std::is_floating_point_v<S>) {
+                    const bool answer = forms.Call(form, [&](auto... f) {
+                        return RadianceToTemperature(of, out, presets.data(), f..., records.valid,
+                                                     records.toTemperature, kCommon);
+                    });
+                    expect("radiances by map", form, answer, 1e-8, [&](u32 i) {
+                        return records.Temperature(radiances[i], presets[i], records.valid[presets[i]]);
+                    });
+                    const bool single = forms.Call(form, [&](auto... f) {
+                        return RadianceToTemperature(of, out, f..., records.toTemperature[2], kCommon);
+                    });
+                    expect("radiances", form, single, 1e-8,
+                           [&](u32 i) { return records.Temperature(radiances[i], 2, true); });
+                }
+            }
+        });
+    }
+}
+
+TEST(ToTemperature, CountsReachTemperatureWithoutRoundingBetween) {
+    const u16 counts[] = {1, 2, 3, 1001};
+    const double lift[] = {1e8, 1}, lower[] = {-1e8, 1};  // a float near 1e8 knows multiples of 8
+    float result[4];
+    EXPECT_TRUE(CountsToTemperature({const_cast<u16*>(counts), UInt16}, {result, Flt32}, 4,
+                                    {.coefficients = lift, .order = 1}, {.coefficients = lower, .order = 1}, {}));
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(result[i], counts[i]);
+    EXPECT_TRUE(CountsToTemperature({const_cast<u16*>(counts), UInt16}, {result, Flt32}, 4,
+                                    {.coefficients = lower, .order = -3}, {.coefficients = lift, .order = 1}, {}));
+    EXPECT_EQ(result[3], 1001) << "an order that is none writes nothing";
+}
+
+TEST(ToTemperature, OtherTypesAreRefusedAndNothingIsWritten) {
+    double pixels[2] = {1, 2}, result[2] = {-1, -1};
+    for (u32 from = 0; from < 13; ++from) {
+        for (u32 to = 0; to < 13; ++to) {
+            const STypedData in{pixels, EDataType{from}}, out{result, EDataType{to}};
+            const bool floats = to == Flt32 || to == Flt64;
+            const bool both = floats && (from == Flt32 || from == Flt64);
+            const u32 count = both ? 0 : 2;
+            EXPECT_EQ(ToTemperatureCoeffs(out, in, count, kCoefficients, 1, 1, Celsius), both);
+            EXPECT_EQ(ToTemperatureLookup(out, in, count, kRadiances, kTemperatures, 6, true, 1, Celsius), both);
+            EXPECT_EQ(ToTemperaturePlanck(out, in, count, kHigh, kLow, 1, Celsius), both);
+            EXPECT_EQ(ToTemperatureRBF(out, in, count, 1, 1, 1, 0, 0, 0, 0, 0, 1, Celsius), both);
+            EXPECT_EQ(RadianceToTemperature(in, out, count, {}, {}), both);
+            const bool fromCounts = floats && from <= Flt64;
+            EXPECT_EQ(CountsToTemperature(in, out, fromCounts ? 0 : 2, {}, {}, {}), fromCounts);
+        }
+    }
+    EXPECT_EQ(result[0], -1);
+}
+
+}  // namespace
+}  // namespace ovix::reduce
