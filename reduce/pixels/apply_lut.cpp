@@ -1,5 +1,7 @@
 #include "reduce/pixels/apply_lut.h"
 
+#include <optional>
+
 #include "core/convert_array.h"
 #include "core/visit.h"
 #include "reduce/pixels/lut_fetch.h"
@@ -14,63 +16,150 @@ namespace {
 /// Pixels that go through the steps of this kernel together.
 constexpr u32 kBlock = 2048;
 
+/// A table of status bytes. It holds few, long stretches of one value: whether the places from the least to the
+/// greatest of a block lie in one of them is known much sooner than the entry of each pixel. What was found out is
+/// kept, and grows.
+class CStatusTable {
+  public:
+    CStatusTable(const u8* entries, u16 lower) : entries_(entries), lower_(lower) {}
+
+    /// The one value of all entries in the range, for a block of `count` pixels.
+    std::optional<u8> OneValue(simd::SPlaceRange range, u32 count) {
+        if (range.least >= known_.least && range.greatest <= known_.greatest) return value_;
+        // NaN has come to place 0 when that lies below the lower limit: what stands between may be no entry.
+        if (range.least < lower_) return {};
+        if (!Grow(range, count)) {
+            const u8 value = entries_[range.least];
+            if (!AllAre(value, range.least, range.greatest, count)) return {};
+            known_ = range;
+            value_ = value;
+        }
+        return value_;
+    }
+    void Fetch(const u16* places, u8* status, u32 count) const { FetchStatus(entries_, places, status, count); }
+
+  private:
+    bool Grow(simd::SPlaceRange range, u32 count) {
+        if (known_.least > known_.greatest) return false;
+        const simd::SPlaceRange both{std::min(range.least, known_.least), std::max(range.greatest, known_.greatest)};
+        if (!AllAre(value_, both.least, known_.least, count) ||
+            !AllAre(value_, known_.greatest, both.greatest, count)) {
+            return false;
+        }
+        known_ = both;
+        return true;
+    }
+    /// False also where it takes longer to find out than the entries of `count` pixels.
+    bool AllAre(u8 value, u16 from, u16 to, u32 count) const {
+        const u32 length = u32{to} - from + 1;
+        return length <= 4 * count && simd::AllBytesAre(entries_ + from, length, value);
+    }
+
+    const u8* entries_;
+    u16 lower_;
+    simd::SPlaceRange known_ = {65535, 0};
+    u8 value_ = 0;
+};
+
 /// One pair of tables for all pixels.
 class CSingleTable {
   public:
-    CSingleTable(const float* lut, const u8* statusLut, u16 lower) : lut_(lut), statusLut_(statusLut), lower_(lower) {}
+    CSingleTable(const float* lut, const u8* statusLut, u16 lower) : lut_(lut), status_(statusLut, lower) {}
 
     template <class Run>
     void Look(const Run&, const u16* places, float* values, u8* status, u32 count) {
         FetchValues(lut_, places, values, count);
         if (!status) return;
-        if (IsUniform(simd::RangeOf(places, count), count)) {
-            std::memset(status, uniformStatus_, count);
+        if (const auto value = status_.OneValue(simd::RangeOf(places, count), count)) {
+            std::memset(status, *value, count);
         } else {
-            FetchStatus(statusLut_, places, status, count);
+            status_.Fetch(places, status, count);
         }
     }
 
   private:
-    /// A status table holds few, long stretches of one value. Whether the places from the least to the greatest of a
-    /// block lie in one of them is known much sooner than the entry of each pixel. What was found out is kept.
-    bool IsUniform(simd::SPlaceRange range, u32 count) {
-        if (range.least >= uniform_.least && range.greatest <= uniform_.greatest) return true;
-        const u32 length = u32{range.greatest} - range.least + 1;
-        // NaN has come to place 0 when that lies below the lower limit: what stands between may be no entry.
-        if (range.least < lower_ || length > 4 * count) return false;
-        const u8 value = statusLut_[range.least];
-        if (!simd::AllBytesAre(statusLut_ + range.least, length, value)) return false;
-        uniform_ = range;
-        uniformStatus_ = value;
-        return true;
-    }
-
     const float* lut_;
-    const u8* statusLut_;
-    u16 lower_;
-    simd::SPlaceRange uniform_ = {65535, 0};
-    u8 uniformStatus_ = 0;
+    CStatusTable status_;
 };
 
-/// The pair of tables of each pixel's preset.
+/// The pair of tables of each pixel's preset. Merged frames hold long stretches of one preset: such a stretch goes as
+/// with a single pair, and only what lies between pixel by pixel.
 class CPresetTables {
   public:
-    CPresetTables(const u8* presets, const float* const* luts, const u8* const* statusLuts)
-        : presets_(presets), luts_(luts), statusLuts_(statusLuts) {}
+    CPresetTables(const u8* presets, const float* const* luts, const u8* const* statusLuts, u16 lower)
+        : presets_(presets), luts_(luts), statusLuts_(statusLuts), lower_(lower) {}
 
     template <class Run>
     void Look(const Run& run, const u16* places, float* values, u8* status, u32 count) {
         SElementScratch scratch;
         const u8* preset = static_cast<const u8*>(ViewElements(run, presets_, 1, scratch));
-        for (u32 i = 0; i < count; ++i) values[i] = luts_[preset[i]][places[i]];
+        u32 seen = 0;
+        ForEachStretch(
+            preset, count,
+            [&](u32 at, u32 n) {
+                FetchValues(luts_[preset[at]], places + at, values + at, n);
+                seen |= BitOf(preset[at]);
+            },
+            [&](u32 i) {
+                values[i] = luts_[preset[i]][places[i]];
+                seen |= BitOf(preset[i]);
+            });
         if (!status) return;
-        for (u32 i = 0; i < count; ++i) status[i] = statusLuts_[preset[i]][places[i]];
+        if (const auto value = OneStatus(seen, simd::RangeOf(places, count), count)) {
+            std::memset(status, *value, count);
+            return;
+        }
+        ForEachStretch(
+            preset, count, [&](u32 at, u32 n) { FetchStatus(statusLuts_[preset[at]], places + at, status + at, n); },
+            [&](u32 i) { status[i] = statusLuts_[preset[i]][places[i]]; });
     }
 
   private:
+    /// Pixels that are looked at together for whether they have one preset.
+    static constexpr u32 kStep = 8;
+    static constexpr u32 kPresets = 8;
+
+    /// Calls `whole(at, n)` for n pixels of one preset, a step or more, and `single(i)` for each pixel between.
+    template <class Whole, class Single>
+    static void ForEachStretch(const u8* preset, u32 count, const Whole& whole, const Single& single) {
+        for (u32 at = 0; at < count;) {
+            const u32 step = std::min(kStep, count - at);
+            if (step == kStep && IsOnePreset(preset + at)) {
+                const auto n = static_cast<u32>(simd::LeadingBytes(preset + at, count - at, preset[at]));
+                whole(at, n);
+                at += n;
+            } else {
+                for (const u32 end = at + step; at < end; ++at) single(at);
+            }
+        }
+    }
+    static bool IsOnePreset(const u8* preset) {
+        u64 word = 0;
+        static_assert(sizeof word == kStep);
+        std::memcpy(&word, preset, kStep);
+        return word == preset[0] * 0x0101010101010101u;
+    }
+    /// Numbers beyond the presets that a source can have share a bit.
+    static u32 BitOf(u8 preset) { return 1u << std::min<u32>(preset, kPresets); }
+
+    /// The one status that all presets of a block have for its places.
+    std::optional<u8> OneStatus(u32 seen, simd::SPlaceRange range, u32 count) {
+        std::optional<u8> one;
+        for (u8 p = 0; p < kPresets; ++p) {
+            if (!(seen & BitOf(p))) continue;
+            if (!status_[p]) status_[p].emplace(statusLuts_[p], lower_);
+            const auto value = status_[p]->OneValue(range, count);
+            if (!value || (one && one != value)) return {};
+            one = value;
+        }
+        return seen & BitOf(kPresets) ? std::nullopt : one;
+    }
+
     const u8* presets_;
     const float* const* luts_;
     const u8* const* statusLuts_;
+    u16 lower_;
+    std::optional<CStatusTable> status_[kPresets];  ///< of presets that occurred: others have no entry
 };
 
 struct SCall {
@@ -111,7 +200,7 @@ bool ApplySingle(const Selection& selection, const SCall& call, const float* lut
 template <class Selection>
 bool ApplyPerPreset(const Selection& selection, const SCall& call, const u8* presets, float* const* luts,
                     u8* const* statusLuts) {
-    if (presets) return Apply(selection, call, CPresetTables(presets, luts, statusLuts));
+    if (presets) return Apply(selection, call, CPresetTables(presets, luts, statusLuts, call.lower));
     return ApplySingle(selection, call, luts[0], call.status ? statusLuts[0] : nullptr);
 }
 

@@ -69,14 +69,15 @@ SPlaceRange RangeOf(const u16* places, std::size_t count) {
     return range;
 }
 
-bool AllBytesAre(const u8* bytes, std::size_t count, u8 value) {
+std::size_t LeadingBytes(const u8* bytes, std::size_t count, u8 value) {
     const hn::ScalableTag<u8> d;
     const auto wanted = hn::Set(d, value);
     std::size_t i = 0;
     for (; i + hn::Lanes(d) <= count; i += hn::Lanes(d)) {
-        if (!hn::AllTrue(d, hn::Eq(hn::LoadU(d, bytes + i), wanted))) return false;
+        if (!hn::AllTrue(d, hn::Eq(hn::LoadU(d, bytes + i), wanted))) break;
     }
-    return std::all_of(bytes + i, bytes + count, [&](u8 byte) { return byte == value; });
+    while (i < count && bytes[i] == value) ++i;
+    return i;
 }
 
 }  // namespace ovix::reduce::simd::HWY_NAMESPACE
@@ -88,7 +89,7 @@ namespace ovix::reduce::simd {
 HWY_EXPORT(LimitToPlaces);
 HWY_EXPORT(RoundToPlaces);
 HWY_EXPORT(RangeOf);
-HWY_EXPORT(AllBytesAre);
+HWY_EXPORT(LeadingBytes);
 
 void LimitToPlaces(const u16* pixels, u16* places, std::size_t count, u16 lower, u16 upper) {
     HWY_DYNAMIC_DISPATCH(LimitToPlaces)(pixels, places, count, lower, upper);
@@ -97,8 +98,8 @@ void RoundToPlaces(const float* pixels, u16* places, std::size_t count, u16 lowe
     HWY_DYNAMIC_DISPATCH(RoundToPlaces)(pixels, places, count, lower, upper);
 }
 SPlaceRange RangeOf(const u16* places, std::size_t count) { return HWY_DYNAMIC_DISPATCH(RangeOf)(places, count); }
-bool AllBytesAre(const u8* bytes, std::size_t count, u8 value) {
-    return HWY_DYNAMIC_DISPATCH(AllBytesAre)(bytes, count, value);
+std::size_t LeadingBytes(const u8* bytes, std::size_t count, u8 value) {
+    return HWY_DYNAMIC_DISPATCH(LeadingBytes)(bytes, count, value);
 }
 
 }  // namespace ovix::reduce::simd

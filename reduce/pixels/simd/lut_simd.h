@@ -20,7 +20,11 @@ struct SPlaceRange {
 /// The least and the greatest of at least one place.
 SPlaceRange RangeOf(const u16* places, std::size_t count);
 
-/// Whether all bytes are `value`.
-bool AllBytesAre(const u8* bytes, std::size_t count, u8 value);
+/// How many bytes from the start on are `value`.
+std::size_t LeadingBytes(const u8* bytes, std::size_t count, u8 value);
+/// Whether all are.
+inline bool AllBytesAre(const u8* bytes, std::size_t count, u8 value) {
+    return LeadingBytes(bytes, count, value) == count;
+}
 
 }  // namespace ovix::reduce::simd
