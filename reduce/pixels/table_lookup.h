@@ -36,11 +36,19 @@ struct STableValue {
 };
 
 /// Linear interpolation in the parallel tables xs, which ascend, and ys. NaN counts as inside and gives NaN.
-inline STableValue Interpolate(const double* xs, const double* ys, u32 count, double x) {
+///
+/// `near` is any place in 1 .. count - 1 and becomes that of x: of values one after the other most fall where the one
+/// before fell.
+inline STableValue Interpolate(const double* xs, const double* ys, u32 count, double x, u32& near) {
     if (x < xs[0]) return {ys[0], false};
     if (x > xs[count - 1]) return {ys[count - 1], false};
-    const u32 m = FindInterval(xs, count, x);
+    if (!(xs[near - 1] < x && x < xs[near])) near = FindInterval(xs, count, x);
+    const u32 m = near;
     return {(x - xs[m - 1]) / (xs[m] - xs[m - 1]) * (ys[m] - ys[m - 1]) + ys[m - 1], true};
+}
+inline STableValue Interpolate(const double* xs, const double* ys, u32 count, double x) {
+    u32 near = 1;
+    return Interpolate(xs, ys, count, x, near);
 }
 
 }  // namespace ovix::reduce

@@ -1,7 +1,9 @@
 #include "reduce/pixels/temperature_law.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <utility>
 
 #include "reduce/pixels/table_lookup.h"
 
@@ -28,6 +30,31 @@ double PowerSum(const SPolynomialModel& model, double x) {
     return static_cast<double>(sum);
 }
 
+/// The sum of one order, written out.
+template <i32 Order>
+u32 Products(const double* coefficients, double scale, const double* radiances, u32 count, double* out) {
+    std::array<double, Order + 1> a;
+    std::copy_n(coefficients, a.size(), a.begin());
+    return Each(radiances, count, out, [=](double r) {
+        const double x = r / scale;
+        double power = x, sum = a[0] + a[1] * x;
+        for (u32 k = 2; k <= Order; ++k) {
+            power *= x;
+            sum += a[k] * power;
+        }
+        return sum;
+    });
+}
+
+template <i32... Below>
+u32 WriteOut(std::integer_sequence<i32, Below...>, const SPolynomialModel& model, double scale, const double* radiances,
+             u32 count, double* out) {
+    u32 done = 0;
+    ((model.order == Below + 1 && (done = Products<Below + 1>(model.coefficients, scale, radiances, count, out))) ||
+     ...);
+    return done;
+}
+
 // Each model on a block; the answer is the number of values done.
 
 u32 Apply(const SPolynomialModel& model, double scale, const double* radiances, u32 count, double* out) {
@@ -36,28 +63,18 @@ u32 Apply(const SPolynomialModel& model, double scale, const double* radiances, 
             return Each(radiances, count, out, [&](double r) { return PowerSum<float>(model, r / scale); });
         return Each(radiances, count, out, [&](double r) { return PowerSum<double>(model, r / scale); });
     }
-    double x[kRunBlock], power[kRunBlock];
-    Each(radiances, count, x, [=](double r) { return r / scale; });
-    std::copy_n(x, count, power);
-    const double* a = model.coefficients;
-    for (u32 i = 0; i < count; ++i) out[i] = a[0] + a[1] * x[i];
-    for (i32 k = 2; k <= model.order; ++k) {
-        for (u32 i = 0; i < count; ++i) {
-            power[i] *= x[i];
-            out[i] += a[k] * power[i];
-        }
-    }
-    return count;
+    return WriteOut(std::make_integer_sequence<i32, 6>(), model, scale, radiances, count, out);
 }
 
 u32 Apply(const STableModel& model, double scale, const double* radiances, u32 count, double* out) {
-    if (model.size < 2 && !model.clamp) return 0;
+    if (model.size < 2) {
+        std::fill_n(out, model.clamp ? count : 0, 0.0);
+        return model.clamp ? count : 0;
+    }
+    u32 near = 1;
     for (u32 i = 0; i < count; ++i) {
-        if (model.size < 2) {
-            out[i] = 0;
-            continue;
-        }
-        const STableValue found = Interpolate(model.radiances, model.temperatures, model.size, radiances[i] / scale);
+        const STableValue found =
+            Interpolate(model.radiances, model.temperatures, model.size, radiances[i] / scale, near);
         if (!found.inside && !model.clamp) return i;
         out[i] = found.value;
     }
