@@ -28,6 +28,7 @@ target_link_options(ovix_flags INTERFACE ${sanitizers})
 function(ovix_library target name)
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
   file(GLOB_RECURSE headers CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+  list(FILTER headers EXCLUDE REGEX "-inl\\.h$")  # pieces of source files, compiled once for each processor target
   add_library(${target} SHARED ${sources})
   target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${headers})
   set_target_properties(${target} PROPERTIES
