@@ -164,8 +164,14 @@ TEST(PngWriter, ReadsBackAsDrawnAndKeepsItsRange) {
     several->Finish();
     EXPECT_EQ(test::NamesIn(folder), (std::vector<std::string>{"one.png", "s-000003.png", "s-000012.png"}));
 
-    for (const auto& [name, frame] : {std::pair{"one.png", &values}, {"s-000012.png", &hotter}}) {
-        const SThermalPicture drawn = DrawThermalPicture(series, {0, *frame, {}, ""}, {0, 511}, {});
+    const struct {
+        const char* name;
+        u64 frames;
+        SPicture picture;
+    } cases[] = {{"one.png", 1, {0, values, {}, ""}}, {"s-000012.png", 2, {12, hotter, {}, ""}}};
+    for (const auto& [name, frames, picture] : cases) {
+        series.frames = frames;
+        const SThermalPicture drawn = DrawThermalPicture(series, picture, {0, 511}, {});
         png_image image;
         const std::vector<u8> pixels = ReadPng(test::PathIn(folder, name), image);
         ASSERT_EQ(image.width, static_cast<u32>(drawn.canvas.Width()));

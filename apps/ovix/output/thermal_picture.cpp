@@ -70,6 +70,12 @@ SKinds CountKinds(const SPicture& picture, SRange range) {
     return kinds;
 }
 
+/// A frame of a sequence bears its number.
+std::string CaptionOf(const SSeries& series, const SPicture& picture) {
+    if (series.frames <= 1) return picture.caption;
+    return fmt::format("frame {}{}{}", picture.frame, picture.caption.empty() ? "" : "  ·  ", picture.caption);
+}
+
 /// Draws one picture, part by part.
 class CDrawing {
   public:
@@ -77,6 +83,7 @@ class CDrawing {
         : series_(series),
           picture_(picture),
           range_(range),
+          caption_(CaptionOf(series, picture)),
           m_(series),
           kinds_(CountKinds(picture, range)),
           ticks_(Ticks(range, std::max(BarHeight() / m_.Letters(5), 2))),
@@ -107,7 +114,7 @@ class CDrawing {
         const int labelRoom = m_.Letters(1.4) + static_cast<int>(std::ceil(labels));
         const int unitRoom = static_cast<int>(std::ceil(CCanvas::TextWidth(series_.unit.Label(), Size())));
         const int width = bar.x + std::max(bar.width + labelRoom, std::min(unitRoom, m_.Letters(16))) + edge;
-        const int foot = (picture_.caption.empty() ? 0 : m_.Letters(2.4)) + (HasLegend() ? m_.Letters(2.4) : 0);
+        const int foot = (caption_.empty() ? 0 : m_.Letters(2.4)) + (HasLegend() ? m_.Letters(2.4) : 0);
         const int height = head + BarHeight() + foot + m_.Letters(foot ? 1.4 : 1.8);
         if (kinds_.of[PixelOver]) {
             bar.y += Cap();
@@ -195,9 +202,9 @@ class CDrawing {
         int top = out_.image.y + BarHeight();
         const int left = out_.image.x;
         const auto room = static_cast<float>(out_.canvas.Width() - 2 * left);
-        if (!picture_.caption.empty()) {
+        if (!caption_.empty()) {
             out_.canvas.Text(static_cast<float>(left), static_cast<float>(top + m_.Letters(2.3)), Size(),
-                             Fit(picture_.caption, Size(), room), kDimInk);
+                             Fit(caption_, Size(), room), kDimInk);
             top += m_.Letters(2.4);
         }
         auto x = static_cast<float>(left);
@@ -212,6 +219,7 @@ class CDrawing {
     const SSeries& series_;
     const SPicture& picture_;
     SRange range_;
+    std::string caption_;
     SMeasures m_;
     SKinds kinds_;
     std::vector<STick> ticks_;
