@@ -6,6 +6,7 @@
 #include "core/visit.h"
 #include "reduce/pixels/lut_fetch.h"
 #include "reduce/pixels/lut_index.h"
+#include "reduce/pixels/preset_map.h"
 #include "reduce/pixels/selection.h"
 #include "reduce/pixels/simd/lut_simd.h"
 
@@ -115,16 +116,12 @@ class CPresetTables {
     }
 
   private:
-    /// Pixels that are looked at together for whether they have one preset.
-    static constexpr u32 kStep = 8;
-    static constexpr u32 kPresets = 8;
-
     /// Calls `whole(at, n)` for n pixels of one preset, a step or more, and `single(i)` for each pixel between.
     template <class Whole, class Single>
     static void ForEachStretch(const u8* preset, u32 count, const Whole& whole, const Single& single) {
         for (u32 at = 0; at < count;) {
-            const u32 step = std::min(kStep, count - at);
-            if (step == kStep && IsOnePreset(preset + at)) {
+            const u32 step = std::min(kStretchStep, count - at);
+            if (step == kStretchStep && StartsStretch(preset + at)) {
                 const auto n = static_cast<u32>(simd::LeadingBytes(preset + at, count - at, preset[at]));
                 whole(at, n);
                 at += n;
@@ -133,33 +130,27 @@ class CPresetTables {
             }
         }
     }
-    static bool IsOnePreset(const u8* preset) {
-        u64 word = 0;
-        static_assert(sizeof word == kStep);
-        std::memcpy(&word, preset, kStep);
-        return word == preset[0] * 0x0101010101010101u;
-    }
     /// Numbers beyond the presets that a source can have share a bit.
-    static u32 BitOf(u8 preset) { return 1u << std::min<u32>(preset, kPresets); }
+    static u32 BitOf(u8 preset) { return 1u << std::min<u32>(preset, kMapPresets); }
 
     /// The one status that all presets of a block have for its places.
     std::optional<u8> OneStatus(u32 seen, simd::SPlaceRange range, u32 count) {
         std::optional<u8> one;
-        for (u8 p = 0; p < kPresets; ++p) {
+        for (u8 p = 0; p < kMapPresets; ++p) {
             if (!(seen & BitOf(p))) continue;
             if (!status_[p]) status_[p].emplace(statusLuts_[p], lower_);
             const auto value = status_[p]->OneValue(range, count);
             if (!value || (one && one != value)) return {};
             one = value;
         }
-        return seen & BitOf(kPresets) ? std::nullopt : one;
+        return seen & BitOf(kMapPresets) ? std::nullopt : one;
     }
 
     const u8* presets_;
     const float* const* luts_;
     const u8* const* statusLuts_;
     u16 lower_;
-    std::optional<CStatusTable> status_[kPresets];  ///< of presets that occurred: others have no entry
+    std::optional<CStatusTable> status_[kMapPresets];  ///< of presets that occurred: others have no entry
 };
 
 struct SCall {

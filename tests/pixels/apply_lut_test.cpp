@@ -172,6 +172,37 @@ TEST(ApplyLUT, VisitsThePixelsOfEachForm) {
     both(Area(kWidth, area, mask.data(), kStride), kWidth, kHeight, area, static_cast<const u8*>(mask.data()), kStride);
 }
 
+TEST(ApplyLUT, FollowsStretchesOfOnePreset) {
+    constexpr u32 kCount = 9001;
+    STables tables;
+    TGuarded<u16> frame(kCount, 0, false);
+    TGuarded<u8> map(kCount, 0, false);
+    CRandom random(8);
+    for (u16& x : frame) x = static_cast<u16>(100 + random.Below(100) * 60);  // across the edge of a stretch of status
+    std::vector<u32> pixels;
+    for (u32 i = 0, left = 0, longest = 1; i < kCount; ++i, --left) {
+        if (left == 0) {
+            longest = longest % 300 + 7;
+            left = 1 + random.Below(255) % longest;
+            map[i] = random.Below(8);
+        } else {
+            map[i] = map[i - 1];
+        }
+        pixels.push_back(i);
+    }
+    const auto check = [&] {
+        Check<u16, float>(frame, &map, tables, pixels, 0, 65535, true, [&](STypedData out, u8* status) {
+            return ApplyLUT(frame.Typed(), map.data(), out, status, kCount, tables.luts, tables.statusLuts, 0, 65535);
+        });
+    };
+    check();
+    for (std::vector<u8>& status : tables.stretches) std::fill(status.begin(), status.end(), u8{1});
+    check();
+    tables.stretches[5].assign(65536, 3);  // all presets but one agree
+    for (u32 p = 0; p < 8; ++p) tables.statusLuts[p] = tables.stretches[p].data();
+    check();
+}
+
 TEST(ApplyLUT, TakesOneBufferForSourceAndDestination) {
     STables tables;
     std::vector<u16> counts;
