@@ -1,19 +1,12 @@
 #pragma once
 
-#include <algorithm>
-#include <cmath>
+#include "support/signal_reference.h"
 
-#include "core/types.h"
-
-/// A camera of the Curlew family that never existed, and its formulas written down once more, in long double, from the
-/// physics: how a count becomes a temperature. Steps that are told to happen in single precision happen in it here too.
+/// A camera of the Curlew family that never existed, and its formulas written down once more: how a count becomes a
+/// temperature.
 namespace ovix::test {
 
-struct SCurlewScene {
-    float emissivity = 1.0f, distance = 2.0f;
-    float reflectedTemp = 293.15f, atmosphereTemp = 293.15f, extOpticsTemp = 293.15f;
-    float extOpticsTrans = 1.0f, atmosphereTrans = 0.0f, relativeHumidity = 0.3f;
-};
+using SCurlewScene = SScene;
 
 /// Black bodies from 240 to 480 K give counts from 3,600 to 49,000.
 struct SCurlewConstants {
@@ -51,52 +44,16 @@ struct SCurlewConstants {
     }
 };
 
-class CCurlewReference {
+class CCurlewReference : public TSignalReference<SCurlewConstants> {
   public:
-    using Real = long double;
-
-    CCurlewReference(const SCurlewConstants& camera, const SCurlewScene& scene) : c(camera), s(scene) {
-        tau = s.atmosphereTrans > 0 ? Real{s.atmosphereTrans} : Transmission();
-        const Real product = Real{s.emissivity} * tau * s.extOpticsTrans;
-        K1 = product > 0 ? 1 / product : product;
-        const Real e = s.emissivity, x = s.extOpticsTrans;
-        if (e > 0) {
-            K2 = (1 - e) / e * Signal(s.reflectedTemp) + (1 - tau) / (tau * e) * Signal(s.atmosphereTemp);
-            if (x > 0 && x < 1) K2 += (1 - x) / (x * tau * e) * Signal(s.extOpticsTemp);
-        }
-        // The curve itself ends at K2 / K1 below; the calibration's ends lie inside it, and the counts' around both.
-        overflow = std::min(Pow(c.overflowTemp) + 1.01L, PowOfCount(c.imgMax));
-        underflow = std::max({Pow(c.underflowTemp) - 0.01L, K2 / K1, 1e-6L});
-        upper = std::min(overflow, Pow(c.upperTemp) + 1.01L);
-        lower = std::max(underflow, Pow(c.lowerTemp) - 0.01L);
+    CCurlewReference(const SCurlewConstants& camera, const SScene& scene)
+        : TSignalReference(camera, scene, static_cast<float>(scene.atmosphereTemp - 273.15)) {  // narrowed
+        SetLimits(PowOfCount(c.imgMax));
     }
 
-    Real Signal(Real kelvin) const { return c.planckR / (std::exp(c.planckB / kelvin) - c.planckF); }
-    Real Kelvin(Real signal) const { return signal > 0 ? c.planckB / std::log(c.planckR / signal + c.planckF) : 0; }
     Real PowOfCount(int count) const { return (count + c.offset) * Real{c.gain}; }
-    Real Pow(Real kelvin) const { return (Signal(kelvin) + K2) / K1; }
     /// The object signal of a count, limited, and its status as in a single value.
-    Real ObjectSignal(int count, int& status) const {
-        Real pow = count ? PowOfCount(count) : 0;
-        status = pow > lower && pow < upper ? 0 : pow > overflow ? 4 : pow < underflow ? 2 : 1;
-        return std::clamp(pow, underflow, overflow) * K1 - K2;
-    }
-
-    Real tau = 0, K1 = 0, K2 = 0;
-    Real overflow, underflow, upper, lower;
-
-  private:
-    Real Transmission() const {
-        const Real t = std::clamp(static_cast<float>(s.atmosphereTemp - 273.15), -30.0f, 90.0f);
-        const Real h = std::exp(1.5587L + 0.06939L * t - 0.00027816L * t * t + 6.8455e-7L * t * t * t);
-        const Real w = std::min(std::sqrt(h * s.relativeHumidity), 6.2365L);
-        const Real root = std::sqrt(s.distance);
-        return c.atmX * std::exp(-root * (c.atmAlpha1 + c.atmBeta1 * w)) +
-               (1 - c.atmX) * std::exp(-root * (c.atmAlpha2 + c.atmBeta2 * w));
-    }
-
-    SCurlewConstants c;
-    SCurlewScene s;
+    Real ObjectSignal(int count, int& status) const { return Limited(count ? PowOfCount(count) : 0, status); }
 };
 
 }  // namespace ovix::test

@@ -1,0 +1,253 @@
+#include "reduce/convert/mrl_conv.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <vector>
+
+#include "reduce/convert/scene.h"
+#include "support/merlin_camera.h"
+
+namespace ovix::reduce {
+namespace {
+
+using test::CMerlinReference;
+using test::SMerlinConstants;
+using test::SScene;
+
+CMrlConv Model(const SMerlinConstants& camera, const SScene& scene) {
+    CMerlinFactoryCalReduceObject cal;
+    camera.CopyTo(cal);
+    CObjectParametersReduceObject params;
+    CopyScene(params, scene);
+    CMrlConv model;
+    model.Init(cal, params);
+    return model;
+}
+
+/// One camera, told by each kind of polynomial that can tell it.
+std::vector<SMerlinConstants> Cameras() {
+    std::vector<SMerlinConstants> cameras(5);
+    cameras[1].degree = -1;  // around a signal of 8000
+    cameras[2].degree = -2;
+    for (int i : {1, 2}) cameras[static_cast<u32>(i)].signalOffset = 8000, cameras[static_cast<u32>(i)].c[0] = 8470;
+    cameras[3].degree = 2;  // slightly bent
+    cameras[3].c[1] = 1.098, cameras[3].c[2] = 2e-7;
+    cameras[4].degree = 5;
+    cameras[4].c[1] = 1.098, cameras[4].c[2] = 2e-7, cameras[4].c[5] = 1e-20;
+    return cameras;
+}
+
+const SScene kScenes[] = {
+    {},
+    {.atmosphereTrans = 1.0f},
+    {.emissivity = 0.7f, .distance = 10.0f, .reflectedTemp = 280.0f},
+    {.emissivity = 0.95f, .distance = 50.0f, .atmosphereTemp = 278.15f, .relativeHumidity = 0.8f},
+    {.emissivity = 0.9f, .extOpticsTemp = 300.0f, .extOpticsTrans = 0.85f, .atmosphereTrans = 0.97f},
+};
+
+TEST(MrlConv, FollowsTheFormulasInEverySceneAndDegree) {
+    double largest = 0;
+    for (const SMerlinConstants& camera : Cameras()) {
+        for (const SScene& scene : kScenes) {
+            SCOPED_TRACE("degree " + std::to_string(camera.degree) + ", scene " + std::to_string(&scene - kScenes));
+            const CMerlinReference reference(camera, scene);
+            const CMrlConv model = Model(camera, scene);
+            EXPECT_NEAR(model.getUsedAtmTao(), static_cast<double>(reference.tau), 1e-14);
+            double before = 0;
+            for (u16 signal = 0; signal < 16384; signal = static_cast<u16>(signal + 37)) {
+                int expected = 0;
+                u8 status = 99;
+                const long double radiance = reference.Limited(signal, expected);
+                EXPECT_NEAR(model.SignalToRadiance(signal, &status), static_cast<double>(radiance), 2e-3) << signal;
+                EXPECT_EQ(status, expected) << signal;
+                const float kelvin = model.SignalToTemperature(signal, nullptr, Kelvin);
+                EXPECT_NEAR(kelvin, static_cast<double>(reference.Kelvin(radiance)), 6e-5) << signal;
+                // Where the surroundings alone give more than was seen there is no temperature.
+                EXPECT_TRUE(kelvin > before || kelvin == 0 || expected & 6) << signal;
+                before = kelvin;
+            }
+            // And back, to within the step of one count: the linear forms truncate, the others round.
+            const CMerlinReference& r = reference;
+            for (float kelvin = 264.15f; kelvin < 342.15f; kelvin += 0.37f) {
+                const float radiance = model.TemperatureToRadiance(kelvin, nullptr, Kelvin);
+                EXPECT_NEAR(radiance, static_cast<double>(r.OfKelvin(kelvin)), 1e-3);
+                if (radiance <= r.underflow || radiance >= r.overflow) continue;
+                const u16 signal = model.TemperatureToSignal(kelvin, nullptr, Kelvin);
+                const double found = static_cast<double>(r.Kelvin(r.Radiance(signal)));
+                const double step = static_cast<double>(r.Kelvin(r.Radiance(static_cast<u16>(signal + 1)))) - found;
+                EXPECT_NEAR(found, kelvin, step) << signal;
+                EXPECT_NEAR(model.SignalToTemperature(signal, nullptr, Kelvin), kelvin, step + 6e-5) << signal;
+                largest = std::max(largest, std::abs(found - kelvin) / step);
+            }
+        }
+    }
+    RecordProperty("largestStepsOfACount", std::to_string(largest));
+}
+
+TEST(MrlConv, PowersOfTheSignalWrap) {
+    SMerlinConstants camera;
+    camera.c[0] = 0, camera.c[1] = 0;
+    camera.lowTemp = -270.0f, camera.highTemp = 3000.0f;
+    for (const auto& [degree, signal] : {std::pair{2, 46340},
+                                         {2, 46341},
+                                         {2, 65535},
+                                         {3, 1290},
+                                         {3, 1291},
+                                         {4, 215},
+                                         {4, 216},
+                                         {4, 65535},
+                                         {6, 1291},
+                                         {9, 1291}}) {
+        SMerlinConstants bent = camera;
+        bent.degree = degree;
+        bent.c[std::min(degree, 6)] = degree < 5 ? 1e-3 : 1e-12;
+        const CMerlinReference reference(
+            [&] {
+                SMerlinConstants known = bent;
+                known.degree = std::min(degree, 6);  // there are no coefficients beyond
+                return known;
+            }(),
+            kScenes[1]);
+        int expected = 0;
+        u8 status = 99;
+        const double radiance = static_cast<double>(reference.Limited(static_cast<u16>(signal), expected));
+        EXPECT_NEAR(Model(bent, kScenes[1]).SignalToRadiance(static_cast<u16>(signal), &status), radiance,
+                    1e-6 * std::abs(radiance) + 1e-20)
+            << degree << " of " << signal;
+        EXPECT_EQ(status, expected) << degree << " of " << signal;
+    }
+    camera.degree = 0;
+    EXPECT_EQ(Model(camera, kScenes[1]).SignalToRadiance(1000, nullptr), 1000.0f);
+    camera.degree = -3;  // none
+    EXPECT_EQ(Model(camera, kScenes[1]).SignalToRadiance(1000, nullptr),
+              Model(camera, kScenes[1]).SignalToRadiance(2, nullptr));
+}
+
+TEST(MrlConv, LimitsOfRadianceStandApartFromTheRange) {
+    const struct {
+        float low, high;
+        double outside, beyond;  // of the upper end, kelvin
+    } kCases[] = {{-10.0f, 300.0f, 6.0, 15.0}, {-10.0f, 30.0f, 2.0, 5.0}, {-200.0f, -120.0f, 2.4, 6.0}};
+    for (const auto& c : kCases) {
+        SMerlinConstants camera;
+        camera.lowTemp = c.low, camera.highTemp = c.high;
+        camera.c[0] = 0, camera.c[1] = 1;
+        const CMrlConv model = Model(camera, kScenes[1]);
+        const auto radiance = [&](double kelvin) { return camera.planckR / (std::exp(camera.planckB / kelvin) - 1); };
+        const double upper = radiance(c.high + 273.15 + c.outside), over = radiance(c.high + 273.15 + c.beyond);
+        for (const auto& [value, code] :
+             {std::pair{upper * 0.9999, 0}, {upper * 1.0001, 1}, {over * 0.9999, 1}, {over * 1.0001, 4}}) {
+            u8 status = 99;
+            const u16 signal = model.RadianceToSignal(static_cast<float>(value), &status);
+            EXPECT_EQ(status, code) << c.high;
+            EXPECT_EQ(signal, static_cast<u16>(static_cast<i64>(std::min(value, over)))) << c.high;  // no clamp
+        }
+    }
+}
+
+TEST(MrlConv, AllFormsGiveTheBitsOfOneThread) {
+    for (const SMerlinConstants& camera : Cameras()) {
+        const CMrlConv model = Model(camera, kScenes[2]);
+        constexpr u32 kCount = 100003;
+        std::vector<u16> in(kCount);
+        for (u32 i = 0; i < kCount; ++i) in[i] = static_cast<u16>(i * 40503u >> 2);
+        for (const ETempType scale : {Celsius, Fahrenheit, Rankine, static_cast<ETempType>(7)}) {
+            std::vector<float> single(kCount + 1), radiance(kCount + 1), buffer(kCount + 1, -1.0f), range(65536);
+            std::vector<u8> flags(kCount + 1), status(kCount + 1, 99), rangeStatus(65536);
+            for (u32 i = 0; i < kCount; ++i) {
+                single[i] = model.SignalToTemperature(in[i], &flags[i], scale);
+                radiance[i] = model.SignalToRadiance(in[i], nullptr);
+            }
+            model.SignalToTemperature(0, 65535, range.data(), rangeStatus.data(), scale);
+            for (const u32 count : {0u, 1u, 2u, 511u, 513u, kCount}) {
+                std::fill(buffer.begin(), buffer.end(), -1.0f);
+                std::fill(status.begin(), status.end(), u8{99});
+                model.SignalToTemperature(in.data(), buffer.data(), status.data(), count, scale);
+                EXPECT_TRUE(std::equal(buffer.begin(), buffer.begin() + count, single.begin())) << count;
+                EXPECT_TRUE(std::equal(status.begin(), status.begin() + count, flags.begin())) << count;
+                EXPECT_EQ(buffer[count], -1.0f);
+                EXPECT_EQ(status[count], 99);
+                model.SignalToTemperature(in.data(), buffer.data(), nullptr, count, scale);  // limited all the same
+                EXPECT_TRUE(std::equal(buffer.begin(), buffer.begin() + count, single.begin())) << count;
+                model.SignalToRadiance(in.data(), buffer.data(), nullptr, count);
+                EXPECT_TRUE(std::equal(buffer.begin(), buffer.begin() + count, radiance.begin())) << count;
+            }
+            for (u32 i = 0; i < kCount; ++i) {
+                ASSERT_EQ(range[in[i]], single[i]);
+                ASSERT_EQ(rangeStatus[in[i]], flags[i]);
+            }
+        }
+        float out[2] = {-1, -1};
+        model.SignalToRadiance(9, 8, out, nullptr);
+        EXPECT_EQ(out[0], -1.0f);
+        model.SignalToRadiance(65535, 65535, out, nullptr);
+        EXPECT_EQ(out[0], model.SignalToRadiance(65535, nullptr));
+        EXPECT_EQ(out[1], -1.0f);
+    }
+}
+
+TEST(MrlConv, ScalesOfTemperature) {
+    const CMrlConv model = Model({}, kScenes[2]);
+    const float kelvin = model.SignalToTemperature(9000, nullptr, Kelvin);
+    const struct {
+        ETempType scale;
+        double factor, offset;
+    } kCases[] = {
+        {Celsius, 1, 273.15}, {Fahrenheit, 1.8, 459.67}, {Rankine, 1.8, 0}, {static_cast<ETempType>(7), 1, 0}};
+    for (const auto& c : kCases) {
+        const float value = model.SignalToTemperature(9000, nullptr, c.scale);
+        EXPECT_EQ(value, static_cast<float>(kelvin * c.factor - c.offset));
+        u8 status = 99;
+        EXPECT_NEAR(model.TemperatureToRadiance(value, &status, c.scale),
+                    model.TemperatureToRadiance(kelvin, &status, Kelvin), 2e-2);
+        model.RadianceToTemperature(5000.0f, &status, c.scale);
+        EXPECT_EQ(status, 99);  // not theirs to write
+    }
+    EXPECT_EQ(model.RadianceToTemperature(-1e9f, nullptr, Kelvin), 0.0f);
+}
+
+TEST(MrlConv, WhatAChangeRecomputes) {
+    SMerlinConstants camera = Cameras()[3];
+    CMerlinFactoryCalReduceObject cal;
+    camera.CopyTo(cal);
+    cal.CreateLUT(3);
+    CObjectParametersReduceObject params;
+    params.emissivity = 0.0f;
+    params.atmosphereTrans = -0.5f;  // not 0, so used as given
+    CMrlConv model;
+    model.Init(cal, params);
+    EXPECT_EQ(cal.tableCount, 3);
+    EXPECT_TRUE(cal.table1);
+    EXPECT_EQ(params.emissivity, 0.0f);
+    EXPECT_EQ(model.getUsedAtmTao(), -0.5);
+
+    CopyScene(params, kScenes[1]);
+    const auto back = [&] { return model.RadianceToSignal(9000.0f, nullptr); };
+    model.Init(cal, params);
+    const u16 fitted = back();
+    EXPECT_NEAR(fitted, (9000 + 330) / 1.1, 20);
+    cal.fitHighSignal = 1000;  // another fit would be another inverse
+    model.Init(cal, params);
+    EXPECT_EQ(back(), fitted);
+    cal.c[2] = 3e-6;
+    model.Init(cal, params);
+    EXPECT_NE(back(), fitted);
+    cal.fitLowSignal = cal.fitHighSignal = 500;  // one point makes no fit: the inverse stays
+    const u16 kept = back();
+    cal.c[2] = 2e-7;
+    model.Init(cal, params);
+    EXPECT_EQ(back(), kept);
+
+    // Another scene leaves the limits, which do not hang on it.
+    params.reflectedTemp = 350.0f, params.emissivity = 0.5f;
+    model.ReInit(params);
+    u8 status = 99;
+    model.SignalToRadiance(16383, &status);
+    EXPECT_EQ(status, 4);
+    EXPECT_NE(model.TemperatureToRadiance(300.0f, nullptr, Kelvin),
+              Model(camera, kScenes[1]).TemperatureToRadiance(300.0f, nullptr, Kelvin));
+}
+
+}  // namespace
+}  // namespace ovix::reduce

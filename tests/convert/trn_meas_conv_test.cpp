@@ -1,0 +1,388 @@
+#include "reduce/convert/trn_meas_conv.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <numeric>
+#include <vector>
+
+#include "core/visit.h"
+#include "reduce/convert/scene.h"
+#include "support/tern_camera.h"
+
+namespace ovix::reduce {
+namespace {
+
+using test::CTernReference;
+using test::SScene;
+using test::STernConstants;
+
+constexpr ETempType kNoScale = static_cast<ETempType>(9);
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+CTrnMeasConv Model(const STernConstants& camera, const SScene& scene, bool compensated = false) {
+    _adjust_par_t adjust;
+    adjust.mode = 2;
+    camera.CopyAdjustTo(adjust);
+    _tdrift_par_t drift;
+    drift.mode = compensated ? 1 : 0;
+    camera.CopyDriftTo(drift);
+    _object_par_t object;
+    CopyScene(object, scene);
+    _cal_param_t calib;
+    camera.CopyCalibTo(calib);
+    CTrnMeasConv model(&adjust, &drift, &object, &calib);
+    const _imageinfo_t instrument{camera.frontPanelTemp, camera.airGapTemp, camera.dewarTemp};
+    if (compensated) model.UpdateFromTempSens(&instrument);
+    return model;
+}
+
+/// Emissivity 1, nothing in between: object signal is pow.
+SScene Plain() {
+    SScene scene;
+    scene.atmosphereTrans = 1.0f;
+    return scene;
+}
+
+void ExpectClose(double value, long double expected, double relative) {
+    EXPECT_NEAR(value, static_cast<double>(expected), relative * std::max(1.0, std::abs(value)));
+}
+
+TEST(TrnMeasConv, FollowsTheFormulasInEveryScene) {
+    const SScene scenes[] = {
+        {},
+        Plain(),
+        {.emissivity = 0.7f, .distance = 10.0f, .reflectedTemp = 280.0f},
+        {.emissivity = 0.95f, .distance = 50.0f, .atmosphereTemp = 278.149994f, .relativeHumidity = 0.8f},
+        {.emissivity = 0.9f, .extOpticsTemp = 300.0f, .extOpticsTrans = 0.85f, .atmosphereTrans = 0.97f},
+    };
+    double largest = 0;
+    for (const SScene& scene : scenes) {
+        for (const bool compensated : {false, true}) {
+            SCOPED_TRACE(std::to_string(&scene - scenes) + (compensated ? ", compensated" : ""));
+            const CTernReference reference({}, scene, compensated);
+            const CTrnMeasConv model = Model({}, scene, compensated);
+            ExpectClose(model.getUsedAtmTao(), reference.tau, 1e-13);
+            ExpectClose(model.getK1(), reference.K1, 1e-13);
+            ExpectClose(model.getK2(), reference.K2, 1e-12);
+            ExpectClose(model.getTdrGain(), reference.driftGain, 1e-15);
+            ExpectClose(model.getTrdOffset(), reference.driftOffset, 1e-15);
+            ExpectClose(model.getPowOverflow(), reference.overflow, 1e-12);
+            ExpectClose(model.getPowUnderflow(), reference.underflow, 1e-12);
+            double before = 0;
+            for (int img = 0; img <= 20000; img += 53) {
+                int expected = 0, code = 0;
+                u8 status = 99;
+                const u16 count = static_cast<u16>(img);
+                const long double signal = reference.ObjectSignal(img, expected);
+                ExpectClose(model.imgToObjectSignal(count, &status), signal, 1e-11);
+                EXPECT_EQ(status, expected) << img;
+                const double kelvin = model.imgToTemp(count, nullptr, Kelvin);  // limited all the same
+                ExpectClose(kelvin, reference.Kelvin(signal), 1e-11);
+                EXPECT_TRUE(kelvin > before || expected & 6 || img == 0) << img;
+                before = kelvin;
+                EXPECT_EQ(model.imgToTemp(i32{img}, &code), kelvin);
+                EXPECT_EQ(code, expected & 4 ? 2 : expected & 2 ? 3 : expected & 1 ? 4 : 1) << img;
+            }
+            // And back: to within the step of one count.
+            for (double kelvin = 263.15; kelvin < 343.15; kelvin += 0.37) {
+                u8 status = 99;
+                const u16 img = model.tempToImg(kelvin, &status, Kelvin);
+                EXPECT_EQ(status, 0);
+                EXPECT_EQ(model.tempToImg(kelvin), img);
+                const u16 next = static_cast<u16>(img + 1);
+                const double found = model.imgToTemp(img, nullptr, Kelvin);
+                const double step = model.imgToTemp(next, nullptr, Kelvin) - found;
+                EXPECT_NEAR(found, kelvin, 0.51 * step);
+                largest = std::max(largest, std::abs(found - kelvin) / step);
+                ExpectClose(model.objSigToTemp(model.tempToObjSig(kelvin)), kelvin, 1e-12);
+            }
+        }
+    }
+    RecordProperty("largestStepsOfACount", std::to_string(largest));
+}
+
+TEST(TrnMeasConv, AirTemperatureStaysInDouble) {
+    STernConstants camera;
+    camera.atmAlpha1 = camera.atmAlpha2 = 0;
+    camera.atmBeta1 = camera.atmBeta2 = 0.01f;
+    camera.atmX = 0.5f;
+    const SScene scene{.distance = 100.0f, .atmosphereTemp = 300.07f};
+    const auto tau = [&](long double celsius) {
+        return test::AirTransmission(camera, celsius, 10.0L, scene.relativeHumidity);
+    };
+    const double found = Model(camera, scene).getUsedAtmTao();
+    ExpectClose(found, tau(300.07f - 273.15L), 1e-15);
+    EXPECT_GT(std::abs(found - static_cast<double>(tau(static_cast<float>(300.07f - 273.15)))), 1e-11);
+}
+
+TEST(TrnMeasConv, CountsAndPow) {
+    CTrnMeasConv model = Model({}, Plain());
+    _adjust_par_t adjust;
+    adjust.mode = 2;
+    adjust.gain = 0.5f;
+    adjust.offset = 1000.0f;
+    model.setAdjPar(&adjust);
+    EXPECT_EQ(model.imgToPow(0), -1.0);
+    EXPECT_EQ(model.imgToPow(-7), -499.5);
+    EXPECT_EQ(model.imgToPow(20000), 9500.0);  // 14 bits are no limit here
+    EXPECT_EQ(model.imgToPow(70000), 32267.5);
+    const struct {
+        double pow;
+        u16 img;
+    } kPows[] = {{-1.0, 0},    {1000.2, 3000}, {1000.3, 3001}, {-499.9, 1},  {-500.8, 65535},
+                 {1e9, 65535}, {1e300, 65535}, {kNaN, 65535},  {-1e9, 65535}};
+    for (const auto& c : kPows) EXPECT_EQ(model.powToImg(c.pow), c.img) << c.pow;
+    // An object signal is a pow here: K1 is 1, K2 0.
+    const struct {
+        double signal;
+        u16 img;
+        u8 status;
+    } kSignals[] = {{-1.0, 0, 32},      {1000.2, 3000, 0},   {1000.3, 3001, 0},   {-500.0, 1, 2}, {-500.2, 1, 2},
+                    {-500.3, 65535, 4}, {32267.5, 65535, 0}, {32267.8, 65535, 4}, {1e300, 1, 2},  {kNaN, 1, 2}};
+    for (const auto& c : kSignals) {
+        u8 status = 99;
+        EXPECT_EQ(model.objectSignalToImg(c.signal, &status), c.img) << c.signal;
+        EXPECT_EQ(status, c.status) << c.signal;
+        EXPECT_EQ(model.objectSignalToImg(c.signal, nullptr), c.img);
+    }
+    adjust.mode = 1;
+    model.setAdjPar(&adjust);
+    EXPECT_EQ(model.imgToPow(3000), 3000.0);
+    EXPECT_EQ(model.powToImg(3000.4), 3000);
+    model.setAdjPar(nullptr);
+    EXPECT_EQ(model.AdjPar()->mode, 0u);
+
+    u8 status = 99;
+    const CTrnMeasConv black = Model({}, {.emissivity = 0.0f});
+    EXPECT_EQ(black.getK1(), 0.0);
+    EXPECT_EQ(black.objectSignalToImg(5.0, &status), 65535);  // as a pow of 100000
+    EXPECT_EQ(status, 4);
+    const CTrnMeasConv unset;  // all limits are 0
+    EXPECT_EQ(unset.imgToTemp(u16{9000}, &status, Kelvin), 0.0);
+    EXPECT_EQ(status, 4);
+    EXPECT_EQ(unset.imgToTemp(u16{0}, &status, Kelvin), 0.0);
+    EXPECT_EQ(status, 34);
+}
+
+TEST(TrnMeasConv, WarmthOfTheCameraIsCompensatedOnlyWhereItCanBe) {
+    const _imageinfo_t good{303.0f, 300.0f, 80.0f};
+    const _imageinfo_t bad[] = {
+        {303.0f, 0.0f, 80.0f}, {0.0f, 300.0f, 80.0f}, {-5.0f, 300.0f, 80.0f}, {430.0f, 300.0f, 80.0f}};
+    CTrnMeasConv model = Model({}, {}, true);
+    const double gain = model.getTdrGain(), offset = model.getTrdOffset();
+    EXPECT_NEAR(gain, 1 / (1 - 0.1 * (std::exp(0.06) - 1)), 1e-6);
+    EXPECT_NEAR(offset, 95 - 0.01 * 2e8 / (std::exp(11) - 1) - 0.02 * 2e8 / (std::exp(3300 / 303.0) - 1) + 1.5, 1e-4);
+    const double limit = model.getPowOverflow();
+    for (const _imageinfo_t& info : bad) {
+        model.UpdateFromTempSens(&info);
+        EXPECT_EQ(model.getTdrGain(), 1.0);
+        EXPECT_EQ(model.getTrdOffset(), 0.0);
+        model.UpdateFromTempSens(&good);
+        EXPECT_EQ(model.getTdrGain(), gain);
+        EXPECT_EQ(model.getTrdOffset(), offset);
+    }
+    EXPECT_EQ(model.getPowOverflow(), limit);
+    // Without an end of its calibration the highest count is the limit; it takes a setter to follow the compensation.
+    model.setClipOn(false);
+    ExpectClose(model.getPowOverflow(), (65535 * gain + offset - 300) * double{1.1f}, 1e-13);
+    model.setCalibPar(nullptr);
+    model.UpdateFromTempSens(&good);
+    EXPECT_EQ(model.getTdrGain(), 1.0);
+    CTrnMeasConv off = Model({}, {});
+    off.UpdateFromTempSens(&good);
+    EXPECT_EQ(off.getTdrGain(), 1.0);
+}
+
+/// Calls `f(type, elements, set)` for each numeric type with room for `count` elements.
+void ForEachType(u32 count, auto f) {
+    for (u32 type = Int8; type <= Flt64; ++type) {
+        std::vector<double> room(count, -1.0);  // wide enough, and aligned, for all
+        f(STypedData{room.data(), static_cast<EDataType>(type)});
+    }
+}
+
+double ValueAt(STypedData data, u32 i) {
+    double value = 0;
+    Visit(data.type, [&]<class T>(TElement<T>) { value = static_cast<double>(static_cast<const T*>(data.data)[i]); });
+    return value;
+}
+void SetValue(STypedData data, u32 i, double value) {
+    Visit(data.type, [&]<class T>(TElement<T>) { static_cast<T*>(data.data)[i] = static_cast<T>(value); });
+}
+
+TEST(TrnMeasConv, BuffersOfAllTypesDoAsTheSingleValues) {
+    CTrnMeasConv model = Model({}, {.emissivity = 0.9f});
+    model.updateLUT();
+    constexpr u32 kCount = 1025;  // over two blocks
+    ForEachType(kCount, [&](STypedData in) {
+        const bool narrow = in.type <= UInt8;
+        for (u32 i = 0; i < kCount; ++i) SetValue(in, i, narrow ? i % 128 : i * 15);
+        ForEachType(kCount + 1, [&](STypedData out) {
+            SCOPED_TRACE(std::to_string(in.type) + " to " + std::to_string(out.type));
+            std::vector<u8> status(kCount + 1, 99);
+            SetValue(out, kCount, 77);
+            const auto check = [&](auto expectedOf, double tolerance) {
+                for (u32 i = 0; i < kCount; i += 31) {
+                    u8 flags = 0;
+                    double expected = expectedOf(static_cast<u16>(ValueAt(in, i)), &flags);
+                    if (out.type < Flt32) {  // truncated, low bits kept
+                        Visit(out.type, [&]<class T>(TElement<T>) {
+                            expected = static_cast<double>(static_cast<T>(static_cast<i64>(expected)));
+                        });
+                    }
+                    EXPECT_NEAR(ValueAt(out, i), expected, out.type < Flt32 ? 0 : tolerance) << i;
+                    EXPECT_EQ(status[i], flags) << i;
+                }
+                EXPECT_EQ(ValueAt(out, kCount), 77);
+                EXPECT_EQ(status[kCount], 99);
+            };
+            const auto fahrenheit = [&](u16 img, u8* flags) { return model.imgToTemp(img, flags, Fahrenheit); };
+            const auto radiance = [&](u16 img, u8* flags) { return model.imgToRad(img, flags); };
+            const auto signal = [&](u16 img, u8* flags) { return model.imgToObjectSignal(img, flags); };
+            model.imgToTemp(out, in, status.data(), kCount, Fahrenheit);
+            check(fahrenheit, 1e-4);
+            model.imgToRad(out, in, status.data(), kCount);
+            check(radiance, 1e-7);
+            model.imgToObjectSignal(out, in, status.data(), kCount);
+            check(signal, 1e-3);
+        });
+    });
+}
+
+TEST(TrnMeasConv, TypedInputIsLimitedTo14BitsAndTruncated) {
+    const CTrnMeasConv model = Model({}, {.emissivity = 0.9f});
+    const struct {
+        double in;
+        u16 as;
+    } kCases[] = {{9000.9, 9000}, {0.9, 0},         {0, 0},         {-5, 0},
+                  {kNaN, 0},      {16383.5, 16383}, {40000, 16383}, {1e300, 16383}};
+    double in[std::size(kCases)], out[std::size(kCases)], plain[std::size(kCases)];
+    u8 status[std::size(kCases)];
+    for (u32 i = 0; i < std::size(kCases); ++i) in[i] = kCases[i].in;
+    model.imgToTemp({out, Flt64}, {in, Flt64}, status, std::size(kCases), kNoScale);  // kelvin
+    model.imgToTemp({plain, Flt64}, {in, Flt64}, nullptr, std::size(kCases), kNoScale);
+    for (u32 i = 0; i < std::size(kCases); ++i) {
+        u8 flags = 0;
+        EXPECT_EQ(out[i], model.imgToTemp(kCases[i].as, &flags, Kelvin)) << i;
+        EXPECT_EQ(status[i], flags) << i;
+        EXPECT_EQ(plain[i], out[i]) << i;
+    }
+    EXPECT_EQ(status[1], 34);
+    // Neither of these touches anything.
+    model.imgToTemp({out, Opaque}, {in, Flt64}, status, 1, Celsius);
+    model.imgToTemp({out, Flt64}, {in, NoPixels}, status, 1, Celsius);
+    EXPECT_EQ(out[0], plain[0]);
+    EXPECT_EQ(status[0], 0);
+}
+
+TEST(TrnMeasConv, TablesAreTheFormulaAtEveryEntry) {
+    const SScene scene{.emissivity = 0.8f};
+    CTrnMeasConv model = Model({}, scene);
+    const CTernReference reference({}, scene);
+    std::vector<u16> in(16385);
+    std::iota(in.begin(), in.end(), u16{0});
+    std::vector<float> out(16385, -1.0f), radiance(16385), signal(16385);
+    std::vector<u8> status(16385, 99);
+    const STypedData counts{in.data(), UInt16}, to{out.data(), Flt32};
+    model.imgToTempLUT(to, counts, status.data(), 16385, Kelvin);
+    EXPECT_EQ(out[9000], 273.15f);  // nothing was built
+    model.updateLUT();
+    for (const auto& [scale, factor, offset] : {std::tuple{Celsius, 1.0L, 273.15L},
+                                                {Fahrenheit, 1.8L, 459.67L},
+                                                {Kelvin, 1.0L, 0.0L},
+                                                {Rankine, 1.8L, 0.0L},
+                                                {kNoScale, 1.0L, 273.15L}}) {  // that of the table
+        model.imgToTempLUT(to, counts, status.data(), 16385, scale);
+        std::vector<float> range(16385);
+        model.imgToTemp(0, 16384, range.data(), nullptr, scale == kNoScale ? Celsius : scale);
+        for (u32 i = 0; i < 16384; ++i) {
+            int flags = 0;
+            const long double kelvin = reference.Kelvin(reference.ObjectSignal(static_cast<int>(i), flags));
+            ASSERT_NEAR(out[i], static_cast<double>(kelvin * factor - offset), 1e-4) << i;
+            ASSERT_EQ(status[i], flags) << i;
+            ASSERT_NEAR(out[i], range[i], 1e-4) << i;
+        }
+        EXPECT_EQ(out[16384], out[16383]);
+    }
+    model.imgToObjectSignalLUT({signal.data(), Flt32}, counts, nullptr, 16385);
+    model.imgToRadLUT({radiance.data(), Flt32}, counts, nullptr, 16385);
+    model.imgToObjectSignal(0, 16384, out.data(), status.data());
+    EXPECT_TRUE(std::equal(out.begin(), out.begin() + 16384, signal.begin()));
+    model.imgToRad(0, 16384, out.data(), nullptr);
+    for (u32 i = 0; i < 16384; ++i) ASSERT_NEAR(radiance[i], out[i], 1e-6 * out[i]) << i;
+
+    // Elements that name the model by a map, or by a map at an index.
+    CTrnMeasConv models[] = {model, CTrnMeasConv(), Model({}, {.emissivity = 0.6f})};
+    models[2].updateLUT();
+    const u8 map[] = {2, 0, 1, 0};
+    const u32 indices[] = {3, 0, 2};
+    u16 pixels[] = {9000, 9001, 9002};
+    float mapped[3], listed[3];
+    CTrnMeasConv::imgToObjectSignalLUT(models, {mapped, Flt32}, {pixels, UInt16}, map, status.data(), 3);
+    CTrnMeasConv::imgToObjectSignalLUT(models, {listed, Flt32}, {pixels, UInt16}, indices, map, nullptr, 3);
+    const auto of = [&](int which, u16 img) {
+        return static_cast<float>(models[which].imgToObjectSignal(img, nullptr));
+    };
+    EXPECT_EQ(mapped[0], of(2, 9000));
+    EXPECT_EQ(mapped[1], of(0, 9001));
+    EXPECT_EQ(mapped[2], 0.0f);
+    EXPECT_EQ(status[2], 0);
+    EXPECT_EQ(listed[0], of(0, 9000));
+    EXPECT_EQ(listed[1], of(2, 9001));
+    EXPECT_EQ(listed[2], 0.0f);
+    CTrnMeasConv::imgToTempLUT(models, {mapped, Flt32}, {pixels, UInt16}, nullptr, status.data(), 3, Celsius);
+    CTrnMeasConv::imgToRadLUT(models, {listed, Flt32}, {pixels, UInt16}, indices, nullptr, nullptr, 3);
+    EXPECT_NEAR(mapped[2], model.imgToTemp(u16{9002}, nullptr, Celsius), 1e-4);
+    EXPECT_EQ(listed[2], radiance[9002]);
+}
+
+/// Planck's law over 3 to 5 micrometres, by the midpoint rule.
+double BandRadiance(double celsius) {
+    double sum = 0;
+    for (double w = 3.0005; w < 5; w += 0.001) {
+        sum += 0.001 * 11910.7 / (std::pow(w, 5) * (std::exp(14388.4 / (w * (celsius + 273.15))) - 1));
+    }
+    return sum;
+}
+
+TEST(TrnMeasConv, RadianceThereAndBack) {
+    EXPECT_NEAR(CTrnMeasConv::tempToRad(30.0f), BandRadiance(30.0), 2e-4 * BandRadiance(30.0));
+    CTrnMeasConv model = Model({}, Plain());
+    const double range = BandRadiance(70) - BandRadiance(-10);
+    double before = 0;
+    for (u16 img = 1500; img < 14000; img = static_cast<u16>(img + 100)) {
+        const double radiance = model.imgToRad(img, nullptr);
+        EXPECT_NEAR(radiance, BandRadiance(model.imgToTemp(img, nullptr, Celsius)), 0.01 * range) << img;
+        EXPECT_GT(radiance, before);
+        before = radiance;
+        u8 status = 99;
+        EXPECT_NEAR(model.radToImg(radiance, &status), img, 150) << img;  // two fits, not one and its inverse
+        EXPECT_EQ(status, 0);
+    }
+    // A fit that cannot be made leaves both ways as they were.
+    const double radiance = model.imgToRad(u16{9000}, nullptr);
+    const u16 img = model.radToImg(radiance, nullptr);
+    _cal_param_t bad = *model.CalibPar();
+    bad.radFitHighTemp = bad.radFitLowTemp + 0.9f;  // two points
+    model.setCalibPar(&bad);
+    EXPECT_FALSE(model.InitRad(1e8, 3000, 1));
+    EXPECT_EQ(model.imgToRad(u16{9000}, nullptr), radiance);
+    EXPECT_EQ(model.radToImg(radiance, nullptr), img);
+}
+
+TEST(TrnMeasConv, UnknownScalesAreKelvin) {
+    const CTrnMeasConv model = Model({}, {});
+    float out[2];
+    model.imgToTemp(9000, 9001, out, nullptr, kNoScale);
+    EXPECT_EQ(out[1], static_cast<float>(model.imgToTemp(u16{9001}, nullptr, Kelvin)));
+    EXPECT_EQ(model.tempToImg(300.0, nullptr, kNoScale), model.tempToImg(300.0, nullptr, Kelvin));
+    EXPECT_EQ(model.tempToImg(26.85, nullptr, Celsius), model.tempToImg(300.0, nullptr, Kelvin));
+    EXPECT_EQ(model.tempToImg(80.33, nullptr, Fahrenheit), model.tempToImg(300.0, nullptr, Kelvin));
+    EXPECT_EQ(model.tempToImg(540.0, nullptr, Rankine), model.tempToImg(300.0, nullptr, Kelvin));
+    model.imgToTemp(9, 8, out, nullptr, Kelvin);
+    EXPECT_GT(out[0], 0.0f);
+}
+
+}  // namespace
+}  // namespace ovix::reduce
