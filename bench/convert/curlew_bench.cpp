@@ -69,6 +69,7 @@ const CKernelEntry kUpdateLUT({
                             return FirstDifference(found, expected);
                         }};
         },
+    .beside = "std::log alone (a frame: a table)",
 });
 
 const CKernelEntry kBareLog({
