@@ -1,5 +1,6 @@
 #include "reduce/files/info_file.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "core/crc32_file.h"
@@ -52,21 +53,40 @@ void SetIdentity(IReduceObject& object, const SInfoFileBlock& block) {
     object.valid = (block.flags & BlockValid) != 0;
 }
 
-void LoadObject(const TSharedPtr<IFile>& file, const SInfoFileBlock& block, CReduceObjectArray& array, u32 flags) {
-    const TSharedPtr<IReduceObject> object = reduceObjectFactory()->CreateByTypeID(block.typeID);
-    if (!object) return;
-    SetIdentity(*object, block);
-    if (object->Load(file, block.version, flags)) array.Add(object);
-    SetIdentity(*object, block);  // a `Load` that begins with `Default` cannot lose it
-}
+/// Objects may read past the end of their blocks, but together never more than the file holds once more: otherwise
+/// small blocks whose objects all read the same large rest of the file would multiply it in memory.
+class CObjectLoader {
+  public:
+    CObjectLoader(const TSharedPtr<IFile>& file, u32 flags)
+        : file_(file), flags_(flags), surplus_(file->GetPosition() + file->GetRemaining()) {}
 
-/// Calls `visit(block)` for every block behind the file header, which has been read; a visit may move the file.
+    /// Appends the block's object if there is a class for it that can read it; false when too much was read.
+    bool Load(const SInfoFileBlock& block, CReduceObjectArray& array) {
+        const TSharedPtr<IReduceObject> object = reduceObjectFactory()->CreateByTypeID(block.typeID);
+        if (!object) return true;
+        SetIdentity(*object, block);
+        if (object->Load(file_, block.version, flags_)) array.Add(object);
+        SetIdentity(*object, block);  // a `Load` that begins with `Default` cannot lose it
+        const u64 read = std::max(file_->GetPosition(), block.dataOffset) - block.dataOffset;
+        const u64 beyond = read > block.size ? read - block.size : 0;
+        surplus_ -= std::min(surplus_, beyond);
+        return surplus_ != 0;
+    }
+
+  private:
+    const TSharedPtr<IFile>& file_;
+    u32 flags_;
+    u64 surplus_;
+};
+
+/// Calls `visit(block)` for every block behind the file header, which has been read; a visit may move the file, and
+/// ends the reading with false.
 template <class Visitor>
 bool ForEachBlock(const TSharedPtr<IFile>& file, Visitor&& visit) {
     while (file->GetRemaining() != 0) {
         SInfoFileBlock block;
         if (!ReadInfoFileBlock(file, block)) return false;
-        visit(block);
+        if (!visit(block)) return false;
         if (block.size == SInfoFileBlock::ToEndOfFile) return true;
         if (!SeekBehind(file, block)) return false;
     }
@@ -106,10 +126,11 @@ bool LoadInfoFile(TSharedPtr<IFile> file, CReduceObjectArray& array, InfoFileDir
     if (!ReadFileHeader(file)) return false;
     array.Reset();
     blocks.Empty();
+    CObjectLoader loader(file, flags);
     return ForEachBlock(file, [&](const SInfoFileBlock& block) {
-        if ((flags & PersistWithoutTables) && HoldsTables(block.typeID)) return;  // nor is it listed
-        LoadObject(file, block, array, flags);
+        if ((flags & PersistWithoutTables) && HoldsTables(block.typeID)) return true;  // nor is it listed
         blocks.Add(block);
+        return loader.Load(block, array);
     });
 }
 
@@ -140,7 +161,7 @@ bool LoadInfoFile(IFileSystem* fileSystem, CString path, CReduceObjectArray& arr
 bool ScanInfoFile(TSharedPtr<IFile> file, InfoFileDirectory& blocks, u32) {
     if (!ReadFileHeader(file)) return false;
     blocks.Empty();
-    return ForEachBlock(file, [&](const SInfoFileBlock& block) { blocks.Add(block); });
+    return ForEachBlock(file, [&](const SInfoFileBlock& block) { return blocks.Add(block); });
 }
 
 bool ScanInfoFile(CString path, InfoFileDirectory& blocks, u32 flags) {
@@ -174,6 +195,7 @@ bool PatchSourceInfo(const TSharedPtr<IFile>& file, SInfoFileBlock& block, const
     CalcCRC32(block.crc, data);
     file->Seek(static_cast<i64>(block.headerOffset), IFile::FromStart);
     WriteInfoFileBlock(file, block);
+    file->Seek(static_cast<i64>(block.dataOffset), IFile::FromStart);  // also behind a header that could not be written
     file->WriteBytes(memory.GetData(), size);
     return true;
 }

@@ -27,8 +27,8 @@ OVIX_REDUCE_API bool SaveInfoFile(IFileSystem* fileSystem, CString path, CReduce
 /// block without size. A block of unknown type, or whose object cannot be loaded, is listed and passed over.
 ///
 /// False, with array and directory as they were, when the file header is not right; false, with what was loaded so
-/// far, when a block header is cut off or a block ends behind the file. CRCs are not verified: they are there for the
-/// users of the directory.
+/// far, when a block header is cut off, a block ends behind the file, or objects together read more past the ends of
+/// their blocks than the file holds. CRCs are not verified: they are there for the users of the directory.
 OVIX_REDUCE_API bool LoadInfoFile(TSharedPtr<IFile> file, CReduceObjectArray& array, InfoFileDirectory& blocks,
                                   u32 flags);
 OVIX_REDUCE_API bool LoadInfoFile(TSharedPtr<IFile> file, CReduceObjectArray& array, u32 flags);
