@@ -22,6 +22,7 @@ class CFrameLoop {
     /// A pass ahead of `Run` over the same frames: which are skipped is left to that to say.
     void RunAhead(const Work& work);
 
+    const CFrameNumbers& Frames() const { return frames_; }
     u64 Count() const { return frames_.Count(); }
     u64 Done() const { return done_; }
     u64 Skipped() const { return skipped_; }

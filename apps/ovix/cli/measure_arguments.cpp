@@ -45,14 +45,20 @@ void CMeasureArguments::Add(CLI::App& verb) {
         "one)");
     add("--cal", calibration_, "factory|user", "whose calibration (else the factory's, if there is one)");
     add("--scale", scale_, "C|F|K|R", "scale of temperatures (else C)");
+    add("--clip", clip_, "LO,HI|off", "limits of the corrected counts (else 0,16383)");
+    told_.Add(verb);
+}
+
+void CSceneArguments::Add(CLI::App& verb) {
     verb.add_option("--correction", corrections_,
                     "correct the counts with the tables STEM.mvg, .mvo and .mvb; P=STEM for preset P alone")
         ->type_name("STEM")
         ->allow_extra_args(false)
-        ->group(group);
-    add("--clip", clip_, "LO,HI|off", "limits of the corrected counts (else 0,16383)");
-
-    group = "Scene (instead of what was recorded)";
+        ->group("Measurement");
+    const char* group = "Scene (instead of what was recorded)";
+    const auto add = [&](const char* name, std::string& value, const char* type, const char* help) {
+        verb.add_option(name, value, help)->type_name(type)->group(group);
+    };
     add("--emissivity", emissivity_, "0..1", "emissivity of the target");
     add("--distance", distance_, "METRES", "distance to the target");
     add("--reflected-temp", reflectedTemp_, "TEMP", "reflected temperature, as in 20C, 68F, 293.15K");
@@ -63,7 +69,7 @@ void CMeasureArguments::Add(CLI::App& verb) {
     add("--ext-optics-trans", extOpticsTrans_, "0..1", "transmission of external optics");
 }
 
-SSceneValues CMeasureArguments::Scene() const {
+SSceneValues CSceneArguments::Scene() const {
     constexpr float kLeastShare = 0.001f;  // the models divide by these
     return {.emissivity = Within("--emissivity", emissivity_, kLeastShare, 1),
             .distance = Within("--distance", distance_, 0, 1e6f),
@@ -75,10 +81,15 @@ SSceneValues CMeasureArguments::Scene() const {
             .extOpticsTrans = Within("--ext-optics-trans", extOpticsTrans_, kLeastShare, 1)};
 }
 
-SCorrectionFiles CMeasureArguments::Correction(const std::string& text) const {
-    if (text.size() > 2 && text[1] == '=' && text[0] >= '0' && text[0] <= '7')
-        return {static_cast<u8>(text[0] - '0'), text.substr(2)};
-    return {{}, text};
+std::vector<SCorrectionFiles> CSceneArguments::Corrections() const {
+    std::vector<SCorrectionFiles> files;
+    for (const std::string& text : corrections_) {
+        if (text.size() > 2 && text[1] == '=' && text[0] >= '0' && text[0] <= '7')
+            files.push_back({static_cast<u8>(text[0] - '0'), text.substr(2)});
+        else
+            files.push_back({{}, text});
+    }
+    return files;
 }
 
 SMeasureOptions CMeasureArguments::Options() const {
@@ -92,10 +103,9 @@ SMeasureOptions CMeasureArguments::Options() const {
     });
     options.scale =
         ParseChoice<ETempType>("--scale", scale_, {{"C", Celsius}, {"F", Fahrenheit}, {"K", Kelvin}, {"R", Rankine}});
-    options.scene = Scene();
-    for (const std::string& text : corrections_) options.corrections.push_back(Correction(text));
+    options.scene = told_.Scene();
+    options.corrections = told_.Corrections();
     options.clip = IfGiven(clip_, ParseClip);
-    if (options.clip && options.corrections.empty()) throw UsageFault("--clip goes with --correction");
     return options;
 }
 

@@ -5,6 +5,7 @@
 
 #include "apps/ovix/cli/frame_loop.h"
 #include "apps/ovix/input/frame_source.h"
+#include "apps/ovix/input/input_file.h"
 
 namespace CLI {
 class App;
@@ -17,8 +18,11 @@ class CSourceArguments {
   public:
     void Add(CLI::App& verb);
 
-    /// Throws `CFault` when the file or the options would not do.
-    std::unique_ptr<IFrameSource> Open() const;
+    /// Throws `CFault` when the file is not there.
+    std::shared_ptr<const CInputFile> OpenFile() const;
+    /// The frames of that file. Throws `CFault` when it or the options would not do.
+    std::unique_ptr<IFrameSource> Open(std::shared_ptr<const CInputFile> file) const;
+    std::unique_ptr<IFrameSource> Open() const { return Open(OpenFile()); }
     /// The loop over the chosen frames of the source.
     CFrameLoop Frames(const IFrameSource& source) const;
 

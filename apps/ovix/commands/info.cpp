@@ -1,10 +1,12 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <optional>
 
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/frame_selection.h"
 #include "apps/ovix/cli/source_arguments.h"
+#include "apps/ovix/commands/block_report.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/commands/source_report.h"
 #include "apps/ovix/text_table.h"
@@ -88,9 +90,30 @@ std::string GapLines(const Json& counter) {
     return "\nGaps of the frame counter\n" + table.Text() + (hidden ? fmt::format("  and {} more\n", hidden) : "");
 }
 
+std::string CalibrationLine(const Json& calibrations) {
+    std::string line;
+    for (const Json& one : calibrations) {
+        line += (line.empty() ? "" : ", ") + one["name"].get<std::string>();
+        if (!one["preset"].is_null()) line += fmt::format(" (preset {})", one["preset"].dump());
+        if (!one["valid"].get<bool>()) line += ", not valid";
+    }
+    return line.empty() ? "none" : line;
+}
+
+void AddSourceRows(CTextTable& table, const Json& source) {
+    if (source.is_null()) return;
+    table.Row({"Camera", source["camera"]});
+    table.Row({"Recorded",
+               fmt::format("{}, {}", source["time"].get<std::string>(),
+                           source["finished"].get<bool>() ? "finished"
+                                                          : "never finished or cut (\"ovix repair\" brings it back)")});
+    if (!source["texts"].empty()) table.Row({"Texts", Shown(source["texts"])});
+}
+
 std::string Overview(const Json& d) {
     CTextTable table({{""}, {""}});
     table.Row({"File", d["file"]});
+    AddSourceRows(table, d["source"]);
     table.Row({"Decoder", d["decoder"]});
     table.Row(
         {"Pixel type", fmt::format("{} {}", d["pixelType"].get<std::string>(), d["pixelTypeGuid"].get<std::string>())});
@@ -107,6 +130,7 @@ std::string Overview(const Json& d) {
                                preset["frames"].get<u64>());
     }
     table.Row({"Presets", presets});
+    table.Row({"Calibrations", CalibrationLine(d["calibrations"])});
     table.Row({"Stored unit", d["baseUnit"]});
     table.Row({"Units on offer", Shown(d["units"])});
     return table.Text();
@@ -138,32 +162,59 @@ class CInfoCommand final : public ICommand {
     }
 
     EExit Run() override {
-        const auto source = source_.Open();
-        CSourceReport report(*source);
-        if (!frame_.empty()) {
-            report.Add(OneFrame(source->Count()));
-            const Json values = report.FrameValues();
-            if (json_)
-                PrintJson({{"schema", kSchemaVersion}, {"file", source->Name()}, {"values", values}});
-            else
-                Print(ValueTable(values));
-            return ExitDone;
+        const auto file = source_.OpenFile();
+        std::optional<CRecordingFile> recording;
+        if (CRecordingFile::Recognises(*file)) recording.emplace(file);
+        const Json blocks = recording && frame_.empty() ? BlocksJson(*recording) : Json();
+        std::unique_ptr<IFrameSource> source;
+        try {
+            source = source_.Open(file);
+        } catch (const CFault&) {
+            if (recording && frame_.empty()) ShowBlocksAlone(*recording, blocks);
+            throw;
         }
-        CFrameLoop frames = source_.Frames(*source);
+        CSourceReport report(*source);
+        return frame_.empty() ? ShowAll(*source, report, recording, blocks) : ShowFrame(*source, report);
+    }
+
+  private:
+    EExit ShowFrame(const IFrameSource& source, CSourceReport& report) const {
+        report.Add(OneFrame(source.Count()));
+        const Json values = report.FrameValues();
+        if (json_)
+            PrintJson({{"schema", kSchemaVersion}, {"file", source.Name()}, {"values", values}});
+        else
+            Print(ValueTable(values));
+        return ExitDone;
+    }
+
+    EExit ShowAll(const IFrameSource& source, CSourceReport& report, const std::optional<CRecordingFile>& recording,
+                  const Json& blocks) const {
+        CFrameLoop frames = source_.Frames(source);
         frames.Run([&](u64 frame) { report.Add(frame); });
         Json document = {{"schema", kSchemaVersion}};
         document.update(report.Document());
         document["framesSkipped"] = frames.Skipped();
+        document["source"] = recording ? RecordedSourceJson(*recording, report.Objects()) : Json();
+        document["blocks"] = blocks;
         if (json_) {
             PrintJson(document);
         } else {
             Print(Overview(document) + Section("Scene as recorded", document["scene"]) +
-                  Section("Calibration", document["calibration"]) + GapLines(document["counter"]));
+                  Section("Calibration", document["calibration"]) + GapLines(document["counter"]) +
+                  (recording ? BlockTable(blocks) : ""));
         }
         return frames.Exit();
     }
 
-  private:
+    /// What can still be said of a recording without frames, or whose frames cannot be reached.
+    void ShowBlocksAlone(const CRecordingFile& recording, const Json& blocks) const {
+        if (json_)
+            PrintJson({{"schema", kSchemaVersion}, {"file", recording.Name()}, {"blocks", blocks}});
+        else
+            Print(BlockTable(blocks).substr(1));
+    }
+
     u64 OneFrame(u64 count) const {
         const CFrameNumbers chosen = CFrameSelection(frame_).Of(count);
         if (chosen.Count() != 1) throw UsageFault("--frame: expected one frame, found \"" + frame_ + "\"");

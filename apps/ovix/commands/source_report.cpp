@@ -16,21 +16,55 @@ CSourceReport::CSourceReport(IFrameSource& source) : source_(source), decode_(so
     counterSpan_ = decode_.Filter().FrameCounterMaxValue(type) + 1;
 }
 
-void CSourceReport::Add(u64 frame) {
+CSourceReport::SBasics CSourceReport::ParseWhole() {
     const CFrameClock clock;
+    SBasics basics;
+    basics.preset = decode_.DecodeMetadata(frame_, objects_);
+    source_.Overrule(objects_);
+    const auto info = objects_.GetFrameInfo(basics.preset, false);
+    if (!info) return basics;
+    basics.time = clock.Carried(info->time);
+    if (counts_) basics.counter = info->frameNumber;
+    return basics;
+}
+
+CSourceReport::SBasics CSourceReport::ParseBasics() {
+    decode_.Check(frame_);
+    const CFrameClock clock;
+    const SFrameFormat& format = source_.Format();
+    SBasics basics;
+    u64 counter = 0;
+    CDateTime time;
+    if (!decode_.Filter().ParseBasicInfo(frame_.data(), format.pixelType, format.width, format.height,
+                                         static_cast<u32>(frame_.size()), basics.preset, counter, time))
+        throw CFault({.problem = "the decoder does not take the frame"});
+    basics.time = clock.Carried(time);
+    if (counts_) basics.counter = counter;
+    return basics;
+}
+
+void CSourceReport::Add(u64 frame) {
+    SBasics basics;
     try {
         source_.Read(frame, frame_);
-        preset_ = decode_.DecodeMetadata(frame_, objects_);
+        if (!frames_) {
+            const std::vector<u8> untouched = frame_;
+            basics = ParseWhole();
+            // Some formats are read less carefully by the quick look: a record in the other byte order, for example.
+            frame_ = untouched;
+            scans_ = ParseBasics() == basics;
+        } else {
+            basics = scans_ ? ParseBasics() : ParseWhole();
+        }
     } catch (const CFault& fault) {
         throw fault.Of(source_.Name(), frame);
     }
-    if (const auto info = objects_.GetFrameInfo(preset_, false)) {
-        if (const auto time = clock.Carried(info->time)) {
-            if (!times_) times_ = {*time, *time};
-            times_->last = *time;
-        }
-        if (counts_) AddCounter(frame, info->frameNumber);
+    preset_ = basics.preset;
+    if (basics.time) {
+        if (!times_) times_ = {*basics.time, *basics.time};
+        times_->last = *basics.time;
     }
+    if (counts_) AddCounter(frame, basics.counter);
     ++framesOfPreset_[preset_];
     ++frames_;
     lastFrame_ = frame;
@@ -79,6 +113,20 @@ Json CSourceReport::PresetsJson() const {
         if (framesOfPreset_[i]) presets.push_back({{"preset", i}, {"frames", framesOfPreset_[i]}});
     }
     return presets;
+}
+
+/// All objects by which counts are turned into something else.
+Json CSourceReport::CalibrationsJson() const {
+    Json list = Json::array();
+    for (u32 i = 0; i < objects_.GetSize(); ++i) {
+        const auto object = objects_.GetAt(i);
+        const CString name(object->GetName());
+        if (!name.EndsWithNoCase(L"Cal") && !name.Equals(L"Correction")) continue;
+        list.push_back({{"name", name.GetUTF8()},
+                        {"preset", object->IsPerPreset() ? Json(object->preset) : Json()},
+                        {"valid", object->valid}});
+    }
+    return list;
 }
 
 Json CSourceReport::CalibrationJson() {
@@ -130,6 +178,7 @@ Json CSourceReport::Document() {
     for (const EUnit unit : units) document["units"].push_back(UnitWords(unit));
     const auto scene = objects_.GetObjectParameters(false);
     document["scene"] = scene && scene->fromSource ? SceneJson(*scene) : Json();
+    document["calibrations"] = CalibrationsJson();
     document["calibration"] = CalibrationJson();
     return document;
 }

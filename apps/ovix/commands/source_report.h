@@ -16,10 +16,12 @@ class CSourceReport {
   public:
     explicit CSourceReport(IFrameSource& source);
 
-    /// Takes in the metadata of one frame. Throws `CFault` with file and frame for one that would not do.
+    /// Takes in one frame: the first one's metadata whole, of the others no more than preset, counter and time. Throws
+    /// `CFault` with file and frame for one that would not do.
     void Add(u64 frame);
     /// All that is known by now.
     Json Document();
+    reduce::CReduceObjectArray& Objects() { return objects_; }
     /// The named values of the frame taken in last: a list of name, value, unit and type.
     Json FrameValues();
 
@@ -27,6 +29,14 @@ class CSourceReport {
     struct STimes {
         CDateTime first;
         CDateTime last;
+    };
+    /// What a scan of the frames looks at.
+    struct SBasics {
+        u8 preset = 0;
+        u64 counter = 0;
+        std::optional<CDateTime> time;  ///< nothing when the frame carries none
+
+        bool operator==(const SBasics&) const = default;
     };
     /// A jump of the frame counter.
     struct SGap {
@@ -37,11 +47,14 @@ class CSourceReport {
     };
     static constexpr std::size_t kMostGaps = 100;
 
+    SBasics ParseWhole();
+    SBasics ParseBasics();
     void AddCounter(u64 frame, u64 counter);
     Json TimeJson() const;
     Json CounterJson() const;
     Json PresetsJson() const;
     Json CalibrationJson();
+    Json CalibrationsJson() const;
 
     IFrameSource& source_;
     CGuardedDecode decode_;
@@ -50,6 +63,7 @@ class CSourceReport {
     u64 frames_ = 0;
     u64 lastFrame_ = 0;
     u8 preset_ = 0;
+    bool scans_ = false;  ///< the decoder's quick look at a frame answers as the whole parsing does
     std::array<u64, 256> framesOfPreset_{};
     std::optional<STimes> times_;
     bool counts_ = false;  ///< frames of this type carry a counter

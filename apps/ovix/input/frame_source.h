@@ -26,6 +26,9 @@ class IFrameSource {
     virtual void Read(u64 index, std::vector<u8>& frame) = 0;
     /// Replaces the content of the array by what the source itself says of its frames: at least a `SourceInfo`.
     virtual void Describe(reduce::CReduceObjectArray& objects) const = 0;
+    /// Called after the metadata of a frame went to the array: puts back what the source says and its frames do not
+    /// know.
+    virtual void Overrule(reduce::CReduceObjectArray&) const {}
 };
 
 }  // namespace ovix::app

@@ -8,15 +8,15 @@
 
 namespace ovix::app {
 
-CRawDumpSource::CRawDumpSource(const std::string& file, SFrameFormat format, u32 frameSize)
-    : file_(file), format_(std::move(format)), layout_(FindLayout(file_, format_, frameSize)) {}
+CRawDumpSource::CRawDumpSource(std::shared_ptr<const CInputFile> file, SFrameFormat format, u32 frameSize)
+    : file_(std::move(file)), format_(std::move(format)), layout_(FindLayout(*file_, format_, frameSize)) {}
 
 void CRawDumpSource::Read(u64 index, std::vector<u8>& frame) {
     const SExtent extent = layout_->Of(index);
     if (extent.size > CUInt32::Max)
         throw CFault({.file = Name(), .frame = index, .problem = "has more bytes than a frame can have"});
     frame.resize(static_cast<std::size_t>(extent.size));
-    const std::size_t read = file_.ReadAt(extent.offset, frame);
+    const std::size_t read = file_->ReadAt(extent.offset, frame);
     const u64 expected = layout_->FrameSize() ? layout_->FrameSize() : extent.size;
     if (read < expected)
         throw CFault({.file = Name(),

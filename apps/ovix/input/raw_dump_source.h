@@ -11,9 +11,9 @@ namespace ovix::app {
 class CRawDumpSource final : public IFrameSource {
   public:
     /// `frameSize` 0 asks for the layout to be found. Throws `CFault` for a file that cannot be read or holds no frame.
-    CRawDumpSource(const std::string& file, SFrameFormat format, u32 frameSize);
+    CRawDumpSource(std::shared_ptr<const CInputFile> file, SFrameFormat format, u32 frameSize);
 
-    const std::string& Name() const override { return file_.Name(); }
+    const std::string& Name() const override { return file_->Name(); }
     const SFrameFormat& Format() const override { return format_; }
     u64 Count() const override { return layout_->Count(); }
     u64 FrameSize() const override { return layout_->FrameSize(); }
@@ -21,7 +21,7 @@ class CRawDumpSource final : public IFrameSource {
     void Describe(reduce::CReduceObjectArray& objects) const override;
 
   private:
-    CInputFile file_;
+    std::shared_ptr<const CInputFile> file_;
     SFrameFormat format_;
     std::unique_ptr<IDumpLayout> layout_;
 };

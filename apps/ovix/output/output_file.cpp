@@ -73,8 +73,8 @@ void SyncDirectory(const std::filesystem::path& directory) {
 
 }  // namespace
 
-COutputFile::COutputFile(std::filesystem::path target, bool overwrite)
-    : target_(std::move(target)), overwrite_(overwrite) {
+COutputFile::COutputFile(std::filesystem::path target, bool overwrite, bool keepPart)
+    : target_(std::move(target)), overwrite_(overwrite), keepPart_(keepPart) {
     struct stat found;
     if (::stat(target_.c_str(), &found) == 0) {
         if (!S_ISREG(found.st_mode)) {
@@ -85,19 +85,23 @@ COutputFile::COutputFile(std::filesystem::path target, bool overwrite)
                 {.exit = ExitFile, .file = target_.string(), .problem = "exists already; --overwrite replaces it"});
         }
     }
-    temporary_ = NameBeside(target_);
-    slot_ = Register(temporary_);
+    temporary_ = keepPart_ ? target_.string() + ".part" : NameBeside(target_);
+    if (!keepPart_) slot_ = Register(temporary_);
     file_ = ::open(temporary_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (file_ < 0) {
-        Unregister(slot_);
-        Fail("create it");
+    if (file_ >= 0) return;
+    Unregister(slot_);
+    if (keepPart_ && errno == EEXIST) {
+        throw CFault({.exit = ExitFile,
+                      .file = temporary_,
+                      .problem = "exists already: what was written earlier and never came to its end"});
     }
+    Fail("create it");
 }
 
 COutputFile::~COutputFile() {
     if (file_ >= 0) {
         ::close(file_);
-        ::unlink(temporary_.c_str());
+        if (!keepPart_) ::unlink(temporary_.c_str());
     }
     Unregister(slot_);
 }
@@ -135,8 +139,12 @@ u64 COutputFile::ReadAt(u64 offset, void* data, u64 size) {
     return done;
 }
 
-void COutputFile::Commit() {
+void COutputFile::Sync() {
     if (::fsync(file_) != 0) Fail("write");
+}
+
+void COutputFile::Commit() {
+    Sync();
     const int renamed =
         overwrite_ ? ::rename(temporary_.c_str(), target_.c_str()) : RenameToFree(temporary_.c_str(), target_.c_str());
     if (renamed != 0) Fail("put it into its place");

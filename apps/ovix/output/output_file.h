@@ -8,13 +8,16 @@
 namespace ovix::app {
 
 /// A file that appears whole or not at all: it is written beside its place under a name of its own, made safe on the
-/// medium and renamed by `Commit`. Without that, it is gone when the object goes, and after an interrupt.
+/// medium and renamed by `Commit`. Without that, it is gone when the object goes, and after an interrupt, unless its
+/// part is to be kept.
 ///
 /// Every failure throws `CAppError` with one line that names the file and the system's reason.
 class COutputFile {
   public:
     /// Refuses a target that exists unless `overwrite` is set, and one that is no regular file in any case.
-    COutputFile(std::filesystem::path target, bool overwrite);
+    /// With `keepPart`, what is written so far has the target's name with ".part" behind it, and stays there when it is
+    /// never committed; a part that is there already is refused, whatever `overwrite` says.
+    COutputFile(std::filesystem::path target, bool overwrite, bool keepPart = false);
     ~COutputFile();
     COutputFile(const COutputFile&) = delete;
     COutputFile& operator=(const COutputFile&) = delete;
@@ -27,7 +30,11 @@ class COutputFile {
     u64 ReadAt(u64 offset, void* data, u64 size);
     u64 Size() const { return size_; }
     const std::filesystem::path& Target() const { return target_; }
+    /// The name of what is written so far.
+    const std::string& Part() const { return temporary_; }
 
+    /// All that is written has reached the medium.
+    void Sync();
     /// Puts the file into its place. Without `overwrite`, a file that has come into being there meanwhile stays.
     void Commit();
 
@@ -40,6 +47,7 @@ class COutputFile {
     int slot_ = -1;
     u64 size_ = 0;
     bool overwrite_;
+    bool keepPart_;
 };
 
 /// Makes SIGINT, SIGTERM and SIGHUP remove what is not committed and end the process with status 130, and a write

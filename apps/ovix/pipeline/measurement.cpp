@@ -4,11 +4,12 @@
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
 
 #include "apps/ovix/fault.h"
+#include "apps/ovix/pipeline/correction_tables.h"
 #include "apps/ovix/pipeline/frame_time.h"
 #include "apps/ovix/pipeline/scene_json.h"
+#include "apps/ovix/pipeline/scene_override.h"
 #include "apps/ovix/pipeline/unit_choice.h"
 #include "core/core.h"
 #include "reduce/reduce.h"
@@ -25,65 +26,32 @@ bool IsDescriptive(const reduce::IReduceObject& object) {
                        [&](const CString& name) { return name.Equals(object.GetName()); });
 }
 
-/// The tables whose files stand under the stem, as the library finds them: bits of `ECorrectionTables`.
-u8 TablesOnDisk(const std::string& stem) {
-    constexpr std::pair<const char*, u8> kFiles[] = {
-        {".mvg", reduce::CorrectionGain}, {".mvo", reduce::CorrectionOffset}, {".mvb", reduce::CorrectionBadPixels}};
-    const CString given(std::filesystem::path(stem).extension().c_str());
-    const bool namesOne = std::any_of(std::begin(kFiles), std::end(kFiles),
-                                      [&](const auto& file) { return given.EqualsNoCase(CString(file.first)); });
-    const std::string base = namesOne ? std::filesystem::path(stem).replace_extension().string() : stem;
-    u8 tables = 0;
-    for (const auto& [extension, table] : kFiles) {
-        std::error_code ignored;
-        if (std::filesystem::exists(base + extension, ignored)) tables = static_cast<u8>(tables | table);
-    }
-    return tables;
-}
-
 }  // namespace
 
 CMeasurement::CMeasurement(IFrameSource& source, SMeasureOptions options)
     : source_(source), options_(std::move(options)), decode_(source.Format()) {
     source_.Describe(objects_);
     context_.setReduceObjs(&objects_);
-    for (const SCorrectionFiles& files : options_.corrections) LoadCorrection(files);
+    for (const SCorrectionFiles& files : options_.corrections) LoadCorrectionTables(objects_, files, source_.Format());
+    const u32 pixels = source_.Format().PixelCount();
+    const bool corrects = HasCorrection(objects_, source_.Format());
+    if (corrects) corrected_.resize(pixels);
     if (options_.clip) {
+        if (!corrects) throw UsageFault("--clip goes with --correction");
         const auto settings = objects_.GetCorrectionCfg(true);
         settings->clip = options_.clip->on;
         settings->minimum = options_.clip->low;
         settings->maximum = options_.clip->high;
     }
-    const u32 pixels = source_.Format().PixelCount();
     values_.resize(pixels);
     status_.resize(pixels);
-}
-
-void CMeasurement::LoadCorrection(const SCorrectionFiles& files) {
-    const SFrameFormat& format = source_.Format();
-    if (decode_.Form().unit != Counts) throw UsageFault("--correction: the source holds colours, not counts");
-    const u8 present = TablesOnDisk(files.stem);
-    if (!present)
-        throw CFault(
-            {.exit = ExitFile, .file = files.stem, .problem = "there is no .mvg, .mvo or .mvb file of that stem"});
-    const auto tables = objects_.Get<reduce::CCorrectionReduceObject>(files.preset ? *files.preset : -1, true);
-    // The library passes over a file that it cannot read. Here, one that is there is meant.
-    const bool loaded = tables->Load(FileSystem, CString(files.stem.c_str()));
-    if (!loaded || (tables->present & present) != present)
-        throw CFault({.file = files.stem,
-                      .expected = "correction tables of one size, each of the kind of its extension",
-                      .found = "a damaged file, another kind or another size"});
-    if (tables->width != format.width || tables->height != format.height)
-        throw CFault({.file = files.stem,
-                      .expected = fmt::format("tables of {} x {}", format.width, format.height),
-                      .found = fmt::format("{} x {}", tables->width, tables->height)});
-    corrected_.resize(format.PixelCount());
 }
 
 SMeasuredFrame CMeasurement::Measure(u64 number) {
     try {
         DecodeFrame(number);
-        OverrideScene();
+        source_.Overrule(objects_);
+        OverrideScene(objects_, options_.scene);
     } catch (const CFault& fault) {
         throw fault.Of(source_.Name(), number);
     }
@@ -116,24 +84,6 @@ EUnit CMeasurement::ChooseOfferedUnit() const {
         facts.file = source_.Name();
         throw CFault(std::move(facts));
     }
-}
-
-void CMeasurement::OverrideScene() {
-    if (options_.scene == SSceneValues{}) return;
-    const auto present = objects_.GetObjectParameters(true);
-    reduce::CObjectParametersReduceObject wanted;
-    reduce::CObjectParametersReduceObject unused;
-    present->CopyTo(&wanted);
-    const auto replace = [](float& value, std::optional<float> by) { value = by.value_or(value); };
-    replace(wanted.emissivity, options_.scene.emissivity);
-    replace(wanted.distance, options_.scene.distance);
-    replace(wanted.reflectedTemp, options_.scene.reflectedTemp);
-    replace(wanted.atmosphereTemp, options_.scene.atmosphereTemp);
-    replace(wanted.atmosphereTrans, options_.scene.atmosphereTrans);
-    replace(wanted.relativeHumidity, options_.scene.relativeHumidity);
-    replace(wanted.extOpticsTemp, options_.scene.extOpticsTemp);
-    replace(wanted.extOpticsTrans, options_.scene.extOpticsTrans);
-    reduce::CConvertContext::OverrideObjectParameters(objects_, wanted, unused);
 }
 
 u32 CMeasurement::CalibrationMark() {
@@ -180,6 +130,7 @@ Json CMeasurement::Parameters() {
     Json parameters = {
         {"source", source_.Name()}, {"pixelType", source_.Format().pixelTypeName}, {"unit", UnitWords(unit_)}};
     for (const SCorrectionFiles& files : options_.corrections) parameters["correction"].push_back(files.stem);
+    if (options_.corrections.empty() && !corrected_.empty()) parameters["correction"].push_back("as recorded");
     const auto scene = objects_.GetObjectParameters(false);
     if (scene && context_.canChangeObjectParameters()) parameters.update(SceneJson(*scene));
     return parameters;

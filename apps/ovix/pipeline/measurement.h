@@ -42,9 +42,7 @@ class CMeasurement {
     std::optional<CDateTime> Time() const { return time_; }
 
   private:
-    void LoadCorrection(const SCorrectionFiles& files);
     void DecodeFrame(u64 number);
-    void OverrideScene();
     EUnit ChooseOfferedUnit() const;
     void UpdateContext();
     u32 CalibrationMark();

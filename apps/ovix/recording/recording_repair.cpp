@@ -1,0 +1,208 @@
+#include "apps/ovix/recording/recording_repair.h"
+
+#include <fmt/format.h>
+
+#include <vector>
+
+#include "apps/ovix/input/frame_format.h"
+#include "apps/ovix/recording/library_file.h"
+#include "apps/ovix/recording/recording_check.h"
+#include "apps/ovix/recording/stored_frames.h"
+
+namespace ovix::app {
+
+using reduce::SInfoFileBlock;
+using reduce::SPixelsHeader;
+using SourceInfo = reduce::CSourceInfoReduceObject;
+
+namespace {
+
+u32 CrcOf(const std::vector<u8>& bytes) {
+    CCalcCRC32File sum;
+    sum.Write(bytes.data(), static_cast<u32>(bytes.size()));
+    return sum.GetCRC();
+}
+
+/// A source info as far as the pixels record knows the source.
+TSharedPtr<SourceInfo> InfoFromPixels(const SPixelsHeader& pixels) {
+    const auto info = MakeShared<SourceInfo>();
+    info->pixelType = pixels.pixelType;
+    info->width = pixels.width;
+    info->height = pixels.height;
+    info->frameWidth = pixels.frameWidth;
+    info->frameHeight = pixels.frameHeight;
+    info->packetWidth = pixels.packetWidth;
+    info->packetHeight = pixels.packetHeight;
+    info->packetExtra = pixels.packetExtra;
+    if (IsPixelBaseType(pixels.pixelType, rootScreenType)) info->baseUnit = RGB24;
+    return info;
+}
+
+class CRepair {
+  public:
+    CRepair(CRecordingFile& file, COutputFile& output, const std::function<void(std::string)>& say)
+        : file_(file), output_(output), library_(output), out_(BorrowShared<IFile>(library_)), say_(say) {}
+
+    SRepaired Run() {
+        RequirePixels();
+        Count();
+        Require(reduce::CreateInfoFile(out_));
+        bool hasInfo = false;
+        for (const SInfoFileBlock& block : file_.Blocks()) {
+            if (block.headerOffset == file_.PixelsBlock().headerOffset) continue;
+            hasInfo = CopyBlock(block) || hasInfo;
+        }
+        if (!hasInfo) WriteNewInfo();
+        SPixelsHeader pixels = file_.Pixels();
+        pixels.size = pixels.sizeAgain = sizeof pixels;
+        pixels.version = SPixelsHeader::Version;
+        Require(reduce::WritePixelsHeader(out_, pixels));
+        CopyFrames();
+        return result_;
+    }
+
+  private:
+    void RequirePixels() {
+        if (!file_.HasPixels() && file_.FindPixelsBehindBreak()) {
+            ++result_.leftOut;
+            say_(fmt::format("offset {}: the blocks between here and the pixels at {} cannot be followed; left out",
+                             file_.Break() ? file_.Break()->offset.value_or(0) : 0, file_.PixelsBlock().headerOffset));
+        }
+        if (!file_.HasPixels())
+            throw CFault({.file = file_.Name(),
+                          .expected = "the block of the pixels",
+                          .found = "none: the recording ended before its first frame"});
+        if (!file_.WholeFrames())
+            throw CFault({.file = file_.Name(),
+                          .offset = file_.FramesAt(),
+                          .expected = fmt::format("at least one frame of {} bytes", file_.FrameStep()),
+                          .found = fmt::format("{} bytes", file_.CutBytes())});
+    }
+
+    /// The frames that will be in the new file, ahead of writing: its source info comes first.
+    void Count() {
+        bool fixedPreset = false;
+        for (const SInfoFileBlock& block : file_.Blocks()) {
+            const std::vector<u8> record = file_.DataOf(block, SourceInfo::RecordSize);
+            if (block.typeID == SourceInfo::typeID && record.size() > 78) fixedPreset = record[78] != 0;
+        }
+        CStoredFrames frames(file_, fixedPreset);
+        ForEachGood(
+            frames, [&](std::span<const u8>) { ++result_.frames; }, true);
+        if (!result_.frames)
+            throw CFault(
+                {.file = file_.Name(), .problem = fmt::format("not one of {} frames would do", file_.WholeFrames())});
+        counts_.assign(frames.Counts().Data(), frames.Counts().Data() + CFrameCounts::kPresets);
+        if (const u64 cut = file_.CutBytes())
+            say_(fmt::format("frame {} is cut after {} of {} bytes; left out", file_.WholeFrames(), cut,
+                             file_.FrameStep()));
+    }
+
+    template <class Use>
+    void ForEachGood(CStoredFrames& frames, Use&& use, bool saysOthers) {
+        for (u64 i = 0; i < frames.Count(); ++i) {
+            try {
+                use(frames.Read(i));
+            } catch (const CFault& fault) {
+                if (fault.Exit() == ExitFile) throw;  // the system cannot read or write
+                if (!saysOthers) continue;
+                ++result_.leftOut;
+                say_(std::string(fault.Of("", i).what()) + "; left out");
+            }
+        }
+    }
+
+    void CopyFrames() {
+        CStoredFrames frames(file_, false);
+        ForEachGood(
+            frames,
+            [&](std::span<const u8> frame) { Require(out_->WriteBytes(frame.data(), static_cast<u32>(frame.size()))); },
+            false);
+    }
+
+    /// True for a source info.
+    bool CopyBlock(const SInfoFileBlock& block) {
+        const bool endsInside = block.size <= file_.Input().Size() - block.dataOffset;
+        if (block.typeID == SourceInfo::typeID && endsInside) return CopyInfo(block);
+        if (!endsInside || !(IsFree(block) || IsWholeBlock(file_, block))) {
+            ++result_.leftOut;
+            say_(fmt::format("offset {}: block {} is damaged; left out", block.headerOffset, BlockText(block)));
+            return false;
+        }
+        Require(reduce::WriteInfoFileBlock(out_, block));
+        CopyBytes(block.dataOffset, block.size);
+        return false;
+    }
+
+    static bool IsFree(const SInfoFileBlock& block) { return block.typeID == CGUID::Empty; }
+
+    /// A recording may have ended in the middle of its own patch: then the header's CRC is that of the record with the
+    /// frame counts in it.
+    bool CopyInfo(SInfoFileBlock block) {
+        std::vector<u8> record = file_.DataOf(block, SourceInfo::RecordSize);
+        const bool wasWhole = IsWholeBlock(file_, block);
+        const u32 size = static_cast<u32>(record.size());
+        if (block.size != SourceInfo::RecordSize) {
+            if (!wasWhole) return SayInfoDamaged(block);
+            Require(reduce::WriteInfoFileBlock(out_, block));  // an older form: its counts cannot be patched
+            CopyBytes(block.dataOffset, block.size);
+            return true;
+        }
+        const SPixelsHeader& pixels = file_.Pixels();
+        SourceInfo::UpdateNumFrames(record.data(), size, counts_.data(), CFrameCounts::kPresets);
+        if (IsUnpacked(pixels))
+            SourceInfo::UpdatePacketing(record.data(), size, pixels.frameWidth, pixels.frameHeight, 0);
+        if (!wasWhole && CrcOf(record) != block.crc) return SayInfoDamaged(block);
+        block.crc = CrcOf(record);
+        Require(reduce::WriteInfoFileBlock(out_, block) && out_->WriteBytes(record.data(), size));
+        return true;
+    }
+
+    bool SayInfoDamaged(const SInfoFileBlock& block) {
+        say_(
+            fmt::format("offset {}: the source info is damaged; made anew from the pixels record, without the "
+                        "camera's name, texts and time",
+                        block.headerOffset));
+        ++result_.leftOut;
+        return false;
+    }
+
+    void WriteNewInfo() {
+        const auto info = InfoFromPixels(file_.Pixels());
+        for (u32 p = 0; p < CFrameCounts::kPresets; ++p) {
+            info->presets[p].frameCount = counts_[p];
+            info->presets[p].enabled = counts_[p] != 0;
+        }
+        Require(reduce::WriteInfoFileBlock(out_, info));
+    }
+
+    void CopyBytes(u64 offset, u64 size) {
+        std::vector<u8> bytes(std::size_t{256} << 10);
+        while (size) {
+            const std::size_t read = file_.Input().ReadAt(offset, {bytes.data(), std::min<u64>(size, bytes.size())});
+            Require(read != 0 && out_->WriteBytes(bytes.data(), static_cast<u32>(read)));
+            offset += read;
+            size -= read;
+        }
+    }
+
+    void Require(bool done) const {
+        if (!done) throw CFault({.exit = ExitFile, .file = output_.Target().string(), .problem = "cannot write"});
+    }
+
+    CRecordingFile& file_;
+    COutputFile& output_;
+    CLibraryOutput library_;
+    TSharedPtr<IFile> out_;
+    const std::function<void(std::string)>& say_;
+    std::vector<u32> counts_;
+    SRepaired result_;
+};
+
+}  // namespace
+
+SRepaired RepairRecording(CRecordingFile& file, COutputFile& output, const std::function<void(std::string)>& say) {
+    return CRepair(file, output, say).Run();
+}
+
+}  // namespace ovix::app
