@@ -45,6 +45,7 @@ Frames MakeFrames(u16 count) {
 /// Source info, and one object of every other class that persists.
 void FillMetadata(reduce::CReduceObjectArray& objects) {
     const auto info = objects.GetSourceInfo(true);
+    info->time.SetTimestamp(0);
     info->pixelType = kFormat.pixelType;
     info->width = info->frameWidth = info->packetWidth = kWidth;
     info->height = info->frameHeight = info->packetHeight = kHeight;

@@ -138,6 +138,7 @@ bool IsWholeBlock(const CRecordingFile& file, const SInfoFileBlock& block) {
 
 bool CRecordingCheck::Run() {
     CheckFileHeader();
+    if (!good_) return false;  // behind another header nothing means what it seems to
     CheckBlocks();
     if (const auto& fault = file_.Break()) {
         Find({fault->offset.value_or(0), fault->problem, fault->expected, fault->found});

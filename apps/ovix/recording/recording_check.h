@@ -24,8 +24,8 @@ class CRecordingCheck {
     /// Both are borrowed.
     CRecordingCheck(const CRecordingFile& file, const Report& report) : file_(file), report_(report) {}
 
-    /// Reports what is wrong, in the order of the file but for the frame counts, which come last; answers whether
-    /// nothing is.
+    /// Reports what is wrong, in the order of the file but for the frame counts, which come last, and nothing behind a
+    /// damaged file header; answers whether nothing is.
     bool Run();
 
   private:
