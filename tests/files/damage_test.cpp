@@ -37,10 +37,11 @@ void* operator new(std::size_t size) { return TakeOrThrow(size); }
 void* operator new[](std::size_t size) { return TakeOrThrow(size); }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return Take(size); }
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return Take(size); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+// Out of line, as g++ takes an inlined pair of `new` and `free` for a mistake.
+[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete[](void* memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
 
 // These stand before those of the library, for its own calls too.
 void* ovix::Alloc(std::size_t size) { return Take(size); }
