@@ -33,7 +33,7 @@ class CGrammar {
             "4 a file is missing, unreadable, unwritable or of no known format, 130 interrupted.");
         for (const auto make :
              {MakeDemoCommand, MakeFormatsCommand, MakeSynthCommand, MakeInfoCommand, MakeConvertCommand,
-              MakeStatsCommand, MakeRecordCommand, MakeVerifyCommand, MakeRepairCommand})
+              MakeStatsCommand, MakeExplainCommand, MakeRecordCommand, MakeVerifyCommand, MakeRepairCommand})
             AddVerb(make());
     }
 

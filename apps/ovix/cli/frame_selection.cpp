@@ -74,4 +74,10 @@ CFrameNumbers CFrameSelection::Of(u64 count) const {
     return CFrameNumbers(std::move(runs));
 }
 
+u64 CFrameSelection::OneOf(const std::string& option, u64 count) const {
+    const CFrameNumbers chosen = Of(count);
+    if (chosen.Count() != 1) throw UsageFault(option + ": expected one frame, found \"" + text_ + "\"");
+    return chosen[0];
+}
+
 }  // namespace ovix::app

@@ -40,6 +40,8 @@ class CFrameSelection {
     /// The frames of a source that has `count` of them, at least one. Throws wrong usage for a frame that it does not
     /// have and a range that runs backwards.
     CFrameNumbers Of(u64 count) const;
+    /// The one frame that is chosen; wrong usage of `option` when it is none or several.
+    u64 OneOf(const std::string& option, u64 count) const;
 
   private:
     struct SPart {

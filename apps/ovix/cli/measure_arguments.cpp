@@ -69,6 +69,22 @@ void CSceneArguments::Add(CLI::App& verb) {
     add("--ext-optics-trans", extOpticsTrans_, "0..1", "transmission of external optics");
 }
 
+void CSceneArguments::Set(const std::string& text) {
+    const std::size_t sign = text.find('=');
+    if (sign == std::string::npos || sign + 1 == text.size())
+        throw UsageFault("--set: expected NAME=VALUE, as in emissivity=0.9, found \"" + text + "\"");
+    std::string* value = ParseChoice<std::string*>("--set", text.substr(0, sign),
+                                                   {{"emissivity", &emissivity_},
+                                                    {"distance", &distance_},
+                                                    {"reflected-temp", &reflectedTemp_},
+                                                    {"atmosphere-temp", &atmosphereTemp_},
+                                                    {"atmosphere-trans", &atmosphereTrans_},
+                                                    {"humidity", &humidity_},
+                                                    {"ext-optics-temp", &extOpticsTemp_},
+                                                    {"ext-optics-trans", &extOpticsTrans_}});
+    *value = text.substr(sign + 1);
+}
+
 SSceneValues CSceneArguments::Scene() const {
     constexpr float kLeastShare = 0.001f;  // the models divide by these
     return {.emissivity = Within("--emissivity", emissivity_, kLeastShare, 1),

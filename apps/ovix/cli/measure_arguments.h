@@ -18,6 +18,9 @@ class CSceneArguments {
     /// Throws wrong usage for a value that would not do.
     SSceneValues Scene() const;
     std::vector<SCorrectionFiles> Corrections() const;
+    /// Takes "emissivity=0.9" as if the option "--emissivity 0.9" were there. Throws wrong usage for a text that names
+    /// no value of the scene.
+    void Set(const std::string& text);
 
   private:
     std::string emissivity_, distance_, reflectedTemp_, atmosphereTemp_, atmosphereTrans_, humidity_, extOpticsTemp_,
@@ -31,6 +34,8 @@ class CMeasureArguments {
     void Add(CLI::App& verb);
     /// Throws wrong usage for a value that would not do.
     SMeasureOptions Options() const;
+    /// As `CSceneArguments::Set`.
+    void SetScene(const std::string& text) { told_.Set(text); }
 
   private:
     CSceneArguments told_;

@@ -75,6 +75,16 @@ std::pair<u16, u16> ParseSize(const std::string& option, const std::string& text
     return {*width, *height};
 }
 
+std::pair<u16, u16> ParsePoint(const std::string& option, const std::string& text, u16 width, u16 height) {
+    const auto parts = SplitText(text, ',');
+    // A number that is none lies outside too.
+    const u16 x = ParseNumber<u16>(parts.front()).value_or(width);
+    const u16 y = ParseNumber<u16>(parts.back()).value_or(height);
+    if (parts.size() != 2 || x >= width || y >= height)
+        throw BadValue(option, text, fmt::format("X,Y inside the image of {} x {}", width, height));
+    return {x, y};
+}
+
 std::pair<float, float> ParseRange(const std::string& option, const std::string& text) {
     const auto parts = SplitText(text, ',');
     const auto low = ParseFinite(parts.front());

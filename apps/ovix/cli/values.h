@@ -29,6 +29,9 @@ std::vector<std::string_view> SplitText(std::string_view text, char separator);
 /// "640x480", each from 1 to 65535, together at most what a frame's 32-bit size can hold.
 std::pair<u16, u16> ParseSize(const std::string& option, const std::string& text);
 
+/// "x,y", a pixel of the image.
+std::pair<u16, u16> ParsePoint(const std::string& option, const std::string& text, u16 width, u16 height);
+
 /// "lo,hi" with lo below hi.
 std::pair<float, float> ParseRange(const std::string& option, const std::string& text);
 

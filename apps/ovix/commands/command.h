@@ -31,6 +31,7 @@ std::unique_ptr<ICommand> MakeSynthCommand();
 std::unique_ptr<ICommand> MakeInfoCommand();
 std::unique_ptr<ICommand> MakeConvertCommand();
 std::unique_ptr<ICommand> MakeStatsCommand();
+std::unique_ptr<ICommand> MakeExplainCommand();
 std::unique_ptr<ICommand> MakeRecordCommand();
 std::unique_ptr<ICommand> MakeVerifyCommand();
 std::unique_ptr<ICommand> MakeRepairCommand();

@@ -9,54 +9,12 @@
 #include "apps/ovix/commands/block_report.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/commands/source_report.h"
+#include "apps/ovix/commands/value_section.h"
 #include "apps/ovix/text_table.h"
 
 namespace ovix::app {
 
 namespace {
-
-/// A value of the document for a reader: texts as they are, lists in one line, nothing as "none".
-std::string Shown(const Json& value) {
-    if (value.is_null()) return "none";
-    if (value.is_string()) return value;
-    if (value.is_boolean()) return value.get<bool>() ? "yes" : "no";
-    if (value.is_number_float()) return fmt::format("{}", value.get<double>());
-    if (!value.is_array()) return value.dump();
-    std::string list;
-    for (const Json& item : value) list += (list.empty() ? "" : ", ") + Shown(item);
-    return list;
-}
-
-/// "reflectedTemperatureKelvin" as "reflected temperature", "K".
-std::pair<std::string, std::string> Words(const std::string& key) {
-    static constexpr std::pair<std::string_view, const char*> kUnits[] = {
-        {"Kelvin", "K"}, {"Metres", "m"}, {"Counts", "counts"}, {"Seconds", "s"}};
-    std::string name = key;
-    std::string unit;
-    for (const auto& [ending, symbol] : kUnits) {
-        if (!name.ends_with(ending)) continue;
-        name.resize(name.size() - ending.size());
-        unit = symbol;
-    }
-    std::string words;
-    for (std::size_t i = 0; i < name.size(); ++i) {
-        const bool capital = name[i] >= 'A' && name[i] <= 'Z';
-        const bool startsWord = capital && i + 1 < name.size() && name[i + 1] >= 'a';  // not the R of "planckR"
-        if (capital && !words.empty()) words += ' ';
-        words += startsWord ? static_cast<char>(name[i] + 32) : name[i];
-    }
-    return {words, unit};
-}
-
-std::string Section(const char* title, const Json& values) {
-    if (values.is_null()) return {};
-    CTextTable table({{""}, {"", CTextTable::Right}, {""}});
-    for (const auto& [key, value] : values.items()) {
-        const auto [words, unit] = Words(key);
-        table.Row({"  " + words, Shown(value), unit});
-    }
-    return fmt::format("\n{}\n{}", title, table.Text());
-}
 
 std::string TimeLine(const Json& time, u64 frames) {
     if (time.is_null()) return "none in the frames";
@@ -107,7 +65,7 @@ void AddSourceRows(CTextTable& table, const Json& source) {
                fmt::format("{}, {}", source["time"].get<std::string>(),
                            source["finished"].get<bool>() ? "finished"
                                                           : "never finished or cut (\"ovix repair\" brings it back)")});
-    if (!source["texts"].empty()) table.Row({"Texts", Shown(source["texts"])});
+    if (!source["texts"].empty()) table.Row({"Texts", ShownJson(source["texts"])});
 }
 
 std::string Overview(const Json& d) {
@@ -132,7 +90,7 @@ std::string Overview(const Json& d) {
     table.Row({"Presets", presets});
     table.Row({"Calibrations", CalibrationLine(d["calibrations"])});
     table.Row({"Stored unit", d["baseUnit"]});
-    table.Row({"Units on offer", Shown(d["units"])});
+    table.Row({"Units on offer", ShownJson(d["units"])});
     return table.Text();
 }
 
@@ -179,7 +137,7 @@ class CInfoCommand final : public ICommand {
 
   private:
     EExit ShowFrame(const IFrameSource& source, CSourceReport& report) const {
-        report.Add(OneFrame(source.Count()));
+        report.Add(CFrameSelection(frame_).OneOf("--frame", source.Count()));
         const Json values = report.FrameValues();
         if (json_)
             PrintJson({{"schema", kSchemaVersion}, {"file", source.Name()}, {"values", values}});
@@ -200,8 +158,8 @@ class CInfoCommand final : public ICommand {
         if (json_) {
             PrintJson(document);
         } else {
-            Print(Overview(document) + Section("Scene as recorded", document["scene"]) +
-                  Section("Calibration", document["calibration"]) + GapLines(document["counter"]) +
+            Print(Overview(document) + ValueSection("Scene as recorded", document["scene"]) +
+                  ValueSection("Calibration", document["calibration"]) + GapLines(document["counter"]) +
                   (recording ? BlockTable(blocks) : ""));
         }
         return frames.Exit();
@@ -213,12 +171,6 @@ class CInfoCommand final : public ICommand {
             PrintJson({{"schema", kSchemaVersion}, {"file", recording.Name()}, {"blocks", blocks}});
         else
             Print(BlockTable(blocks).substr(1));
-    }
-
-    u64 OneFrame(u64 count) const {
-        const CFrameNumbers chosen = CFrameSelection(frame_).Of(count);
-        if (chosen.Count() != 1) throw UsageFault("--frame: expected one frame, found \"" + frame_ + "\"");
-        return chosen[0];
     }
 
     CSourceArguments source_;

@@ -2,6 +2,7 @@
 
 #include "apps/ovix/fault.h"
 #include "apps/ovix/input/pixel_type_names.h"
+#include "apps/ovix/pipeline/calibration_json.h"
 #include "apps/ovix/pipeline/frame_time.h"
 #include "apps/ovix/pipeline/scene_json.h"
 #include "apps/ovix/pipeline/unit_choice.h"
@@ -129,34 +130,6 @@ Json CSourceReport::CalibrationsJson() const {
     return list;
 }
 
-Json CSourceReport::CalibrationJson() {
-    const auto cal = objects_.Get<reduce::CCurlewFactoryCalReduceObject>(0, false);
-    if (!cal || !cal->valid) return nullptr;
-    const auto& c = *cal;
-    return {{"model", "Curlew (factory)"},
-            {"gain", ShortestDouble(c.gain)},
-            {"offsetCounts", c.offset},
-            {"lowestCounts", c.imgMin},
-            {"highestCounts", c.imgMax},
-            {"nonlinear", c.nonlinearOn != 0},
-            {"nonlinearGain", ShortestDouble(c.nonlinearGain)},
-            {"nonlinearOffsetCounts", c.nonlinearOffset},
-            {"planckR", ShortestDouble(c.planckR)},
-            {"planckBKelvin", ShortestDouble(c.planckB)},
-            {"planckF", ShortestDouble(c.planckF)},
-            {"atmosphereAlpha1", ShortestDouble(c.atmAlpha1)},
-            {"atmosphereAlpha2", ShortestDouble(c.atmAlpha2)},
-            {"atmosphereBeta1", ShortestDouble(c.atmBeta1)},
-            {"atmosphereBeta2", ShortestDouble(c.atmBeta2)},
-            {"atmosphereX", ShortestDouble(c.atmX)},
-            {"underflowKelvin", ShortestDouble(c.underflowTemp)},
-            {"lowerKelvin", ShortestDouble(c.lowerTemp)},
-            {"upperKelvin", ShortestDouble(c.upperTemp)},
-            {"overflowKelvin", ShortestDouble(c.overflowTemp)},
-            {"radianceFitLowKelvin", ShortestDouble(c.radFitLowTemp)},
-            {"radianceFitHighKelvin", ShortestDouble(c.radFitHighTemp)}};
-}
-
 Json CSourceReport::Document() {
     const SFrameFormat& format = source_.Format();
     Json document = {{"file", source_.Name()},
@@ -179,7 +152,7 @@ Json CSourceReport::Document() {
     const auto scene = objects_.GetObjectParameters(false);
     document["scene"] = scene && scene->fromSource ? SceneJson(*scene) : Json();
     document["calibrations"] = CalibrationsJson();
-    document["calibration"] = CalibrationJson();
+    document["calibration"] = FactoryCalibrationJson(objects_, preset_);
     return document;
 }
 

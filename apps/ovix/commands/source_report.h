@@ -53,7 +53,6 @@ class CSourceReport {
     Json TimeJson() const;
     Json CounterJson() const;
     Json PresetsJson() const;
-    Json CalibrationJson();
     Json CalibrationsJson() const;
 
     IFrameSource& source_;

@@ -74,11 +74,15 @@ void CMeasurement::DecodeFrame(u64 number) {
     time_ = info ? clock.Carried(info->time) : std::nullopt;
 }
 
-EUnit CMeasurement::ChooseOfferedUnit() const {
+TArray<EUnit> CMeasurement::Units() const {
     TArray<EUnit> offered;
     context_.GetUnits(offered);
+    return offered;
+}
+
+EUnit CMeasurement::ChooseOfferedUnit() const {
     try {
-        return ChooseUnit(offered, options_);
+        return ChooseUnit(Units(), options_);
     } catch (const CFault& fault) {
         SFault facts = fault.Facts();
         facts.file = source_.Name();

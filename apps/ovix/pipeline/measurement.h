@@ -36,6 +36,10 @@ class CMeasurement {
     /// Of the first good frame on.
     EUnit Unit() const { return unit_; }
     SUnitText UnitText() const { return app::UnitText(unit_, options_.scale); }
+    /// The units on offer for the frame measured last, its preset, and all that is known of it.
+    TArray<EUnit> Units() const;
+    u8 Preset() const { return preset_; }
+    reduce::CReduceObjectArray& Objects() { return objects_; }
     /// All that the values of the frame measured last rest on, each with its unit in its key.
     Json Parameters();
     /// That of the frame measured last; nothing when it carries none.

@@ -47,15 +47,6 @@ const char* Word(EQuantity quantity) {
 
 const char* Word(ECalibration calibration) { return calibration == ECalibration::Factory ? "factory" : "user"; }
 
-std::optional<EUnit> Find(const TArray<EUnit>& offered, EQuantity quantity, std::optional<ECalibration> calibration) {
-    for (const SUnitFacts& facts : kUnits) {
-        const bool fits =
-            facts.quantity == quantity && (!calibration || !facts.calibration || facts.calibration == calibration);
-        if (fits && std::find(offered.begin(), offered.end(), facts.unit) != offered.end()) return facts.unit;
-    }
-    return {};
-}
-
 std::string Listed(const TArray<EUnit>& offered) {
     std::string list;
     for (const EUnit unit : offered) list += (list.empty() ? "" : ", ") + UnitWords(unit);
@@ -63,6 +54,16 @@ std::string Listed(const TArray<EUnit>& offered) {
 }
 
 }  // namespace
+
+std::optional<EUnit> FindUnit(const TArray<EUnit>& offered, EQuantity quantity,
+                              std::optional<ECalibration> calibration) {
+    for (const SUnitFacts& facts : kUnits) {
+        const bool fits =
+            facts.quantity == quantity && (!calibration || !facts.calibration || facts.calibration == calibration);
+        if (fits && std::find(offered.begin(), offered.end(), facts.unit) != offered.end()) return facts.unit;
+    }
+    return {};
+}
 
 std::span<const SQuantityWord> QuantityWords() { return kWords; }
 
@@ -77,14 +78,14 @@ std::string UnitWords(EUnit unit) {
 
 EUnit ChooseUnit(const TArray<EUnit>& offered, const SMeasureOptions& options) {
     if (options.quantity) {
-        if (const auto unit = Find(offered, *options.quantity, options.calibration)) return *unit;
+        if (const auto unit = FindUnit(offered, *options.quantity, options.calibration)) return *unit;
         const std::string wanted = options.calibration
                                        ? fmt::format("{} ({})", Word(*options.quantity), Word(*options.calibration))
                                        : Word(*options.quantity);
         throw CFault({.problem = fmt::format("the source cannot give {}; it can give {}", wanted, Listed(offered))});
     }
     for (const EQuantity quantity : kPreferred) {
-        if (const auto unit = Find(offered, quantity, options.calibration)) return *unit;
+        if (const auto unit = FindUnit(offered, quantity, options.calibration)) return *unit;
     }
     throw CFault({.problem = "the source needs a --unit; it can give " + Listed(offered)});
 }
