@@ -102,7 +102,7 @@ std::size_t ReadAllWays(const u8* bytes, std::size_t size) {
 
 TEST(Damage, TheWatchSeesBothAllocators) {
     largest = 0;
-    delete[] new char[12345];
+    ::operator delete[](::operator new[](12345));  // unlike the expressions, never optimised away
     EXPECT_EQ(largest, 12345u);
     CMemFile memory;
     ASSERT_TRUE(memory.SetSize(54321));
