@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "apps/ovix/demo_recording.h"
 #include "apps/ovix/demo_report.h"
 #include "apps/ovix/fault.h"
 #include "apps/ovix/output/frame_writer.h"
@@ -36,6 +37,14 @@ std::string NameOfType(const GUID& type) {
     return facts.name.GetUTF8();
 }
 
+SFrameFormat FormatOf(const SForm& form, const SDemoOptions& options) {
+    return {.filter = CString(FindSynthFamily(form.type)->filter).GetUTF8(),
+            .pixelType = form.type,
+            .pixelTypeName = NameOfType(form.type),
+            .width = options.width,
+            .height = options.height};
+}
+
 /// What an application tells the library of its source.
 void DescribeSource(reduce::CReduceObjectArray& objects, const SFrameFormat& format) {
     const auto source = objects.GetSourceInfo(true);
@@ -49,20 +58,15 @@ void DescribeSource(reduce::CReduceObjectArray& objects, const SFrameFormat& for
 
 /// One frame's way through the library: check and decode, choose the unit, correct, convert.
 SDemoFrame Measure(const SForm& form, const SDemoOptions& options, std::span<const float> kelvin) {
-    const SSynthFamily* family = FindSynthFamily(form.type);
-    const auto camera =
-        family->make({.type = form.type, .form = form.form, .width = options.width, .height = options.height});
+    const auto camera = FindSynthFamily(form.type)->make(
+        {.type = form.type, .form = form.form, .width = options.width, .height = options.height});
     std::vector<u8> bytes = camera->Frame(kFrame, kelvin);
 
     SDemoFrame frame;
     frame.form = form.form;
     frame.pixelType = NameOfType(form.type);
-    frame.bytes = bytes.size();
-    const SFrameFormat format{.filter = CString(family->filter).GetUTF8(),
-                              .pixelType = form.type,
-                              .pixelTypeName = frame.pixelType,
-                              .width = options.width,
-                              .height = options.height};
+    frame.raw = bytes;
+    const SFrameFormat format = FormatOf(form, options);
     DescribeSource(frame.objects, format);
     frame.correction = camera->Correction();
     frame.objects.Add(frame.correction);
@@ -88,15 +92,16 @@ SDemoFrame Measure(const SForm& form, const SDemoOptions& options, std::span<con
 }
 
 /// How far the measured temperatures are from the scene's.
-SAgreement Compare(const SDemoFrame& frame, std::span<const float> kelvin, ETempType scale) {
+SAgreement Compare(std::span<const float> values, std::span<const u8> status, const u8* badPixels,
+                   std::span<const float> kelvin, ETempType scale) {
     SAgreement agreement;
     double squares = 0;
     for (std::size_t i = 0; i < kelvin.size(); ++i) {
-        const double measured = CMath::ConvertTemperature(frame.values[i], scale, Kelvin);
+        const double measured = CMath::ConvertTemperature(values[i], scale, Kelvin);
         const double away = std::abs(measured - kelvin[i]);
-        if (frame.status[i] != 0) {
+        if (status[i] != 0) {
             ++agreement.flagged;
-        } else if (frame.correction->mask[i]) {  // it shows what its neighbour sees
+        } else if (badPixels[i]) {  // it shows what its neighbour sees
             ++agreement.replaced;
             agreement.replacedMax = std::max(agreement.replacedMax, away);
         } else {
@@ -123,11 +128,13 @@ std::vector<std::pair<std::string, reduce::CStats>> Figures(SDemoFrame& frame, c
     return figures;
 }
 
-std::vector<std::filesystem::path> WritePictures(const SDemoFrame& frame, const SDemoOptions& options) {
+void MakeDirectory(const std::filesystem::path& directory) {
     std::error_code error;
-    std::filesystem::create_directories(options.directory, error);
-    if (error) throw SystemFault(ExitFile, options.directory.string(), "cannot create the directory", error.value());
+    std::filesystem::create_directories(directory, error);
+    if (error) throw SystemFault(ExitFile, directory.string(), "cannot create the directory", error.value());
+}
 
+std::vector<std::filesystem::path> WritePictures(const SDemoFrame& frame, const SDemoOptions& options) {
     const SSeries series{.width = options.width,
                          .height = options.height,
                          .frames = 1,
@@ -154,14 +161,21 @@ int RunDemo(const SDemoOptions& options) {
     if (options.width < kDemoLeastSide || options.height < kDemoLeastSide) {
         throw UsageFault(fmt::format("the demo needs frames of {0} x {0} pixels or more", kDemoLeastSide));
     }
+    MakeDirectory(options.directory);
     const std::vector<float> kelvin = RenderScene(options.width, options.height, kFrame);
     SDemoReport report{.options = options};
     for (const SForm& form : kForms) {
         report.frames.push_back(Measure(form, options, kelvin));
-        report.frames.back().agreement = Compare(report.frames.back(), kelvin, options.scale);
+        SDemoFrame& frame = report.frames.back();
+        const auto agreementOf = [&](const auto& measured) {
+            return Compare(measured.values, measured.status, frame.correction->mask, kelvin, options.scale);
+        };
+        frame.agreement = agreementOf(frame);
+        report.files.push_back(options.directory / fmt::format("motor-{}.krt", form.form));
+        frame.recorded = agreementOf(RecordAndMeasure(report.files.back(), FormatOf(form, options), frame, options));
     }
     report.figures = Figures(report.frames.front(), options);
-    report.files = WritePictures(report.frames.front(), options);
+    for (const auto& picture : WritePictures(report.frames.front(), options)) report.files.push_back(picture);
     PrintReport(report);
     return report.Agrees() ? ExitDone : ExitBadData;
 }

@@ -86,11 +86,14 @@ CTextTable AgreementTable(const SDemoReport& report) {
                       {"Replaced (px)", CTextTable::Right},
                       {"Greatest (K)", CTextTable::Right},
                       {"Flagged (px)", CTextTable::Right}});
-    for (const SDemoFrame& frame : report.frames) {
-        const SAgreement& a = frame.agreement;
-        table.Row({frame.form, fmt::format("{}", frame.bytes), fmt::format("{}", a.good), fmt::format("{:.4f}", a.max),
+    const auto row = [&](const std::string& form, const SDemoFrame& frame, const SAgreement& a) {
+        table.Row({form, fmt::format("{}", frame.raw.size()), fmt::format("{}", a.good), fmt::format("{:.4f}", a.max),
                    fmt::format("{:.4f}", a.rms), fmt::format("{}", a.replaced), fmt::format("{:.2f}", a.replacedMax),
                    fmt::format("{}", a.flagged)});
+    };
+    for (const SDemoFrame& frame : report.frames) {
+        row(frame.form, frame, frame.agreement);
+        row(frame.form + ", recorded", frame, frame.recorded);
     }
     return table;
 }
@@ -132,13 +135,14 @@ Json JsonOf(const SDemoReport& report) {
         const SAgreement& a = frame.agreement;
         frames.push_back({{"form", frame.form},
                           {"pixelType", frame.pixelType},
-                          {"bytes", frame.bytes},
+                          {"bytes", frame.raw.size()},
                           {"status", CountStatus(frame.status)},
                           {"goodPixels", a.good},
                           {"maximumDifferenceKelvin", a.max},
                           {"rmsDifferenceKelvin", a.rms},
                           {"replacedPixels", a.replaced},
-                          {"agrees", a.Holds()}});
+                          {"recordedMaximumDifferenceKelvin", frame.recorded.max},
+                          {"agrees", a.Holds() && frame.recorded.Holds()}});
     }
     Json files = Json::array();
     for (const auto& file : report.files) files.push_back(file.string());
@@ -155,7 +159,8 @@ Json JsonOf(const SDemoReport& report) {
 }  // namespace
 
 bool SDemoReport::Agrees() const {
-    return std::all_of(frames.begin(), frames.end(), [](const SDemoFrame& frame) { return frame.agreement.Holds(); });
+    return std::all_of(frames.begin(), frames.end(),
+                       [](const SDemoFrame& frame) { return frame.agreement.Holds() && frame.recorded.Holds(); });
 }
 
 Json DescribeScene(const SDemoFrame& frame) {

@@ -30,12 +30,13 @@ struct SAgreement {
 struct SDemoFrame {
     std::string form;
     std::string pixelType;
-    u64 bytes = 0;
+    std::vector<u8> raw;  ///< as the camera sent it
     reduce::CReduceObjectArray objects;
     TSharedPtr<reduce::CCorrectionReduceObject> correction;
     std::vector<float> values;
     std::vector<u8> status;
     SAgreement agreement;
+    SAgreement recorded;  ///< of the same frame, read back from its recording
 };
 
 struct SDemoReport {

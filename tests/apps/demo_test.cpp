@@ -32,6 +32,8 @@ TEST(Demo, MeasuresTheSceneInAllFormsAndWritesPictures) {
             // Noise, rounding and truncation to counts: the limit would be no proof if it were far away.
             EXPECT_GT(frame["maximumDifferenceKelvin"].get<double>(), 0.02) << frame;
             EXPECT_LT(frame["maximumDifferenceKelvin"].get<double>(), 0.1) << frame;
+            EXPECT_GT(frame["recordedMaximumDifferenceKelvin"].get<double>(), 0.02) << frame;
+            EXPECT_LT(frame["recordedMaximumDifferenceKelvin"].get<double>(), 0.1) << frame;
             EXPECT_EQ(frame["status"]["good"], 161 * 120);
             EXPECT_GE(frame["replacedPixels"].get<int>(), 3);
         }
@@ -41,8 +43,10 @@ TEST(Demo, MeasuresTheSceneInAllFormsAndWritesPictures) {
         const double pipe = CMath::ConvertTemperature(report["statistics"][2]["mean"], scale, Kelvin);
         EXPECT_NEAR(pipe, 284.3, 1);
     }
-    EXPECT_EQ(test::NamesIn(folder), (std::vector<std::string>{"motor.json", "motor.npy", "motor.png",
-                                                               "motor.status.npy", "motor.status.tif", "motor.tif"}));
+    EXPECT_EQ(
+        test::NamesIn(folder),
+        (std::vector<std::string>{"motor-digital-swapped.krt", "motor-digital.krt", "motor-jpeg-ls.krt", "motor.json",
+                                  "motor.npy", "motor.png", "motor.status.npy", "motor.status.tif", "motor.tif"}));
 }
 
 TEST(Demo, SaysWhatIsWrong) {

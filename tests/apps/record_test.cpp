@@ -1,0 +1,181 @@
+// Recordings as the users of the tool meet them.
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "core/bytes.h"
+#include "tool_run.h"
+
+namespace ovix::app {
+namespace {
+
+using Json = nlohmann::json;
+using test::CToolFolder;
+using Arguments = std::vector<std::string>;
+
+Arguments operator+(Arguments a, const Arguments& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+Arguments Dump(const std::string& type = "K410 IR (GigE)") {
+    return {"dump.raw", "--pixel-type", type, "--size", "64x48"};
+}
+
+void Synthesise(const CToolFolder& folder, int count, const Arguments& more = {},
+                const std::string& type = "K410 IR (GigE)") {
+    folder.Do(Arguments{"synth", "-o", "dump.raw", "--pixel-type", type, "--size", "64x48", "--count",
+                        std::to_string(count), "--overwrite"} +
+              more);
+}
+
+Json RowsOf(const CToolFolder& folder, const Arguments& source) {
+    return Json::parse(folder.Do(Arguments{"stats", "--json"} + source))["rows"];
+}
+
+u64 NumberAt(const std::string& bytes, std::size_t offset, int width) {
+    u64 number = 0;
+    for (int i = width; i-- > 0;) number = number << 8 | static_cast<u8>(bytes[offset + static_cast<std::size_t>(i)]);
+    return number;
+}
+
+TEST(Record, KeepsEveryFrameOfEveryFormAndMeasuresTheSame) {
+    const CToolFolder folder;
+    const Json formats = Json::parse(folder.Do({"formats", "--json"}));
+    for (const Json& form : formats["synthesis"]) {
+        const std::string type = form["pixelType"];
+        SCOPED_TRACE(type + " " + form["form"].get<std::string>());
+        Synthesise(folder, 4, {"--form", form["form"]}, type);
+        folder.Do(Arguments{"record"} + Dump(type) + Arguments{"-o", "run.krt", "--overwrite"});
+        folder.Do({"verify", "run.krt"});
+        EXPECT_EQ(RowsOf(folder, {"run.krt"}), RowsOf(folder, Dump(type)));
+        EXPECT_EQ(RowsOf(folder, {"run.krt", "--frames", "2-3"}),
+                  RowsOf(folder, Dump(type) + Arguments{"--frames", "2-3"}));
+        Json info = Json::parse(folder.Do({"info", "--json", "run.krt"}));
+        const Json plain = Json::parse(folder.Do(Arguments{"info", "--json"} + Dump(type)));
+        for (const char* same : {"pixelType", "width", "height", "frames", "counter", "units", "scene", "calibration"})
+            EXPECT_EQ(info[same], plain[same]) << same;
+        EXPECT_TRUE(info["source"]["finished"]);
+        EXPECT_EQ(info["source"]["presets"], (Json{{{"preset", 0}, {"frames", 4}}}));
+    }
+}
+
+TEST(Record, FramesStandInTheFileBitForBitAndShorterOnesEndInZeros) {
+    const CToolFolder folder;
+    Synthesise(folder, 3);
+    folder.Do(Arguments{"record"} + Dump() + Arguments{"-o", "run.krt"});
+    const std::string dump = test::ReadText(folder.Path("dump.raw"));
+    const std::string run = test::ReadText(folder.Path("run.krt"));
+    EXPECT_EQ(run.substr(run.size() - dump.size()), dump);
+    const std::size_t record = run.size() - dump.size() - 512;
+    EXPECT_EQ(NumberAt(run, record + 44, 4), dump.size() / 3);
+    EXPECT_EQ(NumberAt(run, record + 40, 2), 48u);  // the lines of a packet
+
+    const std::string stream = "R7X IR (MJLS)";
+    Synthesise(folder, 3, {}, stream);
+    folder.Do(Arguments{"record"} + Dump(stream) + Arguments{"-o", "stream.krt"});
+    const std::string frames = test::ReadText(folder.Path("dump.raw"));
+    const std::string stored = test::ReadText(folder.Path("stream.krt"));
+    const Json info = Json::parse(folder.Do({"info", "--json", "stream.krt"}));
+    const std::size_t size = info["frameBytes"];
+    std::size_t at = 0;
+    for (std::size_t i = 0; i < 3; ++i) {
+        const std::string padded = stored.substr(stored.size() - (3 - i) * size, size);
+        const std::size_t end = padded.find_last_not_of('\0') + 1;
+        EXPECT_EQ(padded.substr(0, end), frames.substr(at, end)) << i;
+        at = frames.find_first_not_of('\0', at + end);
+    }
+}
+
+TEST(Record, WhatIsToldOfTheSceneAndTheTablesGoesIntoTheRecording) {
+    const CToolFolder folder;
+    Synthesise(folder, 2, {"--tables", "nuc"});
+    const Arguments told = {"--emissivity", "0.8", "--reflected-temp", "30C", "--correction", "nuc"};
+    folder.Do(Arguments{"record", "-o", "run.krt"} + Dump() + told);
+    for (const char* extension : {".mvg", ".mvo", ".mvb"})
+        std::filesystem::rename(folder.Path("nuc").string() + extension, folder.Path("away").string() + extension);
+    const Arguments again = {"--emissivity", "0.8", "--reflected-temp", "30C", "--correction", "away"};
+    const Json recorded = RowsOf(folder, {"run.krt"});
+    EXPECT_EQ(recorded, RowsOf(folder, Dump() + again));
+    EXPECT_NE(recorded, RowsOf(folder, Dump() + Arguments{"--correction", "away"}));
+    EXPECT_EQ(RowsOf(folder, {"run.krt", "--emissivity", "0.95", "--reflected-temp", "295.15K"}),
+              RowsOf(folder, Dump() + Arguments{"--correction", "away"}));
+    const Json scene = Json::parse(folder.Do({"info", "--json", "run.krt"}))["scene"];
+    EXPECT_EQ(scene["emissivity"], 0.8);
+    EXPECT_EQ(scene["relativeHumidity"], 0.45);  // the camera's
+}
+
+TEST(Record, InfoShowsTheBlocksAndWhichOfThemAreDamaged) {
+    const CToolFolder folder;
+    Synthesise(folder, 2);
+    folder.Do(Arguments{"record", "-o", "run.krt"} + Dump());
+    std::string bytes = test::ReadText(folder.Path("run.krt"));
+    const Json blocks = Json::parse(folder.Do({"info", "--json", "run.krt"}))["blocks"];
+    ASSERT_EQ(blocks.size(), 5u);
+    EXPECT_EQ(blocks[0]["name"], "SourceInfo");
+    EXPECT_EQ(blocks[0]["offset"], 77);
+    EXPECT_EQ(blocks[0]["bytes"], 2048);
+    EXPECT_EQ(blocks[1]["offset"], 77 + 77 + 2048);
+    EXPECT_EQ(blocks[4]["name"], "Pixels");
+    EXPECT_TRUE(blocks[4]["crcRight"].is_null());
+    bytes[77 + 77 + 2048 + 77 + 20] ^= 4;
+    test::WriteText(folder.Path("run.krt"), bytes);
+    const Json damaged = Json::parse(folder.Do({"info", "--json", "run.krt"}))["blocks"];
+    EXPECT_TRUE(damaged[0]["crcRight"]);
+    EXPECT_FALSE(damaged[1]["crcRight"]);
+
+    // Blocks without frames are shown all the same.
+    test::WriteText(folder.Path("blocks.krt"), bytes.substr(0, 77 + 77 + 2048));
+    const test::SToolRun run = folder.Run({"info", "blocks.krt"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.out.find("SourceInfo"), std::string::npos);
+    EXPECT_EQ(run.ErrorLines(), 1);
+}
+
+TEST(Record, VerifyAndRepairLeaveWithTheirStatus) {
+    const CToolFolder folder;
+    Synthesise(folder, 3);
+    folder.Do(Arguments{"record", "-o", "run.krt"} + Dump());
+    std::string bytes = test::ReadText(folder.Path("run.krt"));
+    const std::size_t frame = test::ReadText(folder.Path("dump.raw")).size() / 3;
+    test::WriteText(folder.Path("cut.krt"), bytes.substr(0, bytes.size() - 1));
+    const Json verify = Json::parse(folder.Run({"verify", "--json", "cut.krt"}).out);
+    EXPECT_FALSE(verify["good"]);
+    EXPECT_EQ(verify["faults"][0]["offset"], bytes.size() - frame);
+    EXPECT_EQ(verify["faults"][0]["expected"], std::to_string(frame) + " bytes");
+    EXPECT_EQ(verify["faults"][0]["found"], std::to_string(frame - 1));
+    EXPECT_EQ(folder.Run({"verify", "cut.krt"}).status, 1);
+    EXPECT_EQ(RowsOf(folder, {"cut.krt"}).size(), 2u);
+    EXPECT_EQ(folder.Run({"repair", "cut.krt", "-o", "good.krt"}).status, 0);
+    EXPECT_EQ(folder.Run({"verify", "good.krt"}).status, 0);
+    EXPECT_EQ(folder.Run({"repair", "cut.krt", "-o", "good.krt"}).status, 4);  // is there already
+
+    bytes[bytes.size() - frame + 64 * 48 * 2 + 32] ^= 1;  // the signature behind the pixels and the digital header
+    test::WriteText(folder.Path("bad.krt"), bytes);
+    EXPECT_EQ(folder.Run({"repair", "bad.krt", "-o", "rest.krt"}).status, 3);
+    EXPECT_EQ(folder.Run({"verify", "dump.raw"}).status, 4);
+    EXPECT_EQ(folder.Run({"info", "run.krt", "--size", "64x48"}).status, 2);
+}
+
+TEST(Record, PartsAreKeptOnlyWhenAskedAndNeverReplaced) {
+    const CToolFolder folder;
+    Synthesise(folder, 3);
+    std::string bytes = test::ReadText(folder.Path("dump.raw"));
+    bytes.resize(bytes.size() - 5);  // the third frame is a fault
+    test::WriteText(folder.Path("dump.raw"), bytes);
+    const Arguments record =
+        Arguments{"record", "-o", "run.krt", "--frame-size", std::to_string((bytes.size() + 5) / 3)} + Dump();
+    EXPECT_EQ(folder.Run(record).status, 1);
+    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"dump.raw"}));
+    EXPECT_EQ(folder.Run(record + Arguments{"--keep-part"}).status, 1);
+    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"dump.raw", "run.krt.part"}));
+    EXPECT_EQ(folder.Run(record + Arguments{"--keep-part", "--overwrite"}).status, 4);
+    EXPECT_EQ(folder.Run({"repair", "run.krt.part", "-o", "run.krt"}).status, 0);
+    EXPECT_EQ(RowsOf(folder, {"run.krt"}).size(), 2u);
+    EXPECT_EQ(folder.Run(record + Arguments{"--on-error", "skip", "--overwrite"}).status, 3);
+    EXPECT_EQ(RowsOf(folder, {"run.krt"}).size(), 2u);
+}
+
+}  // namespace
+}  // namespace ovix::app
