@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <span>
 #include <type_traits>
@@ -188,14 +189,17 @@ bool ReadByte(IFile& file, V& value) {
     return true;
 }
 
-/// A table of `count` numbers. Its length is the caller's to hold against what remains in the file.
+/// A table of `count` numbers, straight into its place: a little-endian machine has nothing to do to them. Its length
+/// is the caller's to hold against what remains in the file.
 template <Number V>
 bool ReadTable(IFile& file, V* table, u64 count) {
-    u8 bytes[4096 * sizeof(V)];
+    constexpr u32 kMostAtOnce = 1 << 24;
     while (count) {
-        const u32 n = static_cast<u32>(std::min<u64>(count, 4096));
-        if (!file.ReadBytes(bytes, n * static_cast<u32>(sizeof(V)))) return false;
-        for (u32 i = 0; i < n; ++i) table[i] = LoadLittle<V>(bytes + i * sizeof(V));
+        const u32 n = static_cast<u32>(std::min<u64>(count, kMostAtOnce));
+        if (!file.ReadBytes(table, n * static_cast<u32>(sizeof(V)))) return false;
+        if constexpr (std::endian::native != std::endian::little) {
+            for (u32 i = 0; i < n; ++i) table[i] = LoadLittle<V>(reinterpret_cast<const u8*>(table + i));
+        }
         table += n;
         count -= n;
     }

@@ -36,6 +36,8 @@ struct SJob {
     /// Called once, after `run(0)`: compares the results of lane 0 with a plain reference. Empty when they are the
     /// same, else what differs; the harness then stops.
     std::function<std::string()> prove;
+    /// What stands beside the kernel instead of the copy in memory: as many bytes, moved plainly in the same way.
+    std::function<void(u32 lane)> plain = {};
 };
 
 struct SKernel {
@@ -51,6 +53,8 @@ struct SKernel {
     /// The kernel whose time this one's is given in multiples of, and the most that is wanted; 0 for none.
     std::string beside = {};
     double mostBeside = 0;
+    /// How often a frame is measured; 0 for the harness's own number.
+    u32 times = 0;
 };
 
 /// A static object of this class enters a kernel in the program.

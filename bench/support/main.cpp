@@ -76,15 +76,15 @@ void Measure(benchmark::State& state, const SKernel& kernel, SRun run, bool stre
         std::fprintf(stderr, "%s: wrong answer, %s\n", kernel.name.c_str(), difference.c_str());
         std::exit(1);
     }
-    CCopy copy(static_cast<std::size_t>(frameBytes), streaming ? LanesFor(frameBytes) : 1);
+    CCopy copy(job.plain ? 0 : static_cast<std::size_t>(frameBytes), streaming ? LanesFor(frameBytes) : 1);
     std::vector<double> kernelTimes, copyTimes;
     u32 lane = 0;
     for (auto _ : state) {
         const double seconds = Seconds([&] { job.run(lane); });
-        lane = (lane + 1) % run.lanes;
         state.SetIterationTime(seconds);
         kernelTimes.push_back(seconds);
-        copyTimes.push_back(Seconds(copy));
+        copyTimes.push_back(job.plain ? Seconds([&] { job.plain(lane); }) : Seconds(copy));
+        lane = (lane + 1) % run.lanes;
     }
     const double time = Median(kernelTimes), share = Median(copyTimes) / time;
     state.counters["ns/pixel"] = time * 1e9 / run.Pixels();
@@ -136,7 +136,8 @@ void Enter(bool smoke) {
                 auto* entry = benchmark::RegisterBenchmark(
                     name.c_str(), [=](benchmark::State& state) { Measure(state, kernel, frame, streaming); });
                 entry->UseManualTime()->Unit(benchmark::kMicrosecond);
-                entry->Iterations(smoke ? 1 : streaming ? 400 : 2000);
+                const u32 times = kernel.times ? kernel.times : streaming ? 400 : 2000;
+                entry->Iterations(smoke ? 1 : times);
             }
         }
     }

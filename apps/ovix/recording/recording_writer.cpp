@@ -116,6 +116,9 @@ void GatherMetadata(IFrameSource& source, const CFrameNumbers& frames, reduce::C
         }
     }
     source.Overrule(objects);
+    // A recording marks its scene as the source's own, which one that nobody told is not.
+    const auto scene = objects.GetObjectParameters(false);
+    if (scene && !scene->fromSource) objects.RemoveAllObjectsOfType(scene->GetTypeID());
     if (info->cameraName.Equals(L"Unknown Camera")) info->cameraName = decode.Filter().GetName();
     for (auto& preset : info->presets) preset.frameCount = 0;
 }
