@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 
 #include "bench/support/data.h"
 #include "core/file_system.h"
@@ -66,10 +67,8 @@ struct STablesFile {
         reduce::LoadInfoFile(file, loaded, 0);
     }
     void ReadPlain() {
-        loaded.Reset();
         file->SeekToBegin();
-        // As many pieces of memory as there are objects.
-        std::vector<std::unique_ptr<u8[]>> pieces;
+        pieces.clear();  // as loading gives back what was loaded before
         for (u64 left = file->GetRemaining(); left;) {
             const u32 n = static_cast<u32>(std::min<u64>(left, bytes / blocks));
             pieces.emplace_back(new u8[n]);
@@ -89,6 +88,7 @@ struct STablesFile {
     TSharedPtr<IFile> file;
     u64 bytes = 0;
     u32 blocks = 0;
+    std::vector<std::unique_ptr<u8[]>> pieces;  ///< as many pieces of memory as there are objects
     STables expected{SRun{}};
     reduce::CReduceObjectArray loaded;
 };
