@@ -39,6 +39,7 @@
 #include "reduce/filters/camera_record.h"
 #include "reduce/filters/check_frame.h"
 #include "reduce/filters/curlew_camera_info_reduce_object.h"
+#include "reduce/filters/describe_frame.h"
 #include "reduce/filters/filter.h"
 #include "reduce/filters/filter_factory.h"
 #include "reduce/objects/fov_reduce_object.h"

@@ -14,9 +14,10 @@ SFilterFactoryExtraStuff::SFilterFactoryExtraStuff() = default;
 SFilterFactoryExtraStuff::SFilterFactoryExtraStuff(TArray<GUID>& types) : pixelTypes(std::move(types)) {}
 
 bool CFilterFactory::Register(const wchar_t* name, TArray<GUID> pixelTypes, Create_t create, Destroy_t destroy,
-                              FrameCheck check) {
+                              FrameCheck check, FrameDescription describe) {
     SFilterFactoryExtraStuff extra(pixelTypes);
     extra.check = check;
+    extra.describe = describe;
     return TNamedClassFactory::Register(name, create, destroy, extra);
 }
 
