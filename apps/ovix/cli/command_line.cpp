@@ -31,9 +31,9 @@ class CGrammar {
             "out.png\n\n"
             "Exit status: 0 done, 1 the data would not do, 2 wrong usage, 3 done but frames were skipped,\n"
             "4 a file is missing, unreadable, unwritable or of no known format, 130 interrupted.");
-        for (const auto make :
-             {MakeDemoCommand, MakeFormatsCommand, MakeSynthCommand, MakeInfoCommand, MakeConvertCommand,
-              MakeStatsCommand, MakeExplainCommand, MakeRecordCommand, MakeVerifyCommand, MakeRepairCommand})
+        for (const auto make : {MakeDemoCommand, MakeFormatsCommand, MakeSynthCommand, MakeInfoCommand,
+                                MakeConvertCommand, MakeStatsCommand, MakeExplainCommand, MakeCalibrateCommand,
+                                MakeRecordCommand, MakeVerifyCommand, MakeRepairCommand})
             AddVerb(make());
     }
 

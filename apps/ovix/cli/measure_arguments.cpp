@@ -5,6 +5,7 @@
 #include "apps/ovix/cli/choice.h"
 #include "apps/ovix/cli/values.h"
 #include "apps/ovix/pipeline/unit_choice.h"
+#include "apps/ovix/user_calibration.h"
 
 namespace ovix::app {
 
@@ -44,6 +45,8 @@ void CMeasureArguments::Add(CLI::App& verb) {
         "counts, signal, radiance, temperature; of video red, green, blue, average (else temperature, if there is "
         "one)");
     add("--cal", calibration_, "factory|user", "whose calibration (else the factory's, if there is one)");
+    add("--user-cal", userCalibration_, "FILE",
+        "a user calibration that \"ovix calibrate\" wrote; it is the one used unless --cal says otherwise");
     add("--scale", scale_, "C|F|K|R", "scale of temperatures (else C)");
     add("--clip", clip_, "LO,HI|off", "limits of the corrected counts (else 0,16383)");
     told_.Add(verb);
@@ -117,6 +120,8 @@ SMeasureOptions CMeasureArguments::Options() const {
         return ParseChoice<ECalibration>("--cal", text,
                                          {{"factory", ECalibration::Factory}, {"user", ECalibration::User}});
     });
+    options.userCalibration = IfGiven(userCalibration_, ReadUserCalibration);
+    if (options.userCalibration && !options.calibration) options.calibration = ECalibration::User;
     options.scale =
         ParseChoice<ETempType>("--scale", scale_, {{"C", Celsius}, {"F", Fahrenheit}, {"K", Kelvin}, {"R", Rankine}});
     options.scene = told_.Scene();

@@ -41,6 +41,7 @@ class CMeasureArguments {
     CSceneArguments told_;
     std::string unit_;
     std::string calibration_;
+    std::string userCalibration_;
     std::string scale_ = "C";
     std::string clip_;
 };

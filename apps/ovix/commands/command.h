@@ -35,5 +35,6 @@ std::unique_ptr<ICommand> MakeExplainCommand();
 std::unique_ptr<ICommand> MakeRecordCommand();
 std::unique_ptr<ICommand> MakeVerifyCommand();
 std::unique_ptr<ICommand> MakeRepairCommand();
+std::unique_ptr<ICommand> MakeCalibrateCommand();
 
 }  // namespace ovix::app

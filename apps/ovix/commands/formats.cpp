@@ -94,6 +94,7 @@ void FillWithEverything(reduce::CReduceObjectArray& objects) {
     for (u32 i = 0; i < factory->GetEntryCount(); ++i) {
         const auto object = objects.GetObjectOfType(factory->GetEntryAt(i).extra.typeID, -1, true);
         if (object) object->valid = true;
+        if (const auto user = object.Cast<reduce::CRCalReduceObject>()) user->cal.SetPolynomial(0, 1, {0, 1});
     }
 }
 

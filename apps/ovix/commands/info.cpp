@@ -11,6 +11,7 @@
 #include "apps/ovix/commands/source_report.h"
 #include "apps/ovix/commands/value_section.h"
 #include "apps/ovix/text_table.h"
+#include "apps/ovix/user_calibration.h"
 
 namespace ovix::app {
 
@@ -116,6 +117,9 @@ class CInfoCommand final : public ICommand {
             ->type_name("N")
             ->group("Output")
             ->excludes(verb.get_option("--frames"));
+        verb.add_option("--user-cal", userCalibration_, "a user calibration that \"ovix calibrate\" wrote")
+            ->type_name("FILE")
+            ->group("Input");
         verb.add_flag("--json", json_, "one JSON document instead of tables")->group("Output");
     }
 
@@ -131,7 +135,9 @@ class CInfoCommand final : public ICommand {
             if (recording && frame_.empty()) ShowBlocksAlone(*recording, blocks);
             throw;
         }
-        CSourceReport report(*source);
+        std::optional<CRCalFile> userCalibration;
+        if (!userCalibration_.empty()) userCalibration = ReadUserCalibration(userCalibration_);
+        CSourceReport report(*source, userCalibration);
         return frame_.empty() ? ShowAll(*source, report, recording, blocks) : ShowFrame(*source, report);
     }
 
@@ -159,7 +165,8 @@ class CInfoCommand final : public ICommand {
             PrintJson(document);
         } else {
             Print(Overview(document) + ValueSection("Scene as recorded", document["scene"]) +
-                  ValueSection("Calibration", document["calibration"]) + GapLines(document["counter"]) +
+                  ValueSection("Calibration", document["calibration"]) +
+                  ValueSection("User calibration", document["userCalibration"]) + GapLines(document["counter"]) +
                   (recording ? BlockTable(blocks) : ""));
         }
         return frames.Exit();
@@ -175,6 +182,7 @@ class CInfoCommand final : public ICommand {
 
     CSourceArguments source_;
     std::string frame_;
+    std::string userCalibration_;
     bool json_ = false;
 };
 

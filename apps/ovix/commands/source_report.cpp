@@ -6,12 +6,15 @@
 #include "apps/ovix/pipeline/frame_time.h"
 #include "apps/ovix/pipeline/scene_json.h"
 #include "apps/ovix/pipeline/unit_choice.h"
+#include "apps/ovix/user_calibration.h"
 #include "reduce/reduce.h"
 
 namespace ovix::app {
 
-CSourceReport::CSourceReport(IFrameSource& source) : source_(source), decode_(source.Format()) {
+CSourceReport::CSourceReport(IFrameSource& source, const std::optional<CRCalFile>& userCalibration)
+    : source_(source), decode_(source.Format()) {
     source_.Describe(objects_);
+    if (userCalibration) PutUserCalibration(*userCalibration, objects_);
     const GUID type = source_.Format().pixelType;
     counts_ = decode_.Filter().HasFrameCounter(type);
     counterSpan_ = decode_.Filter().FrameCounterMaxValue(type) + 1;
@@ -130,6 +133,11 @@ Json CSourceReport::CalibrationsJson() const {
     return list;
 }
 
+Json CSourceReport::UserCalJson() {
+    const auto object = objects_.Get<reduce::CRCalReduceObject>(-1, false);
+    return object && object->valid ? UserCalibrationJson(objects_, preset_) : Json();
+}
+
 Json CSourceReport::Document() {
     const SFrameFormat& format = source_.Format();
     Json document = {{"file", source_.Name()},
@@ -153,6 +161,7 @@ Json CSourceReport::Document() {
     document["scene"] = scene && scene->fromSource ? SceneJson(*scene) : Json();
     document["calibrations"] = CalibrationsJson();
     document["calibration"] = FactoryCalibrationJson(objects_, preset_);
+    document["userCalibration"] = UserCalJson();
     return document;
 }
 

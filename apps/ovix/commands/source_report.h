@@ -14,7 +14,8 @@ namespace ovix::app {
 /// What is in a source, gathered frame by frame from the metadata; memory does not grow with their number.
 class CSourceReport {
   public:
-    explicit CSourceReport(IFrameSource& source);
+    /// `userCalibration`, if given, takes the place of the source's.
+    explicit CSourceReport(IFrameSource& source, const std::optional<CRCalFile>& userCalibration = {});
 
     /// Takes in one frame: the first one's metadata whole, of the others no more than preset, counter and time. Throws
     /// `CFault` with file and frame for one that would not do.
@@ -54,6 +55,7 @@ class CSourceReport {
     Json CounterJson() const;
     Json PresetsJson() const;
     Json CalibrationsJson() const;
+    Json UserCalJson();
 
     IFrameSource& source_;
     CGuardedDecode decode_;

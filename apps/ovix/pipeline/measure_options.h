@@ -46,7 +46,8 @@ struct SMeasureOptions {
     ETempType scale = Celsius;
     SSceneValues scene;
     std::vector<SCorrectionFiles> corrections;
-    std::optional<SClip> clip;  ///< none: as the library does by itself
+    std::optional<CRCalFile> userCalibration;  ///< takes the place of the source's
+    std::optional<SClip> clip;                 ///< none: as the library does by itself
 };
 
 }  // namespace ovix::app

@@ -11,6 +11,7 @@
 #include "apps/ovix/pipeline/scene_json.h"
 #include "apps/ovix/pipeline/scene_override.h"
 #include "apps/ovix/pipeline/unit_choice.h"
+#include "apps/ovix/user_calibration.h"
 #include "core/core.h"
 #include "reduce/reduce.h"
 
@@ -18,10 +19,11 @@ namespace ovix::app {
 
 namespace {
 
-/// Objects that say what a source is, not how its counts are converted: a frame may change them without a table being
-/// computed anew.
+/// Objects for which no table is computed anew: they say what a source is, not how its counts are converted, or no
+/// frame brings one.
 bool IsDescriptive(const reduce::IReduceObject& object) {
-    static const CString names[] = {L"SourceInfo", L"FOV", L"Correction", L"CurlewCameraInfo", L"DunlinCameraInfo"};
+    static const CString names[] = {L"SourceInfo",       L"FOV", L"Correction", L"CurlewCameraInfo",
+                                    L"DunlinCameraInfo", L"RCal"};
     return std::any_of(std::begin(names), std::end(names),
                        [&](const CString& name) { return name.Equals(object.GetName()); });
 }
@@ -31,6 +33,7 @@ bool IsDescriptive(const reduce::IReduceObject& object) {
 CMeasurement::CMeasurement(IFrameSource& source, SMeasureOptions options)
     : source_(source), options_(std::move(options)), decode_(source.Format()) {
     source_.Describe(objects_);
+    if (options_.userCalibration) PutUserCalibration(*options_.userCalibration, objects_);
     context_.setReduceObjs(&objects_);
     for (const SCorrectionFiles& files : options_.corrections) LoadCorrectionTables(objects_, files, source_.Format());
     const u32 pixels = source_.Format().PixelCount();
@@ -112,6 +115,7 @@ void CMeasurement::UpdateContext() {
     if (preset_ >= presets.size())
         throw CFault({.expected = "a preset from 0 to 7", .found = fmt::format("{}", preset_)});
     presets[preset_] = true;
+    if (IsUserUnit()) RequireUserPreset();
     if (!context_.Update(presets.data(), static_cast<u8>(presets.size()), 0))
         throw CFault({.problem = "the frame's calibration is not usable"});
     // The converter has written the transmission that it used to the objects, so the mark is that of after.
@@ -130,6 +134,14 @@ void CMeasurement::ConvertPixels() {
         throw CFault({.problem = "the pixels cannot be converted to " + UnitWords(unit_)});
 }
 
+/// The library takes a preset without a polynomial for one whose counts are radiances.
+void CMeasurement::RequireUserPreset() {
+    const auto calibration = objects_.Get<reduce::CRCalReduceObject>(-1, false);
+    int order = 0;
+    if (!calibration || !calibration->cal.GetPolyOrder(preset_, order))
+        throw CFault({.problem = fmt::format("the user calibration says nothing of preset {}", preset_)});
+}
+
 Json CMeasurement::Parameters() {
     Json parameters = {
         {"source", source_.Name()}, {"pixelType", source_.Format().pixelTypeName}, {"unit", UnitWords(unit_)}};
@@ -137,6 +149,11 @@ Json CMeasurement::Parameters() {
     if (options_.corrections.empty() && !corrected_.empty()) parameters["correction"].push_back("as recorded");
     const auto scene = objects_.GetObjectParameters(false);
     if (scene && context_.canChangeObjectParameters()) parameters.update(SceneJson(*scene));
+    if (scene && IsUserUnit()) {
+        const Json all = SceneJson(*scene);
+        for (const char* key : {"emissivity", "atmosphereTransmission", "usedAtmosphereTransmission"})
+            parameters[key] = all[key];
+    }
     return parameters;
 }
 

@@ -49,6 +49,8 @@ class CMeasurement {
     void DecodeFrame(u64 number);
     EUnit ChooseOfferedUnit() const;
     void UpdateContext();
+    bool IsUserUnit() const { return Unit() == RadianceUser || Unit() == TemperatureUser; }
+    void RequireUserPreset();
     u32 CalibrationMark();
     void ConvertPixels();
 

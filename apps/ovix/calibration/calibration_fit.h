@@ -1,0 +1,50 @@
+#pragma once
+
+#include <vector>
+
+#include "apps/ovix/calibration/calibration_points.h"
+#include "core/core.h"
+
+namespace ovix::app {
+
+/// How radiance becomes temperature.
+enum class ETemperatureModel { Table, Polynomial, Planck };
+
+struct SFitOptions {
+    double lowWave = 0;  ///< of the band, micrometres
+    double highWave = 0;
+    int order = 2;  ///< of the polynomial from counts to radiance
+    ETemperatureModel model = ETemperatureModel::Table;
+    int temperatureOrder = 5;  ///< of the polynomial from radiance to temperature, where that is the model
+};
+
+/// A point and what the fitted calibration makes of it. Radiances in W/(cm² sr).
+struct SFittedPoint {
+    SCalibrationPoint point;
+    double radiance = 0;  ///< of the black body
+    double fitted = 0;    ///< of its counts
+    double celsius = 0;   ///< of its counts
+
+    double Residual() const { return celsius - point.celsius; }  ///< kelvin
+};
+
+/// One preset with its points, in the order of their counts.
+struct SPresetFit {
+    u8 preset = 0;
+    std::vector<SFittedPoint> points;
+    bool steady = true;  ///< the fitted radiance rises, or falls, all over the measured counts
+
+    double Rms() const;  ///< of the residuals, kelvin
+    double Largest() const;
+};
+
+struct SCalibrationFit {
+    CRCalFile calibration;
+    std::vector<SPresetFit> presets;
+};
+
+/// Fits each preset that has points: by least squares the radiance of the black bodies in the band over the counts, and
+/// from it the way to temperature by Planck's law. Throws `CFault` where the points do not determine a polynomial.
+SCalibrationFit FitCalibration(std::vector<SCalibrationPoint> points, const SFitOptions& options);
+
+}  // namespace ovix::app

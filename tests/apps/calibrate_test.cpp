@@ -1,0 +1,230 @@
+// A user calibration from black bodies to temperatures, as a user meets it.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "apps/ovix/fault.h"
+#include "apps/ovix/user_calibration.h"
+#include "core/bytes.h"
+#include "tool_run.h"
+
+namespace ovix::app {
+namespace {
+
+using Json = nlohmann::json;
+using test::CToolFolder;
+using test::SToolRun;
+using Arguments = std::vector<std::string>;
+
+constexpr u32 kPixels = 64 * 48;
+
+Arguments operator+(Arguments a, const Arguments& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+const Arguments kDump = {"dump.raw", "--pixel-type", "K410 IR (GigE)", "--size", "64x48"};
+/// Nothing between camera and scene, and a scene of black bodies.
+const Arguments kBlack = {"--emissivity", "1", "--atmosphere-trans", "1", "--scale", "K"};
+
+std::vector<float> ReadFloats(const std::filesystem::path& path) {
+    const std::string bytes = test::ReadText(path);
+    const std::size_t start = 10u + LoadLittle<u16>(reinterpret_cast<const u8*>(bytes.data()) + 8);
+    std::vector<float> values((bytes.size() - start) / sizeof(float));
+    std::memcpy(values.data(), bytes.data() + start, values.size() * sizeof(float));
+    return values;
+}
+
+/// A frame of a known scene and what an experimenter would note of it: counts of black bodies at some temperatures.
+class Calibrate : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        folder.Do(Arguments{"synth", "-o"} + kDump + Arguments{"--clean", "--truth", "truth.npy"});
+        folder.Do(Arguments{"convert"} + kDump + Arguments{"--unit", "counts", "-o", "counts.npy"});
+        truth = ReadFloats(folder.Path("truth.npy"));
+        counts = ReadFloats(folder.Path("counts.npy"));
+        ASSERT_EQ(truth.size(), kPixels);
+        std::vector<u32> order;
+        for (u32 i = 0; i < kPixels; ++i) order.push_back(i);
+        std::sort(order.begin(), order.end(), [&](u32 a, u32 b) { return truth[a] < truth[b]; });
+        std::string lines = "counts,temperature (K)\n# between the coldest and the hottest\n";
+        float last = 0;
+        for (const u32 i : order) {
+            if (truth[i] < last + 3 && i != order.back()) continue;
+            last = truth[i];
+            lines += std::to_string(counts[i]) + ',' + std::to_string(truth[i]) + '\n';
+        }
+        test::WriteText(folder.Path("points.csv"), lines);
+    }
+    std::string Fit(const Arguments& more) {
+        return folder.Do(Arguments{"calibrate", "points.csv", "--band", "8,12", "--overwrite", "-o", "cal.json"} +
+                         more);
+    }
+
+    CToolFolder folder;
+    std::vector<float> truth, counts;
+};
+
+TEST_F(Calibrate, MeasuresTheSceneThatItWasFittedTo) {
+    const struct {
+        Arguments fit;
+        double tolerance;
+    } kCases[] = {{{}, 0.3},
+                  {{"--order", "4"}, 0.1},
+                  {{"--order", "4", "--to-temperature", "polynomial"}, 0.1},
+                  {{"--order", "6"}, 0.1}};
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(::testing::PrintToString(c.fit));
+        const Json fit = Json::parse(Fit(c.fit + Arguments{"--json"}));
+        EXPECT_LT(fit["presets"][0]["largestKelvin"], c.tolerance);
+        EXPECT_TRUE(fit["presets"][0]["steady"]);
+        folder.Do(Arguments{"convert"} + kDump + kBlack +
+                  Arguments{"--user-cal", "cal.json", "-o", "user.npy", "--overwrite"});
+        const std::vector<float> measured = ReadFloats(folder.Path("user.npy"));
+        for (u32 i = 0; i < kPixels; ++i) ASSERT_NEAR(measured[i], truth[i], c.tolerance) << i;
+    }
+    // Planck's law at the middle of a wide band is a rough value only.
+    const Json rough = Json::parse(Fit({"--to-temperature", "planck", "--json"}));
+    EXPECT_LT(rough["presets"][0]["largestKelvin"], 10);
+}
+
+TEST_F(Calibrate, SaysWhatItFoundWithUnits) {
+    const std::string table = Fit({"--scale", "F"});
+    for (const char* part : {"Black body (°F)", "Radiance (W/(cm² sr))", "preset 0: ", "residuals: rms "})
+        EXPECT_NE(table.find(part), std::string::npos) << part;
+    const Json cal = Json::parse(test::ReadText(folder.Path("cal.json")));
+    EXPECT_EQ(cal["schema"], 1);
+    EXPECT_EQ(cal["bandMicrometres"], Json({8, 12}));
+    EXPECT_EQ(cal["presets"][0]["order"], 5) << "an order whose powers do not wrap";
+    EXPECT_EQ(cal["presets"][0]["coefficients"][3], 0);
+}
+
+TEST_F(Calibrate, TheSourceDecidesWhichUnitsAreOnOffer) {
+    Fit({});
+    const Json info = Json::parse(folder.Do(Arguments{"info", "--json", "--user-cal", "cal.json"} + kDump));
+    for (const char* unit : {"temperature (factory)", "temperature (user)", "radiance (user)"})
+        EXPECT_NE(std::find(info["units"].begin(), info["units"].end(), unit), info["units"].end()) << unit;
+    EXPECT_EQ(info["userCalibration"]["presets"][0], "0: order 5, table");
+
+    const auto unit = [&](const Arguments& more) {
+        return Json::parse(folder.Do(Arguments{"stats", "--json"} + kDump + more))["parameters"]["unit"];
+    };
+    EXPECT_EQ(unit({}), "temperature (factory)");
+    EXPECT_EQ(unit({"--user-cal", "cal.json"}), "temperature (user)");
+    EXPECT_EQ(unit({"--user-cal", "cal.json", "--cal", "factory"}), "temperature (factory)");
+    EXPECT_EQ(unit({"--user-cal", "cal.json", "--unit", "radiance"}), "radiance (user)");
+    const SToolRun without = folder.Run(Arguments{"stats"} + kDump + Arguments{"--cal", "user"});
+    EXPECT_EQ(without.status, 1);
+    EXPECT_EQ(without.ErrorLines(), 1) << without.error;
+
+    Json other = Json::parse(test::ReadText(folder.Path("cal.json")));
+    other["presets"][0]["preset"] = 1;
+    test::WriteText(folder.Path("other.json"), other.dump());
+    const SToolRun stranger = folder.Run(Arguments{"stats"} + kDump + Arguments{"--user-cal", "other.json"});
+    EXPECT_EQ(stranger.status, 1);
+    EXPECT_NE(stranger.error.find("preset 0"), std::string::npos) << stranger.error;
+}
+
+TEST_F(Calibrate, PointsThatWouldNotDo) {
+    const struct {
+        const char* text;
+        int status;
+        const char* says;
+    } kCases[] = {{"5000,20\n", 1, "line 1"},
+                  {"counts,temperature (°C)\n5000,20\nmany,30\n", 1, "line 3"},
+                  {"5000,20C\n6000,-300C\n", 1, "line 2"},
+                  {"5000,20C,8\n", 1, "preset from 0 to 7"},
+                  {"5000\n", 1, "line 1"},
+                  {"\n# nothing\n", 1, "no pair"},
+                  {"5000,20C\n6000,30C\n", 1, "do not determine"},
+                  {"5000,20C\n5000,30C\n5000,40C\n", 1, "do not determine"}};
+    for (const auto& c : kCases) {
+        test::WriteText(folder.Path("bad.csv"), c.text);
+        const SToolRun run = folder.Run({"calibrate", "bad.csv", "--band", "8,12", "-o", "bad.json"});
+        EXPECT_EQ(run.status, c.status) << c.text;
+        EXPECT_NE(run.error.find(c.says), std::string::npos) << run.error;
+        EXPECT_EQ(run.ErrorLines(), 1) << run.error;
+    }
+    for (const Arguments& wrong : {Arguments{"--band", "12,8"}, Arguments{"--band", "8,12", "--order", "10"},
+                                   Arguments{"--band", "8,12", "--preset", "8"}})
+        EXPECT_EQ(folder.Run(Arguments{"calibrate", "points.csv", "-o", "bad.json"} + wrong).status, 2);
+    EXPECT_FALSE(std::filesystem::exists(folder.Path("bad.json")));
+    // Scales of their own, a semicolon, a byte order mark, and presets.
+    test::WriteText(folder.Path("good.csv"),
+                    "\xEF\xBB\xBF"
+                    "5000;20C\r\n6000;86 °F\r\n7000;313.15K;0\r\n5000;20C;3\n6000;30C;3\n7000;572.67R;3\n");
+    const Json fit = Json::parse(
+        folder.Do({"calibrate", "good.csv", "--band", "8,12", "--order", "1", "--json", "-o", "good.json"}));
+    ASSERT_EQ(fit["presets"].size(), 2u);
+    for (const u32 i : {0u, 1u, 2u})
+        EXPECT_NEAR(fit["presets"][1]["points"][i]["blackBodyCelsius"].get<double>(),
+                    fit["presets"][0]["points"][i]["blackBodyCelsius"].get<double>(), 6);
+    EXPECT_NEAR(fit["presets"][1]["points"][2]["blackBodyCelsius"].get<double>(), 45, 1e-9);
+}
+
+TEST(UserCalibration, FilesComeBackAndDamageIsNamed) {
+    const test::CTestFolder folder;
+    const std::filesystem::path path = folder.Path("cal.json").GetUTF8();
+    CRCalFile calibration;
+    calibration.SetBandpass(3.5, 5);
+    calibration.SetPolynomial(2, -2, {-0.25, 1e-7});
+    calibration.SetBackgroundValue(2, 120.5);
+    calibration.SetTempPolynomial(2, 1, {-40, 3000});
+    calibration.SetPolynomial(7, 1, {0.1, 2e-7});
+    calibration.SetLookup(7, {0.001, 0.002}, {20, 30});
+    const Json good = Json::parse(UserCalibrationJson(calibration).dump());
+    test::WriteText(path, good.dump());
+
+    reduce::CReduceObjectArray objects;
+    LoadUserCalibration(path, objects);
+    LoadUserCalibration(path, objects);
+    ASSERT_EQ(objects.GetSize(), 1u);
+    const auto object = objects.Get<reduce::CRCalReduceObject>(-1, false);
+    EXPECT_TRUE(object->valid);
+    EXPECT_EQ(Json::parse(UserCalibrationJson(object->cal).dump()), good);
+    double background = 0;
+    EXPECT_TRUE(object->cal.GetBackgroundValue(2, background));
+    EXPECT_EQ(background, 120.5);
+
+    const struct {
+        const char* pointer;
+        Json value;
+        const char* says;
+    } kCases[] = {{"/schema", 2, "schema"},
+                  {"/kind", "a cake", "kind"},
+                  {"/radianceUnit", "W/(m² sr)", "radianceUnit"},
+                  {"/bandMicrometres", Json({5, 3}), "bandMicrometres"},
+                  {"/bandMicrometres/0", "3", "bandMicrometres[0]"},
+                  {"/presets", Json::array(), "presets"},
+                  {"/presets/0/preset", 8, "presets[0].preset"},
+                  {"/presets/0/order", 1.5, "presets[0].order"},
+                  {"/presets/1/order", 3, "presets[1]"},
+                  {"/presets/1/coefficients", nullptr, "presets[1].coefficients"},
+                  {"/presets/1/temperatureTable/radiances", Json({2, 1}), "presets[1].temperatureTable"},
+                  {"/presets/1/temperatureTable/celsius", Json({2}), "presets[1].temperatureTable"},
+                  {"/presets/0/temperatureCoefficients", Json({2}), "presets[0].temperatureCoefficients"}};
+    const auto expectFault = [&](const std::string& text, const char* says) {
+        test::WriteText(path, text);
+        try {
+            ReadUserCalibration(path);
+            ADD_FAILURE() << text;
+        } catch (const CFault& fault) {
+            EXPECT_NE(std::string(fault.what()).find(says), std::string::npos) << fault.what();
+        }
+    };
+    for (const auto& c : kCases) {
+        Json bad = good;
+        bad[Json::json_pointer(c.pointer)] = c.value;
+        expectFault(bad.dump(), c.says);
+    }
+    expectFault("{\"schema\": ", "JSON");
+    expectFault("[1]", "object");
+    expectFault(good.dump().replace(good.dump().find("120.5"), 5, "1e999"), "JSON");
+    EXPECT_THROW(ReadUserCalibration((path / "none").string()), CFault);
+}
+
+}  // namespace
+}  // namespace ovix::app
