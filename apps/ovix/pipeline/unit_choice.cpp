@@ -77,15 +77,16 @@ std::string UnitWords(EUnit unit) {
 }
 
 EUnit ChooseUnit(const TArray<EUnit>& offered, const SMeasureOptions& options) {
-    if (options.quantity) {
-        if (const auto unit = FindUnit(offered, *options.quantity, options.calibration)) return *unit;
-        const std::string wanted = options.calibration
-                                       ? fmt::format("{} ({})", Word(*options.quantity), Word(*options.calibration))
-                                       : Word(*options.quantity);
+    // Who names a calibration wants its temperatures, not counts where it has none.
+    const auto quantity = options.calibration ? options.quantity.value_or(EQuantity::Temperature) : options.quantity;
+    if (quantity) {
+        if (const auto unit = FindUnit(offered, *quantity, options.calibration)) return *unit;
+        const std::string wanted =
+            options.calibration ? fmt::format("{} ({})", Word(*quantity), Word(*options.calibration)) : Word(*quantity);
         throw CFault({.problem = fmt::format("the source cannot give {}; it can give {}", wanted, Listed(offered))});
     }
-    for (const EQuantity quantity : kPreferred) {
-        if (const auto unit = FindUnit(offered, quantity, options.calibration)) return *unit;
+    for (const EQuantity preferred : kPreferred) {
+        if (const auto unit = FindUnit(offered, preferred, {})) return *unit;
     }
     throw CFault({.problem = "the source needs a --unit; it can give " + Listed(offered)});
 }
