@@ -131,7 +131,7 @@ CRCalFile ReadUserCalibration(const std::string& path) {
     return calibration;
 }
 
-Json UserCalibrationJson(const CRCalFile& calibration) {
+Json UserCalibrationDocument(const CRCalFile& calibration) {
     double low = 0, high = 0;
     calibration.GetBandpass(low, high);
     Json document = {{"schema", kSchemaVersion},

@@ -13,7 +13,7 @@ namespace ovix::app {
 CRCalFile ReadUserCalibration(const std::string& path);
 
 /// The document of a calibration with backgrounds of one value at most: a file holds none for each pixel.
-Json UserCalibrationJson(const CRCalFile& calibration);
+Json UserCalibrationDocument(const CRCalFile& calibration);
 
 /// Makes the calibration that of the source, in the place of one that is there.
 void PutUserCalibration(const CRCalFile& calibration, reduce::CReduceObjectArray& objects);

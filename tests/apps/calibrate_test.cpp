@@ -86,6 +86,10 @@ TEST_F(Calibrate, MeasuresTheSceneThatItWasFittedTo) {
         const std::vector<float> measured = ReadFloats(folder.Path("user.npy"));
         for (u32 i = 0; i < kPixels; ++i) ASSERT_NEAR(measured[i], truth[i], c.tolerance) << i;
     }
+    // A recording takes the calibration along.
+    folder.Do(Arguments{"record"} + kDump + Arguments{"--user-cal", "cal.json", "-o", "run.krt"});
+    folder.Do(Arguments{"convert", "run.krt", "--cal", "user", "-o", "recorded.npy"} + kBlack);
+    EXPECT_EQ(ReadFloats(folder.Path("recorded.npy")), ReadFloats(folder.Path("user.npy")));
     // Planck's law at the middle of a wide band is a rough value only.
     const Json rough = Json::parse(Fit({"--to-temperature", "planck", "--json"}));
     EXPECT_LT(rough["presets"][0]["largestKelvin"], 10);
@@ -107,7 +111,7 @@ TEST_F(Calibrate, TheSourceDecidesWhichUnitsAreOnOffer) {
     const Json info = Json::parse(folder.Do(Arguments{"info", "--json", "--user-cal", "cal.json"} + kDump));
     for (const char* unit : {"temperature (factory)", "temperature (user)", "radiance (user)"})
         EXPECT_NE(std::find(info["units"].begin(), info["units"].end(), unit), info["units"].end()) << unit;
-    EXPECT_EQ(info["userCalibration"]["presets"][0], "0: order 5, table");
+    EXPECT_EQ(info["userCalibration"]["temperatureBy"], "table");
 
     const auto unit = [&](const Arguments& more) {
         return Json::parse(folder.Do(Arguments{"stats", "--json"} + kDump + more))["parameters"]["unit"];
@@ -175,7 +179,7 @@ TEST(UserCalibration, FilesComeBackAndDamageIsNamed) {
     calibration.SetTempPolynomial(2, 1, {-40, 3000});
     calibration.SetPolynomial(7, 1, {0.1, 2e-7});
     calibration.SetLookup(7, {0.001, 0.002}, {20, 30});
-    const Json good = Json::parse(UserCalibrationJson(calibration).dump());
+    const Json good = Json::parse(UserCalibrationDocument(calibration).dump());
     test::WriteText(path, good.dump());
 
     reduce::CReduceObjectArray objects;
@@ -184,7 +188,7 @@ TEST(UserCalibration, FilesComeBackAndDamageIsNamed) {
     ASSERT_EQ(objects.GetSize(), 1u);
     const auto object = objects.Get<reduce::CRCalReduceObject>(-1, false);
     EXPECT_TRUE(object->valid);
-    EXPECT_EQ(Json::parse(UserCalibrationJson(object->cal).dump()), good);
+    EXPECT_EQ(Json::parse(UserCalibrationDocument(object->cal).dump()), good);
     double background = 0;
     EXPECT_TRUE(object->cal.GetBackgroundValue(2, background));
     EXPECT_EQ(background, 120.5);

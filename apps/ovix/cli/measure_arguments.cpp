@@ -45,8 +45,6 @@ void CMeasureArguments::Add(CLI::App& verb) {
         "counts, signal, radiance, temperature; of video red, green, blue, average (else temperature, if there is "
         "one)");
     add("--cal", calibration_, "factory|user", "whose calibration (else the factory's, if there is one)");
-    add("--user-cal", userCalibration_, "FILE",
-        "a user calibration that \"ovix calibrate\" wrote; it is the one used unless --cal says otherwise");
     add("--scale", scale_, "C|F|K|R", "scale of temperatures (else C)");
     add("--clip", clip_, "LO,HI|off", "limits of the corrected counts (else 0,16383)");
     told_.Add(verb);
@@ -57,6 +55,11 @@ void CSceneArguments::Add(CLI::App& verb) {
                     "correct the counts with the tables STEM.mvg, .mvo and .mvb; P=STEM for preset P alone")
         ->type_name("STEM")
         ->allow_extra_args(false)
+        ->group("Measurement");
+    verb.add_option("--user-cal", userCalibration_,
+                    "a user calibration that \"ovix calibrate\" wrote; where temperatures are asked for it is the one "
+                    "used, unless --cal says otherwise")
+        ->type_name("FILE")
         ->group("Measurement");
     const char* group = "Scene (instead of what was recorded)";
     const auto add = [&](const char* name, std::string& value, const char* type, const char* help) {
@@ -111,6 +114,10 @@ std::vector<SCorrectionFiles> CSceneArguments::Corrections() const {
     return files;
 }
 
+std::optional<CRCalFile> CSceneArguments::UserCalibration() const {
+    return IfGiven(userCalibration_, ReadUserCalibration);
+}
+
 SMeasureOptions CMeasureArguments::Options() const {
     std::vector<std::pair<std::string, EQuantity>> quantities;
     for (const SQuantityWord& word : QuantityWords()) quantities.emplace_back(word.word, word.quantity);
@@ -120,7 +127,7 @@ SMeasureOptions CMeasureArguments::Options() const {
         return ParseChoice<ECalibration>("--cal", text,
                                          {{"factory", ECalibration::Factory}, {"user", ECalibration::User}});
     });
-    options.userCalibration = IfGiven(userCalibration_, ReadUserCalibration);
+    options.userCalibration = told_.UserCalibration();
     if (options.userCalibration && !options.calibration) options.calibration = ECalibration::User;
     options.scale =
         ParseChoice<ETempType>("--scale", scale_, {{"C", Celsius}, {"F", Fahrenheit}, {"K", Kelvin}, {"R", Rankine}});

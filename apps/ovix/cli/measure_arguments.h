@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,7 +12,8 @@ class App;
 
 namespace ovix::app {
 
-/// The options that add to what a source tells of itself: its scene, and the tables that correct its counts.
+/// The options that add to what a source tells of itself: its scene, the tables that correct its counts, and a
+/// calibration of the user's own.
 class CSceneArguments {
   public:
     void Add(CLI::App& verb);
@@ -21,11 +23,14 @@ class CSceneArguments {
     /// Takes "emissivity=0.9" as if the option "--emissivity 0.9" were there. Throws wrong usage for a text that names
     /// no value of the scene.
     void Set(const std::string& text);
+    /// Throws `CFault` for a file that would not do.
+    std::optional<CRCalFile> UserCalibration() const;
 
   private:
     std::string emissivity_, distance_, reflectedTemp_, atmosphereTemp_, atmosphereTrans_, humidity_, extOpticsTemp_,
         extOpticsTrans_;
     std::vector<std::string> corrections_;
+    std::string userCalibration_;
 };
 
 /// The options that say what is made of the pixels: unit, scale, scene, correction.
@@ -41,7 +46,6 @@ class CMeasureArguments {
     CSceneArguments told_;
     std::string unit_;
     std::string calibration_;
-    std::string userCalibration_;
     std::string scale_ = "C";
     std::string clip_;
 };

@@ -73,7 +73,7 @@ class CCalibrateCommand final : public ICommand {
                                 "--order may not",
                                 file_, found.preset));
         }
-        const std::string document = UserCalibrationJson(fit.calibration).dump(2) + '\n';
+        const std::string document = UserCalibrationDocument(fit.calibration).dump(2) + '\n';
         output.Write(document.data(), document.size());
         output.Commit();
         Report(fit, scale.value_or(Celsius));

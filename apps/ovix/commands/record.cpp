@@ -12,6 +12,7 @@
 #include "apps/ovix/pipeline/scene_override.h"
 #include "apps/ovix/recording/library_file.h"
 #include "apps/ovix/recording/recording_writer.h"
+#include "apps/ovix/user_calibration.h"
 
 namespace ovix::app {
 
@@ -43,6 +44,7 @@ class CRecordCommand final : public ICommand {
 
     EExit Run() override {
         const SSceneValues scene = told_.Scene();
+        const std::optional<CRCalFile> userCalibration = told_.UserCalibration();
         const auto source = source_.Open();
         CFrameLoop frames = source_.Frames(*source);
         const u32 frameSize = FrameSize(*source, frames);
@@ -51,6 +53,7 @@ class CRecordCommand final : public ICommand {
         GatherMetadata(*source, frames.Frames(), objects);
         for (const SCorrectionFiles& files : told_.Corrections())
             LoadCorrectionTables(objects, files, source->Format());
+        if (userCalibration) PutUserCalibration(*userCalibration, objects);
         OverrideScene(objects, scene);
         SetPacket(*objects.GetSourceInfo(false), frameSize);
 
