@@ -17,7 +17,8 @@ namespace {
 constexpr int kFloatingOrder = 5;
 /// Kelvin between two entries of a table: its chords are less than a millikelvin off the curve.
 constexpr double kTableStep = 0.5;
-constexpr double kLeastMargin = 10;
+/// Kelvin that a table reaches beyond the black bodies, at least: outside it its ends would stand for every value.
+constexpr double kLeastMargin = 50;
 constexpr double kColdest = -270;
 
 struct SCurve {
@@ -73,7 +74,7 @@ class CPresetFitter {
         const auto [low, high] = std::minmax_element(
             points_.begin(), points_.end(), [](const auto& a, const auto& b) { return a.celsius < b.celsius; });
         if (options_.model == ETemperatureModel::Table) {
-            const double margin = std::max(kLeastMargin, (high->celsius - low->celsius) / 10);
+            const double margin = std::max(kLeastMargin, high->celsius - low->celsius);
             curve_ = BlackBodyCurve(options_, std::max(kColdest, low->celsius - margin), high->celsius + margin);
             if (curve_.radiances.size() < 2 || !calibration.SetLookup(preset_, curve_.radiances, curve_.celsius))
                 throw CFault({.problem = fmt::format("preset {}: no radiance in this band", preset_)});
