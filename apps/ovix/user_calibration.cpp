@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include <cmath>
+#include <algorithm>
 
 #include "apps/ovix/fault.h"
 #include "apps/ovix/input/small_text.h"
@@ -20,7 +20,11 @@ Json Parse(const CInputFile& file) {
     try {
         return Json::parse(ReadSmallText(file, "a user calibration"));
     } catch (const Json::exception& error) {
-        throw CFault({.file = file.Name(), .problem = std::string("is no JSON: ") + error.what()});
+        // Ahead of the words stands the name of the exception in brackets.
+        const std::string_view text = error.what();
+        const auto words = text.find("] ");
+        throw CFault({.file = file.Name(),
+                      .problem = fmt::format("is no JSON: {}", text.substr(words == text.npos ? 0 : words + 2))});
     }
 }
 
@@ -44,8 +48,9 @@ class CField {
         return value_.get<double>();
     }
     int Integer(int low, int high) const {
-        if (!value_.is_number_integer() || value_ < low || value_ > high)
-            Fail(fmt::format("a whole number from {} to {}", low, high));
+        // As double, a number beyond 64 bits is not taken for its remainder.
+        if (!value_.is_number_integer() || value_.get<double>() < low || value_.get<double>() > high)
+            Fail(low == high ? fmt::format("{}", low) : fmt::format("a whole number from {} to {}", low, high));
         return value_.get<int>();
     }
     TArray<double> Numbers() const {
@@ -65,9 +70,11 @@ class CField {
 
   private:
     std::string Sub(const char* key) const { return path_.empty() ? key : path_ + '.' + key; }
+    /// Lists and objects are shown by their type alone: they may be nested deeper than the stack could follow.
     [[noreturn]] void Fail(std::string expected) const {
         constexpr std::size_t kMostShown = 40;
-        std::string found = value_.dump(-1, ' ', false, Json::error_handler_t::replace);
+        std::string found = value_.type_name();
+        if (value_.is_primitive()) found = value_.dump(-1, ' ', false, Json::error_handler_t::replace);
         if (found.size() > kMostShown) found = value_.type_name();
         throw CFault({.file = file_, .problem = path_, .expected = std::move(expected), .found = std::move(found)});
     }
@@ -77,8 +84,15 @@ class CField {
     std::string path_;
 };
 
+bool IsAscending(const TArray<double>& values) {
+    const auto falls = [](double a, double b) { return !(a <= b); };
+    return std::adjacent_find(values.begin(), values.end(), falls) == values.end();
+}
+
 void ReadPreset(const CField& field, CRCalFile& calibration) {
     const int preset = field["preset"].Integer(0, CRCalFile::PresetCount - 1);
+    int former = 0;
+    field["preset"].Require(!calibration.GetPolyOrder(preset, former), "each preset once");
     const int order = field["order"].Integer(-2, kHighestOrder);
     field.Require(calibration.SetPolynomial(preset, order, field["coefficients"].Numbers()),
                   "as many coefficients as the order takes: one more than it, two for -1 and -2");
@@ -86,8 +100,9 @@ void ReadPreset(const CField& field, CRCalFile& calibration) {
     if (field.Has("temperatureTable")) {
         const CField table = field["temperatureTable"];
         const TArray<double> radiances = table["radiances"].Numbers(), temperatures = table["celsius"].Numbers();
-        table.Require(radiances.size() >= 2 && calibration.SetLookup(preset, radiances, temperatures),
-                      "two radiances or more, in ascending order, and a temperature for each");
+        table.Require(radiances.size() >= 2 && IsAscending(temperatures) &&
+                          calibration.SetLookup(preset, radiances, temperatures),
+                      "two radiances or more and a temperature for each, both in ascending order");
     }
     if (field.Has("temperatureCoefficients")) {
         const CField list = field["temperatureCoefficients"];

@@ -132,6 +132,26 @@ TEST_F(Calibrate, TheSourceDecidesWhichUnitsAreOnOffer) {
     EXPECT_NE(stranger.error.find("preset 0"), std::string::npos) << stranger.error;
 }
 
+TEST_F(Calibrate, ExplainWalksByTheCalibrationThatWasGiven) {
+    Fit({});
+    const auto explain = [&](const Arguments& more) {
+        return Json::parse(folder.Do(Arguments{"explain", "--at", "20,30", "--json"} + kDump + more));
+    };
+    const Json walk = explain({"--user-cal", "cal.json", "--atmosphere-trans", "0.5"});
+    ASSERT_EQ(walk["steps"].size(), 3u) << walk;
+    EXPECT_EQ(walk["steps"][1]["step"], "radiance (user)");
+    EXPECT_EQ(walk["steps"][2]["step"], "temperature (user)");
+    EXPECT_EQ(walk["calibrationFrom"], "command line");
+    double radiance = 0, power = 1;
+    for (const double a : walk["calibration"]["coefficients"].get<std::vector<double>>()) {
+        radiance += a * power;
+        power *= walk["steps"][0]["value"].get<double>();
+    }
+    EXPECT_NEAR(walk["steps"][1]["value"], 2 * radiance, 1e-8);  // half of it was lost in the air
+    EXPECT_EQ(explain({"--user-cal", "cal.json", "--cal", "factory"}).at("steps").back()["step"],
+              "temperature (factory)");
+}
+
 TEST_F(Calibrate, PointsThatWouldNotDo) {
     const struct {
         const char* text;
@@ -143,6 +163,10 @@ TEST_F(Calibrate, PointsThatWouldNotDo) {
                   {"5000,20C,8\n", 1, "preset from 0 to 7"},
                   {"5000\n", 1, "line 1"},
                   {"\n# nothing\n", 1, "no pair"},
+                  {"counts,temperature\n5000,20\n", 1, "--scale"},
+                  {"5000,20K\n6000,30K\n7000,40K\n", 1, "between 100 K and 5000 K"},
+                  {"1e300,20C\n2e300,30C\n3e300,40C\n", 1, "counts"},
+                  {"5000,20C\n6000,20C\n7000,20C\n", 1, "two temperatures"},
                   {"5000,20C\n6000,30C\n", 1, "do not determine"},
                   {"5000,20C\n5000,30C\n5000,40C\n", 1, "do not determine"}};
     for (const auto& c : kCases) {
@@ -205,10 +229,13 @@ TEST(UserCalibration, FilesComeBackAndDamageIsNamed) {
                   {"/presets", Json::array(), "presets"},
                   {"/presets/0/preset", 8, "presets[0].preset"},
                   {"/presets/0/order", 1.5, "presets[0].order"},
+                  {"/presets/0/order", ~u64{1}, "presets[0].order"},  // -2 in 64 bits
+                  {"/presets/1/preset", 2, "presets[1].preset"},
                   {"/presets/1/order", 3, "presets[1]"},
                   {"/presets/1/coefficients", nullptr, "presets[1].coefficients"},
                   {"/presets/1/temperatureTable/radiances", Json({2, 1}), "presets[1].temperatureTable"},
                   {"/presets/1/temperatureTable/celsius", Json({2}), "presets[1].temperatureTable"},
+                  {"/presets/1/temperatureTable/celsius", Json({30, 20}), "presets[1].temperatureTable"},
                   {"/presets/0/temperatureCoefficients", Json({2}), "presets[0].temperatureCoefficients"}};
     const auto expectFault = [&](const std::string& text, const char* says) {
         test::WriteText(path, text);
@@ -224,6 +251,7 @@ TEST(UserCalibration, FilesComeBackAndDamageIsNamed) {
         bad[Json::json_pointer(c.pointer)] = c.value;
         expectFault(bad.dump(), c.says);
     }
+    expectFault("{\"kind\":" + std::string(1'000'000, '[') + std::string(1'000'000, ']') + '}', "kind");
     expectFault("{\"schema\": ", "JSON");
     expectFault("[1]", "object");
     expectFault(good.dump().replace(good.dump().find("120.5"), 5, "1e999"), "JSON");

@@ -64,6 +64,11 @@ class CPresetFitter {
             counts_.Add(point.counts);
             radiances_.Add(reduce::Radiance(point.celsius, options_.lowWave, options_.highWave, 1));
         }
+        const auto [least, most] = std::minmax_element(radiances_.begin(), radiances_.end());
+        if (!(*least > 0)) throw CFault({.problem = fmt::format("preset {}: no radiance in this band", preset_)});
+        if (*least == *most)
+            throw CFault(
+                {.problem = fmt::format("preset {}: black bodies of two temperatures at least are needed", preset_)});
         if (!LinearLeastSquareFit(counts_, radiances_, options_.order, coefficients_))
             throw CFault({.problem = fmt::format("preset {}: {} points do not determine a polynomial of order {}",
                                                  preset_, points_.size(), options_.order)});
@@ -76,8 +81,7 @@ class CPresetFitter {
         if (options_.model == ETemperatureModel::Table) {
             const double margin = std::max(kLeastMargin, high->celsius - low->celsius);
             curve_ = BlackBodyCurve(options_, std::max(kColdest, low->celsius - margin), high->celsius + margin);
-            if (curve_.radiances.size() < 2 || !calibration.SetLookup(preset_, curve_.radiances, curve_.celsius))
-                throw CFault({.problem = fmt::format("preset {}: no radiance in this band", preset_)});
+            calibration.SetLookup(preset_, curve_.radiances, curve_.celsius);
         } else if (options_.model == ETemperatureModel::Polynomial) {
             SCurve curve = BlackBodyCurve(options_, low->celsius, high->celsius);
             if (!LinearLeastSquareFit(curve.radiances, curve.celsius, options_.temperatureOrder, temperature_))
@@ -135,7 +139,10 @@ double SPresetFit::Rms() const {
 
 double SPresetFit::Largest() const {
     double largest = 0;
-    for (const SFittedPoint& point : points) largest = std::max(largest, std::abs(point.Residual()));
+    for (const SFittedPoint& point : points) {
+        if (std::isnan(point.Residual())) return NAN;
+        largest = std::max(largest, std::abs(point.Residual()));
+    }
     return largest;
 }
 

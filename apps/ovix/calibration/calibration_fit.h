@@ -25,7 +25,7 @@ struct SFittedPoint {
     double fitted = 0;    ///< of its counts
     double celsius = 0;   ///< of its counts
 
-    double Residual() const { return celsius - point.celsius; }  ///< kelvin
+    double Residual() const { return celsius - point.celsius; }  ///< kelvin; NaN where Planck's law finds none
 };
 
 /// One preset with its points, in the order of their counts.
@@ -44,7 +44,7 @@ struct SCalibrationFit {
 };
 
 /// Fits each preset that has points: by least squares the radiance of the black bodies in the band over the counts, and
-/// from it the way to temperature by Planck's law. Throws `CFault` where the points do not determine a polynomial.
+/// from it the way to temperature by Planck's law. Throws `CFault` where the points do not determine one.
 SCalibrationFit FitCalibration(std::vector<SCalibrationPoint> points, const SFitOptions& options);
 
 }  // namespace ovix::app

@@ -12,7 +12,11 @@ namespace ovix::app {
 
 namespace {
 
-constexpr double kAbsoluteZero = -273.15;
+/// A black body outside these, in kelvin, is one whose scale was mistaken: no thermal camera measures it.
+constexpr double kColdestBody = 100;
+constexpr double kHottestBody = 5000;
+/// No detector counts further.
+constexpr double kMostCounts = 1e9;
 
 std::string_view Trimmed(std::string_view text) {
     const auto begin = text.find_first_not_of(" \t\r\"");
@@ -63,7 +67,7 @@ class CPointLines {
             if (const auto scale = ScaleOfTitle(Trimmed(fields[1]))) scale_ = scale;
             return;
         }
-        if (!counts || !std::isfinite(*counts)) Fail("counts", fields[0]);
+        if (!counts || !(std::abs(*counts) <= kMostCounts)) Fail("counts", fields[0]);
         points.push_back(
             {*counts, CelsiusOf(Trimmed(fields[1])), fields.size() == 3 ? PresetOf(Trimmed(fields[2])) : preset_});
     }
@@ -81,9 +85,10 @@ class CPointLines {
         }
         const auto value = ParseNumber<double>(number);
         if (value && !scale) Fail("a temperature with its scale, as in 20C or 293.15K, or a --scale", text);
-        const double celsius = value ? CMath::ConvertTemperature(*value, *scale, Celsius) : NAN;
-        if (!(celsius > kAbsoluteZero) || !std::isfinite(celsius)) Fail("a temperature", text);
-        return celsius;
+        if (!value) Fail("a temperature", text);
+        const double kelvin = CMath::ConvertTemperature(*value, *scale, Kelvin);
+        if (!(kelvin >= kColdestBody && kelvin <= kHottestBody)) Fail("a black body between 100 K and 5000 K", text);
+        return CMath::ConvertTemperature(*value, *scale, Celsius);
     }
     u8 PresetOf(std::string_view text) const {
         const auto preset = ParseNumber<u8>(text);

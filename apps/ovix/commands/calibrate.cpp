@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <cmath>
 
 #include "apps/ovix/calibration/calibration_fit.h"
 #include "apps/ovix/cli/choice.h"
@@ -40,9 +41,8 @@ class CCalibrateCommand final : public ICommand {
         add("Fit", "--band", band_, "LO,HI", "the band in which the camera sees, in micrometres")->required();
         add("Fit", "--order", order_, "N", "order of the polynomial from counts to radiance, 1 to 9 (else 2)");
         add("Fit", "--to-temperature", model_, "table|polynomial|planck",
-            "how radiance becomes temperature: by a table of Planck's law over the band, by a polynomial near it, or "
-            "by "
-            "Planck's law at the band's middle (else table)");
+            "how radiance becomes temperature: by a table of Planck's law over the band, by a polynomial near it, "
+            "or by Planck's law at the band's middle (else table)");
         add("Fit", "--temperature-order", temperatureOrder_, "N", "order of that polynomial, 1 to 9 (else 5)");
         add("Output", "-o,--output", output_, "FILE", "the calibration (JSON)")->required();
         verb.add_flag("--overwrite", overwrite_, "replace a file that exists")->group("Output");
@@ -82,12 +82,13 @@ class CCalibrateCommand final : public ICommand {
 
   private:
     void TakeBand(SFitOptions& options) const {
-        constexpr double kLongest = 1000;
+        constexpr double kLongest = 100;
         const auto ends = SplitText(band_, ',');
         const auto low = ParseNumber<double>(ends.front());
         const auto high = ends.size() == 2 ? ParseNumber<double>(ends.back()) : std::nullopt;
         if (!low || !high || !(*low > 0 && *low < *high && *high <= kLongest))
-            throw UsageFault("--band: expected LO,HI in micrometres with LO below HI, found \"" + band_ + '"');
+            throw UsageFault("--band: expected LO,HI in micrometres, LO below HI and HI at most 100, found \"" + band_ +
+                             '"');
         options.lowWave = *low;
         options.highWave = *high;
     }
@@ -115,6 +116,9 @@ class CCalibrateCommand final : public ICommand {
         const SUnitText radiance = app::UnitText(RadianceUser, scale);
         // A difference in degrees Fahrenheit or Rankine is 1.8 times that in kelvin.
         const double perKelvin = scale == Fahrenheit || scale == Rankine ? 1.8 : 1;
+        const auto difference = [&](double kelvin, const char* plus = "") {
+            return std::isfinite(kelvin) ? fmt::format("{}{:.3f}", kelvin > 0 ? plus : "", kelvin * perKelvin) : "-";
+        };
         CTextTable table({{"Preset", CTextTable::Right},
                           {"Counts", CTextTable::Right},
                           {"Black body (" + temperature.symbol + ")", CTextTable::Right},
@@ -130,11 +134,11 @@ class CCalibrateCommand final : public ICommand {
                 };
                 table.Row({fmt::format("{}", preset.preset), ShownValue(p.point.counts, Counts), shown(p.point.celsius),
                            ShownValue(p.radiance, RadianceUser), ShownValue(p.fitted, RadianceUser), shown(p.celsius),
-                           fmt::format("{:+.3f}", p.Residual() * perKelvin)});
+                           difference(p.Residual(), "+")});
             }
-            summary += fmt::format("preset {}: {} points, residuals: rms {:.3f} {}, largest {:.3f} {}\n", preset.preset,
-                                   preset.points.size(), preset.Rms() * perKelvin, temperature.difference,
-                                   preset.Largest() * perKelvin, temperature.difference);
+            summary += fmt::format("preset {}: {} points, residuals: rms {} {}, largest {} {}\n", preset.preset,
+                                   preset.points.size(), difference(preset.Rms()), temperature.difference,
+                                   difference(preset.Largest()), temperature.difference);
         }
         Print(table.Text() + summary);
     }

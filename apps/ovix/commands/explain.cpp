@@ -117,6 +117,7 @@ Json SExplained::Document() const {
         document["parameters"].push_back(std::move(entry));
     }
     document["calibration"] = walk.calibration;
+    if (!walk.calibration.is_null()) document["calibrationFrom"] = walk.calibrationFrom;
     return document;
 }
 
@@ -166,7 +167,8 @@ class CExplainCommand final : public ICommand {
             Print(fmt::format("{}, frame {}, pixel ({}, {}), preset {}\n\n", source->Name(), frame, x, y,
                               found.walk.preset) +
                   found.Steps() + '\n' + found.Parameters() +
-                  ValueSection("Calibration, from the file", found.walk.calibration));
+                  ValueSection(fmt::format("Calibration, from the {}", found.walk.calibrationFrom).c_str(),
+                               found.walk.calibration));
         }
         return ExitDone;
     }

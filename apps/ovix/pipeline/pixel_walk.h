@@ -31,7 +31,8 @@ struct SPixelWalk {
     u8 preset = 0;
     std::vector<SWalkStep> steps;
     std::vector<SSceneParameter> scene;
-    Json calibration;  ///< all of it comes with the file; nothing where there is none
+    Json calibration;  ///< nothing where there is none
+    const char* calibrationFrom = "file";
 };
 
 /// Walks pixel `pixel` (counted in rows from the top) of a frame. The quantity of the options ends the way; none means
