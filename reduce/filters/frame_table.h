@@ -31,7 +31,7 @@ CString Shown(const u8* bytes, const wchar_t* format) {
 /// "T" or "F".
 template <auto kIsSet>
 CString ShownFlag(const u8* bytes, const wchar_t*) {
-    return kIsSet(bytes) ? L"T" : L"F";
+    return frame_values::FlagText(kIsSet(bytes));
 }
 
 /// Bits `kFirst` to `kLast` of a little-endian word of 16 bits.

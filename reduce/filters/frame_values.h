@@ -29,8 +29,7 @@ inline void StartFrame(CFrameInfoReduceObject& info, u8 preset, u64 frameNumber)
 inline void Add(CFrameInfoExtra& extra, const wchar_t* name, const SKind& kind, const wchar_t* text) {
     extra.Add(name, text, kind.kind, kind.format);
 }
-inline void AddFlag(CFrameInfoExtra& extra, const wchar_t* name, bool set) {
-    Add(extra, name, kFlag, set ? L"T" : L"F");
-}
+constexpr const wchar_t* FlagText(bool set) { return set ? L"T" : L"F"; }
+inline void AddFlag(CFrameInfoExtra& extra, const wchar_t* name, bool set) { Add(extra, name, kFlag, FlagText(set)); }
 
 }  // namespace ovix::reduce::frame_values
