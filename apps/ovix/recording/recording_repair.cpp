@@ -25,7 +25,7 @@ u32 CrcOf(const std::vector<u8>& bytes) {
 
 /// A source info as far as the pixels record knows the source.
 TSharedPtr<SourceInfo> InfoFromPixels(const SPixelsHeader& pixels) {
-    const auto info = MakeShared<SourceInfo>();
+    auto info = MakeShared<SourceInfo>();
     info->pixelType = pixels.pixelType;
     info->width = pixels.width;
     info->height = pixels.height;
