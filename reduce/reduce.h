@@ -36,6 +36,7 @@
 #include "reduce/files/info_file.h"
 #include "reduce/files/info_file_block.h"
 #include "reduce/files/pixels_header.h"
+#include "reduce/filters/adjust_frame_data.h"
 #include "reduce/filters/camera_record.h"
 #include "reduce/filters/check_frame.h"
 #include "reduce/filters/curlew_camera_info_reduce_object.h"

@@ -4,8 +4,9 @@
 #include "reduce/api.h"
 
 /// The record that cameras of the K410 family and its older relatives deliver with each frame: 2428 bytes in the byte
-/// order of the camera, of which some families send the first 1148 only. The library reads the fields named here; all
-/// others are the camera's own, carried unread, and still turned by the swap.
+/// order of the camera, of which some families send the first 1148 only. The fields named here are read by decoders one
+/// by one; object parameters and calibration go to their objects by the table in `camera_record_fields.cpp`. All others
+/// are the camera's own, carried unread, and still turned by the swap.
 namespace ovix::reduce::camera_record {
 
 constexpr u32 kSize = 2428;
@@ -20,41 +21,6 @@ constexpr u32 kLastColumn = 12;       ///< u16, width minus 1
 constexpr u32 kLastRow = 16;          ///< u16, height minus 1
 constexpr u32 kClearedByPlover = 22;  ///< u16
 constexpr u32 kFrameCounter = 24;     ///< u16
-
-// Object parameters, floats.
-constexpr u32 kEmissivity = 32;
-constexpr u32 kDistance = 36;
-constexpr u32 kReflectedTemp = 40;
-constexpr u32 kAtmosphereTemp = 44;
-constexpr u32 kExtOpticsTemp = 48;
-constexpr u32 kExtOpticsTrans = 52;
-constexpr u32 kAtmosphereTrans = 56;
-constexpr u32 kRelativeHumidity = 60;
-
-// Calibration: Planck and atmosphere constants and the six limits, floats.
-constexpr u32 kPlanckR = 88;
-constexpr u32 kPlanckB = 92;
-constexpr u32 kPlanckF = 96;
-constexpr u32 kAtmAlpha1 = 112;
-constexpr u32 kAtmAlpha2 = 116;
-constexpr u32 kAtmBeta1 = 120;
-constexpr u32 kAtmBeta2 = 124;
-constexpr u32 kAtmX = 128;
-constexpr u32 kRadFitHighTemp = 144;
-constexpr u32 kRadFitLowTemp = 148;
-constexpr u32 kOverflowTemp = 152;
-constexpr u32 kUnderflowTemp = 156;
-constexpr u32 kUpperTemp = 160;
-constexpr u32 kLowerTemp = 164;
-
-// Calibration: from image value to signal.
-constexpr u32 kOffset = 776;           ///< i32
-constexpr u32 kGain = 780;             ///< float
-constexpr u32 kImgMin = 784;           ///< u16
-constexpr u32 kImgMax = 786;           ///< u16
-constexpr u32 kNonlinearOn = 788;      ///< u16
-constexpr u32 kNonlinearGain = 792;    ///< float
-constexpr u32 kNonlinearOffset = 796;  ///< i32
 
 constexpr u32 kSeconds = 900;        ///< u32, since 1970
 constexpr u32 kMilliseconds = 904;   ///< u32

@@ -2,50 +2,11 @@
 
 #include <cstring>
 
-#include "core/record.h"
+#include "reduce/filters/camera_record_fields.h"
 
 namespace ovix::reduce {
 
 namespace {
-
-using CParameters = CObjectParametersReduceObject;
-constexpr TRecordField<CParameters> kParameters[] = {
-    Field<&CParameters::emissivity>(camera_record::kEmissivity),
-    Field<&CParameters::distance>(camera_record::kDistance),
-    Field<&CParameters::reflectedTemp>(camera_record::kReflectedTemp),
-    Field<&CParameters::atmosphereTemp>(camera_record::kAtmosphereTemp),
-    Field<&CParameters::extOpticsTemp>(camera_record::kExtOpticsTemp),
-    Field<&CParameters::extOpticsTrans>(camera_record::kExtOpticsTrans),
-    Field<&CParameters::atmosphereTrans>(camera_record::kAtmosphereTrans),
-    Field<&CParameters::relativeHumidity>(camera_record::kRelativeHumidity),
-};
-
-using CCal = CCurlewFactoryCalReduceObject;
-constexpr TRecordField<CCal> kFactoryCal[] = {
-    Field<&CCal::nonlinearGain>(camera_record::kNonlinearGain),
-    Field<&CCal::nonlinearOffset>(camera_record::kNonlinearOffset),
-    Field<&CCal::offset>(camera_record::kOffset),
-    Field<&CCal::gain>(camera_record::kGain),
-    Field<&CCal::nonlinearOn>(camera_record::kNonlinearOn),
-    Field<&CCal::imgMin>(camera_record::kImgMin),
-    Field<&CCal::imgMax>(camera_record::kImgMax),
-    Field<&CCal::planckR>(camera_record::kPlanckR),
-    Field<&CCal::planckB>(camera_record::kPlanckB),
-    Field<&CCal::planckF>(camera_record::kPlanckF),
-    Field<&CCal::atmAlpha1>(camera_record::kAtmAlpha1),
-    Field<&CCal::atmAlpha2>(camera_record::kAtmAlpha2),
-    Field<&CCal::atmBeta1>(camera_record::kAtmBeta1),
-    Field<&CCal::atmBeta2>(camera_record::kAtmBeta2),
-    Field<&CCal::atmX>(camera_record::kAtmX),
-    Field<&CCal::overflowTemp>(camera_record::kOverflowTemp),
-    Field<&CCal::upperTemp>(camera_record::kUpperTemp),
-    Field<&CCal::lowerTemp>(camera_record::kLowerTemp),
-    Field<&CCal::underflowTemp>(camera_record::kUnderflowTemp),
-    Field<&CCal::radFitHighTemp>(camera_record::kRadFitHighTemp),
-    Field<&CCal::radFitLowTemp>(camera_record::kRadFitLowTemp),
-};
-static_assert(RecordEnd(kParameters) <= camera_record::kShortSize);
-static_assert(RecordEnd(kFactoryCal) <= camera_record::kShortSize);
 
 void StartFrame(CFrameInfoReduceObject& info, bool filled) {
     info.preset = 0;
@@ -62,11 +23,11 @@ SCameraRecordObjects::SCameraRecordObjects(CReduceObjectArray& objects)
       cameraInfo(objects.Get<CCurlewCameraInfoReduceObject>(-1, true)) {}
 
 void SCameraRecordObjects::FillFromRecord(const u8* record) const {
-    LoadRecord(*parameters, kParameters, record);
+    camera_record::Load(*parameters, record);
     parameters->fromSource = true;
     parameters->parameterMask = 255;
 
-    LoadRecord(*factoryCal, kFactoryCal, record);
+    camera_record::Load(*factoryCal, record);
     factoryCal->valid = true;
 
     StartFrame(*frameInfo, LoadLittle<u16>(record + camera_record::kInvalidFrame) == 0);

@@ -2,13 +2,13 @@
 
 #include <cstring>
 
-#include "core/numbers.h"
 #include "core/pixel_types.h"
 #include "reduce/filters/copy_pixels.h"
 #include "reduce/filters/filter_factory.h"
-#include "reduce/filters/frame_values.h"
 #include "reduce/filters/jpegls_stream.h"
 #include "reduce/filters/k410_check.h"
+#include "reduce/filters/k410_fields.h"
+#include "reduce/filters/packet.h"
 #include "reduce/filters/yuv.h"
 
 namespace ovix::reduce {
@@ -18,9 +18,6 @@ using namespace k410;
 namespace {
 
 constexpr u32 kCounterEnd = 65536;
-
-/// The family's flags are shown as numbers.
-constexpr frame_values::SKind kFlagNumber{L"Flag", L"int"};
 
 /// The tail as the light operations see it, which alone look at the frame's size.
 STail TailWithin(const void* frame, u16 width, u16 height, u32 frameSize) {
@@ -46,12 +43,6 @@ void SetTimeInPlace(CDateTime& time, const STail& tail) {
     }
 }
 
-void ShowDigitalHeader(CFrameInfoReduceObject& info, const u8* header) {
-    frame_values::Add(info.extra, L"DigitalIn1", kFlagNumber, CUInt8::ToString(header[kDigitalIn1]));
-    frame_values::Add(info.extra, L"DigitalIn2", kFlagNumber, CUInt8::ToString(header[kDigitalIn2]));
-    frame_values::Add(info.extra, L"Mark", kFlagNumber, CUInt8::ToString(header[kMark]));
-}
-
 /// Blue, green, red with the bottom line first, to red, green, blue with the top line first.
 void BGRToRGB(u8* rgb, const u8* bgr, u16 width, u16 height) {
     for (u32 y = 0; y < height; ++y) {
@@ -70,7 +61,8 @@ bool CK410Filter::Register() {
     using Functions = TCreateAndDestroy<CK410Filter, IFilter>;
     TArray<GUID> ids;
     for (const SType& type : kTypes) ids.Add(type.id);
-    const bool done = filterFactory()->Register(L"K410", ids, Functions::Create, Functions::Destroy, CheckK410Frame);
+    const bool done = filterFactory()->Register(L"K410", ids, Functions::Create, Functions::Destroy, CheckK410Frame,
+                                                DescribeK410Frame);
     generic::RegisterPixelTypes();
     RegisterPixelType(generic::kBGR8, L"BGR8", 3, Opaque, rootScreenType);
     // 16-bit pixels throughout, deliberately also for video and for the 24-bit type.
@@ -121,7 +113,7 @@ bool CK410Filter::ParseUncompressed(const SFrame& frame, STypedData dest, const 
     objects.KeepRecord(record.bytes, sizeof record.bytes, tail.digitalHeader);
     CFrameInfoReduceObject& info = *objects.frameInfo;
     if (tail.IsDigital()) {
-        ShowDigitalHeader(info, tail.digitalHeader);
+        AddFields(info.extra, kDigitalHeaderFields, tail.digitalHeader);
         info.frameNumber = CounterOf(tail.digitalHeader);
         info.time.Now();
     } else if (!frame.type.hasFrameCounter) {  // although the record holds a counter and a time
@@ -223,23 +215,16 @@ bool CK410Filter::StoreFrame(const void* source, u32 sourceSize, GUID type, u16 
     if (frameCount < 2) {
         return IFilter::StoreFrame(source, sourceSize, type, width, height, frameCount, frameIndex, dest, destSize);
     }
-    // The buffer holds all images, then one tail; what is stored is an image and the tail.
-    const u64 image = ImageSize(width, height);
-    const u64 images = frameCount * image;
-    if (frameIndex >= frameCount || images > sourceSize) return false;
-    const u64 tailSize = sourceSize - images;
-    if (image + tailSize > destSize) return false;
-    const u8* from = static_cast<const u8*>(source);
-    u8* to = static_cast<u8*>(dest);
-    if (image) std::memcpy(to, from + frameIndex * image, image);
-    if (tailSize) std::memcpy(to + image, from + images, tailSize);
+    const SPacket packet{static_cast<const u8*>(source), sourceSize, ImageSize(width, height), frameCount};
+    if (!packet.Store(frameIndex, dest, destSize)) return false;
     if (!HasFrameCounter(type)) return true;
 
-    const STail tail = FindTail(to + image, tailSize);
+    u8* storedTail = static_cast<u8*>(dest) + packet.imageSize;
+    const STail tail = FindTail(storedTail, packet.TailSize());
     if (tail.IsDigital() && (frameCount == 2 || frameCount == 4)) {
         // So that the images of a packet keep distinct, ascending numbers. Other counts leave them alike.
         const u64 counter = CounterOf(tail.digitalHeader) * frameCount | frameIndex;
-        StoreBig(to + image + kDigitalCounter, static_cast<u16>(counter));
+        StoreBig(storedTail + kDigitalCounter, static_cast<u16>(counter));
     }
     return static_cast<bool>(tail);
 }

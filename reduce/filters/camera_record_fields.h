@@ -1,0 +1,19 @@
+#pragma once
+
+#include "reduce/convert/curlew_factory_cal_reduce_object.h"
+#include "reduce/filters/describe_frame.h"
+#include "reduce/objects/object_parameters_reduce_object.h"
+
+/// The fields of the camera record, each told once: where it stands, what it is called, its unit, and where its value
+/// goes.
+namespace ovix::reduce::camera_record {
+
+// From a record of at least the short size in the native order; all other members stay.
+void Load(CObjectParametersReduceObject& parameters, const u8* record);
+void Load(CCurlewFactoryCalReduceObject& factoryCal, const u8* record);
+
+/// Tells the fields that lie within the first `size` bytes of a record in either byte order. It stands `offset` bytes
+/// behind the frame's start.
+void Describe(TArray<SFrameField>& fields, const u8* record, u32 size, u64 offset);
+
+}  // namespace ovix::reduce::camera_record
