@@ -58,6 +58,7 @@ class CSynthCommand final : public ICommand {
     const char* Brief() const override { return "write frames as a camera sends them, with a known scene behind them"; }
     const char* Examples() const override {
         return "ovix synth -o dump.raw\n"
+               "ovix synth --family Plover -o dump.raw\n"
                "ovix synth --pixel-type \"K410 IR (GigE)\" --form digital --size 640x512 --count 100 --truth truth.npy "
                "--tables nuc -o dump.raw";
     }
@@ -66,7 +67,10 @@ class CSynthCommand final : public ICommand {
         const auto add = [&](const char* name, std::string& value, const char* type, const char* help) {
             verb.add_option(name, value, help)->type_name(type);
         };
-        add("--pixel-type", pixelType_, "NAME", "pixel type: \"ovix formats\" lists those that can be made");
+        add("--family", family_, "NAME",
+            "decoder of the frames, as \"ovix formats\" lists them (else that of the type)");
+        add("--pixel-type", pixelType_, "NAME",
+            "pixel type: \"ovix formats\" lists those that can be made (else the family's first, or K410 IR (GigE))");
         add("--form", form_, "FORM", "one of the forms of that type (else the first that \"ovix formats\" lists)");
         add("--size", size_, "WxH", "size of the image in pixels (else 640x480)");
         add("--count,--frames", count_, "N", "how many frames (else 1)");
@@ -81,19 +85,16 @@ class CSynthCommand final : public ICommand {
     EExit Run() override {
         SSynthOptions options;
         std::tie(options.width, options.height) = ParseSize("--size", size_);
-        const SFrameFormat format = FindFormat(pixelType_, options.width, options.height);
-        const SSynthFamily* family = FindSynthFamily(format.pixelType);
-        if (!family)
-            throw UsageFault("--pixel-type: \"" + format.pixelTypeName +
-                             "\" cannot be made (\"ovix formats\" lists what can)");
+        const SFrameFormat format = FindFormat(PixelType(), options.width, options.height);
+        const SSynthFamily& family = Family(format);
         options.type = format.pixelType;
-        options.form = CheckedForm(*family, format.pixelType);
+        options.form = CheckedForm(family, format.pixelType);
         options.seed = Number<u32>("--seed", seed_);
         options.noise = options.fixedPattern = options.badPixels = !clean_;
         const u64 count = Number<u64>("--count", count_);
         if (!count) throw UsageFault("--count: expected at least 1");
 
-        const auto camera = family->make(options);
+        const auto camera = family.make(options);
         COutputFile dump(output_, overwrite_);
         const auto truth = TruthWriter(options, count);
         const u64 bytes = WriteFrames(*camera, options, count, dump, truth.get());
@@ -110,6 +111,23 @@ class CSynthCommand final : public ICommand {
         const auto value = ParseNumber<T>(text);
         if (!value) throw UsageFault(fmt::format("{}: expected a number, found \"{}\"", option, text));
         return *value;
+    }
+
+    /// As it is told, or as the family tells.
+    std::string PixelType() const {
+        if (!pixelType_.empty()) return pixelType_;
+        return family_.empty() ? "K410 IR (GigE)"
+                               : PixelTypeName(SynthFamilyOf("--family", family_).forms().front().type);
+    }
+
+    const SSynthFamily& Family(const SFrameFormat& format) const {
+        const SSynthFamily* family = FindSynthFamily(format.pixelType);
+        if (!family)
+            throw UsageFault("--pixel-type: \"" + format.pixelTypeName +
+                             "\" cannot be made (\"ovix formats\" lists what can)");
+        if (!family_.empty() && family != &SynthFamilyOf("--family", family_))
+            throw UsageFault("--pixel-type: \"" + format.pixelTypeName + "\" belongs to the family " + format.filter);
+        return *family;
     }
 
     std::string CheckedForm(const SSynthFamily& family, const GUID& type) const {
@@ -174,7 +192,8 @@ class CSynthCommand final : public ICommand {
     }
 
     std::string output_;
-    std::string pixelType_ = "K410 IR (GigE)";
+    std::string family_;
+    std::string pixelType_;
     std::string form_;
     std::string size_ = "640x480";
     std::string count_ = "1";

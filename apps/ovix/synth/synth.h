@@ -49,9 +49,21 @@ struct SSynthFamily {
     std::unique_ptr<ISynthesizer> (*make)(const SSynthOptions& options);
 };
 
+/// The options with the form that they mean: one of `forms`, the first of the type when none is named. Throws wrong
+/// usage, with the forms that there are, for another one, and for a picture without pixels.
+SSynthOptions WithForm(SSynthOptions options, std::span<const SSynthForm> forms);
+
+/// `SSynthFamily::make` of a family whose synthesiser takes such options.
+template <class Synthesizer, std::vector<SSynthForm> (*kForms)()>
+std::unique_ptr<ISynthesizer> MakeSynth(const SSynthOptions& options) {
+    return std::make_unique<Synthesizer>(WithForm(options, kForms()));
+}
+
 /// All families that can be made.
 std::span<const SSynthFamily> SynthFamilies();
 /// The family whose forms include the type, or null.
 const SSynthFamily* FindSynthFamily(const GUID& type);
+/// The family whose decoder has the name, case aside. Throws wrong usage, with the names that there are, for another.
+const SSynthFamily& SynthFamilyOf(const std::string& option, const std::string& decoder);
 
 }  // namespace ovix::app

@@ -1,0 +1,84 @@
+#include "apps/ovix/synth/record_camera.h"
+
+#include "apps/ovix/synth/byte_fields.h"
+
+namespace ovix::app {
+namespace {
+
+constexpr u16 kFullCount = 16383;            ///< the detector's converter has 14 bits
+constexpr u32 kFirstSecond = 1'768'478'400;  ///< 2026-01-15 12:00:00 UTC, in Unix seconds
+constexpr u32 kMillisecondsPerFrame = 20;
+
+/// About 130 counts a kelvin at room temperature.
+const reduce::SAdjustParams kAdjust = {.offset = 5000, .gain = 0.5f, .imgMin = 16, .imgMax = kFullCount};
+const reduce::SObjectParams kObject = {.emissivity = 0.95f,
+                                       .distance = 2.0f,
+                                       .reflectedTemp = 295.15f,
+                                       .atmosphereTemp = 294.15f,
+                                       .extOpticsTemp = 293.15f,
+                                       .extOpticsTrans = 1.0f,
+                                       .atmosphereTrans = 0.0f,
+                                       .relativeHumidity = 0.45f};
+const reduce::SCalibParams kCalib = {.planckR = 515000.0f,
+                                     .planckB = 1428.0f,
+                                     .planckF = 1.0f,
+                                     .atmAlpha1 = 0.006569f,
+                                     .atmAlpha2 = 0.01262f,
+                                     .atmBeta1 = -0.002276f,
+                                     .atmBeta2 = -0.00667f,
+                                     .atmX = 1.9f,
+                                     .radFitHighTemp = 373.15f,
+                                     .radFitLowTemp = 263.15f,
+                                     .overflowTemp = 365.15f,
+                                     .underflowTemp = 271.15f,
+                                     .upperTemp = 363.15f,
+                                     .lowerTemp = 273.15f};
+
+}  // namespace
+
+CRecordCamera::CRecordCamera(const SSynthOptions& options)
+    : width_(options.width),
+      height_(options.height),
+      model_(&kAdjust, &kObject, &kCalib),
+      detector_(options, kFullCount) {}
+
+const std::vector<u16>& CRecordCamera::Counts(std::span<const float> kelvin, u64 frame) {
+    even_.clear();
+    for (const float temperature : kelvin) {  // with the fraction, which the noise still needs
+        const double pow = model_.objSigToPow(model_.tempToObjSig(temperature));
+        even_.push_back(static_cast<float>(pow / kAdjust.gain - kAdjust.offset));
+    }
+    detector_.Read(even_, frame, counts_);
+    return counts_;
+}
+
+void CRecordCamera::AppendRecord(std::vector<u8>& bytes, u32 size, u64 frame, bool swapped) const {
+    const std::size_t start = bytes.size();
+    bytes.resize(start + size);
+    CFields record(bytes.data() + start, swapped);
+    record.Put<u16>(0, 2);  // reads 2 in the camera's own order
+    record.Put<u16>(2, width_);
+    record.Put<u16>(4, height_);
+    record.Put<u16>(12, static_cast<u16>(width_ - 1));
+    record.Put<u16>(16, static_cast<u16>(height_ - 1));
+    record.Put<u16>(24, static_cast<u16>(frame));
+    record.PutRow<float>(
+        32, {kObject.emissivity, kObject.distance, kObject.reflectedTemp, kObject.atmosphereTemp, kObject.extOpticsTemp,
+             kObject.extOpticsTrans, kObject.atmosphereTrans, kObject.relativeHumidity});
+    record.PutRow<float>(88, {kCalib.planckR, kCalib.planckB, kCalib.planckF});
+    record.PutRow<float>(112, {kCalib.atmAlpha1, kCalib.atmAlpha2, kCalib.atmBeta1, kCalib.atmBeta2, kCalib.atmX});
+    record.PutRow<float>(144, {kCalib.radFitHighTemp, kCalib.radFitLowTemp, kCalib.overflowTemp, kCalib.underflowTemp,
+                               kCalib.upperTemp, kCalib.lowerTemp});
+    record.Put<i32>(776, kAdjust.offset);
+    record.Put<float>(780, kAdjust.gain);
+    record.PutRow<u16>(784, {kAdjust.imgMin, kAdjust.imgMax, kAdjust.nonlinearOn});
+    record.Put<float>(792, kAdjust.nonlinearGain);
+    record.Put<i32>(796, kAdjust.nonlinearOffset);
+    const u64 milliseconds = frame * kMillisecondsPerFrame;
+    record.Put<u32>(900, kFirstSecond + static_cast<u32>(milliseconds / 1000));
+    record.Put<u32>(904, static_cast<u32>(milliseconds % 1000));
+    record.Put<u32>(968, 0);   // no mark so far
+    record.Put<u16>(1130, 0);  // a valid frame
+}
+
+}  // namespace ovix::app
