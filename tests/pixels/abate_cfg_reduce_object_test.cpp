@@ -20,17 +20,22 @@ CByteWriter Block(std::initializer_list<u8> order, u32 version, u8 enabled = 1) 
     return bytes;
 }
 
+/// The thresholds of presets below `given` are those of `Block`, the others their defaults.
+void ExpectPresets(const CAbateCfgReduceObject& cfg, std::initializer_list<u8> order, u8 given) {
+    EXPECT_TRUE(std::equal(order.begin(), order.end(), cfg.order));
+    for (u8 i = 0; i < 8; ++i) {
+        EXPECT_EQ(cfg.low[i], i < given ? 100 + i : 1000);  // by preset, not by place
+        EXPECT_EQ(cfg.high[i], i < given ? 200 + i : 15000);
+    }
+}
+
 TEST(AbateCfg, BlockIsReadAndWrittenAsSpelled) {
     CByteWriter block = Block({7, 6, 5, 4, 3, 2, 1, 0}, 0x20000, 0);
     CAbateCfgReduceObject cfg;
     ASSERT_TRUE(cfg.Load(FileOf(block), 0x20000, 0));
     EXPECT_FALSE(cfg.enabled);
     EXPECT_EQ(cfg.mode, AbateFromLast);
-    for (u8 i = 0; i < 8; ++i) {
-        EXPECT_EQ(cfg.order[i], 7 - i);
-        EXPECT_EQ(cfg.low[i], 100 + i);  // by preset, not by place
-        EXPECT_EQ(cfg.high[i], 200 + i);
-    }
+    ExpectPresets(cfg, {7, 6, 5, 4, 3, 2, 1, 0}, 8);
     EXPECT_EQ(SavedBytes(cfg), block.bytes);
     block.bytes[8] = 1;
     EXPECT_EQ(SavedBytes(cfg, PersistInitialState), block.bytes);
@@ -38,9 +43,7 @@ TEST(AbateCfg, BlockIsReadAndWrittenAsSpelled) {
 
     cfg.Default();
     EXPECT_EQ(cfg.mode, AbateFromFirst);
-    EXPECT_EQ(cfg.order[0], 0);
-    EXPECT_EQ(cfg.low[7], 1000);
-    EXPECT_EQ(cfg.high[0], 15000);
+    ExpectPresets(cfg, {0, 1, 2, 3, 4, 5, 6, 7}, 0);
 }
 
 TEST(AbateCfg, PresetsAreLimitedInBothDirections) {
@@ -54,35 +57,26 @@ TEST(AbateCfg, PresetsAreLimitedInBothDirections) {
     EXPECT_EQ(saved[32 + 32 + 5], 300 & 0xFF);
 }
 
-TEST(AbateCfg, BlockOfFourPresets) {
+TEST(AbateCfg, OlderFormsHoldFourPresets) {
     CAbateCfgReduceObject cfg;
-    cfg.low[6] = 1;
-    cfg.order[6] = 1;
+    cfg.low[6] = cfg.order[6] = 1;
     ASSERT_TRUE(cfg.Load(FileOf(Block({3, 1, 2, 0}, 0x1FFFF)), 0x10001, 0));
-    const u8 order[] = {3, 1, 2, 0, 4, 5, 6, 7};
-    for (u8 i = 0; i < 8; ++i) {
-        EXPECT_EQ(cfg.order[i], order[i]);
-        EXPECT_EQ(cfg.low[i], i < 4 ? 100 + i : 1000);
-        EXPECT_EQ(cfg.high[i], i < 4 ? 200 + i : 15000);
-    }
-}
+    ExpectPresets(cfg, {3, 1, 2, 0, 4, 5, 6, 7}, 4);
 
-TEST(AbateCfg, OldStream) {
     CByteWriter stream;
     stream.U8(1).U8(1);
     for (u8 p = 0; p < 4; ++p) stream.U16(100u + p).U16(200u + p);
     stream.U8(3).U8(2).U8(1).U8(0);
-    CAbateCfgReduceObject cfg;
-    cfg.low[5] = 7;
-    ASSERT_TRUE(cfg.Load(FileOf(stream), 0x10000, 0));
-    EXPECT_TRUE(cfg.enabled);
-    EXPECT_EQ(cfg.mode, AbateFromLast);
-    EXPECT_EQ(cfg.low[3], 103);
-    EXPECT_EQ(cfg.high[0], 200);
-    EXPECT_EQ(cfg.order[0], 3);
-    EXPECT_EQ(cfg.low[5], 7);  // stays
+    CAbateCfgReduceObject old;
+    old.low[5] = 7;
+    ASSERT_TRUE(old.Load(FileOf(stream), 0x10000, 0));
+    EXPECT_TRUE(old.enabled);
+    EXPECT_EQ(old.mode, AbateFromLast);
+    EXPECT_EQ(old.low[5], 7);  // stays
+    old.low[5] = 1000;
+    ExpectPresets(old, {3, 2, 1, 0}, 4);
     for (std::size_t size = 0; size < stream.bytes.size(); ++size) {
-        EXPECT_FALSE(cfg.Load(FileOf(stream, size), 0x10000, 0)) << size;
+        EXPECT_FALSE(old.Load(FileOf(stream, size), 0x10000, 0)) << size;
     }
 }
 

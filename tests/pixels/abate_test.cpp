@@ -117,20 +117,18 @@ TEST(Abate, MergesBothTypesOnEveryProcessor) {
 }
 
 /// Two frames of one pixel, without tables.
-struct SSmall {
-    const char* name;
-    EAbateMode mode;
-    u16 first, second;
-    bool firstValid, secondValid;
-    u8 order[8];
-    bool result;
-    u16 value;
-    u8 status;
-};
-
 TEST(Abate, TakesTheFirstThatQualifies) {
     constexpr u8 kEmpty = 255;
-    const SSmall cases[] = {
+    const struct {
+        const char* name;
+        EAbateMode mode;
+        u16 first, second;
+        bool firstValid, secondValid;
+        u8 order[8];
+        bool result;
+        u16 value;
+        u8 status;
+    } cases[] = {
         {"none below", AbateFromFirst, 20000, 16000, true, true, {0, 1, 9, 9, 9, 9, 9, 9}, true, 16000, 1},
         {"none above", AbateFromLast, 500, 800, true, true, {0, 1, 9, 9, 9, 9, 9, 9}, true, 500, 0},
         {"at the high threshold", AbateFromFirst, 15000, 16000, true, true, {0, 1, 9, 9, 9, 9, 9, 9}, true, 15000, 0},
@@ -145,7 +143,7 @@ TEST(Abate, TakesTheFirstThatQualifies) {
     float* const noGains[8] = {};
     i16* const noOffsets[8] = {};
     u32* const noMaps[8] = {};
-    for (const SSmall& c : cases) {
+    for (const auto& c : cases) {
         u16 first = c.first, second = c.second, out = 7;
         u8 status = 99;
         void* const sources[8] = {&first, &second};
@@ -161,26 +159,6 @@ TEST(Abate, TakesTheFirstThatQualifies) {
         EXPECT_EQ(merge(&second, nullptr), c.result) << c.name;
         EXPECT_EQ(second, c.result ? c.value : c.second) << c.name;
     }
-}
-
-TEST(Abate, RoundsBeforeTheOffsetOnlyWithoutAClip) {
-    u16 x = 3, out;
-    float gain = 0.5F;
-    i16 offset = -2;
-    void* const sources[8] = {&x};
-    const bool valid[8] = {true};
-    const u8 order[8] = {};
-    float* const gains[8] = {&gain};
-    i16* const offsets[8] = {&offset};
-    u32* const noMaps[8] = {};
-    const auto merge = [&](bool clip, double minimum) {
-        EXPECT_TRUE(Abate(UInt16, sources, 1, &out, nullptr, valid, order, kLow, kHigh, AbateFromFirst, gains, offsets,
-                          noMaps, clip, minimum, 100));
-        return out;
-    };
-    EXPECT_EQ(merge(false, 0), 0);      // round(1.5) - 2
-    EXPECT_EQ(merge(true, -9), 65535);  // round(1.5 - 2), half away from zero
-    EXPECT_EQ(merge(true, 0), 0);
 }
 
 TEST(Abate, RefusesOtherTypes) {

@@ -1,8 +1,8 @@
 #include "reduce/pixels/apply_lut.h"
 
 #include <algorithm>
-#include <functional>
 
+#include "tests/support/forms.h"
 #include "tests/support/pixel_buffers.h"
 #include "tests/support/pixel_reference.h"
 #include "tests/support/simd_targets.h"
@@ -31,29 +31,46 @@ struct STables {
     }
 };
 
-/// Demands entry Place(x) of table map[pixel] for each pixel in this order.
-using FApply = std::function<bool(STypedData, u8*)>;
-
-template <class S, class D>
-void Check(TGuarded<S>& frame, TGuarded<u8>* map, const STables& tables, const std::vector<u32>& pixels, u16 lower,
-           u16 upper, bool withStatus, const FApply& apply) {
-    TGuarded<D> out(pixels.size() + 3, pixels.size() % 4);
-    TGuarded<u8> status(pixels.size() + 3, pixels.size() % 4);
-    ASSERT_TRUE(apply(out.Typed(), withStatus ? status.data() : nullptr));
-    for (std::size_t i = 0; i < pixels.size(); ++i) {
-        const u8 preset = map ? (*map)[pixels[i]] : u8{0};
-        const u32 k = Place(static_cast<float>(frame[pixels[i]]), lower, upper);
-        ASSERT_TRUE(Same(out[i], Cast<D>(tables.values[preset][k]))) << i << " of " << +frame[pixels[i]];
-        if (!withStatus) continue;
-        ASSERT_EQ(status[i], tables.stretches[preset][k]) << i << " of " << +frame[pixels[i]];
-    }
-    EXPECT_TRUE(out.Untouched(pixels.size()));
-    EXPECT_TRUE(status.Untouched(withStatus ? pixels.size() : 0));
-}
-
 struct SLimits {
     u16 lower, upper;
 };
+
+/// Demands entry Place(x) of table map[pixel] for each of the pixels, in this order, of `call(form arguments...)` with
+/// a single pair of tables, with one a preset, and without a map of presets.
+template <class S, class D>
+void Check(STables& tables, TGuarded<S>& frame, TGuarded<u8>& map, const std::vector<u32>& pixels, SLimits limits,
+           bool withStatus, const auto& call) {
+    for (const char* shape : {"single", "presets", "no map"}) {
+        TGuarded<D> out(pixels.size() + 3, pixels.size() % 4);
+        TGuarded<u8> status(pixels.size() + 3, pixels.size() % 4);
+        const bool mapped = *shape == 'p';
+        ASSERT_TRUE(call([&](auto... form) {
+            const STypedData in = frame.Typed(), to = out.Typed();
+            const auto [lower, upper] = limits;
+            u8* const flags = withStatus ? status.data() : nullptr;
+            const u8* const presets = mapped ? map.data() : nullptr;
+            if (*shape == 's') {
+                return ApplyLUT(in, to, flags, form..., tables.luts[0], tables.statusLuts[0], lower, upper);
+            }
+            return ApplyLUT(in, presets, to, flags, form..., tables.luts, tables.statusLuts, lower, upper);
+        })) << shape;
+        for (std::size_t i = 0; i < pixels.size(); ++i) {
+            const u8 preset = mapped ? map[pixels[i]] : u8{0};
+            const u32 k = Place(static_cast<float>(frame[pixels[i]]), limits.lower, limits.upper);
+            ASSERT_TRUE(Same(out[i], Cast<D>(tables.values[preset][k]))) << shape << i << " of " << +frame[pixels[i]];
+            if (!withStatus) continue;
+            ASSERT_EQ(status[i], tables.stretches[preset][k]) << shape << i;
+        }
+        EXPECT_TRUE(out.Untouched(pixels.size()));
+        EXPECT_TRUE(status.Untouched(withStatus ? pixels.size() : 0));
+    }
+}
+
+std::vector<u32> AllOf(u32 count) {
+    std::vector<u32> pixels(count);
+    for (u32 i = 0; i < count; ++i) pixels[i] = i;
+    return pixels;
+}
 
 template <class S, class D>
 void CheckWhole(STables& tables, u32 count, SLimits limits, u32 seed) {
@@ -62,19 +79,7 @@ void CheckWhole(STables& tables, u32 count, SLimits limits, u32 seed) {
     FillEdges(frame, seed);
     CRandom random(seed);
     for (u8& p : map) p = random.Below(8);
-    std::vector<u32> pixels;
-    for (u32 i = 0; i < count; ++i) pixels.push_back(i);
-    const auto [lower, upper] = limits;
-    const bool withStatus = seed % 2;
-    Check<S, D>(frame, nullptr, tables, pixels, lower, upper, withStatus, [&](STypedData out, u8* status) {
-        return ApplyLUT(frame.Typed(), out, status, count, tables.luts[0], tables.statusLuts[0], lower, upper);
-    });
-    Check<S, D>(frame, &map, tables, pixels, lower, upper, withStatus, [&](STypedData out, u8* status) {
-        return ApplyLUT(frame.Typed(), map.data(), out, status, count, tables.luts, tables.statusLuts, lower, upper);
-    });
-    Check<S, D>(frame, nullptr, tables, pixels, lower, upper, true, [&](STypedData out, u8* status) {
-        return ApplyLUT(frame.Typed(), nullptr, out, status, count, tables.luts, tables.statusLuts, lower, upper);
-    });
+    Check<S, D>(tables, frame, map, AllOf(count), limits, seed % 2, [&](const auto& apply) { return apply(count); });
 }
 
 TEST(ApplyLUT, MapsAllPairsOfTypes) {
@@ -120,101 +125,62 @@ TEST(ApplyLUT, RoundsEveryHalfAndItsNeighbours) {
     });
 }
 
-TEST(ApplyLUT, StatusIsThatOfEachPixelAroundTheEdgesOfStretches) {
-    STables tables;
-    TGuarded<u16> frame(9000, 0, false);
-    TGuarded<float> out(9000);
-    TGuarded<u8> status(9000);
-    for (u32 i = 0; i < 9000; ++i) {
-        frame[i] = static_cast<u16>(i < 3000 ? 130 + i % 50 : i < 6000 ? 119 + i % 2 : 9000 + i % 3);
-    }
-    frame[2500] = 119;  // one pixel of another stretch in a block
-    frame[3500] = 9000;
-    ASSERT_TRUE(
-        ApplyLUT(frame.Typed(), out.Typed(), status.data(), 9000, tables.luts[0], tables.statusLuts[0], 0, 65535));
-    for (u32 i = 0; i < 9000; ++i) ASSERT_EQ(status[i], frame[i] < 120 ? 2 : frame[i] > 9000 ? 4 : 0) << i;
-    // a stretch that is known up to its last entry, then the next entry
-    for (u32 i = 0; i < 9000; ++i) frame[i] = static_cast<u16>(i < 4096 ? 8990 + i % 11 : 8995 + i % 7);
-    ASSERT_TRUE(
-        ApplyLUT(frame.Typed(), out.Typed(), status.data(), 9000, tables.luts[0], tables.statusLuts[0], 0, 65535));
-    for (u32 i = 0; i < 9000; ++i) ASSERT_EQ(status[i], frame[i] > 9000 ? 4 : 0) << i;
-}
-
 TEST(ApplyLUT, VisitsThePixelsOfEachForm) {
-    constexpr u16 kWidth = 37, kHeight = 31;
-    constexpr u32 kStride = 41;
+    const SForms forms;
     STables tables;
-    TGuarded<u16> frame(kWidth * kHeight, 0, false);
-    TGuarded<u8> map(kWidth * kHeight, 0, false), mask(kStride * kHeight, 0, false);
+    TGuarded<u16> frame(forms.Count(), 0, false);
+    TGuarded<u8> map(forms.Count(), 0, false);
     FillEdges(frame, 5);
     CRandom random(5);
     for (u8& p : map) p = random.Below(8);
-    for (u8& m : mask) m = random.Below(2);
-    std::vector<u32> indices;
-    for (u32 i = 0; i < 700; ++i) indices.push_back(random() % (kWidth * kHeight));
-
-    const auto both = [&](const std::vector<u32>& pixels, auto... form) {
-        Check<u16, float>(frame, nullptr, tables, pixels, 0, 65535, true, [&](STypedData out, u8* status) {
-            return ApplyLUT(frame.Typed(), out, status, form..., tables.luts[0], tables.statusLuts[0], u16{0},
-                            u16{65535});
-        });
-        Check<u16, float>(frame, &map, tables, pixels, 0, 65535, true, [&](STypedData out, u8* status) {
-            return ApplyLUT(frame.Typed(), map.data(), out, status, form..., tables.luts, tables.statusLuts, u16{0},
-                            u16{65535});
-        });
-    };
-    const SArea area{3, 5, 29, 33}, empty{4, 2, 3, 8};
-    both(indices, static_cast<const u32*>(indices.data()), 700u);
-    both(Area(kWidth, area), kWidth, kHeight, area);
-    both({}, kWidth, kHeight, empty);
-    const TArray<SScanLine> lines{{7, 1, 6}, {2, 36, 36}, {2, 3, 2}, {30, 0, 36}};
-    both(Lines(kWidth, lines), kWidth, kHeight, lines);
-    both(Area(kWidth, area, mask.data(), kStride), kWidth, kHeight, area, static_cast<const u8*>(mask.data()), kStride);
+    for (const EForm form : kForms) {
+        Check<u16, float>(tables, frame, map, forms.Visited(form), {0, 65535}, true,
+                          [&](const auto& apply) { return forms.Call(form, apply); });
+    }
 }
 
-TEST(ApplyLUT, FollowsStretchesOfOnePreset) {
+/// What is known of a table's status, and of the presets of a stretch of pixels, is kept from block to block.
+TEST(ApplyLUT, FollowsStretchesOfStatusAndOfPresets) {
     constexpr u32 kCount = 9001;
     STables tables;
     TGuarded<u16> frame(kCount, 0, false);
     TGuarded<u8> map(kCount, 0, false);
     CRandom random(8);
-    for (u16& x : frame) x = static_cast<u16>(100 + random.Below(100) * 60);  // across the edge of a stretch of status
-    std::vector<u32> pixels;
     for (u32 i = 0, left = 0, longest = 1; i < kCount; ++i, --left) {
-        if (left == 0) {
-            longest = longest % 300 + 7;
-            left = 1 + random.Below(255) % longest;
-            map[i] = random.Below(8);
-        } else {
-            map[i] = map[i - 1];
-        }
-        pixels.push_back(i);
+        map[i] = i ? map[i - 1] : u8{0};
+        if (left != 0) continue;
+        longest = longest % 300 + 7;
+        left = 1 + random.Below(255) % longest;
+        map[i] = random.Below(8);
     }
-    const auto check = [&] {
-        Check<u16, float>(frame, &map, tables, pixels, 0, 65535, true, [&](STypedData out, u8* status) {
-            return ApplyLUT(frame.Typed(), map.data(), out, status, kCount, tables.luts, tables.statusLuts, 0, 65535);
-        });
+    const auto check = [&](const auto& countOf) {
+        for (u32 i = 0; i < kCount; ++i) frame[i] = static_cast<u16>(countOf(i));
+        Check<u16, float>(tables, frame, map, AllOf(kCount), {0, 65535}, true,
+                          [&](const auto& apply) { return apply(kCount); });
     };
-    check();
+    const auto acrossAnEdge = [&](u32) { return 100 + random.Below(100) * 60; };
+    check(acrossAnEdge);
+    check([](u32 i) {  // with one pixel of another stretch in a block
+        if (i == 2500) return 119u;
+        if (i == 3500) return 9000u;
+        return i < 3000 ? 130 + i % 50 : i < 6000 ? 119 + i % 2 : 9000 + i % 3;
+    });
+    // a stretch that is known up to its last entry, then the next entry
+    check([](u32 i) { return i < 4096 ? 8990 + i % 11 : 8995 + i % 7; });
     for (std::vector<u8>& status : tables.stretches) std::fill(status.begin(), status.end(), u8{1});
-    check();
-    tables.stretches[5].assign(65536, 3);  // all presets but one agree
-    for (u32 p = 0; p < 8; ++p) tables.statusLuts[p] = tables.stretches[p].data();
-    check();
+    check(acrossAnEdge);
+    std::fill(tables.stretches[5].begin(), tables.stretches[5].end(), u8{3});  // all presets but one agree
+    check(acrossAnEdge);
 }
 
 TEST(ApplyLUT, TakesOneBufferForSourceAndDestination) {
     STables tables;
-    std::vector<u16> counts;
-    std::vector<float> floats;
-    for (u32 i = 0; i < 5000; ++i) {
-        counts.push_back(static_cast<u16>(4000 + i));
-        floats.push_back(static_cast<float>(i) + 0.25F);
+    std::vector<u16> counts(5000);
+    std::vector<float> floats(5000);
+    for (u32 i = 0; i < 5000; ++i) counts[i] = static_cast<u16>(4000 + i), floats[i] = static_cast<float>(i) + 0.25F;
+    for (const STypedData buffer : {STypedData{counts.data(), UInt16}, {floats.data(), Flt32}}) {
+        ASSERT_TRUE(ApplyLUT(buffer, buffer, nullptr, 5000, tables.luts[0], nullptr, 0, 65535));
     }
-    ASSERT_TRUE(
-        ApplyLUT({counts.data(), UInt16}, {counts.data(), UInt16}, nullptr, 5000, tables.luts[0], nullptr, 0, 65535));
-    ASSERT_TRUE(
-        ApplyLUT({floats.data(), Flt32}, {floats.data(), Flt32}, nullptr, 5000, tables.luts[0], nullptr, 0, 65535));
     for (u32 i = 0; i < 5000; ++i) {
         ASSERT_EQ(counts[i], static_cast<u16>((4000 + i) * 0.75));
         ASSERT_EQ(floats[i], tables.values[0][i]);

@@ -1,7 +1,5 @@
 #include "reduce/pixels/apply_nuc.h"
 
-#include <functional>
-
 #include "tests/support/pixel_buffers.h"
 #include "tests/support/pixel_reference.h"
 #include "tests/support/simd_targets.h"
@@ -129,62 +127,42 @@ TEST(ApplyNUC, ReadsTheIndexOfEachForm) {
     }
 
     for (const SClip& clip : kClips) {
-        const auto check = [&](const char* form, const auto& expected, const std::function<void(STypedData)>& apply) {
+        const auto check = [&](const char* form, const auto& expected, auto... arguments) {
             TGuarded<float> out(kCount + 3);
-            apply(out.Typed());
+            ApplyNUC(out.Typed(), frame.Typed(), arguments..., clip.on, clip.minimum, clip.maximum);
             for (u32 i = 0; i < kCount; ++i) ASSERT_TRUE(Same(out[i], expected(i))) << form << i;
             EXPECT_TRUE(out.Untouched(kCount)) << form;
         };
         const auto at = [&](u32 p, u32 data, u32 table) {
             return Corrected<float>(frame[data], tables[p], table, clip);
         };
-        const auto [on, minimum, maximum] = clip;
-        const STypedData in = frame.Typed();
-        check(
-            "presets ",
-            [&](u32 i) {
-                const u32 p = status[i], j = replaces[p] ? replaces[p][i] : i;
-                return at(p, j, j);
-            },
-            [&](STypedData out) {
-                ApplyNUC(out, in, status.data(), kCount, gains, offsets, replaces, on, minimum, maximum);
-            });
-        check(
-            "no status ", [&](u32 i) { return at(0, replaces[0][i], replaces[0][i]); },
-            [&](STypedData out) {
-                ApplyNUC(out, in, static_cast<const u8*>(nullptr), kCount, gains, offsets, replaces, on, minimum,
-                         maximum);
-            });
-        check(
-            "list, no map ", [&](u32 i) { return at(0, i, indices[i]); },
-            [&](STypedData out) {
-                ApplyNUC(out, in, indices.data(), kCount, gains[0], offsets[0], nullptr, on, minimum, maximum);
-            });
-        check(
-            "list, map ",
-            [&](u32 i) {
-                const u32 j = replaces[0][indices[i]];
-                return at(0, j, j);
-            },
-            [&](STypedData out) {
-                ApplyNUC(out, in, indices.data(), kCount, gains[0], offsets[0], replaces[0], on, minimum, maximum);
-            });
+        const auto replaced = [&](u32 p, u32 i) {
+            const u32 j = replaces[p] ? replaces[p][i] : i;
+            return at(p, j, j);
+        };
         const auto listed = [&](u32 p, u32 i) {
             const u32 k = indices[i];
             const u32 j = !replaces[p] ? k : clip.on ? replaces[p][k] : replaces[p][i];
             return at(p, j, j);
         };
+        const u8 *const map = status.data(), *const noMap = nullptr;
+        const u32* const list = indices.data();
+        u32* const noReplaces = nullptr;
         check(
-            "list, presets ", [&](u32 i) { return listed(status[indices[i]], i); },
-            [&](STypedData out) {
-                ApplyNUC(out, in, indices.data(), status.data(), kCount, gains, offsets, replaces, on, minimum,
-                         maximum);
-            });
+            "presets ", [&](u32 i) { return replaced(status[i], i); }, map, kCount, gains, offsets, replaces);
         check(
-            "list, no status ", [&](u32 i) { return listed(0, i); },
-            [&](STypedData out) {
-                ApplyNUC(out, in, indices.data(), nullptr, kCount, gains, offsets, replaces, on, minimum, maximum);
-            });
+            "no status ", [&](u32 i) { return replaced(0, i); }, noMap, kCount, gains, offsets, replaces);
+        check(
+            "list, no map ", [&](u32 i) { return at(0, i, indices[i]); }, list, kCount, gains[0], offsets[0],
+            noReplaces);
+        check(
+            "list, map ", [&](u32 i) { return replaced(0, indices[i]); }, list, kCount, gains[0], offsets[0],
+            replaces[0]);
+        check(
+            "list, presets ", [&](u32 i) { return listed(status[indices[i]], i); }, list, map, kCount, gains, offsets,
+            replaces);
+        check(
+            "list, no status ", [&](u32 i) { return listed(0, i); }, list, noMap, kCount, gains, offsets, replaces);
     }
 }
 
@@ -200,22 +178,6 @@ TEST(ApplyNUC, InOneBufferAPixelMayBeReplacedByACorrectedOne) {
     }
     ApplyNUC(buffer.Typed(), buffer.Typed(), kCount, tables.Gain(), tables.Offset(), tables.Replace(), 1, 0, 16383);
     for (u32 i = 0; i < kCount; ++i) ASSERT_EQ(buffer[i], expected[i]) << i;
-}
-
-TEST(ApplyNUC, TruncatesThenWrapsThenClips) {
-    u16 counts[2] = {10, 11};
-    float gain[2] = {1.5F, 1.5F}, large[2] = {4000, 4000};
-    i16 offset[2] = {0, 0};
-    u16 out[2];
-    i16 wrapped[2];
-    ApplyNUC({out, UInt16}, {counts, UInt16}, 2, gain, offset, nullptr, 0, 0, 0);
-    EXPECT_EQ(out[0], 15);
-    EXPECT_EQ(out[1], 16);
-    // 40000 becomes -25536, which lies below the low limit
-    ApplyNUC({wrapped, Int16}, {counts, UInt16}, 1, large, nullptr, nullptr, 1, 0, 16383);
-    EXPECT_EQ(wrapped[0], 0);
-    ApplyNUC({wrapped, Int16}, {counts, UInt16}, 1, large, nullptr, nullptr, 0, 0, 0);
-    EXPECT_EQ(wrapped[0], -25536);
 }
 
 TEST(ApplyNUC, DoesNothingForOtherTypesAndCounts) {

@@ -21,6 +21,12 @@ using test::SForms;
 
 /// One pixel as a route visits it.
 struct SVisit {
+    SVisit(auto pixel, u8 flags, u32 at, u32 frameIndex, u32 width)
+        : value(static_cast<double>(pixel)),
+          status(flags),
+          index(at),
+          point{static_cast<i32>(frameIndex % width), static_cast<i32>(frameIndex / width)} {}
+
     double value;
     u8 status;
     u32 index;
@@ -133,10 +139,7 @@ void CheckBoolean(u32 seed) {
             ASSERT_TRUE(forms.CallInFrame(form, [&](auto... f) { return GetStats(stats, data, flags, f...); }));
             std::vector<SVisit> visits;
             for (const u32 i : forms.Visited(form == EForm::M ? EForm::A : form)) {  // the mask does not count
-                visits.push_back({static_cast<double>(frame[i]),
-                                  status[i],
-                                  i,
-                                  {static_cast<i32>(i % forms.width), static_cast<i32>(i / forms.width)}});
+                visits.emplace_back(frame[i], status[i], i, i, forms.width);
             }
             ExpectSame(stats, Reference(Held(), visits, flags, ERoute::Boolean, forms.width));
         }
@@ -153,8 +156,10 @@ void CheckVoid(u32 seed) {
         std::vector<u8> status = Status(2048, kind), mask = forms.mask;
         std::vector<u32> indices = forms.indices;
         u8* flags = kind < 3 ? status.data() : nullptr;
-        const auto check = [&](const char* what, const CStats& stats, std::vector<SVisit> visits, int rowWidth) {
+        const auto check = [&](const char* what, const std::vector<SVisit>& visits, int rowWidth, auto... arguments) {
             SCOPED_TRACE(std::string(what) + " status " + std::to_string(kind));
+            CStats stats = Held();
+            GetStats(stats, arguments...);
             CStats expected = Reference(Held(), visits, flags, ERoute::Void, static_cast<u32>(rowWidth));
             if (*what != 'l') {  // the centre has a test of its own
                 expected.centerValue = stats.centerValue;
@@ -163,37 +168,19 @@ void CheckVoid(u32 seed) {
             ExpectSame(stats, expected);
         };
         std::vector<SVisit> whole, masked, row, list;
-        for (int y = 0; y < height; ++y) {
-            for (int x = 0; x < width; ++x) {
-                const u32 i = static_cast<u32>(y * width + x);
-                whole.push_back({static_cast<double>(frame[i]), status[i], i, {x, y}});
-                if (mask[static_cast<u32>(height - 1 - y) * forms.stride + static_cast<u32>(x)]) {
-                    masked.push_back(whole.back());  // bottom-up beside the frame
-                }
-            }
+        for (u32 i = 0; i < forms.Count(); ++i) {
+            whole.emplace_back(frame[i], status[i], i, i, forms.width);
+            const u32 maskRow = forms.height - 1 - i / forms.width;  // bottom-up beside the frame
+            if (mask[maskRow * forms.stride + i % forms.width]) masked.push_back(whole.back());
         }
-        for (u32 i = 0; i < 2048; ++i) {
-            row.push_back({static_cast<double>(frame[i]), status[i], i, {static_cast<i32>(i), 0}});
-        }
+        for (u32 i = 0; i < 2048; ++i) row.emplace_back(frame[i], status[i], i, i, 2048);
         for (u32 n = 0; n < indices.size(); ++n) {
-            const u32 i = indices[n];
-            list.push_back({static_cast<double>(frame[n]),
-                            status[i],
-                            n,
-                            {static_cast<i32>(i % forms.width), static_cast<i32>(i / forms.width)}});
+            list.emplace_back(frame[n], status[indices[n]], n, indices[n], forms.width);
         }
-        CStats stats = Held();
-        GetStats(stats, data, width, height, nullptr, 0, flags);
-        check("whole", stats, whole, width);
-        stats = Held();
-        GetStats(stats, data, width, height, mask.data(), forms.stride, flags);
-        check("mask", stats, masked, width);
-        stats = Held();
-        GetStats(stats, data, flags, 2048);
-        check("row", stats, row, 2048);
-        stats = Held();
-        GetStats(stats, data, indices.data(), static_cast<u32>(indices.size()), width, height, flags);
-        check("list", stats, list, width);
+        check("whole", whole, width, data, width, height, nullptr, 0, flags);
+        check("mask", masked, width, data, width, height, mask.data(), forms.stride, flags);
+        check("row", row, 2048, data, flags, 2048);
+        check("list", list, width, data, indices.data(), static_cast<u32>(indices.size()), width, height, flags);
     }
 }
 
@@ -220,9 +207,7 @@ TEST(GetStats, CountsOfAnyLengthAndPlaceGiveTheSerialSums) {
             for (u32 first = 0; first < (count < 1000 ? 3 : 1); ++first) {
                 SCOPED_TRACE(count);
                 std::vector<SVisit> visits;
-                for (u32 i = 0; i < count; ++i) {
-                    visits.push_back({static_cast<double>(pixels[first + i]), 0, i, {static_cast<i32>(i), 0}});
-                }
+                for (u32 i = 0; i < count; ++i) visits.emplace_back(pixels[first + i], u8{0}, i, i, count);
                 CStats stats;
                 GetStats(stats, {pixels.data() + first, UInt16}, nullptr, count);
                 CStats expected = Reference(CStats(), visits, false, ERoute::Void, count);
@@ -231,23 +216,6 @@ TEST(GetStats, CountsOfAnyLengthAndPlaceGiveTheSerialSums) {
             }
         }
     });
-}
-
-TEST(GetStats, FiguresByHand) {
-    float pixels[] = {4, 1, 3, 4, 1, 2};
-    u8 status[] = {0, 8, 1, 4, 2, 16};
-    CStats stats;
-    ASSERT_TRUE(GetStats(stats, {pixels, Flt32}, status, 3, 2));
-    EXPECT_EQ(stats.count, 4U);
-    EXPECT_EQ(stats.sum, 12);
-    EXPECT_EQ(stats.mean, 3);
-    EXPECT_EQ(stats.variance, 1.5);
-    EXPECT_EQ(stats.statusUnion, 7);
-    EXPECT_EQ(stats.maximumPosition, (SPoint{0, 0})) << "the first of two";
-    EXPECT_EQ(stats.minimumPosition, (SPoint{1, 1}));
-    EXPECT_EQ(stats.minimumStatus, 2);
-    EXPECT_EQ(stats.allMinimumPosition, (SPoint{1, 0}));
-    EXPECT_EQ(stats.lastIndex, 5U);
 }
 
 TEST(GetStats, NaNIsAnExtremeOnlyWhereItCameFirst) {

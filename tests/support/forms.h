@@ -55,34 +55,23 @@ struct SForms {
     /// Calls `f` with the arguments that say the form.
     template <class F>
     bool Call(EForm form, F&& f) const {
-        switch (form) {
-            case EForm::W:
-                return f(Count());
-            case EForm::L:
-                return f(indices.data(), static_cast<u32>(indices.size()));
-            case EForm::A:
-                return f(width, height, area);
-            case EForm::S:
-                return f(width, height, lines);
-            default:
-                return f(width, height, area, mask.data(), stride);
-        }
+        if (form == EForm::W) return f(Count());
+        if (form == EForm::L) return f(indices.data(), static_cast<u32>(indices.size()));
+        return CallPart(form, f);
     }
     /// The same where all forms are said with the size of the frame first.
     template <class F>
     bool CallInFrame(EForm form, F&& f) const {
-        switch (form) {
-            case EForm::W:
-                return f(width, height);
-            case EForm::L:
-                return f(width, height, indices.data(), static_cast<u32>(indices.size()));
-            case EForm::A:
-                return f(width, height, area);
-            case EForm::S:
-                return f(width, height, lines);
-            default:
-                return f(width, height, area, mask.data(), stride);
-        }
+        if (form == EForm::W) return f(width, height);
+        if (form == EForm::L) return f(width, height, indices.data(), static_cast<u32>(indices.size()));
+        return CallPart(form, f);
+    }
+
+  private:
+    bool CallPart(EForm form, const auto& f) const {
+        if (form == EForm::A) return f(width, height, area);
+        if (form == EForm::S) return f(width, height, lines);
+        return f(width, height, area, static_cast<const u8*>(mask.data()), stride);
     }
 };
 

@@ -63,39 +63,10 @@ class CRandom {
 /// Values that sit at the edges of casts, roundings and limits, among random ones. Integers take their low bits.
 template <class T>
 T EdgeValue(CRandom& random) {
-    static constexpr double kEdges[] = {0,
-                                        0.5,
-                                        1.5,
-                                        2.5,
-                                        -0.5,
-                                        -1.5,
-                                        2.4999,
-                                        99.99,
-                                        255.5,
-                                        300,
-                                        -3.99,
-                                        16382.5,
-                                        16383.5,
-                                        32767.5,
-                                        40000,
-                                        65534.5,
-                                        65535.5,
-                                        65536,
-                                        -65536.5,
-                                        4194303.5,
-                                        16777217,
-                                        2147483647,
-                                        2147483648.0,
-                                        -2147483649.0,
-                                        1e10,
-                                        -1e10,
-                                        549755813888,
-                                        4611686018427387904.0,
-                                        9223372036854775807.0,
-                                        1.2e19,
-                                        -1.2e19,
-                                        3e38,
-                                        -3e38};
+    static constexpr double kEdges[] = {
+        0,       0.5,         1.5,     2.5,   -0.5,    -1.5,    2.4999, 99.99,    -3.99,     255.5,    300,
+        16382.5, 16383.5,     32767.5, 40000, 65534.5, 65535.5, 65536,  -65536.5, 4194303.5, 16777217, 0x1p31 - 1,
+        0x1p31,  -0x1p31 - 1, 1e10,    -1e10, 0x1p39,  0x1p62,  0x1p63, 1.2e19,   -1.2e19,   3e38,     -3e38};
     const u32 kind = random() % 8;
     if constexpr (std::is_floating_point_v<T>) {
         if (kind == 0) return std::numeric_limits<T>::quiet_NaN();

@@ -1,30 +1,11 @@
 #pragma once
 
 #include <cmath>
-#include <vector>
 
-#include "core/typed_data.h"
+#include "core/types.h"
 
 /// What pixel kernels have to compute, said once more and plainly.
 namespace ovix::test {
-
-/// Frame indices of the pixels that each form of a selection visits.
-inline std::vector<u32> Area(u16 width, reduce::SArea area, const u8* mask = nullptr, u32 stride = 0) {
-    std::vector<u32> pixels;
-    for (u32 y = area.top; y <= area.bottom; ++y) {
-        for (u32 x = area.left; x <= area.right; ++x) {
-            if (!mask || mask[y * stride + x]) pixels.push_back(y * width + x);
-        }
-    }
-    return pixels;
-}
-inline std::vector<u32> Lines(u16 width, const TArray<reduce::SScanLine>& lines) {
-    std::vector<u32> pixels;
-    for (const reduce::SScanLine& line : lines) {
-        for (u32 x = line.left; x <= line.right; ++x) pixels.push_back(u32{line.row} * width + x);
-    }
-    return pixels;
-}
 
 /// A number in another type: the low bits of its whole part, through 64 signed bits; what those do not hold is their
 /// least, but `UInt64` takes values up to 2^64.

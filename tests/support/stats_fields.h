@@ -3,59 +3,37 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <utility>
 #include <vector>
 
 #include "reduce/pixels/stats.h"
 
 namespace ovix::test {
 
-/// The fields of a result by name, as doubles.
-inline std::vector<std::pair<const char*, double>> Fields(const reduce::CStats& s) {
-    return {{"mean", s.mean},
-            {"sum", s.sum},
-            {"variance", s.variance},
-            {"standardDeviation", s.standardDeviation},
-            {"minimum", s.minimum},
-            {"maximum", s.maximum},
-            {"minimumPosition.x", s.minimumPosition.x},
-            {"minimumPosition.y", s.minimumPosition.y},
-            {"maximumPosition.x", s.maximumPosition.x},
-            {"maximumPosition.y", s.maximumPosition.y},
-            {"minimumIndex", s.minimumIndex},
-            {"maximumIndex", s.maximumIndex},
-            {"allMinimum", s.allMinimum},
-            {"allMaximum", s.allMaximum},
-            {"allMinimumPosition.x", s.allMinimumPosition.x},
-            {"allMinimumPosition.y", s.allMinimumPosition.y},
-            {"allMaximumPosition.x", s.allMaximumPosition.x},
-            {"allMaximumPosition.y", s.allMaximumPosition.y},
-            {"allMinimumIndex", s.allMinimumIndex},
-            {"allMaximumIndex", s.allMaximumIndex},
-            {"count", s.count},
-            {"centerValue", s.centerValue},
-            {"centerX", s.centerX},
-            {"centerY", s.centerY},
-            {"left", s.boundsTopLeft.x},
-            {"top", s.boundsTopLeft.y},
-            {"right", s.boundsBottomRight.x},
-            {"bottom", s.boundsBottomRight.y},
-            {"firstIndex", s.firstIndex},
-            {"lastIndex", s.lastIndex},
-            {"boundsWidth", s.boundsWidth},
-            {"boundsHeight", s.boundsHeight},
-            {"statusUnion", s.statusUnion},
-            {"minimumStatus", s.minimumStatus},
-            {"maximumStatus", s.maximumStatus},
-            {"centerStatus", s.centerStatus}};
-}
-
 /// Every field to the last bit; a NaN is the same as a NaN.
 inline void ExpectSame(const reduce::CStats& found, const reduce::CStats& expected) {
-    const auto a = Fields(found), b = Fields(expected);
+    struct SFields {
+        const char* name;
+        std::vector<double> values;
+    };
+    const auto fieldsOf = [](const reduce::CStats& s) {
+        const auto points = [](auto... p) { return std::vector<double>{static_cast<double>(p.x)..., double(p.y)...}; };
+        return std::vector<SFields>{
+            {"sum, mean, variance, deviation, count", {s.sum, s.mean, s.variance, s.standardDeviation, 1.0 * s.count}},
+            {"minimum, maximum", {s.minimum, s.maximum, 1.0 * s.minimumIndex, 1.0 * s.maximumIndex}},
+            {"minimum, maximum at", points(s.minimumPosition, s.maximumPosition)},
+            {"of all", {s.allMinimum, s.allMaximum, 1.0 * s.allMinimumIndex, 1.0 * s.allMaximumIndex}},
+            {"of all at", points(s.allMinimumPosition, s.allMaximumPosition)},
+            {"centre", {s.centerValue, s.centerX, s.centerY}},
+            {"box", points(s.boundsTopLeft, s.boundsBottomRight)},
+            {"size", {1.0 * s.boundsWidth, 1.0 * s.boundsHeight, 1.0 * s.firstIndex, 1.0 * s.lastIndex}},
+            {"status", {1.0 * s.statusUnion, 1.0 * s.minimumStatus, 1.0 * s.maximumStatus, 1.0 * s.centerStatus}}};
+    };
+    const auto a = fieldsOf(found), b = fieldsOf(expected);
     for (std::size_t i = 0; i < a.size(); ++i) {
-        if (std::isnan(a[i].second) && std::isnan(b[i].second)) continue;
-        EXPECT_EQ(a[i].second, b[i].second) << a[i].first;
+        for (std::size_t k = 0; k < a[i].values.size(); ++k) {
+            const double x = a[i].values[k], y = b[i].values[k];
+            EXPECT_TRUE(x == y || (std::isnan(x) && std::isnan(y))) << a[i].name << " " << k << ": " << x << ", " << y;
+        }
     }
 }
 
