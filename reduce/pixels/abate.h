@@ -25,12 +25,12 @@ enum EAbateMode : u32 {
 /// clip is done in single precision, before the rounding:
 ///
 ///     tables            without clip            with clip
-///     gain and offset   round(g * x) + o        round(limit(g * x + o))
-///     gain only         round(g * x)            round(limit(g * x))
-///     offset only       x + o                   limit(x + o)
-///     neither           x                       limit(x)
+///     gain and offset   round(g * x) + o        limit or round(g * x + o)
+///     gain only         round(g * x)            limit or round(g * x)
+///     offset only       x + o                   limit or x + o
+///     neither           x                       limit or x
 ///
-/// each then truncated and cut to 16 bits. `Flt32` frames are not rounded.
+/// each then truncated and cut to 16 bits; a limit itself is never rounded. `Flt32` frames are not rounded.
 ///
 /// False, with nothing written, for another type and when no preset is usable. A null status is legal. The kernel keeps
 /// no state, takes no memory and runs on the caller's thread.

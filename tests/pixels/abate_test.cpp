@@ -9,7 +9,7 @@ namespace {
 
 using namespace test;
 
-constexpr double kMinimum = -300.25;
+constexpr double kMinimum = -300.75;  // stands unrounded
 constexpr u16 kLow[8] = {1000, 900, 2000, 10, 5000, 1000, 300, 1};
 constexpr u16 kHigh[8] = {8000, 9000, 6000, 15000, 4000, 12000, 700, 3000};
 
@@ -55,6 +55,7 @@ struct SPresets {
         const T x = static_cast<const T*>(sources[p])[j];
         const float low = static_cast<float>(minimum), high = static_cast<float>(maximum);
         const auto limited = [&](float v) { return low > v ? low : v > high ? high : v; };
+        const auto rounded = [&](float v) { return low > v ? low : v > high ? high : Round(v); };
         const auto cut = [](float v) {
             const i32 whole = v >= -0x1p31F && v < 0x1p31F ? static_cast<i32>(v) : INT32_MIN;
             return static_cast<T>(static_cast<u32>(whole));
@@ -66,8 +67,8 @@ struct SPresets {
             return clip ? limited(v) : v;
         } else {
             const float g = gains[p] ? gains[p][j] : 1, o = offsets[p] ? offsets[p][j] : i16{0};
-            if (gains[p] && offsets[p]) return clip ? cut(Round(limited(v * g + o))) : cut(Round(v * g) + o);
-            if (gains[p]) return clip ? cut(Round(limited(v * g))) : cut(Round(v * g));
+            if (gains[p] && offsets[p]) return clip ? cut(rounded(v * g + o)) : cut(Round(v * g) + o);
+            if (gains[p]) return clip ? cut(rounded(v * g)) : cut(Round(v * g));
             const i32 sum = x + static_cast<i32>(o);
             return clip ? cut(limited(static_cast<float>(sum))) : static_cast<T>(sum);
         }

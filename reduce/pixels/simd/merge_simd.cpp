@@ -32,9 +32,13 @@ HWY_INLINE bool MergeVector(const u16* x, const float* gain, const i16* offset, 
     VFloat value = LoadFloats(x);
     if constexpr (kTerms.gain) value = hn::Mul(value, LoadFloats(gain));
     if constexpr (kTerms.offset && kTerms.clip) value = hn::Add(value, LoadFloats(offset));
-    if constexpr (kTerms.clip) value = LimitFloats(value, low, high);
-    if (!FitsAll(value, kExact)) return false;
-    auto whole = kTerms.gain ? RoundFitting(value) : TruncateFitting(value);
+    const VFloat limited = kTerms.clip ? LimitFloats(value, low, high) : value;
+    if (!FitsAll(limited, kExact)) return false;
+    auto whole = kTerms.gain ? RoundFitting(limited) : TruncateFitting(limited);
+    if constexpr (kTerms.gain && kTerms.clip) {
+        const auto kept = hn::RebindMask(DInt(), hn::Eq(limited, value));
+        whole = hn::IfThenElse(kept, whole, TruncateFitting(limited));
+    }
     if constexpr (kTerms.offset && !kTerms.clip) whole = hn::Add(whole, LoadInts(offset));
     StoreLow16(whole, dest);
     return true;
