@@ -67,8 +67,10 @@ CNucCorrector::CNucCorrector(EDataType source, EDataType dest, bool clip, double
     const FConvertSpan narrow = ConvertSpanFunction(Flt64, dest);
     narrow(&minimum, low_, 1);
     narrow(&maximum, high_, 1);
-    const bool crossed = clip && Load<u16>(low_) > Load<u16>(high_);
-    if (source == UInt16 && dest == UInt16 && !crossed) fused_ = &Fused<u16, u16>;
+    if (source == UInt16 && dest == UInt16) {
+        const bool crossed = clip && Load<u16>(low_) > Load<u16>(high_);
+        if (!crossed) fused_ = &Fused<u16, u16>;
+    }
 }
 
 void CNucCorrector::operator()(const void* x, const float* gain, const i16* offset, void* dest,
