@@ -21,12 +21,12 @@ namespace ovix::reduce {
 namespace {
 
 /// The tables of a correction as the kernels take them: null for what is absent or switched off.
-struct SCorrectionTables {
+struct SEnabledTables {
     float* gain = nullptr;
     i16* offset = nullptr;
     u32* map = nullptr;
 
-    SCorrectionTables(const CCorrectionReduceObject* correction, const CCorrectionCfgReduceObject& cfg) {
+    SEnabledTables(const CCorrectionReduceObject* correction, const CCorrectionCfgReduceObject& cfg) {
         if (!correction) return;
         if (cfg.applyNUC) {
             gain = correction->gain;
@@ -106,7 +106,7 @@ bool CConvertContext::Correct(STypedData in, STypedData out, u32 count) {
     const CCorrectionReduceObject* correction = corrections_[activePreset_].ptr();
     if (!WantsNUC() || !correction) return false;
     const CCorrectionCfgReduceObject& cfg = *correctionCfg_;
-    const SCorrectionTables tables(correction, cfg);
+    const SEnabledTables tables(correction, cfg);
     reduce::ApplyNUC(out, in, count, tables.gain, tables.offset, tables.map, cfg.clip, cfg.minimum, cfg.maximum);
     return true;
 }
@@ -139,7 +139,7 @@ bool CConvertContext::Abate(const STypedData* const frames, u32 count, STypedDat
     i16* offsets[PresetCount];
     u32* maps[PresetCount];
     for (u32 i = 0; i < PresetCount; ++i) {
-        const SCorrectionTables tables(corrections_[i].ptr(), cfg);
+        const SEnabledTables tables(corrections_[i].ptr(), cfg);
         gains[i] = tables.gain;
         offsets[i] = tables.offset;
         maps[i] = tables.map;

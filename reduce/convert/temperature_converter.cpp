@@ -3,8 +3,7 @@
 #include <cstring>
 
 #include "core/math.h"
-#include "core/visit.h"
-#include "reduce/pixels/selection.h"
+#include "reduce/pixels/parts.h"
 
 namespace ovix::reduce {
 
@@ -22,14 +21,12 @@ bool CTemperatureConverter::BaseToOutput(STypedData in, const u8*, const u32* in
 bool CTemperatureConverter::BaseToOutput(STypedData in, const u32* indices, u32 count, STypedData out, u8* status) {
     if (!IsNumeric(in.type) || !IsNumeric(out.type)) return false;
     if (status) std::memset(status, 0, count);
-    return Visit(in.type, [&]<class T>(TElement<T>) {
-        TScratch<T> gathered;
-        ForEachRun(SIndexList{indices, count}, [&](const SList& run) {
-            run.View(static_cast<const T*>(in.data), gathered);
-            const STypedData dest{static_cast<u8*>(out.data) + run.out * ElementSize(out.type), out.type};
-            CMath::ConvertTemperature(dest, {gathered.data, in.type}, run.count, baseTempType, outputTempType);
-        });
+    ForEachRun(SIndexList{indices, count}, [&](const SList& run) {
+        SElementScratch gathered;
+        const STypedData dest{static_cast<u8*>(out.data) + run.out * ElementSize(out.type), out.type};
+        CMath::ConvertTemperature(dest, ViewOf(run, in, gathered), run.count, baseTempType, outputTempType);
     });
+    return true;
 }
 
 bool CTemperatureConverter::BaseToOutput(STypedData in, STypedData out, u8* status, u32 count) {

@@ -6,8 +6,8 @@ namespace ovix::reduce {
 
 namespace {
 
-/// The single-record shape is the per-preset one with one record and no preset map: `presets` and `flags` null then
-/// mean record 0 with its per-pixel backgrounds.
+/// `usesPixels(preset)` says whether the per-pixel backgrounds of the preset's record may be used. The single-record
+/// shape is the per-preset one with one record and no preset map.
 template <class Selection, class UsesPixels>
 bool Convert(STypedData source, STypedData destination, const u8* presets, const Selection& selection,
              const UsesPixels& usesPixels, const SRadianceParams* params, const SCommonParams& common) {
@@ -24,7 +24,7 @@ bool One(STypedData source, STypedData destination, const Selection& selection, 
         source, destination, nullptr, selection, [](u8) { return true; }, &params, common);
 }
 
-/// The flags are looked at only for presets that occur: the caller's array may be short, and serves beyond four.
+/// The flags are looked at only for presets that occur: the caller's array may be short.
 template <class Selection>
 bool Each(STypedData source, STypedData destination, const u8* presets, const Selection& selection, const bool* flags,
           const SRadianceParams* params, const SCommonParams& common) {
