@@ -87,6 +87,9 @@ struct SData {
     }
     void ReadFrame() {
         GoOn(*recording.file, framesAt);
+        ReadNext();
+    }
+    void ReadNext() {
         recording.file->ReadBytes(stored.data(), Size());
         reduce::CheckFrame(L"K410", stored.data(), kType, width, height, Size());
         u8 preset = 0;
@@ -149,6 +152,34 @@ const CKernelEntry kRead({
             job.prove = [=] { return FirstDifference(data->stored, data->frame); };
             return job;
         },
+});
+
+/// Times and counters of a long recording of small frames: a scan reads each frame and asks for its basic info.
+const CKernelEntry kScan({
+    .name = "Scan 10,000 frames (plain read)",
+    .bytesPerPixel = 2,
+    .wanted = 0.7,
+    .make =
+        [](const SRun&) {
+            constexpr u32 kScanned = 10'000;
+            const auto data = std::make_shared<SData>(SRun{32, 24});
+            for (u32 i = 0; i < kScanned; ++i) {
+                data->recording.file->WriteBytes(data->frame.data(), data->Size());
+                data->plain.file->WriteBytes(data->frame.data(), data->Size());
+            }
+            SJob job;
+            job.run = [=](u32) {
+                data->recording.file->Seek(static_cast<i64>(data->framesAt), IFile::FromStart);
+                for (u32 i = 0; i < kScanned; ++i) data->ReadNext();
+            };
+            job.plain = [=](u32) {
+                data->plain.file->SeekToBegin();
+                for (u32 i = 0; i < kScanned; ++i) data->plain.file->ReadBytes(data->stored.data(), data->Size());
+            };
+            job.prove = [=] { return FirstDifference(data->stored, data->frame); };
+            return job;
+        },
+    .times = 20,
 });
 
 }  // namespace

@@ -14,7 +14,8 @@ using reduce::IFilter;
 constexpr GUID kF7M0 = "{76ECF27C-7517-49D1-AED0-8C429934409D}"_guid;
 constexpr GUID kGigEFlipped = "{B3E83B04-FC6B-411D-B883-258685C80882}"_guid;
 
-/// Plain frames of the scene, decoded one after the other by one decoder into one source's objects.
+/// Frames in the other byte order or turned, which cost more than a copy; decoded one after the other by one decoder
+/// into one source's objects.
 struct SStream {
     SStream(const SRun& run, const GUID& pixelType, bool swapped)
         : type(pixelType), width(run.width), height(run.height), scene(SceneLanes(run)), decoded(Lanes<u16>(run)) {
@@ -32,37 +33,27 @@ struct SStream {
             StoreLittle<u16>(container + 96, 1);
             StoreLittle<u16>(container + 98, swapped ? 1 : 0);
             StoreLittle<u16>(container + kContainer, 2);  // the record's byte order
-            StoreLittle<u16>(container + kContainer + 24, kNumber);
             frames.push_back(std::move(frame));
         }
     }
-    void Decode(u32 lane, bool pixels) {
-        const STypedData dest = pixels ? STypedData{decoded[lane].data(), UInt16} : STypedData{nullptr, NoPixels};
+    void Decode(u32 lane) {
         u8 preset = 0;
-        filter->ParseFrame(frames[lane].data(), type, width, height, static_cast<u32>(frames[lane].size()), dest,
-                           objects, preset);
-    }
-    void Scan(u32 lane) {
-        u8 preset = 0;
-        filter->ParseBasicInfo(frames[lane].data(), type, width, height, static_cast<u32>(frames[lane].size()), preset,
-                               counter, time);
+        filter->ParseFrame(frames[lane].data(), type, width, height, static_cast<u32>(frames[lane].size()),
+                           {decoded[lane].data(), UInt16}, objects, preset);
     }
 
-    static constexpr u16 kNumber = 4711;
     GUID type;
     u16 width, height;
     std::vector<std::vector<u16>> scene, decoded;
     std::vector<std::vector<u8>> frames;
     TSharedPtr<IFilter> filter = reduce::filterFactory()->Create(L"K410");
     CReduceObjectArray objects;
-    u64 counter = 0;
-    CDateTime time;
 };
 
-SKernel WithPixels(const char* name, const GUID& type, bool swapped, double wanted) {
-    return {.name = name, .bytesPerPixel = 4, .wanted = wanted, .make = [=](const SRun& run) {
+SKernel WithPixels(const char* name, const GUID& type, bool swapped) {
+    return {.name = name, .bytesPerPixel = 4, .make = [=](const SRun& run) {
                 const auto stream = std::make_shared<SStream>(run, type, swapped);
-                return SJob{[=](u32 lane) { stream->Decode(lane, true); },
+                return SJob{[=](u32 lane) { stream->Decode(lane); },
                             [=] {
                                 std::vector<u16> expected = stream->scene[0];
                                 if (type == kGigEFlipped) std::reverse(expected.begin(), expected.end());
@@ -71,24 +62,8 @@ SKernel WithPixels(const char* name, const GUID& type, bool swapped, double want
             }};
 }
 
-const CKernelEntry kPlain(WithPixels("K410 ParseFrame", kF7M0, false, 0.9));
-const CKernelEntry kSwapped(WithPixels("K410 ParseFrame swapped", kF7M0, true, 0));
-const CKernelEntry kTurned(WithPixels("K410 ParseFrame turned", kGigEFlipped, false, 0));
-
-// These two touch no pixel; beside the copy of a frame they show what the metadata costs.
-const CKernelEntry kMetadata({.name = "K410 ParseReduceObjects", .bytesPerPixel = 4, .make = [](const SRun& run) {
-                                  const auto stream = std::make_shared<SStream>(run, kF7M0, false);
-                                  return SJob{
-                                      [=](u32 lane) { stream->Decode(lane, false); },
-                                      [=]() -> std::string { return stream->objects.size() == 4 ? "" : "no objects"; }};
-                              }});
-const CKernelEntry kBasicInfo({.name = "K410 ParseBasicInfo", .bytesPerPixel = 4, .make = [](const SRun& run) {
-                                   const auto stream = std::make_shared<SStream>(run, kF7M0, false);
-                                   return SJob{[=](u32 lane) { stream->Scan(lane); },
-                                               [=]() -> std::string {
-                                                   return stream->counter == SStream::kNumber ? "" : "another number";
-                                               }};
-                               }});
+const CKernelEntry kSwapped(WithPixels("K410 ParseFrame swapped", kF7M0, true));
+const CKernelEntry kTurned(WithPixels("K410 ParseFrame turned", kGigEFlipped, false));
 
 }  // namespace
 

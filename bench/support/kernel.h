@@ -55,6 +55,10 @@ struct SKernel {
     double mostBeside = 0;
     /// How often a frame is measured; 0 for the harness's own number.
     u32 times = 0;
+    /// Calls within one `run`, for what is too short for the clock; times are those of one call.
+    u32 calls = 1;
+    /// The most time that is wanted for a call in cache; 0 for none.
+    double mostNanoseconds = 0;
 };
 
 /// A static object of this class enters a kernel in the program.
