@@ -3,7 +3,7 @@
 #include <fstream>
 #include <string>
 
-#include "support/k410_frames.h"
+#include "support/short_record_frames.h"
 
 /// Writes good frames of every family as first inputs of `fuzz_frames` to the folder that is named: fuzz/corpus/frames.
 namespace {
@@ -50,6 +50,19 @@ void AddK410(const CSeedFolder& folder) {
     folder.Add("k410_mjls", kK410MJLS, CompressedFrame(EncodeJpegLs(Ramp(pixels.size(), 14), kWidth, kHeight), native));
 }
 
+void AddShortRecord(const CSeedFolder& folder) {
+    const std::vector<u16> pixels = Ramp(kWidth * kHeight), packet = Ramp(3 * kWidth * kHeight);
+    const SK410Record sent{.swapped = true}, turned;
+    folder.Add("mv310_f7m2", kMV310, ShortRecordFrame(pixels, sent));
+    folder.Add("mv310_f7m2_native", kMV310, ShortRecordFrame(pixels, turned));
+    folder.Add("mv310_f7m2_packet", kMV310, ShortRecordFrame(packet, sent), 0x23);
+    folder.Add("mv310_screen", kMV310Screen, PixelBytes(pixels));
+    folder.Add("mv310_uyvy", kMV310Yuv, PixelBytes(pixels));
+    folder.Add("plover_f7m0", kPlover, ShortRecordFrame(pixels, sent));
+    folder.Add("plover_f7m0_native", kPlover, ShortRecordFrame(pixels, turned));
+    folder.Add("plover_uyvy", kPloverYuv, PixelBytes(pixels));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -58,5 +71,6 @@ int main(int argc, char** argv) {
         return 2;
     }
     AddK410(CSeedFolder(argv[1]));
+    AddShortRecord(CSeedFolder(argv[1]));
     return 0;
 }

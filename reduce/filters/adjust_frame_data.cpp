@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 #include "core/bytes.h"
 #include "core/deinterlace.h"
@@ -117,6 +118,20 @@ void AdjustYuv(void* dest, const void* source, i32 width, i32 height, bool field
 }
 
 }  // namespace
+
+SAdjustedWords AdjustedWords(i32 width, i32 height, RECT rect, bool mirror, bool flip) {
+    if (width < 1 || height < 1) return {};
+    // The places grow or fall evenly with column and line: the corners are the ends.
+    i64 first = std::numeric_limits<i64>::max(), last = std::numeric_limits<i64>::min();
+    for (const i64 x : {i64{rect.left}, i64{rect.left} + width - 1}) {
+        for (const i64 y : {i64{rect.top}, i64{rect.top} + height - 1}) {
+            const i64 word = SourceWord(x, y, width, height, i64{rect.left} + width + rect.right, {mirror, flip});
+            first = std::min(first, word);
+            last = std::max(last, word);
+        }
+    }
+    return {first, last + 1};
+}
 
 void AdjustFrameData(void* dest, const void* source, i32 width, i32 height, GUID pixelType, RECT rect, i32 shift,
                      i32 mask, bool deinterlace, bool mirror, bool flip) {

@@ -26,6 +26,14 @@ namespace ovix::reduce {
 OVIX_REDUCE_API void AdjustFrameData(void* dest, const void* source, i32 width, i32 height, GUID pixelType, RECT rect,
                                      i32 shift, i32 mask, bool deinterlace, bool mirror, bool flip);
 
+/// The words of the source, by number, that the adjustment of counts reads: from `first` up to, not including, `end`.
+/// Both may lie outside the frame. Nothing is read for a width or height below 1.
+struct SAdjustedWords {
+    i64 first = 0;
+    i64 end = 0;
+};
+OVIX_REDUCE_API SAdjustedWords AdjustedWords(i32 width, i32 height, RECT rect, bool mirror, bool flip);
+
 /// The base types of the two paths for pictures. No decoder of the library registers a type under them.
 inline constexpr GUID rootRGB24Type = "{A62531FA-1FB9-4384-A0B5-E88FE59BB9B3}"_guid;
 inline constexpr GUID rootYUVType = "{30983C2C-6406-41A5-83DE-C5607B7A23A5}"_guid;

@@ -33,7 +33,7 @@ class CGrammar {
             "4 a file is missing, unreadable, unwritable or of no known format, 130 interrupted.");
         for (const auto make : {MakeDemoCommand, MakeFormatsCommand, MakeSynthCommand, MakeInfoCommand,
                                 MakeConvertCommand, MakeStatsCommand, MakeExplainCommand, MakeCalibrateCommand,
-                                MakeRecordCommand, MakeVerifyCommand, MakeRepairCommand})
+                                MakeAdjustCommand, MakeRecordCommand, MakeVerifyCommand, MakeRepairCommand})
             AddVerb(make());
     }
 

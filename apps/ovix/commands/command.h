@@ -32,6 +32,7 @@ std::unique_ptr<ICommand> MakeInfoCommand();
 std::unique_ptr<ICommand> MakeConvertCommand();
 std::unique_ptr<ICommand> MakeStatsCommand();
 std::unique_ptr<ICommand> MakeExplainCommand();
+std::unique_ptr<ICommand> MakeAdjustCommand();
 std::unique_ptr<ICommand> MakeRecordCommand();
 std::unique_ptr<ICommand> MakeVerifyCommand();
 std::unique_ptr<ICommand> MakeRepairCommand();

@@ -8,6 +8,7 @@
 #include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/commands/block_report.h"
 #include "apps/ovix/commands/command.h"
+#include "apps/ovix/commands/hexdump.h"
 #include "apps/ovix/commands/source_report.h"
 #include "apps/ovix/commands/value_section.h"
 #include "apps/ovix/text_table.h"
@@ -109,12 +110,17 @@ class CInfoCommand final : public ICommand {
     }
     const char* Examples() const override {
         return "ovix info dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480\n"
-               "ovix info dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 --frame -1 --json";
+               "ovix info dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 --frame -1 --json\n"
+               "ovix info run.krt --hexdump";
     }
     void AddOptions(CLI::App& verb) override {
         source_.Add(verb);
         verb.add_option("--frame", frame_, "the values of this frame alone, from 0, -1 the last")
             ->type_name("N")
+            ->group("Output")
+            ->excludes(verb.get_option("--frames"));
+        verb.add_flag("--hexdump", hexdump_,
+                      "the bytes of one frame, the first when --frame names none, beside field names and values")
             ->group("Output")
             ->excludes(verb.get_option("--frames"));
         verb.add_option("--user-cal", userCalibration_, "a user calibration that \"ovix calibrate\" wrote")
@@ -127,21 +133,45 @@ class CInfoCommand final : public ICommand {
         const auto file = source_.OpenFile();
         std::optional<CRecordingFile> recording;
         if (CRecordingFile::Recognises(*file)) recording.emplace(file);
-        const Json blocks = recording && frame_.empty() ? BlocksJson(*recording) : Json();
+        const bool ofOneFrame = hexdump_ || !frame_.empty();
+        const Json blocks = recording && !ofOneFrame ? BlocksJson(*recording) : Json();
         std::unique_ptr<IFrameSource> source;
         try {
             source = source_.Open(file);
         } catch (const CFault&) {
-            if (recording && frame_.empty()) ShowBlocksAlone(*recording, blocks);
+            if (recording && !ofOneFrame) ShowBlocksAlone(*recording, blocks);
             throw;
         }
+        if (hexdump_) return ShowBytes(*source);
         std::optional<CRCalFile> userCalibration;
         if (!userCalibration_.empty()) userCalibration = ReadUserCalibration(userCalibration_);
         CSourceReport report(*source, userCalibration);
-        return frame_.empty() ? ShowAll(*source, report, recording, blocks) : ShowFrame(*source, report);
+        return ofOneFrame ? ShowFrame(*source, report) : ShowAll(*source, report, recording, blocks);
     }
 
   private:
+    EExit ShowBytes(IFrameSource& source) const {
+        const u64 number = frame_.empty() ? 0 : CFrameSelection(frame_).OneOf("--frame", source.Count());
+        std::vector<u8> frame;
+        Json rows;
+        try {
+            source.Read(number, frame);
+            rows = HexdumpJson(frame, source.Format());
+        } catch (const CFault& fault) {
+            throw fault.Of(source.Name(), number);
+        }
+        if (json_)
+            PrintJson({{"schema", kSchemaVersion},
+                       {"file", source.Name()},
+                       {"frame", number},
+                       {"pixelType", source.Format().pixelTypeName},
+                       {"frameBytes", frame.size()},
+                       {"rows", rows}});
+        else
+            Print(HexdumpTable(rows));
+        return ExitDone;
+    }
+
     EExit ShowFrame(const IFrameSource& source, CSourceReport& report) const {
         report.Add(CFrameSelection(frame_).OneOf("--frame", source.Count()));
         const Json values = report.FrameValues();
@@ -183,6 +213,7 @@ class CInfoCommand final : public ICommand {
     CSourceArguments source_;
     std::string frame_;
     std::string userCalibration_;
+    bool hexdump_ = false;
     bool json_ = false;
 };
 

@@ -72,20 +72,24 @@ std::string PixelTypeName(const GUID& id) {
     return GetPixelType(id, facts) ? std::string(facts.name.GetUTF8()) : GuidText(id);
 }
 
-SFrameFormat FindFormat(const std::string& pixelType, u16 width, u16 height) {
+GUID FindPixelType(const std::string& pixelType) {
     auto id = ParseGuid(pixelType);
     if (!id) id = FindByName(pixelType);
-    const std::vector<std::string> known = DecodedNames();
     if (!id)
-        throw UsageFault("--pixel-type: there is no pixel type \"" + pixelType + "\"" + DidYouMean(pixelType, known) +
-                         " (\"ovix formats\" lists them)");
-    const CString decoder = reduce::filterFactory()->GetPixelTypeHandler(*id);
+        throw UsageFault("--pixel-type: there is no pixel type \"" + pixelType + "\"" +
+                         DidYouMean(pixelType, DecodedNames()) + " (\"ovix formats\" lists them)");
+    return *id;
+}
+
+SFrameFormat FindFormat(const std::string& pixelType, u16 width, u16 height) {
+    const GUID id = FindPixelType(pixelType);
+    const CString decoder = reduce::filterFactory()->GetPixelTypeHandler(id);
     if (decoder.IsEmpty())
-        throw UsageFault("--pixel-type: no decoder takes frames of \"" + PixelTypeName(*id) + "\"" +
-                         DidYouMean(pixelType, known) + " (\"ovix formats\" lists those that one takes)");
+        throw UsageFault("--pixel-type: no decoder takes frames of \"" + PixelTypeName(id) + "\"" +
+                         DidYouMean(pixelType, DecodedNames()) + " (\"ovix formats\" lists those that one takes)");
     return {.filter = decoder.GetUTF8(),
-            .pixelType = *id,
-            .pixelTypeName = PixelTypeName(*id),
+            .pixelType = id,
+            .pixelTypeName = PixelTypeName(id),
             .width = width,
             .height = height};
 }
