@@ -38,5 +38,6 @@ function(ovix_library target name)
     BUILD_RPATH $ORIGIN INSTALL_RPATH $ORIGIN)
   target_compile_features(${target} PUBLIC cxx_std_20)
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:ovix_flags>)
-  target_link_options(${target} PRIVATE $<$<STREQUAL:${OVIX_SANITIZE},>:-Wl,--no-undefined>)
+  # What is deleted at process exit needs its code until then, also when a host has closed the library before.
+  target_link_options(${target} PRIVATE -Wl,-z,nodelete $<$<STREQUAL:${OVIX_SANITIZE},>:-Wl,--no-undefined>)
 endfunction()
