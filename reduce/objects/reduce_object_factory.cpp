@@ -11,10 +11,7 @@ constinit const ReduceObjectFactoryHolder ReduceObjectFactory{};
 CReduceObjectFactory* reduceObjectFactory() { return ReduceObjectFactoryHolder::GetInstance(); }
 
 TSharedPtr<IReduceObject> CReduceObjectFactory::CreateByTypeID(const GUID& id) const {
-    for (u32 i = 0; i < GetEntryCount(); ++i) {
-        if (GetEntryAt(i).extra.typeID == id) return Create(GetEntryAt(i).name);
-    }
-    return {};
+    return Create(GetNameFromTypeID(id));
 }
 
 CString CReduceObjectFactory::GetNameFromTypeID(const GUID& id) const {

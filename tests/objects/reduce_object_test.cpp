@@ -29,6 +29,7 @@ constexpr SClassRow kClasses[] = {
     {L"Correction", "{4AD3EFCE-D157-4203-BFC2-3979EE047FE4}"_guid, 0x10001, false, true},
     {L"CorrectionCfg", "{191F2684-72A2-407C-8DEC-39DD57B9ABE0}"_guid, 0x10000, true, false},
     {L"AbateCfg", "{12C99632-E051-4922-B9A3-A7259271C94D}"_guid, 0x20000, true, true},
+    {L"RCal", "{E5D7371A-BD64-448F-8240-6FDFA6FC0110}"_guid, 0x10000, false, true},
     {L"CurlewCameraInfo", "{6471D16E-323A-4B50-92F9-5A76FAAA64FC}"_guid, 0x10000, false, true},
     {L"CurlewFactoryCal", "{245A5CD5-2F58-4D08-90AC-FB6E78C7EC41}"_guid, 0x10000, false, true},
     {L"TernFactoryCal", "{A2E5AE0D-AB11-489B-96C6-2B1C1A62F451}"_guid, 0x10001, false, true, true},
