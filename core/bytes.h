@@ -94,7 +94,6 @@ class CByteCursor {
         remaining_ -= n;
         return taken;
     }
-    bool Skip(u64 n) { return Take(n) != nullptr || n == 0; }
     template <Number T>
     bool Read(T& value) {
         const u8* bytes = Take(sizeof(T));
