@@ -22,7 +22,7 @@ struct SHeaderLine {
 ///
 /// A family derives from it, tells its `SHeaderLine`, reads three values in place and fills the objects; the rest is
 /// told here.
-class OVIX_REDUCE_API CHeaderLineFilter : public IFilter {
+class CHeaderLineFilter : public IFilter {
   public:
     ~CHeaderLineFilter() override;
 
