@@ -4,6 +4,7 @@
 
 #include "core/core.h"
 #include "reduce/filters/filter_factory.h"
+#include "reduce/filters/frame_table.h"
 #include "reduce/objects/frame_info_reduce_object.h"
 #include "toy_frame.h"
 
@@ -12,19 +13,28 @@ namespace {
 
 using namespace ovix::reduce;
 
-/// What the header says.
+double ChassisTemp(const u8* bytes) { return LoadLittle<i16>(bytes) / 100.0; }
+
+/// The header as a data sheet lists it. `ParseFrame` shows the fields with a kind beside the frame; those that are only
+/// told have a place of their own there. `DescribeFrame` tells all, with their units.
+constexpr STableField kFields[] = {
+    {kFrameNumber, 4, L"FrameNumber", kToldOnly, Shown<LoadLittle<u32>>, L"%u"},
+    {kSeconds, 4, L"Seconds", kToldOnly, Shown<LoadLittle<u32>>, L"%u", L"s since 1970"},
+    {kChassisTemp, 2, L"ChassisTemp", frame_values::kFloat, Shown<ChassisTemp>, L"%.2f", L"°C"},
+    {kPreset, 1, L"Preset", kToldOnly, Shown<LoadLittle<u8>>, L"%d"},
+};
+
+/// What the header says of the frame itself.
 struct SHeader {
     explicit SHeader(const void* frame) {
         const u8* bytes = static_cast<const u8*>(frame);
         number = LoadLittle<u32>(bytes + kFrameNumber);
         time.SetTimestamp(UnixTimestamp(LoadLittle<u32>(bytes + kSeconds), 0));
-        chassisTemp = LoadLittle<i16>(bytes + kChassisTemp) / 100.0;
         preset = bytes[kPreset];
     }
 
     u32 number = 0;
     CDateTime time;
-    double chassisTemp = 0;  ///< degrees Celsius
     u8 preset = 0;
 };
 
@@ -57,7 +67,7 @@ class CToyFilter final : public IFilter {
         info->frameNumber = header.number;
         info->time = header.time;
         info->extra.Clear();
-        info->extra.Add(L"ChassisTemp", CString::FromFormat(L"%.2f", header.chassisTemp), L"Float", L"float");
+        AddFields(info->extra, kFields, static_cast<u8*>(frame));
         if (dest.data) std::memcpy(dest.data, static_cast<u8*>(frame) + kHeaderSize, 2u * width * height);
         return true;
     }
@@ -106,10 +116,16 @@ bool Check(const void* frame, GUID type, u16 width, u16 height, u32 frameSize, S
     return true;
 }
 
+/// Asked only for frames that passed the check.
+void Describe(const void* frame, GUID, u16, u16, u32, TArray<SFrameField>& fields) {
+    DescribeFields(fields, kFields, static_cast<const u8*>(frame));
+}
+
 /// Runs when the library is loaded. Its result is of no use to anybody.
 [[maybe_unused]] const bool kRegistered = [] {
     using Functions = TCreateAndDestroy<CToyFilter, IFilter>;
-    return filterFactory()->Register(CToyFilter::kName, {kPixelType}, Functions::Create, Functions::Destroy, Check) &&
+    return filterFactory()->Register(CToyFilter::kName, {kPixelType}, Functions::Create, Functions::Destroy, Check,
+                                     Describe) &&
            RegisterPixelType(kPixelType, L"Toy IR", 2, UInt16, rootIRType);
 }();
 

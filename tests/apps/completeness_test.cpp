@@ -42,6 +42,8 @@ TEST(Completeness, EveryDecoderHasItsCheckItsSynthesiserItsSeedAndItsPage) {
         const std::string name = entry.name.GetUTF8();
         EXPECT_NE(entry.extra.check, nullptr)
             << name << ": give Register a FrameCheck, so that CheckFrame knows its frames";
+        EXPECT_NE(entry.extra.describe, nullptr)
+            << name << ": give Register a FrameDescription, so that its frames can be shown byte by byte";
         for (const GUID& type : entry.extra.pixelTypes) {
             SPixelType facts;
             ASSERT_TRUE(GetPixelType(type, facts)) << name << ": RegisterPixelType each of the types that it handles";

@@ -251,7 +251,7 @@ TEST(Tool, RubbishIsAnsweredWithOneLineAStatusAndNoFile) {
         {2, convert("dump.raw", {"-o", "new.png", "--range", "5,5"})},
         {2, convert("dump.raw", {"-o", "new.png", "--scale", "C", "--scale", "F"})},
         {2, Arguments{"stats", "dump.raw", "--csv", "--json"} + frames},
-        {2, {"synth", "-o", "new.raw", "--pixel-type", "Wren"}},
+        {2, {"synth", "-o", "new.raw", "--pixel-type", "F7M0"}},
         {2, {"synth", "-o", "new.raw", "--form", "digitla"}},
         {2, {"synth", "-o", "new.raw", "--count", "0"}},
         {4, {"missing.raw"}},

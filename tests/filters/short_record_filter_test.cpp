@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 
 #include <algorithm>
 #include <memory>
@@ -296,6 +297,30 @@ TEST(ShortRecordFilter, CheckAsksForEveryByte) {
         EXPECT_FALSE(CheckFrame(family.name, whole.data(), rootIRType, kWidth, kHeight, size));
         EXPECT_FALSE(CheckFrame(family.name, whole.data(), family.infrared, 65535, 65535, size));
     }
+}
+
+/// What is promised to leave the frame alone gets it in memory that cannot be written.
+TEST(ShortRecordFilter, OnlyParsingWrites) {
+    const Bytes sent = ShortRecordFrame(Ramp(kPixels), {.swapped = true});
+    const u32 size = static_cast<u32>(sent.size());
+    void* frame = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(frame, MAP_FAILED);
+    std::copy(sent.begin(), sent.end(), static_cast<u8*>(frame));
+    ASSERT_EQ(::mprotect(frame, size, PROT_READ), 0);
+    for (const SFamily& family : kFamilies) {
+        TArray<SFrameField> fields;
+        EXPECT_TRUE(CheckFrame(family.name, frame, family.infrared, kWidth, kHeight, size));
+        EXPECT_TRUE(DescribeFrame(family.name, frame, family.infrared, kWidth, kHeight, size, fields));
+        Bytes stored(size);
+        EXPECT_TRUE(filterFactory()
+                        ->Create(family.name)
+                        ->StoreFrame(frame, size, family.infrared, kWidth, kHeight, 1, 0, stored.data(), size));
+        EXPECT_EQ(stored, sent);
+        SStream stream(family.name);
+        EXPECT_TRUE(stream.Parse(stored, family.infrared));  // a copy is what the others want
+        EXPECT_NE(stored, sent);
+    }
+    ::munmap(frame, size);
 }
 
 }  // namespace

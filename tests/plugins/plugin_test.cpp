@@ -56,6 +56,12 @@ TEST(Plugins, AddDecoders) {
     EXPECT_STREQ(info->GetValue(L"Time").GetUTF8(), "001:00:00:00.000000");
     EXPECT_STREQ(info->GetValue(L"ChassisTemp").GetUTF8(), "-12.34");
 
+    TArray<SFrameField> fields;
+    ASSERT_TRUE(DescribeFrame(L"Toy", bytes, toy::kPixelType, 3, 2, size, fields));
+    ASSERT_EQ(fields.size(), 4u);
+    EXPECT_EQ(fields[2].offset, 12u);
+    EXPECT_STREQ(fields[2].value.GetUTF8(), "-12.34 °C");
+
     u64 counter = 0;
     EXPECT_TRUE(filter->ParseReduceObjects(bytes, toy::kPixelType, 3, 2, size, objects, preset));
     EXPECT_TRUE(filter->ParseFrameCounter(bytes, toy::kPixelType, 3, 2, size, counter) && counter == 4'000'000'000);
