@@ -24,16 +24,27 @@ CString PathOfHost() {
     return n > 0 ? CString(path, static_cast<int>(n)) : CString();
 }
 
+/// The library or program that an address is in; all null for none.
+Dl_info ModuleOf(const void* address) {
+    Dl_info info = {};
+    return ::dladdr(address, &info) && info.dli_fname ? info : Dl_info{};
+}
+
+Dl_info ThisModule() {
+    static const char anchor = 0;
+    return ModuleOf(&anchor);
+}
+
+CString NameOf(const Dl_info& module) {
+    if (!module.dli_fname) return {};
+    const char* slash = std::strrchr(module.dli_fname, '/');
+    return slash ? slash + 1 : module.dli_fname;
+}
+
 /// The file of this library, or that of the host executable when the library bears another name.
 CString PathOfLibrary() {
-    static const char anchor = 0;
-    Dl_info info = {};
-    if (::dladdr(&anchor, &info) && info.dli_fname) {
-        CString path(info.dli_fname);
-        const wchar_t* slash = std::wcsrchr(path, L'/');
-        if (EqualsNoCase(slash ? slash + 1 : path.c_str(), kLibrary)) return path;
-    }
-    return PathOfHost();
+    const Dl_info module = ThisModule();
+    return EqualsNoCase(NameOf(module), kLibrary) ? CString(module.dli_fname) : PathOfHost();
 }
 
 bool IsPlugin(const wchar_t* name) {
@@ -66,6 +77,11 @@ void Load(const wchar_t* path) {
 }
 
 }  // namespace
+
+CString OriginOf(void (*function)()) {
+    const Dl_info module = ModuleOf(reinterpret_cast<const void*>(function));
+    return module.dli_fbase == ThisModule().dli_fbase ? CString() : NameOf(module);
+}
 
 void SSharedPtrFactoryPostCreateLoadDLLs::PostCreate() {
     static constinit bool done = false;  // shared by the three factories

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/singleton_ptr.h"
+#include "core/string.h"
 #include "reduce/api.h"
 
 namespace ovix::reduce {
@@ -13,6 +14,15 @@ namespace ovix::reduce {
 struct OVIX_REDUCE_API SSharedPtrFactoryPostCreateLoadDLLs {
     static void PostCreate();
 };
+
+/// Where a function that a class registered with is at home: the name of the plug-in's file, without its directory, or
+/// of the program's; empty for this library.
+OVIX_REDUCE_API CString OriginOf(void (*function)());
+/// Any function will do, as the `create` of a factory's entry.
+template <class Function>
+CString OriginOf(Function* function) {
+    return OriginOf(reinterpret_cast<void (*)()>(function));
+}
 
 /// The holder of a factory: made at the first use, deleted at exit with this priority.
 template <class Factory>

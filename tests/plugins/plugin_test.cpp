@@ -114,6 +114,10 @@ TEST(Plugins, ReplaceClassesOfTheLibrary) {
     objects.Duplicate(duplicates);
     EXPECT_TRUE(duplicates.GetSourceInfo(false).Cast<toy::CLaboratorySourceInfo>());
     EXPECT_FALSE(CSourceInfoReduceObject::Register());
+    // Who brought a class is told by its functions.
+    EXPECT_TRUE(OriginOf(reduceObjectFactory()->GetEntry(L"SourceInfo").create).Equals(L"ovix.reduce.source_info.so"));
+    EXPECT_TRUE(OriginOf(filterFactory()->GetEntry(L"Toy").create).Equals(L"ovix.reduce.example.so"));
+    EXPECT_TRUE(OriginOf(filterFactory()->GetEntry(L"K410").create).IsEmpty());
 }
 
 TEST(Plugins, AreSeenInTheDebuggerOutput) {

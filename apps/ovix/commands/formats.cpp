@@ -1,6 +1,5 @@
 #include <CLI/CLI.hpp>
-#include <algorithm>
-#include <string_view>
+#include <string>
 
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/commands/command.h"
@@ -15,42 +14,13 @@ namespace ovix::app {
 
 namespace {
 
-/// What the library brings itself; what else is registered came from a plug-in.
-constexpr std::string_view kBuiltins[] = {"K410",
-                                          "LOR-RA",
-                                          "LOR-SB",
-                                          "Osprey",
-                                          "Lapwing",
-                                          "Wren",
-                                          "MVFalcon",
-                                          "MV310",
-                                          "Plover",
-                                          "TernConverter",
-                                          "RGBConverter",
-                                          "MerlinConverter",
-                                          "CurlewConverter",
-                                          "UserConverter",
-                                          "TemperatureConverter",
-                                          "SourceInfo",
-                                          "FrameInfo",
-                                          "FrameHeader",
-                                          "ObjectParameters",
-                                          "FOV",
-                                          "Correction",
-                                          "CorrectionCfg",
-                                          "AbateCfg",
-                                          "RCal",
-                                          "CurlewCameraInfo",
-                                          "TernFactoryCal",
-                                          "CurlewFactoryCal",
-                                          "MerlinFactoryCal",
-                                          "DunlinCameraInfo",
-                                          "DunlinFactoryCal",
-                                          "DunlinFrameInfo",
-                                          "OspreyFrameInfo"};
-
-bool IsPlugin(std::string_view name) {
-    return std::find(std::begin(kBuiltins), std::end(kBuiltins), name) == std::end(kBuiltins);
+/// The name of an entry, and the file of the plug-in that it came from.
+template <class Entry>
+Json DescribeEntry(const Entry& entry) {
+    const std::string origin = reduce::OriginOf(entry.create).GetUTF8();
+    Json json = {{"name", entry.name.GetUTF8()}, {"plugin", !origin.empty()}};
+    if (!origin.empty()) json["file"] = origin;
+    return json;
 }
 
 constexpr const char* kElements[] = {"Int8",  "UInt8",  "Int16", "UInt16", "Int32",  "UInt32",
@@ -79,11 +49,8 @@ Json DescribeDecoders() {
         for (const GUID& id : entry.extra.pixelTypes) {
             if (filter) types.push_back(DescribeType(id, *filter));
         }
-        const std::string name = entry.name.GetUTF8();
-        decoders.push_back({{"name", name},
-                            {"plugin", IsPlugin(name)},
-                            {"checksFrames", entry.extra.check != nullptr},
-                            {"pixelTypes", std::move(types)}});
+        decoders.push_back(DescribeEntry(entry));
+        decoders.back().update({{"checksFrames", entry.extra.check != nullptr}, {"pixelTypes", std::move(types)}});
     }
     return decoders;
 }
@@ -114,18 +81,18 @@ Json DescribeConverters() {
             for (const EUnit unit : units) words.push_back(UnitWords(unit));
             offers.push_back({{"from", UnitWords(EUnit{base})}, {"to", std::move(words)}});
         }
-        const std::string name = entry.name.GetUTF8();
-        converters.push_back({{"name", name}, {"plugin", IsPlugin(name)}, {"units", std::move(offers)}});
+        converters.push_back(DescribeEntry(entry));
+        converters.back()["units"] = std::move(offers);
     }
     return converters;
 }
 
 Json PluginObjects() {
-    TArray<CString> names;
-    reduce::reduceObjectFactory()->GetNames(names);
+    const auto* factory = reduce::reduceObjectFactory();
     Json plugins = Json::array();
-    for (const CString& name : names) {
-        if (IsPlugin(name.GetUTF8())) plugins.push_back(name.GetUTF8());
+    for (u32 i = 0; i < factory->GetEntryCount(); ++i) {
+        const Json entry = DescribeEntry(factory->GetEntryAt(i));
+        if (entry["plugin"]) plugins.push_back({{"name", entry["name"]}, {"file", entry["file"]}});
     }
     return plugins;
 }
@@ -214,14 +181,17 @@ class CFormatsCommand final : public ICommand {
 
   private:
     static std::string PluginLines(const Json& document) {
-        std::string names;
-        for (const char* list : {"decoders", "converters"}) {
+        CTextTable table({{"From a plug-in"}, {"Kind"}, {"File"}});
+        bool any = false;
+        for (const auto& [list, kind] : {std::pair{"decoders", "decoder"}, std::pair{"converters", "converter"},
+                                         std::pair{"pluginObjects", "metadata object"}}) {
             for (const Json& entry : document[list]) {
-                if (entry["plugin"]) names += ' ' + entry["name"].get<std::string>();
+                if (!entry.contains("file")) continue;
+                table.Row({entry["name"], kind, entry["file"]});
+                any = true;
             }
         }
-        for (const Json& name : document["pluginObjects"]) names += ' ' + name.get<std::string>();
-        return "\nFrom plug-ins:" + (names.empty() ? " nothing" : names) + '\n';
+        return any ? '\n' + table.Text() : "\nFrom plug-ins: nothing\n";
     }
 
     bool json_ = false;
