@@ -2,11 +2,9 @@
 
 #include <fmt/format.h>
 
-#include <cmath>
-
 #include "apps/ovix/demo_recording.h"
 #include "apps/ovix/demo_report.h"
-#include "apps/ovix/fault.h"
+#include "apps/ovix/demo_require.h"
 #include "apps/ovix/output/frame_writer.h"
 #include "apps/ovix/pipeline/guarded_decode.h"
 #include "apps/ovix/scene.h"
@@ -26,10 +24,6 @@ constexpr SForm kForms[] = {
     {"{ADA2658E-40C0-4C31-9C44-7667B8169FF6}"_guid, "jpeg-ls"},
     {"{3874994E-B76D-45DE-871A-5CF46393B19B}"_guid, "digital-swapped"},
 };
-
-void Require(bool done, const char* step) {
-    if (!done) throw CFault({.problem = fmt::format("the library refuses {} for a frame that it should take", step)});
-}
 
 std::string NameOfType(const GUID& type) {
     SPixelType facts;
@@ -82,36 +76,13 @@ SDemoFrame Measure(const SForm& form, const SDemoOptions& options, std::span<con
     Require(context.Update(presets, reduce::CConvertContext::PresetCount, 0), "the calibration");
 
     const u32 count = format.PixelCount();
-    std::vector<u16> corrected(count);
-    STypedData counts = decoder.Pixels();
-    Require(context.ApplyNUC(counts, {corrected.data(), UInt16}, count, counts), "the correction");
+    frame.counts.resize(count);
+    const STypedData counts{frame.counts.data(), UInt16};
+    Require(context.ApplyNUC(decoder.Pixels(), counts, count), "the correction");
     frame.values.resize(count);
     frame.status.resize(count);
     Require(context.Convert(counts, {frame.values.data(), Flt32}, frame.status.data(), count), "the conversion");
     return frame;
-}
-
-/// How far the measured temperatures are from the scene's.
-SAgreement Compare(std::span<const float> values, std::span<const u8> status, const u8* badPixels,
-                   std::span<const float> kelvin, ETempType scale) {
-    SAgreement agreement;
-    double squares = 0;
-    for (std::size_t i = 0; i < kelvin.size(); ++i) {
-        const double measured = CMath::ConvertTemperature(values[i], scale, Kelvin);
-        const double away = std::abs(measured - kelvin[i]);
-        if (status[i] != 0) {
-            ++agreement.flagged;
-        } else if (badPixels[i]) {  // it shows what its neighbour sees
-            ++agreement.replaced;
-            agreement.replacedMax = std::max(agreement.replacedMax, away);
-        } else {
-            ++agreement.good;
-            agreement.max = std::max(agreement.max, away);
-            squares += away * away;
-        }
-    }
-    if (agreement.good > 0) agreement.rms = std::sqrt(squares / static_cast<double>(agreement.good));
-    return agreement;
 }
 
 std::vector<std::pair<std::string, reduce::CStats>> Figures(SDemoFrame& frame, const SDemoOptions& options) {
@@ -134,7 +105,10 @@ void MakeDirectory(const std::filesystem::path& directory) {
     if (error) throw SystemFault(ExitFile, directory.string(), "cannot create the directory", error.value());
 }
 
-std::vector<std::filesystem::path> WritePictures(const SDemoFrame& frame, const SDemoOptions& options) {
+/// The first frame in every form, and the merged one as a picture.
+std::vector<std::filesystem::path> WritePictures(const SDemoReport& report) {
+    const SDemoFrame& frame = report.frames.front();
+    const SDemoOptions& options = report.options;
     const SSeries series{.width = options.width,
                          .height = options.height,
                          .frames = 1,
@@ -146,12 +120,18 @@ std::vector<std::filesystem::path> WritePictures(const SDemoFrame& frame, const 
     const SWriteOptions how{
         .overwrite = options.overwrite, .range = std::nullopt, .marks = SceneRegions(options.width, options.height)};
     std::vector<std::filesystem::path> written;
-    for (const char* name : {"motor.png", "motor.tif", "motor.npy"}) {
+    const auto write = [&](const char* name, const SPicture& shown) {
         written.push_back(options.directory / name);
         const auto writer = MakeFrameWriter(written.back(), series, how);
-        writer->Add(picture);
+        writer->Add(shown);
         writer->Finish();
-    }
+    };
+    for (const char* name : {"motor.png", "motor.tif", "motor.npy"}) write(name, picture);
+    SPicture merged = picture;
+    merged.values = report.presets.values;
+    merged.status = report.presets.status;
+    merged.caption = "merged from two integration times";
+    write("motor-merged.png", merged);
     return written;
 }
 
@@ -168,14 +148,18 @@ int RunDemo(const SDemoOptions& options) {
         report.frames.push_back(Measure(form, options, kelvin));
         SDemoFrame& frame = report.frames.back();
         const auto agreementOf = [&](const auto& measured) {
-            return Compare(measured.values, measured.status, frame.correction->mask, kelvin, options.scale);
+            return CompareWithScene(measured.values, measured.status, frame.correction->mask, kelvin, options.scale);
         };
         frame.agreement = agreementOf(frame);
         report.files.push_back(options.directory / fmt::format("motor-{}.krt", form.form));
         frame.recorded = agreementOf(RecordAndMeasure(report.files.back(), FormatOf(form, options), frame, options));
     }
-    report.figures = Figures(report.frames.front(), options);
-    for (const auto& picture : WritePictures(report.frames.front(), options)) report.files.push_back(picture);
+    SDemoFrame& first = report.frames.front();
+    report.figures = Figures(first, options);
+    report.presets = MeasurePresets(options, kelvin);
+    report.files.push_back(options.directory / "motor-user-calibration.json");
+    report.user = CalibrateAndMeasure(report.files.back(), first, kelvin, options);
+    for (const auto& picture : WritePictures(report)) report.files.push_back(picture);
     PrintReport(report);
     return report.Agrees() ? ExitDone : ExitBadData;
 }

@@ -26,10 +26,8 @@ std::string Degrees(double kelvin, ETempType scale) {
     return fmt::format("{:.1f}", tenths / 10 + 0.0);  // no minus before a zero
 }
 
-/// A heading, a line under it and the table.
-std::string Section(const std::string& heading, const CTextTable& table) {
-    return fmt::format("\n{}\n\n{}", heading, table.Text());
-}
+/// A heading, a line under it and the content.
+std::string Section(const char* heading, const std::string& text) { return fmt::format("\n{}\n\n{}", heading, text); }
 
 CTextTable MetadataTable(const SDemoFrame& frame, const SDemoOptions& options) {
     const std::string degrees = UnitText(TemperatureFactory, options.scale).symbol;
@@ -77,36 +75,27 @@ CTextTable FiguresTable(const SDemoReport& report) {
     return table;
 }
 
-CTextTable AgreementTable(const SDemoReport& report) {
-    CTextTable table({{"Form", CTextTable::Left},
-                      {"Frame (bytes)", CTextTable::Right},
-                      {"Good (px)", CTextTable::Right},
-                      {"Greatest (K)", CTextTable::Right},
-                      {"RMS (K)", CTextTable::Right},
-                      {"Replaced (px)", CTextTable::Right},
-                      {"Greatest (K)", CTextTable::Right},
-                      {"Flagged (px)", CTextTable::Right}});
-    const auto row = [&](const std::string& form, const SDemoFrame& frame, const SAgreement& a) {
-        table.Row({form, fmt::format("{}", frame.raw.size()), fmt::format("{}", a.good), fmt::format("{:.4f}", a.max),
-                   fmt::format("{:.4f}", a.rms), fmt::format("{}", a.replaced), fmt::format("{:.2f}", a.replacedMax),
-                   fmt::format("{}", a.flagged)});
-    };
+CAgreementTable AgreementTable(const SDemoReport& report) {
+    CAgreementTable table("Form", {"Frame (bytes)", CTextTable::Right});
     for (const SDemoFrame& frame : report.frames) {
-        row(frame.form, frame, frame.agreement);
-        row(frame.form + ", recorded", frame, frame.recorded);
+        const std::string bytes = fmt::format("{}", frame.raw.size());
+        table.Row(frame.form, bytes, frame.agreement);
+        table.Row(frame.form + ", recorded", bytes, frame.recorded);
     }
     return table;
 }
 
 std::string TextOf(const SDemoReport& report) {
     const SDemoFrame& first = report.frames.front();
-    std::string text = Section("The frame as the camera sent it", MetadataTable(first, report.options)).substr(1);
-    text += Section("Statistics", FiguresTable(report));
-    text += Section("Measured temperatures against those of the scene", AgreementTable(report));
-    text += fmt::format("\n{} {} K from the scene.\n",
-                        report.Agrees() ? "All agree: every good pixel is less than"
-                                        : "They do not agree: not every good pixel is less than",
-                        kDemoLimitKelvin);
+    std::string text =
+        Section("The frame as the camera sent it", MetadataTable(first, report.options).Text()).substr(1);
+    text += Section("Statistics", FiguresTable(report).Text());
+    text += Section("Measured temperatures against those of the scene", AgreementTable(report).Text());
+    text += Section("Two integration times, merged by preset", report.presets.Text(report.options.scale));
+    text += Section("A user calibration, fitted to the scene", report.user.Text(first.agreement));
+    text +=
+        fmt::format("\n{} of a form, of the merged frame or by the user calibration is {} K or more from the scene.\n",
+                    report.Agrees() ? "All agree: no good pixel" : "They do not agree: a good pixel", kDemoLimitKelvin);
     text += "Replaced pixels stand in for bad ones and show what a neighbour sees.\n";
     text += "\nWritten\n\n";
     for (const auto& file : report.files) text += file.string() + '\n';
@@ -153,13 +142,16 @@ Json JsonOf(const SDemoReport& report) {
             {"parameters", DescribeScene(report.frames.front())},
             {"statistics", figures},
             {"frames", frames},
+            {"presets", report.presets.Document()},
+            {"userCalibration", report.user.Document()},
             {"files", files}};
 }
 
 }  // namespace
 
 bool SDemoReport::Agrees() const {
-    return std::all_of(frames.begin(), frames.end(),
+    return presets.merged.Holds() && user.agreement.Holds() &&
+           std::all_of(frames.begin(), frames.end(),
                        [](const SDemoFrame& frame) { return frame.agreement.Holds() && frame.recorded.Holds(); });
 }
 

@@ -37,16 +37,25 @@ TEST(Demo, MeasuresTheSceneInAllFormsAndWritesPictures) {
             EXPECT_EQ(frame["status"]["good"], 161 * 120);
             EXPECT_GE(frame["replacedPixels"].get<int>(), 3);
         }
+        // Each integration time alone has a part that it cannot measure, together they have none.
+        const Json& presets = report["presets"];
+        for (const u32 preset : {0u, 1u}) EXPECT_GT(presets["presets"][preset]["flaggedPixels"], 100);
+        EXPECT_GT(presets["presets"][1]["shareOfMerged"].get<double>(), 0.005);
+        for (const Json& merged : {presets["merged"], report["userCalibration"]}) {
+            EXPECT_EQ(merged["flaggedPixels"], 0);
+            EXPECT_GT(merged["maximumDifferenceKelvin"].get<double>(), 0.02) << merged;
+            EXPECT_LT(merged["maximumDifferenceKelvin"].get<double>(), 0.1) << merged;
+        }
         EXPECT_EQ(report["unit"], UnitText(TemperatureFactory, scale).symbol);
         EXPECT_EQ(report["parameters"]["emissivity"], 0.95);
         ASSERT_EQ(report["statistics"].size(), 4u);
         const double pipe = CMath::ConvertTemperature(report["statistics"][2]["mean"], scale, Kelvin);
         EXPECT_NEAR(pipe, 284.3, 1);
     }
-    EXPECT_EQ(
-        test::NamesIn(folder),
-        (std::vector<std::string>{"motor-digital-swapped.krt", "motor-digital.krt", "motor-jpeg-ls.krt", "motor.json",
-                                  "motor.npy", "motor.png", "motor.status.npy", "motor.status.tif", "motor.tif"}));
+    EXPECT_EQ(test::NamesIn(folder),
+              (std::vector<std::string>{"motor-digital-swapped.krt", "motor-digital.krt", "motor-jpeg-ls.krt",
+                                        "motor-merged.png", "motor-user-calibration.json", "motor.json", "motor.npy",
+                                        "motor.png", "motor.status.npy", "motor.status.tif", "motor.tif"}));
 }
 
 TEST(Demo, SaysWhatIsWrong) {
