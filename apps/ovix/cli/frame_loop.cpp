@@ -7,30 +7,35 @@
 
 namespace ovix::app {
 
-void CFrameLoop::Run(const Work& work) {
-    Go(work, "frame", [](const CFault& fault) { Say(std::string(fault.what()) + " (skipped)"); });
+void CFrameLoop::Run(const Work& work, const Rest& rest) {
+    Go(work, rest, "frame", [](const CFault& fault) { Say(std::string(fault.what()) + " (skipped)"); });
     if (!done_) throw CAppError(ExitBadData, fmt::format("not one of {} frames would do", Count()));
 }
 
-void CFrameLoop::RunAhead(const Work& work) {
-    Go(work, "looking ahead: frame", [](const CFault&) {});
+void CFrameLoop::RunAhead(const Work& work, const Rest& rest) {
+    Go(work, rest, "looking ahead: frame", [](const CFault&) {});
 }
 
-void CFrameLoop::Go(const Work& work, const char* doing, const std::function<void(const CFault&)>& report) {
+void CFrameLoop::Go(const Work& work, const Rest& rest, const char* doing, const Report& report) {
     CProgress progress(doing, Count());
     done_ = skipped_ = 0;
-    for (u64 n = 0; n < Count(); ++n) {
-        progress.Show(n);
+    const auto tries = [&](const auto& step) {
         try {
-            work(frames_[n]);
-            ++done_;
+            step();
+            return true;
         } catch (const CFault& fault) {
             if (!fault.Facts().frame || onError_ == EOnError::Stop) throw;
             ++skipped_;
             progress.Hide();
             report(fault);
+            return false;
         }
+    };
+    for (u64 n = 0; n < Count(); ++n) {
+        progress.Show(n);
+        if (tries([&] { work(frames_[n]); })) ++done_;
     }
+    if (rest) tries(rest);
 }
 
 }  // namespace ovix::app

@@ -14,13 +14,15 @@ enum class EOnError { Stop, Skip };
 class CFrameLoop {
   public:
     using Work = std::function<void(u64 frame)>;
+    using Rest = std::function<void()>;
 
     CFrameLoop(CFrameNumbers frames, EOnError onError) : frames_(std::move(frames)), onError_(onError) {}
 
-    /// Throws when not one frame would do.
-    void Run(const Work& work);
+    /// Throws when not one frame would do. `rest` is what the work leaves to be done behind the last frame; its faults
+    /// are treated like those of the work.
+    void Run(const Work& work, const Rest& rest = {});
     /// A pass ahead of `Run` over the same frames: which are skipped is left to that to say.
-    void RunAhead(const Work& work);
+    void RunAhead(const Work& work, const Rest& rest = {});
 
     const CFrameNumbers& Frames() const { return frames_; }
     u64 Count() const { return frames_.Count(); }
@@ -29,7 +31,9 @@ class CFrameLoop {
     EExit Exit() const { return skipped_ ? ExitSkipped : ExitDone; }
 
   private:
-    void Go(const Work& work, const char* doing, const std::function<void(const CFault&)>& report);
+    using Report = std::function<void(const CFault&)>;
+
+    void Go(const Work& work, const Rest& rest, const char* doing, const Report& report);
 
     CFrameNumbers frames_;
     EOnError onError_;

@@ -6,6 +6,7 @@
 
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/measure_arguments.h"
+#include "apps/ovix/cli/measure_loop.h"
 #include "apps/ovix/cli/number_text.h"
 #include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/cli/values.h"
@@ -50,11 +51,13 @@ class CConvertCommand final : public ICommand {
     const char* Examples() const override {
         return "ovix convert dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 -o out.png\n"
                "ovix convert dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 --frames 0-99 --unit temperature "
-               "--scale K --emissivity 0.95 --reflected-temp 20C -o run.npy";
+               "--scale K --emissivity 0.95 --reflected-temp 20C -o run.npy\n"
+               "ovix convert run.krt --merge-presets -o merged.png";
     }
     void AddOptions(CLI::App& verb) override {
         source_.Add(verb);
         measure_.Add(verb);
+        CMeasureLoop::AddOption(verb, mergePresets_);
         const char* group = "Output";
         verb.add_option("-o,--output", output_,
                         "what to write, by extension: .png (one file a frame), .tif, .npy or .csv")
@@ -82,23 +85,23 @@ class CConvertCommand final : public ICommand {
         const SFrameFormat& format = source->Format();
         options_.marks = ParseRegions(regions_, format.width, format.height);
         CMeasurement measurement(*source, measureOptions);
+        CMeasureLoop loop(frames, *source, measurement, mergePresets_);
         SSeries series;
         series.width = format.width;
         series.height = format.height;
-        series.frames = frames.Count();
+        series.frames = loop.Count();
         series.title = source->Name() + ", " + format.pixelTypeName;
 
         // A target that would not do is told before the frames are measured: a writer that is dropped leaves nothing.
         MakeFrameWriter(output_, series, options_);
-        if (IsPicture() && !options_.range && frames.Count() > 1) {
+        if (IsPicture() && !options_.range && series.frames > 1) {
             CValueRange range;
-            frames.RunAhead([&](u64 frame) { range.Add(measurement.Measure(frame)); });
+            loop.RunAhead([&](const SMeasuredFrame& frame) { range.Add(frame); });
             options_.range = range.Ends();
         }
         CValueRange range;
         std::unique_ptr<IFrameWriter> writer;
-        frames.Run([&](u64 number) {
-            const SMeasuredFrame frame = measurement.Measure(number);
+        loop.Run([&](const SMeasuredFrame& frame) {
             if (!writer) {
                 series.unit = measurement.UnitText();
                 series.parameters = measurement.Parameters();
@@ -112,7 +115,7 @@ class CConvertCommand final : public ICommand {
                          .caption = time ? TimeText(*time) : ""});
         });
         writer->Finish();
-        Report(frames, measurement, series, range);
+        Report(loop.Done(), frames.Skipped(), measurement, series, range);
         return frames.Exit();
     }
 
@@ -125,20 +128,19 @@ class CConvertCommand final : public ICommand {
     }
     bool IsPicture() const { return CString(output_.c_str()).EndsWithNoCase(L".png"); }
 
-    void Report(const CFrameLoop& frames, CMeasurement& measurement, const SSeries& series,
+    void Report(u64 done, u64 skipped, const CMeasurement& measurement, const SSeries& series,
                 const CValueRange& range) const {
         const auto [low, high] = range.Ends().value_or(std::pair<float, float>{NAN, NAN});
         if (!json_) {
             const EUnit unit = measurement.Unit();
-            Say(fmt::format("{}: {} {}, {} to {} {}", Written(series), frames.Done(),
-                            frames.Done() == 1 ? "frame" : "frames", ShownValue(low, unit), ShownValue(high, unit),
-                            series.unit.symbol));
+            Say(fmt::format("{}: {} {}, {} to {} {}", Written(series), done, done == 1 ? "frame" : "frames",
+                            ShownValue(low, unit), ShownValue(high, unit), series.unit.symbol));
             return;
         }
         PrintJson({{"schema", kSchemaVersion},
                    {"output", Written(series)},
-                   {"frames", frames.Done()},
-                   {"skipped", frames.Skipped()},
+                   {"frames", done},
+                   {"skipped", skipped},
                    {"quantity", series.unit.quantity},
                    {"unit", series.unit.symbol},
                    {"lowest", ShortestDouble(low)},
@@ -152,6 +154,7 @@ class CConvertCommand final : public ICommand {
     std::string range_;
     std::vector<std::string> regions_;
     SWriteOptions options_;
+    bool mergePresets_ = false;
     bool json_ = false;
 };
 

@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 
 #include "apps/ovix/cli/measure_arguments.h"
+#include "apps/ovix/cli/measure_loop.h"
 #include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
@@ -22,6 +23,7 @@ class CStatsCommand final : public ICommand {
     void AddOptions(CLI::App& verb) override {
         source_.Add(verb);
         measure_.Add(verb);
+        CMeasureLoop::AddOption(verb, mergePresets_);
         const char* group = "Output";
         verb.add_option("--roi", regions_, "a region: x,y,w,h or name=x,y,w,h (else the whole frame)")
             ->type_name("REGION")
@@ -44,8 +46,7 @@ class CStatsCommand final : public ICommand {
         const auto printer = json_ ? MakeJsonPrinter() : csv_ ? MakeCsvPrinter() : MakeTablePrinter();
         bool begun = false;
         try {
-            frames.Run([&](u64 number) {
-                const SMeasuredFrame frame = measurement.Measure(number);
+            CMeasureLoop(frames, *source, measurement, mergePresets_).Run([&](const SMeasuredFrame& frame) {
                 if (!begun) printer->Begin(Head(measurement, source->Count(), regions));
                 begun = true;
                 for (const SRegion& region : regions) printer->Row(StatsOf(frame, region, width, height));
@@ -71,6 +72,7 @@ class CStatsCommand final : public ICommand {
     CSourceArguments source_;
     CMeasureArguments measure_;
     std::vector<std::string> regions_;
+    bool mergePresets_ = false;
     bool csv_ = false;
     bool json_ = false;
 };

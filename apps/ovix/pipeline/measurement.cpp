@@ -50,23 +50,49 @@ CMeasurement::CMeasurement(IFrameSource& source, SMeasureOptions options)
     status_.resize(pixels);
 }
 
-SMeasuredFrame CMeasurement::Measure(u64 number) {
+template <class Step>
+void CMeasurement::OfFrame(u64 number, Step step) {
     try {
-        DecodeFrame(number);
-        source_.Overrule(objects_);
-        OverrideScene(objects_, options_.scene);
+        step();
     } catch (const CFault& fault) {
         throw fault.Of(source_.Name(), number);
     }
-    if (!unitChosen_) unit_ = ChooseOfferedUnit();
-    unitChosen_ = true;
-    try {
+}
+
+SMeasuredFrame CMeasurement::Measure(u64 number) {
+    presets_ = {};
+    OfFrame(number, [&] {
+        DecodeFrame(number);
+        EnablePreset();
+    });
+    ChooseUnitOnce();
+    OfFrame(number, [&] {
         UpdateContext();
         ConvertPixels();
-    } catch (const CFault& fault) {
-        throw fault.Of(source_.Name(), number);
-    }
+    });
     return {number, values_, status_};
+}
+
+SMeasuredFrame CMeasurement::MeasureMerged(std::span<const u64> numbers) {
+    presets_ = {};
+    std::optional<CDateTime> begin;
+    for (const u64 number : numbers) {
+        OfFrame(number, [&] {
+            DecodeFrame(number);
+            EnablePreset();
+            counts_[preset_].resize(values_.size());
+            if (!ConvertArray({counts_[preset_].data(), Flt32}, decode_.Pixels(), source_.Format().PixelCount()))
+                throw CFault({.problem = "pixels of this type cannot be merged"});
+        });
+        if (number == numbers.front()) begin = time_;
+    }
+    time_ = begin;
+    ChooseUnitOnce();
+    OfFrame(numbers.front(), [&] {
+        UpdateContext();
+        ConvertMerged();
+    });
+    return {numbers.front(), values_, status_};
 }
 
 void CMeasurement::DecodeFrame(u64 number) {
@@ -75,6 +101,19 @@ void CMeasurement::DecodeFrame(u64 number) {
     preset_ = decode_.Decode(frame_, objects_);
     const auto info = objects_.GetFrameInfo(preset_, false);
     time_ = info ? clock.Carried(info->time) : std::nullopt;
+    source_.Overrule(objects_);
+    OverrideScene(objects_, options_.scene);
+}
+
+void CMeasurement::EnablePreset() {
+    if (preset_ >= presets_.size())
+        throw CFault({.expected = "a preset from 0 to 7", .found = fmt::format("{}", preset_)});
+    presets_[preset_] = true;
+}
+
+void CMeasurement::ChooseUnitOnce() {
+    if (!unitChosen_) unit_ = ChooseOfferedUnit();
+    unitChosen_ = true;
 }
 
 TArray<EUnit> CMeasurement::Units() const {
@@ -107,20 +146,16 @@ u32 CMeasurement::CalibrationMark() {
 }
 
 void CMeasurement::UpdateContext() {
-    if (ready_ && preset_ == readyPreset_ && CalibrationMark() == mark_) return;
+    if (ready_ && presets_ == readyPresets_ && CalibrationMark() == mark_) return;
     ready_ = false;
     if (!context_.SetUnit(unit_, options_.scale))
         throw CFault({.problem = "the frame carries no calibration for " + UnitWords(unit_)});
-    std::array<bool, reduce::CConvertContext::PresetCount> presets{};
-    if (preset_ >= presets.size())
-        throw CFault({.expected = "a preset from 0 to 7", .found = fmt::format("{}", preset_)});
-    presets[preset_] = true;
-    if (IsUserUnit()) RequireUserPreset();
-    if (!context_.Update(presets.data(), static_cast<u8>(presets.size()), 0))
+    if (IsUserUnit()) RequireUserPresets();
+    if (!context_.Update(presets_.data(), static_cast<u8>(presets_.size()), 0))
         throw CFault({.problem = "the frame's calibration is not usable"});
     // The converter has written the transmission that it used to the objects, so the mark is that of after.
     mark_ = CalibrationMark();
-    readyPreset_ = preset_;
+    readyPresets_ = presets_;
     ready_ = true;
 }
 
@@ -134,12 +169,27 @@ void CMeasurement::ConvertPixels() {
         throw CFault({.problem = "the pixels cannot be converted to " + UnitWords(unit_)});
 }
 
+void CMeasurement::ConvertMerged() {
+    const u32 count = source_.Format().PixelCount();
+    STypedData frames[reduce::CConvertContext::PresetCount];
+    for (std::size_t i = 0; i < std::size(frames); ++i) frames[i] = {counts_[i].data(), Flt32};
+    merged_.resize(count);
+    presetMap_.resize(count);
+    const STypedData merged{merged_.data(), Flt32};
+    if (!context_.Abate(frames, count, merged, presetMap_.data()))
+        throw CFault({.problem = "the frames cannot be merged"});
+    if (!context_.Convert(merged, presetMap_.data(), STypedData{values_.data(), Flt32}, status_.data(), count))
+        throw CFault({.problem = "the merged pixels cannot be converted to " + UnitWords(unit_)});
+}
+
 /// The library takes a preset without a polynomial for one whose counts are radiances.
-void CMeasurement::RequireUserPreset() {
+void CMeasurement::RequireUserPresets() {
     const auto calibration = objects_.Get<reduce::CRCalReduceObject>(-1, false);
-    int order = 0;
-    if (!calibration || !calibration->cal.GetPolyOrder(preset_, order))
-        throw CFault({.problem = fmt::format("the user calibration says nothing of preset {}", preset_)});
+    for (u8 preset = 0; preset < presets_.size(); ++preset) {
+        int order = 0;
+        if (presets_[preset] && !(calibration && calibration->cal.GetPolyOrder(preset, order)))
+            throw CFault({.problem = fmt::format("the user calibration says nothing of preset {}", preset)});
+    }
 }
 
 Json CMeasurement::Parameters() {
@@ -147,6 +197,11 @@ Json CMeasurement::Parameters() {
         {"source", source_.Name()}, {"pixelType", source_.Format().pixelTypeName}, {"unit", UnitWords(unit_)}};
     for (const SCorrectionFiles& files : options_.corrections) parameters["correction"].push_back(files.stem);
     if (options_.corrections.empty() && !corrected_.empty()) parameters["correction"].push_back("as recorded");
+    if (!presetMap_.empty()) {
+        for (std::size_t preset = 0; preset < presets_.size(); ++preset) {
+            if (presets_[preset]) parameters["mergedPresets"].push_back(preset);
+        }
+    }
     const auto scene = objects_.GetObjectParameters(false);
     if (scene && context_.canChangeObjectParameters()) parameters.update(SceneJson(*scene));
     if (scene && IsUserUnit()) {
