@@ -43,11 +43,9 @@ struct SSource {
 /// Celsius of a count that lies inside the calibrated range.
 float Celsius(double count) { return static_cast<float>(kB / std::log(kR / (count * kGain) + kF) - 273.15); }
 
-// In these two rows a "frame" is a table of 65,536 entries, whatever its size is said to be.
-
 const CKernelEntry kUpdateLUT({
-    .name = "Curlew UpdateLUT (a frame: a table)",
-    .bytesPerPixel = 1,
+    .name = "Curlew UpdateLUT",
+    .bytesPerPixel = 5,
     .make =
         [](const SRun&) {
             struct SData {
@@ -69,12 +67,13 @@ const CKernelEntry kUpdateLUT({
                             return FirstDifference(found, expected);
                         }};
         },
-    .beside = "std::log alone (a frame: a table)",
+    .beside = "std::log alone, 65536",
+    .entries = kEntries,
 });
 
 const CKernelEntry kBareLog({
-    .name = "std::log alone (a frame: a table)",
-    .bytesPerPixel = 1,
+    .name = "std::log alone, 65536",
+    .bytesPerPixel = 12,
     .make =
         [](const SRun&) {
             struct SData {
@@ -88,6 +87,7 @@ const CKernelEntry kBareLog({
                         },
                         [] { return std::string(); }};
         },
+    .entries = kEntries,
 });
 
 /// A frame of counts, corrected, converted to temperatures with their status, and its figures.

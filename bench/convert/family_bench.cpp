@@ -192,8 +192,6 @@ struct SConverter {
     }
 };
 
-// In these rows a "frame" is a table of 16,384 entries, whatever its size is said to be.
-
 template <class Converter, class Cal>
 SJob UpdateTable(const SRun&) {
     const auto data = std::make_shared<SConverter<Converter, Cal>>();
@@ -211,11 +209,11 @@ SJob UpdateTable(const SRun&) {
             }};
 }
 
-const char* const kBareLogName = "std::log alone (16384 entries)";
+const char* const kBareLogName = "std::log alone, 16384";
 
 const CKernelEntry kBareLog({
     .name = kBareLogName,
-    .bytesPerPixel = 1,
+    .bytesPerPixel = 12,
     .make =
         [](const SRun&) {
             struct SData {
@@ -229,18 +227,21 @@ const CKernelEntry kBareLog({
                         },
                         [] { return std::string(); }};
         },
+    .entries = kEntries,
 });
 const CKernelEntry kTernTable({
-    .name = "Tern UpdateLUT (16384 entries)",
-    .bytesPerPixel = 1,
+    .name = "Tern UpdateLUT",
+    .bytesPerPixel = 5,
     .make = UpdateTable<CTernConverter, CTernFactoryCalReduceObject>,
     .beside = kBareLogName,
+    .entries = kEntries,
 });
 const CKernelEntry kMerlinTable({
-    .name = "Merlin UpdateLUT (16384 entries)",
-    .bytesPerPixel = 1,
+    .name = "Merlin UpdateLUT",
+    .bytesPerPixel = 5,
     .make = UpdateTable<CMerlinConverter, CMerlinFactoryCalReduceObject>,
     .beside = kBareLogName,
+    .entries = kEntries,
 });
 
 SJob ThroughTables(const SRun& run, bool byMap) {

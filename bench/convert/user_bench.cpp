@@ -1,5 +1,6 @@
 #include "bench/support/data.h"
 #include "reduce/convert/user_converter.h"
+#include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/reduce_object_array.h"
 #include "reduce/pixels/rcal_reduce_object.h"
 
@@ -73,6 +74,29 @@ const CKernelEntry kMap({
     .make = [](const SRun& run) { return Make(run, true); },
     .beside = "User calibration, table",
     .mostBeside = 1.3,
+});
+
+const CKernelEntry kUpdateLUT({
+    .name = "User UpdateLUT",
+    .bytesPerPixel = 5,
+    .make =
+        [](const SRun&) {
+            const auto data = std::make_shared<SData>(SRun{.width = 2, .height = 1});
+            data->array.GetObjectParameters(true)->emissivity = 1;
+            return SJob{[=](u32) {
+                            data->converter.ChangeObjectParameters(data->array.GetObjectParameters(false).ptr());
+                            data->converter.UpdateLUT(0);
+                        },
+                        [=] {
+                            u16 in[] = {7000, 7001};
+                            float found[2];
+                            data->converter.BaseToOutput({in, UInt16}, {found, Flt32}, nullptr, 2u);
+                            const float expected[] = {SData::Temperature(7000, 0), SData::Temperature(7001, 0)};
+                            return FirstDifference(found, expected);
+                        }};
+        },
+    .beside = "std::log alone, 65536",
+    .entries = 65536,
 });
 
 }  // namespace

@@ -59,6 +59,9 @@ struct SKernel {
     u32 calls = 1;
     /// The most time that is wanted for a call in cache; 0 for none.
     double mostNanoseconds = 0;
+    /// For a kernel that fills a table of so many entries instead of a frame: it is measured once, and its "pixels" are
+    /// entries.
+    u32 entries = 0;
 };
 
 /// A static object of this class enters a kernel in the program.

@@ -24,6 +24,7 @@ struct SRow {
     double nanoseconds, share, wanted;
     std::string beside;
     double mostBeside, mostNanoseconds;
+    bool isTable;
 };
 
 std::vector<SRow>& Rows() {
@@ -66,10 +67,13 @@ double Median(std::vector<double>& values) {
     return *middle;
 }
 
+std::string SizeOf(const SRun& run) { return std::to_string(run.width) + "x" + std::to_string(run.height); }
+
 void Measure(benchmark::State& state, const SKernel& kernel, SRun run, bool streaming) {
-    const double frameBytes = kernel.bytesPerPixel * run.Pixels();
+    const u32 pixels = kernel.entries ? kernel.entries : run.Pixels();
+    const double frameBytes = kernel.bytesPerPixel * pixels;
     const double streamedBytes =
-        (kernel.streamedBytesPerPixel ? kernel.streamedBytesPerPixel : kernel.bytesPerPixel) * run.Pixels();
+        (kernel.streamedBytesPerPixel ? kernel.streamedBytesPerPixel : kernel.bytesPerPixel) * pixels;
     run.lanes = streaming ? LanesFor(streamedBytes) : 1;
     const SJob job = kernel.make(run);
     job.run(0);
@@ -88,21 +92,21 @@ void Measure(benchmark::State& state, const SKernel& kernel, SRun run, bool stre
         lane = (lane + 1) % run.lanes;
     }
     const double time = Median(kernelTimes) / kernel.calls, share = Median(copyTimes) / time;
-    state.counters["ns/pixel"] = time * 1e9 / run.Pixels();
+    state.counters["ns/pixel"] = time * 1e9 / pixels;
     state.counters["share"] = share;
-    Rows().push_back({kernel.name, std::to_string(run.width) + "x" + std::to_string(run.height),
-                      streaming ? "streaming" : "in cache", run.Pixels(), time * 1e9, share, kernel.wanted,
-                      kernel.beside, kernel.mostBeside, kernel.mostNanoseconds});
+    const std::string frame = kernel.entries ? std::to_string(pixels) + " entries" : SizeOf(run);
+    Rows().push_back({kernel.name, frame, streaming ? "streaming" : "in cache", pixels, time * 1e9, share,
+                      kernel.wanted, kernel.beside, kernel.mostBeside, kernel.mostNanoseconds, kernel.entries != 0});
 }
 
 void PrintTable() {
-    std::printf("\n%-36s %-10s %-10s %9s %9s %14s %7s\n", "kernel", "frame", "mode", "ns/pixel", "frames/s",
+    std::printf("\n%-36s %-14s %-10s %9s %9s %14s %7s\n", "kernel", "frame", "mode", "ns/pixel", "frames/s",
                 "share of copy", "wanted");
     for (const SRow& row : Rows()) {
-        std::printf("%-36s %-10s %-10s %9.4f %9.0f %14.3f ", row.kernel.c_str(), row.frame.c_str(), row.mode.c_str(),
+        std::printf("%-36s %-14s %-10s %9.4f %9.0f %14.3f ", row.kernel.c_str(), row.frame.c_str(), row.mode.c_str(),
                     row.nanoseconds / row.pixels, 1e9 / row.nanoseconds, row.share);
         // The shares wanted hold for a frame of this size in cache.
-        if (row.wanted > 0 && row.mode == "in cache" && row.pixels == 640 * 512) {
+        if (row.wanted > 0 && row.mode == "in cache" && row.frame.starts_with("640x")) {
             std::printf("%7.2f%s\n", row.wanted, row.share < row.wanted ? "  <" : "");
         } else {
             std::printf("%7s\n", "-");
@@ -116,8 +120,9 @@ void PrintRatios() {
         for (const SRow& other : Rows()) {
             if (other.kernel != row.beside || other.frame != row.frame || other.mode != row.mode) continue;
             const double times = row.nanoseconds / other.nanoseconds;
-            std::printf("%-36s %-10s %-10s %9.3f times %s", row.kernel.c_str(), row.frame.c_str(), row.mode.c_str(),
+            std::printf("%-36s %-14s %-10s %9.3f times %s", row.kernel.c_str(), row.frame.c_str(), row.mode.c_str(),
                         times, other.kernel.c_str());
+            if (row.isTable) std::printf(", %.1f million entries/s", 1e3 * row.pixels / row.nanoseconds);
             if (row.mostBeside > 0) std::printf(", wanted %.2f%s", row.mostBeside, times > row.mostBeside ? "  <" : "");
             std::printf("\n");
         }
@@ -140,8 +145,10 @@ void Enter(bool smoke) {
         for (const SRun& frame : frames) {
             for (const bool streaming : {false, true}) {
                 if (smoke && streaming) continue;
-                const std::string name = kernel.name + "/" + std::to_string(frame.width) + "x" +
-                                         std::to_string(frame.height) + (streaming ? "/streaming" : "/in_cache");
+                if (kernel.entries && (streaming || &frame != &frames.front())) continue;
+                std::string name = kernel.name;
+                if (!kernel.entries) name.append("/").append(SizeOf(frame));
+                name += streaming ? "/streaming" : "/in_cache";
                 auto* entry = benchmark::RegisterBenchmark(
                     name.c_str(), [=](benchmark::State& state) { Measure(state, kernel, frame, streaming); });
                 entry->UseManualTime()->Unit(benchmark::kMicrosecond);

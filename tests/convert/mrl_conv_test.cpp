@@ -69,7 +69,7 @@ TEST(MrlConv, FollowsTheFormulasInEverySceneAndDegree) {
             }
             // And back, to within the step of one count: the linear forms truncate, the others round.
             const CMerlinReference& r = reference;
-            for (float kelvin = 264.15f; kelvin < 342.15f; kelvin += 0.37f) {
+            for (float kelvin = 263.15f; kelvin < 343.15f; kelvin += 0.37f) {
                 const float radiance = model.TemperatureToRadiance(kelvin, nullptr, Kelvin);
                 EXPECT_NEAR(radiance, static_cast<double>(r.OfKelvin(kelvin)), 1e-3);
                 if (radiance <= r.underflow || radiance >= r.overflow) continue;
