@@ -21,7 +21,7 @@ void SDunlinObjects::FillFrame(const SDunlinTrailer& values, DunlinLayout shown)
     SetTrailerTime(info.time, values);
     for (const DunlinFields part : shown) {
         for (const SDunlinField& field : part) {
-            if (field.kind) frame_values::Add(info.extra, field.name, *field.kind, field.text(values));
+            if (field.kind) frame_values::Add(info.extra, field.name, *field.kind, field.text(values, field.kind));
         }
     }
     static_cast<SDunlinFrame&>(*dunlinInfo) = values;

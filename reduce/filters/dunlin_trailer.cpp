@@ -15,7 +15,7 @@ void DescribeTrailer(TArray<SFrameField>& fields, DunlinLayout layout, const u8*
     LoadTrailer(values, layout, trailer);
     for (const DunlinFields part : layout) {
         for (const SDunlinField& field : part) {
-            CString text = field.text(values);
+            CString text = field.text(values, field.kind);
             if (*field.unit) text = CString::FromFormat(L"%s %s", text.c_str(), field.unit);
             fields.Add({offset + field.offset, field.size, field.name, text});
         }

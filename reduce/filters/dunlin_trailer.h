@@ -31,7 +31,7 @@ struct SDunlinField {
     const frame_values::SKind* kind;  ///< null for what is no value of the frame
     const wchar_t* unit;
     void (*load)(SDunlinTrailer& values, const u8* trailer, u32 offset);
-    CString (*text)(const SDunlinTrailer& values);
+    CString (*text)(const SDunlinTrailer& values, const frame_values::SKind* kind);
 };
 
 /// Fields, those with a kind in the order in which they are shown.
@@ -62,18 +62,16 @@ constexpr auto& ValueOf(Values& values) {
     }
 }
 
+/// The kind is looked at when the text is made: the sanitizers' build takes no address for constant.
 template <auto kMember, u32 kIndex>
-CString NumberText(const SDunlinTrailer& values) {
+CString TextOf(const SDunlinTrailer& values, const frame_values::SKind* kind) {
     const auto value = ValueOf<kMember, kIndex>(values);
+    if (kind == &frame_values::kFlag) return frame_values::FlagText(value != 0);
     if constexpr (std::is_floating_point_v<decltype(value)>) {
         return CFlt32::ToString(value);
     } else {
         return CUInt64::ToString(value);
     }
-}
-template <auto kMember, u32 kIndex>
-CString FlagText(const SDunlinTrailer& values) {
-    return frame_values::FlagText(ValueOf<kMember, kIndex>(values) != 0);
 }
 
 /// What `kDecode(trailer, offset)` makes of the bytes.
@@ -83,8 +81,7 @@ constexpr SDunlinField Decoded(u32 offset, u32 size, const wchar_t* name, const 
     const auto load = [](SDunlinTrailer& values, const u8* trailer, u32 at) {
         ValueOf<kMember, kIndex>(values) = kDecode(trailer, at);
     };
-    const bool isFlag = kind == &frame_values::kFlag;
-    return {offset, size, name, kind, unit, load, isFlag ? &FlagText<kMember, kIndex> : &NumberText<kMember, kIndex>};
+    return {offset, size, name, kind, unit, load, &TextOf<kMember, kIndex>};
 }
 
 template <class Stored>
