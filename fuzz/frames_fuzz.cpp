@@ -247,7 +247,10 @@ void ReadHeaderAndPixels(const SInput& input) {
 void Store(const SInput& input) {
     const TSharedPtr<IFilter> filter = input.NewFilter();
     const CHeapBytes source = input.Frame();
-    for (const u32 size : {input.size / 2, input.size, input.size + 200}) {
+    // The room that one image of 16-bit pixels and what stands behind all images need, when there are so many.
+    const u64 image = 2 * input.Pixels(), images = input.images * image;
+    const u32 exact = images <= input.size ? static_cast<u32>(input.size - images + image) : 0;
+    for (const u32 size : {input.size / 2, exact, input.size, input.size + 200}) {
         const CHeapBytes dest(size);
         filter->StoreFrame(source.Data(), source.Size(), input.type, input.width, input.height, input.images,
                            input.image, dest.Data(), dest.Size());

@@ -13,6 +13,10 @@ namespace ovix::reduce {
 /// `type`, the pixel type under which it was acquired; `width` and `height` of the image in pixels, a header line or a
 /// trailer coming on top of it; `frameSize`, the buffer's size in bytes.
 ///
+/// Some families repair a frame where it stands while they parse it, and say so in their headers: so a frame must be in
+/// memory that can be written, and be parsed by one thread at a time. A source that may not be written to is copied
+/// first. `StoreFrame`, `CheckForTrigger`, `CheckFrame` and `DescribeFrame` only read.
+///
 /// Operations trust their caller: they read the frame without testing its length unless their family says otherwise.
 /// Call `CheckFrame` first on bytes that nobody vouches for. A false result leaves the out-arguments undefined; objects
 /// may already have been created or changed.

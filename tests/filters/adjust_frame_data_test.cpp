@@ -56,6 +56,9 @@ TEST(AdjustFrameData, CountsAreTakenByTheTableOfTheFlags) {
         SCOPED_TRACE(c.name);
         std::vector<u16> source = test::Ramp(24), expected;
         for (const u32 word : c.words) expected.push_back(source[word]);
+        const SAdjustedWords read = AdjustedWords(c.width, c.height, c.rect, c.mirror, c.flip);
+        EXPECT_EQ(read.first, c.words.empty() ? 0 : *std::min_element(c.words.begin(), c.words.end()));
+        EXPECT_EQ(read.end, c.words.empty() ? 0 : *std::max_element(c.words.begin(), c.words.end()) + 1);
         const Bytes bytes = test::PixelBytes(source);
         for (const bool fields : {false, true}) {
             EXPECT_EQ(Adjust(bytes, 2 * expected.size(), c.width, c.height, generic::kF7M0, {fields, c.mirror, c.flip},
@@ -63,6 +66,13 @@ TEST(AdjustFrameData, CountsAreTakenByTheTableOfTheFlags) {
                       test::PixelBytes(expected));
         }
     }
+}
+
+TEST(AdjustFrameData, WordsAheadOfTheFrameAreTold) {
+    // Lines 1 and 2 of a flipped picture of 2 x 2 with a column at its left: words 1, 2 and -1, 0.
+    EXPECT_EQ(AdjustedWords(2, 2, {1, 1, 0, 0}, false, true).first, -1);
+    EXPECT_EQ(AdjustedWords(65535, 16384, {65535, 65535, 65535, 0}, false, false).end,
+              65535LL * 3 * (65535 + 16383) + 2 * 65535);
 }
 
 TEST(AdjustFrameData, CountsAreShiftedThenMasked) {
