@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -7,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "apps/ovix/app_error.h"
 #include "support/test_folder.h"
 
 namespace ovix::test {
@@ -15,13 +18,24 @@ inline std::filesystem::path PathIn(const CTestFolder& folder, const char* name 
     return folder.Path(name).GetUTF8();
 }
 
-inline std::string ContentOf(const std::filesystem::path& path) {
+inline std::string ReadText(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-inline void WriteContent(const std::filesystem::path& path, const std::string& content) {
-    std::ofstream(path, std::ios::binary) << content;
+inline void WriteText(const std::filesystem::path& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+/// What the tool would leave with after an action that must be refused, and the line that it would say.
+inline int ExitOf(const auto& action, std::string* line = nullptr) {
+    try {
+        action();
+        return app::ExitDone;
+    } catch (const app::CAppError& error) {
+        if (line) *line = error.what();
+        return error.Exit();
+    }
 }
 
 /// All names in the folder, hidden ones too.

@@ -13,9 +13,7 @@
 namespace ovix::app {
 namespace {
 
-using test::ContentOf;
-using test::NamesIn;
-using test::PathIn;
+using namespace test;
 using Names = std::vector<std::string>;
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -59,11 +57,11 @@ TEST(NpyWriter, WritesValuesStatusAndDescription) {
         test::CTestFolder folder;
         Write(PathIn(folder, "a.npy"), Series(2, 1, 1), {{7, values, status, ""}});
         EXPECT_EQ(NamesIn(folder), (Names{"a.json", "a.npy", "a.status.npy"}));
-        ExpectNpy(ContentOf(PathIn(folder, "a.npy")), "{'descr': '<f4', 'fortran_order': False, 'shape': (1, 2), }",
+        ExpectNpy(ReadText(PathIn(folder, "a.npy")), "{'descr': '<f4', 'fortran_order': False, 'shape': (1, 2), }",
                   bytes);
-        ExpectNpy(ContentOf(PathIn(folder, "a.status.npy")),
+        ExpectNpy(ReadText(PathIn(folder, "a.status.npy")),
                   "{'descr': '|u1', 'fortran_order': False, 'shape': (1, 2), }", std::string("\x00\x22", 2));
-        const Json json = Json::parse(ContentOf(PathIn(folder, "a.json")));
+        const Json json = Json::parse(ReadText(PathIn(folder, "a.json")));
         EXPECT_EQ(json["unit"], "°C");
         EXPECT_EQ(json["parameters"]["emissivity"], 0.95);
         EXPECT_EQ(json["frames"].dump(), R"([{"frame":7,"status":{"good":1,"underflow":1,"noData":1}}])");
@@ -73,9 +71,9 @@ TEST(NpyWriter, WritesValuesStatusAndDescription) {
         test::CTestFolder folder;
         Write(PathIn(folder, "a.npy"), Series(2, 1, 3), {{0, values, {}, "t0"}, {2, values, {}, "t2"}});
         EXPECT_EQ(NamesIn(folder), (Names{"a.json", "a.npy"}));
-        ExpectNpy(ContentOf(PathIn(folder, "a.npy")), "{'descr': '<f4', 'fortran_order': False, 'shape': (2, 1, 2), }",
+        ExpectNpy(ReadText(PathIn(folder, "a.npy")), "{'descr': '<f4', 'fortran_order': False, 'shape': (2, 1, 2), }",
                   bytes + bytes);
-        EXPECT_EQ(Json::parse(ContentOf(PathIn(folder, "a.json")))["frames"].dump(),
+        EXPECT_EQ(Json::parse(ReadText(PathIn(folder, "a.json")))["frames"].dump(),
                   R"([{"frame":0,"caption":"t0"},{"frame":2,"caption":"t2"}])");
     }
 }
@@ -84,7 +82,7 @@ TEST(CsvWriter, NumbersReadBackExactly) {
     test::CTestFolder folder;
     const std::vector<float> values{0.1f, -1e-30f, 16777217.0f, std::nextafter(300.0f, 301.0f), 25.0f, kNaN};
     Write(PathIn(folder, "a.csv"), Series(3, 2, 2), {{4, values, {}, ""}, {9, values, {}, ""}});
-    std::string text = ContentOf(PathIn(folder, "a.csv"));
+    std::string text = ReadText(PathIn(folder, "a.csv"));
     EXPECT_EQ(text.substr(0, text.find('\n') + 1), "frame,row,x0 [°C],x1 [°C],x2 [°C]\n");
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 5);
     EXPECT_NE(text.find("\n4,0,0.1,"), std::string::npos);
@@ -178,7 +176,7 @@ TEST(TiffWriter, BigOnlyWhenMuchIsToCome) {
     for (const auto& [frames, version] : {std::pair<u64, char>{512, 42}, {513, 43}}) {  // of 4 MiB each
         test::CTestFolder folder;
         Write(PathIn(folder, "a.tif"), Series(1024, 1024, frames), {{0, values, {}, ""}});
-        EXPECT_EQ(ContentOf(PathIn(folder, "a.tif"))[2], version);
+        EXPECT_EQ(ReadText(PathIn(folder, "a.tif"))[2], version);
     }
 }
 
@@ -194,12 +192,7 @@ TEST(FrameWriter, WritesNothingWithoutFinishOrFrames) {
     }
     test::CTestFolder folder;
     for (const char* name : {"a", "a.jpg", ".png"}) {
-        try {
-            MakeFrameWriter(PathIn(folder, name), Series(2, 2, 1), {});
-            ADD_FAILURE() << name;
-        } catch (const CAppError& error) {
-            EXPECT_EQ(error.Exit(), ExitUsage) << name;
-        }
+        EXPECT_THROW(MakeFrameWriter(PathIn(folder, name), Series(2, 2, 1), {}), CAppError) << name;
     }
 }
 

@@ -60,7 +60,7 @@ TEST(Demo, MeasuresTheSceneInAllFormsAndWritesPictures) {
 
 TEST(Demo, SaysWhatIsWrong) {
     test::CTestFolder folder;
-    test::WriteContent(test::PathIn(folder, "file"), "");
+    test::WriteText(test::PathIn(folder, "file"), "");
     EXPECT_THROW(RunDemo({.directory = test::PathIn(folder, "file"), .width = 64, .height = 48}), CAppError);
     EXPECT_THROW(RunDemo({.directory = test::PathIn(folder), .width = 31, .height = 48}), CAppError);
     EXPECT_EQ(test::NamesIn(folder), std::vector<std::string>{"file"});

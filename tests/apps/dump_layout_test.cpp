@@ -2,39 +2,22 @@
 
 #include <gtest/gtest.h>
 
-#include "apps/ovix/fault.h"
 #include "apps/ovix/input/pixel_type_names.h"
-#include "core/bytes.h"
+#include "support/k410_frames.h"
 #include "tool_run.h"
 
 namespace ovix::app {
 namespace {
 
-constexpr std::size_t kRecordAt = 128;
-constexpr std::size_t kRecordBytes = 2428;
-
-/// What stands behind the pixels: an index, and a record in the reader's byte order.
-std::string Container() {
-    std::string bytes(kRecordAt + kRecordBytes, '\0');
-    u8* at = reinterpret_cast<u8*>(bytes.data());
-    StoreLittle(at, u32{0x4D4B4D});
-    StoreLittle(at + 64, u16{32});
-    StoreLittle(at + 76, static_cast<u32>(kRecordAt));
-    StoreLittle(at + 80, static_cast<u32>(kRecordBytes));
-    StoreLittle(at + 96, u16{1});
-    StoreLittle(at + kRecordAt, u16{2});
-    return bytes;
-}
-
 /// 16 x 8 pixels.
 std::string PlainFrame(std::size_t padding = 0) {
-    return std::string(16 * 8 * 2, '\x11') + Container() + std::string(padding, '\x22');
+    const test::Bytes frame = test::PlainFrame(std::vector<u16>(16 * 8, 0x1111), {});
+    return std::string(frame.begin(), frame.end()) + std::string(padding, '\x22');
 }
 
 std::string StreamFrame(std::size_t imageBytes) {
-    std::string length(4, '\0');
-    StoreBig(reinterpret_cast<u8*>(length.data()), static_cast<u32>(imageBytes));
-    return length + std::string(imageBytes, '\x33') + Container();
+    const test::Bytes frame = test::CompressedFrame(test::Bytes(imageBytes, 0x33), {});
+    return {frame.begin(), frame.end()};
 }
 
 struct SFound {
@@ -106,12 +89,7 @@ TEST(DumpLayout, FollowsTheLengthsOfAStreamOverPaddingAndDamage) {
 TEST(DumpLayout, RefusesWhatHoldsNoFrame) {
     for (const std::string& bytes :
          {std::string(), std::string(100, 'x'), std::string(5000, 'x'), PlainFrame().substr(0, 300)}) {
-        try {
-            Find("K410 IR (GigE)", bytes);
-            ADD_FAILURE() << bytes.size();
-        } catch (const CFault& fault) {
-            EXPECT_EQ(fault.Exit(), ExitBadData) << fault.what();
-        }
+        EXPECT_EQ(test::ExitOf([&] { Find("K410 IR (GigE)", bytes); }), ExitBadData) << bytes.size();
     }
 }
 

@@ -274,32 +274,6 @@ TEST(Recording, RepairKeepsWhatIsWholeAndLeavesTheRestOut) {
     }
 }
 
-class CRunningTool {
-  public:
-    CRunningTool(const test::CToolFolder& folder, std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), OVIX_TOOL);
-        std::vector<char*> argv;
-        for (std::string& argument : arguments) argv.push_back(argument.data());
-        argv.push_back(nullptr);
-        child_ = ::fork();
-        if (child_ == 0) {
-            if (::chdir(folder.Path("").c_str()) != 0) ::_exit(99);
-            ::dup2(::open("/dev/null", O_WRONLY), 2);
-            ::execv(OVIX_TOOL, argv.data());
-            ::_exit(98);
-        }
-    }
-    void Kill() const { ::kill(child_, SIGKILL); }
-    int Wait() const {
-        int status = 0;
-        ::waitpid(child_, &status, 0);
-        return status;
-    }
-
-  private:
-    pid_t child_;
-};
-
 TEST(Recording, AHundredKillsLoseNoFrameThatWasWritten) {
     using Clock = std::chrono::steady_clock;
     constexpr u64 kFrames = 1200;
@@ -313,7 +287,7 @@ TEST(Recording, AHundredKillsLoseNoFrameThatWasWritten) {
     const std::vector<std::string> record = {"record", "dump.raw", "--pixel-type", "K410 IR (GigE)", "--size",
                                              "64x48",  "-o",       "run.krt",      "--keep-part",    "--overwrite"};
     const auto start = Clock::now();
-    EXPECT_EQ(CRunningTool(folder, record).Wait(), 0);
+    EXPECT_EQ(folder.Run(record).status, 0);
     const auto longest = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
     const std::size_t framesAt = std::filesystem::file_size(folder.Path("run.krt")) - dump.size();
 
@@ -322,10 +296,10 @@ TEST(Recording, AHundredKillsLoseNoFrameThatWasWritten) {
     int early = 0, between = 0, done = 0;
     for (int i = 0; i < 100; ++i) {
         std::filesystem::remove(folder.Path("run.krt"));
-        const CRunningTool tool(folder, record);
+        const pid_t tool = folder.Start(record);
         ::usleep(static_cast<useconds_t>(moment(random)));
-        tool.Kill();
-        tool.Wait();
+        ::kill(tool, SIGKILL);
+        ::waitpid(tool, nullptr, 0);
         if (std::filesystem::exists(folder.Path("run.krt"))) {
             EXPECT_EQ(folder.Run({"verify", "run.krt"}).status, 0);
             ++done;

@@ -39,15 +39,5 @@ TEST(Scene, RegionsShowWhatTheyAreNamedAfterAtEverySize) {
     }
 }
 
-TEST(Scene, MovesALittleFromFrameToFrame) {
-    const std::vector<float> first = RenderScene(160, 120, 0);
-    const std::vector<float> next = RenderScene(160, 120, 1);
-    double greatest = 0;
-    for (std::size_t i = 0; i < first.size(); ++i) greatest = std::max(greatest, std::abs(double{first[i]} - next[i]));
-    EXPECT_GT(greatest, 0.05);
-    EXPECT_LT(greatest, 2);
-    EXPECT_EQ(first, RenderScene(160, 120, 0));
-}
-
 }  // namespace
 }  // namespace ovix::app

@@ -9,12 +9,10 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
-#include "support/test_folder.h"
+#include "app_files.h"
 
 namespace ovix::test {
 
@@ -26,15 +24,6 @@ struct SToolRun {
     long ErrorLines() const { return std::count(error.begin(), error.end(), '\n'); }
 };
 
-inline std::string ReadText(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-inline void WriteText(const std::filesystem::path& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary) << bytes;
-}
-
 /// A folder of its own in which the tool is run as a user would run it.
 class CToolFolder {
   public:
@@ -42,23 +31,9 @@ class CToolFolder {
     /// Standard output goes to `stdoutTo` when given; `fileLimit` is the size beyond which no file can grow.
     SToolRun Run(std::vector<std::string> arguments, const char* stdoutTo = nullptr, rlim_t fileLimit = RLIM_INFINITY,
                  const std::string& input = "/dev/null") const {
-        arguments.insert(arguments.begin(), OVIX_TOOL);
-        std::vector<char*> argv;
-        for (std::string& argument : arguments) argv.push_back(argument.data());
-        argv.push_back(nullptr);
         const std::string out = stdoutTo ? stdoutTo : Path(".out").string();
         const std::string error = Path(".error").string();
-        const pid_t child = ::fork();
-        if (child == 0) {
-            if (::chdir(Path("").c_str()) != 0) ::_exit(99);
-            ::dup2(::open(input.c_str(), O_RDONLY), 0);
-            ::dup2(::open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), 1);
-            ::dup2(::open(error.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), 2);
-            const rlimit limit{fileLimit, fileLimit};
-            if (fileLimit != RLIM_INFINITY) ::setrlimit(RLIMIT_FSIZE, &limit);
-            ::execv(OVIX_TOOL, argv.data());
-            ::_exit(98);
-        }
+        const pid_t child = Start(std::move(arguments), out, error, fileLimit, input);
         int status = 0;
         ::waitpid(child, &status, 0);
         SToolRun run{WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), stdoutTo ? "" : ReadText(out),
@@ -74,13 +49,26 @@ class CToolFolder {
         EXPECT_EQ(run.status, 0) << run.error;
         return run.out;
     }
-    /// The names of all files, hidden ones too, in order.
-    std::vector<std::string> Files() const {
-        std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(Path("")))
-            names.push_back(entry.path().filename());
-        std::sort(names.begin(), names.end());
-        return names;
+    std::vector<std::string> Files() const { return NamesIn(folder_); }
+
+    /// Answers at once; the process is the caller's to wait for.
+    pid_t Start(std::vector<std::string> arguments, const std::string& out = "/dev/null",
+                const std::string& error = "/dev/null", rlim_t fileLimit = RLIM_INFINITY,
+                const std::string& input = "/dev/null") const {
+        arguments.insert(arguments.begin(), OVIX_TOOL);
+        std::vector<char*> argv;
+        for (std::string& argument : arguments) argv.push_back(argument.data());
+        argv.push_back(nullptr);
+        const pid_t child = ::fork();
+        if (child != 0) return child;
+        if (::chdir(Path("").c_str()) != 0) ::_exit(99);
+        ::dup2(::open(input.c_str(), O_RDONLY), 0);
+        ::dup2(::open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), 1);
+        ::dup2(::open(error.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), 2);
+        const rlimit limit{fileLimit, fileLimit};
+        if (fileLimit != RLIM_INFINITY) ::setrlimit(RLIMIT_FSIZE, &limit);
+        ::execv(OVIX_TOOL, argv.data());
+        ::_exit(98);
     }
 
   private:

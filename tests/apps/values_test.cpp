@@ -2,21 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include "app_files.h"
 #include "apps/ovix/cli/suggestion.h"
-#include "apps/ovix/fault.h"
 
 namespace ovix::app {
 namespace {
 
-template <class F>
-void ExpectUsageFault(const std::string& text, F parse) {
-    try {
-        parse();
-        ADD_FAILURE() << "\"" << text << "\" was taken";
-    } catch (const CFault& fault) {
-        EXPECT_EQ(fault.Exit(), ExitUsage) << text;
-        EXPECT_NE(std::string(fault.what()).find("--x"), std::string::npos) << fault.what();
-    }
+void ExpectUsageFault(const std::string& text, const auto& parse) {
+    std::string line;
+    EXPECT_EQ(test::ExitOf(parse, &line), ExitUsage) << text;
+    EXPECT_NE(line.find("--x"), std::string::npos) << line;
 }
 
 TEST(Values, TemperaturesOfAllScalesComeOutInKelvin) {
@@ -72,12 +67,7 @@ TEST(Values, RegionsLieInsideTheImageUnderNamesOfTheirOwn) {
                                             {"a=1,1,2,2", "a=3,3,2,2"},
                                             {"roi2=0,0,1,1", "0,0,1,1"}};
     for (const auto& texts : bad) {
-        try {
-            ParseRegions(texts, 640, 480);
-            ADD_FAILURE() << texts[0];
-        } catch (const CFault& fault) {
-            EXPECT_EQ(fault.Exit(), ExitUsage);
-        }
+        EXPECT_EQ(test::ExitOf([&] { ParseRegions(texts, 640, 480); }), ExitUsage) << texts[0];
     }
 }
 

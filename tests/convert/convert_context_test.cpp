@@ -91,6 +91,11 @@ TEST_F(ConvertContext, ChoosesAConverter) {
     ASSERT_TRUE(context.needToConvert());
     EXPECT_EQ(context.converter()->name(), CString(L"CurlewConverter"));
     EXPECT_TRUE(context.canChangeObjectParameters());
+    ASSERT_TRUE(Update({true}));
+    const auto cal = array.Get<CCurlewFactoryCalReduceObject>(0, false);
+    cal->valid = false;
+    EXPECT_FALSE(Update({true}));  // the converter's own update fails
+    cal->valid = true;
     EXPECT_FALSE(context.SetUnit(RadianceUser, Celsius));  // nobody gives it, and the converter is lost
     EXPECT_FALSE(context.needToConvert());
     EXPECT_FALSE(context.canChangeObjectParameters());
@@ -107,14 +112,6 @@ TEST_F(ConvertContext, ChoosesAConverter) {
     EXPECT_FALSE(context.needToConvert());
     array.Reset();
     EXPECT_FALSE(context.SetUnit(Counts, Celsius));
-    EXPECT_FALSE(Update({true}));
-}
-
-TEST_F(ConvertContext, AFailedConverterUpdateFailsTheContext) {
-    AddCalibration();
-    ASSERT_TRUE(context.SetUnit(TemperatureFactory, Celsius));
-    ASSERT_TRUE(Update({true}));
-    array.RemoveAllObjectsOfType(CCurlewFactoryCalReduceObject::typeID);
     EXPECT_FALSE(Update({true}));
 }
 

@@ -16,7 +16,7 @@ namespace ovix::reduce {
 namespace {
 
 using test::CCurlewReference;
-using test::SCurlewScene;
+using test::SScene;
 
 class CurlewConverter : public ::testing::Test {
   protected:
@@ -60,7 +60,7 @@ TEST_F(CurlewConverter, NeedsAValidCalibration) {
 
 TEST_F(CurlewConverter, TableIsTheFormulaAtEveryEntry) {
     const auto params = array.GetObjectParameters(true);
-    const SCurlewScene scene{.emissivity = 0.85f, .distance = 12.0f, .reflectedTemp = 305.0f, .extOpticsTrans = 0.95f};
+    const SScene scene{.emissivity = 0.85f, .distance = 12.0f, .reflectedTemp = 305.0f, .extOpticsTrans = 0.95f};
     CopyScene(*params, scene);
     const CCurlewReference reference({}, scene);
     for (const EUnit unit : {TemperatureFactory, ObjectSignal}) {
@@ -88,24 +88,11 @@ TEST_F(CurlewConverter, TableIsTheFormulaAtEveryEntry) {
     EXPECT_FALSE(converter.BaseToOutput(In(), {&value, Flt32}, nullptr, 1));
 }
 
-TEST_F(CurlewConverter, WithoutObjectParametersTheSceneIsTheDefaultOne) {
-    ASSERT_TRUE(Update(TemperatureFactory, Kelvin));
-    int flags = 0;
-    const CCurlewReference reference({}, {.distance = 2.0f, .relativeHumidity = 0.3f});
-    EXPECT_NEAR(Table()[20000], static_cast<double>(reference.Kelvin(reference.ObjectSignal(20000, flags))), 2e-5);
-}
-
 TEST_F(CurlewConverter, SingleValuesInEveryScale) {
-    const struct {
-        ETempType scale;
-        double factor, offset;
-    } kCases[] = {{Celsius, 1, 273.15},
-                  {Fahrenheit, 1.8, 459.67},
-                  {Kelvin, 1, 0},
-                  {Rankine, 1.8, 0},
-                  {static_cast<ETempType>(7), 1, 0}};  // an unknown scale is kelvin here
-    const CCurlewReference reference({}, {});
-    for (const auto& c : kCases) {
+    std::vector<test::SScaleStep> steps(std::begin(test::kScaleSteps), std::end(test::kScaleSteps));
+    steps.push_back({static_cast<ETempType>(7), 1, 0});  // an unknown scale is kelvin here
+    const CCurlewReference reference({}, {});            // and without object parameters the scene the default one
+    for (const auto& c : steps) {
         ASSERT_TRUE(Update(TemperatureFactory, c.scale));
         float out = 0, back = 0;
         u8 status = 99;

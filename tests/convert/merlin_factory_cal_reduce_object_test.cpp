@@ -19,41 +19,19 @@ CByteWriter Doubles(int first, int count) {
 }
 CByteWriter Tables() { return CByteWriter().F64(0.5).F64(1.5).F64(2.5).F64(-0.5).F64(-1.5).F64(-2.5); }
 
+CByteWriter Floats() { return CByteWriter().F32(-10.0f).F32(60.0f).F32(1.5f).F32(2.5f); }
+
 CByteWriter Block(u32 tableCount, u32 size = 512, u32 version = 0x10001) {
-    return CByteWriter()
-        .U32(size)
-        .U32(version)
-        .U32(kMinus2)
-        .Append(Doubles(1, 8))   // 12: c0 to c6, 68: the signal's offset
-        .U32(77)                 // 76
-        .Append(Doubles(20, 9))  // 80
-        .Append(Doubles(9, 3))   // 152: Planck
-        .Append(Doubles(12, 5))  // 176: atmosphere
-        .F32(-10.0f)             // 216
-        .F32(60.0f)              // 220
-        .F32(1.5f)               // 224
-        .F32(2.5f)               // 228
-        .U16(300)                // 232
-        .U16(0xFFFF)             // 234
-        .U32(tableCount)         // 236
-        .PadTo(512);
+    CByteWriter bytes;
+    bytes.U32(size).U32(version).U32(kMinus2);
+    bytes.Append(Doubles(1, 8)).U32(77).Append(Doubles(20, 9));  // 12: c0 to c6, the signal's offset; 76; 80
+    bytes.Append(Doubles(9, 3)).Append(Doubles(12, 5));          // 152: Planck, atmosphere
+    return bytes.Append(Floats()).U16(300).U16(0xFFFF).U32(tableCount).PadTo(512);  // 216; 232; 236
 }
 CByteWriter OldForm(u32 tableCount, const CByteWriter& tables) {
-    return CByteWriter()
-        .U32(kMinus2)
-        .Append(Doubles(1, 8))
-        .Append(Doubles(9, 3))
-        .U32(tableCount)
-        .Append(tables)
-        .U32(77)
-        .Append(Doubles(20, 9))
-        .Append(Doubles(12, 5))
-        .F32(-10.0f)
-        .F32(60.0f)
-        .F32(1.5f)
-        .F32(2.5f)
-        .U16(300)
-        .U16(0xFFFF);
+    CByteWriter bytes;
+    bytes.U32(kMinus2).Append(Doubles(1, 8)).Append(Doubles(9, 3)).U32(tableCount).Append(tables);
+    return bytes.U32(77).Append(Doubles(20, 9)).Append(Doubles(12, 5)).Append(Floats()).U16(300).U16(0xFFFF);
 }
 
 void ExpectFields(const CMerlinFactoryCalReduceObject& cal) {
@@ -106,12 +84,11 @@ TEST(MerlinFactoryCal, StoredForms) {
 
 TEST(MerlinFactoryCal, RefusesWhatIsCutOrLiesAboutItsSize) {
     CMerlinFactoryCalReduceObject cal;
-    const CByteWriter block = Block(3).Append(Tables()), old = OldForm(3, Tables());
-    for (u32 size = 0; size < block.bytes.size(); ++size) {
-        EXPECT_FALSE(cal.Load(test::FileOf(block, size), 0x10001, 0)) << size;
-    }
-    for (u32 size = 0; size < old.bytes.size(); ++size) {
-        EXPECT_FALSE(cal.Load(test::FileOf(old, size), 0x10000, 0)) << size;
+    for (const auto& [bytes, version] :
+         {std::pair{Block(3).Append(Tables()), 0x10001u}, {OldForm(3, Tables()), 0x10000u}}) {
+        for (u32 size = 0; size < bytes.bytes.size(); ++size) {
+            EXPECT_FALSE(cal.Load(test::FileOf(bytes, size), version, 0)) << size;
+        }
     }
     for (const u32 many : {4u, 0x10000000u, 0x7FFFFFFFu}) {
         EXPECT_FALSE(cal.Load(test::FileOf(Block(many).Append(Tables())), 0x10001, 0)) << many;
@@ -133,9 +110,6 @@ TEST(MerlinFactoryCal, CopiesShareTablesAndDuplicatesHaveTheirOwn) {
     EXPECT_EQ(cal.table2[4], 0.0);
     ExpectTables(shared);
     ExpectTables(*own);
-    cal.Default();
-    EXPECT_EQ(cal.tableCount, 0);
-    EXPECT_FALSE(cal.table2);
     EXPECT_TRUE(cal.CreateLUT(-1));
     EXPECT_FALSE(cal.table1);
     EXPECT_EQ(CMerlinFactoryCalReduceObject().Duplicate().Cast<CMerlinFactoryCalReduceObject>()->tableCount, 0);

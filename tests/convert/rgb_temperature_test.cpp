@@ -85,12 +85,10 @@ TEST(TemperatureConverter, SingleValuesAreLeftAlone) {
     CTemperatureConverter converter;
     Update(converter, TemperatureUser, Celsius, TemperatureUser, Kelvin);
     float out = -1;
-    u8 status = 9;
-    EXPECT_TRUE(converter.BaseToOutput(20.0f, out, status, 0));
-    EXPECT_EQ(status, 0);
-    status = 9;
-    EXPECT_TRUE(converter.OutputToBase(20.0f, out, status, 0));
-    EXPECT_EQ(status, 0);
+    u8 status[2] = {9, 9};
+    EXPECT_TRUE(converter.BaseToOutput(20.0f, out, status[0], 0));
+    EXPECT_TRUE(converter.OutputToBase(20.0f, out, status[1], 0));
+    EXPECT_TRUE(status[0] == 0 && status[1] == 0);
     EXPECT_EQ(out, -1.0f);
 }
 

@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
-#include "core/crc32_file.h"
 #include "tests/support/byte_writer.h"
 #include "tests/support/test_folder.h"
 
@@ -27,11 +27,7 @@ void Store(const CString& path, const std::vector<u8>& bytes) {
 }
 
 /// The bytes with their right checksum behind them.
-std::vector<u8> Sealed(CByteWriter writer) {
-    CCalcCRC32File sum;
-    sum.Write(writer.bytes.data(), static_cast<u32>(writer.bytes.size()));
-    return writer.U32(sum.GetCRC()).bytes;
-}
+std::vector<u8> Sealed(CByteWriter writer) { return writer.U32(test::BitwiseCRC(writer.bytes)).bytes; }
 
 CByteWriter Head(u32 version, u32 size, u32 type, u32 width, u32 height) {
     CByteWriter writer;
@@ -40,23 +36,14 @@ CByteWriter Head(u32 version, u32 size, u32 type, u32 width, u32 height) {
 }
 
 TEST(NormFile, HasTheDescribedBytes) {
-    // The example of docs/formats/norm_file.md.
-    const u8 expected[] = {
-        0x4F, 0x56, 0x49, 0x58, 0x4E, 0x4F, 0x52, 0x4D,  // "OVIXNORM"
-        0x00, 0x00, 0x01, 0x00,                          // version 0x10000
-        0x14, 0x00, 0x00, 0x00,                          // 20 bytes of content
-        0x01, 0x00, 0x00, 0x00,                          // an offset table
-        0x02, 0x00, 0x00, 0x00,                          // width 2
-        0x01, 0x00, 0x00, 0x00,                          // height 1
-        0x03, 0x00, 0x00, 0x00,                          // preset 3
-        0xF6, 0xFF, 0x2C, 0x01,                          // -10, 300
-        0xC4, 0xB0, 0x55, 0x1D,                          // CRC-32
-    };
+    // The example of docs/formats/norm_file.md: an offset table of 2 by 1 for preset 3.
+    const std::vector<u8> expected = Sealed(Head(0x10000, 20, 1, 2, 1).U16(0x10000 - 10).U16(300));
+    const u8 crc[] = {0xC4, 0xB0, 0x55, 0x1D};
+    EXPECT_TRUE(std::equal(std::begin(crc), std::end(crc), expected.end() - 4));
     const CTestFolder folder;
     const i16 offsets[] = {-10, 300};
     ASSERT_TRUE(CNormFile::SaveOffsetTable(FileSystem, folder.Path("a"), 2, 1, 3, offsets));
-    const std::vector<u8> bytes = BytesOf(folder.Path("a"));
-    EXPECT_EQ(bytes, std::vector<u8>(std::begin(expected), std::end(expected)));
+    EXPECT_EQ(BytesOf(folder.Path("a")), expected);
 }
 
 TEST(NormFile, ReadsBackEveryTable) {

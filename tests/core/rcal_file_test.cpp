@@ -2,24 +2,19 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 #include <vector>
 
-#include "core/crc32_file.h"
 #include "core/mem_file.h"
 #include "tests/support/byte_writer.h"
 
 namespace ovix {
 namespace {
 
+using test::BitwiseCRC;
 using test::CByteWriter;
 using Numbers = TArray<double>;
-
-u32 CrcOf(const std::vector<u8>& bytes) {
-    CCalcCRC32File sum;
-    sum.Write(bytes.data(), static_cast<u32>(bytes.size()));
-    return sum.GetCRC();
-}
 
 /// A record spelled from its description: preset 0 is given, the others are empty.
 std::vector<u8> Record(double low, double high, const CByteWriter& preset0) {
@@ -28,7 +23,7 @@ std::vector<u8> Record(double low, double high, const CByteWriter& preset0) {
     for (int preset = 1; preset < 8; ++preset) content.Zeros(36);
     CByteWriter record;
     record.Text("OVIXRCAL", 8).U32(0x10000).U32(content.bytes.size()).Append(content);
-    return record.U32(CrcOf(record.bytes)).bytes;
+    return record.U32(BitwiseCRC(record.bytes)).bytes;
 }
 
 bool Load(CRCalFile& calibration, const std::vector<u8>& bytes, u64* left = nullptr) {
@@ -57,30 +52,14 @@ CByteWriter FullPreset() {
 }
 
 TEST(RCalFile, HasTheDescribedBytes) {
-    // The example of docs/formats/rcal_file.md; presets 1 to 7 are 252 zeros before the last four bytes.
-    const u8 head[] = {
-        0x4F, 0x56, 0x49, 0x58, 0x52, 0x43, 0x41, 0x4C,  // "OVIXRCAL"
-        0x00, 0x00, 0x01, 0x00,                          // version 0x10000
-        0x5C, 0x01, 0x00, 0x00,                          // 348 bytes of content
-        0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x08, 0x40,  // 3.0
-        0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x14, 0x40,  // 5.0
-        0x01, 0x00, 0x00, 0x00,                          // order 1
-        0x02, 0x00, 0x00, 0x00,                          // two coefficients
-        0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xE0, 0xBF,  // -0.5
-        0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xD0, 0x3F,  // 0.25
-        0x00, 0x00, 0x00, 0x00,                          // no temperature polynomial
-        0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,  // no table
-        0x03, 0x00, 0x00, 0x00,                          // a background for each pixel
-        0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,  // no value
-        0x01, 0x00, 0x00, 0x00,                          // one image
-        0x02, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00,  // of 2 by 1
-        0x02, 0x00, 0x00, 0x00,                          // two values
-        0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xF0, 0x3F,  // 1.0
-        0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x40,  // 2.0
-    };
-    std::vector<u8> expected(std::begin(head), std::end(head));
-    expected.resize(expected.size() + 252);
-    for (const u8 byte : {u8{0x00}, u8{0xA4}, u8{0x3D}, u8{0xEA}}) expected.push_back(byte);
+    // The example of docs/formats/rcal_file.md: a polynomial of order 1, no temperatures, one background of 2 by 1.
+    CByteWriter preset;
+    preset.U32(1).U32(2).F64(-0.5).F64(0.25).U32(0).U32(0).U32(0);
+    preset.U32(3).F64(0).U32(1).U32(2).U32(1).U32(2).F64(1).F64(2);
+    const std::vector<u8> expected = Record(3, 5, preset);
+    EXPECT_EQ(expected.size(), 16u + 348 + 4);
+    const u8 crc[] = {0x00, 0xA4, 0x3D, 0xEA};
+    EXPECT_TRUE(std::equal(std::begin(crc), std::end(crc), expected.end() - 4));
 
     CRCalFile calibration;
     EXPECT_TRUE(calibration.SetBandpass(3, 5) && calibration.SetPolynomial(0, 1, {-0.5, 0.25}) &&
@@ -114,7 +93,7 @@ TEST(RCalFile, ReadsBackEveryField) {
     EXPECT_FALSE(calibration.GetBackgroundValue(0, value));
     EXPECT_TRUE(calibration.GetBackgroundFile(0, 2, 1, background) && background[1] == 101);
     EXPECT_TRUE(calibration.GetBackgroundFileCRC(0, 2, 1, crc));
-    EXPECT_EQ(crc, CrcOf(CByteWriter().F64(100).F64(101).bytes));
+    EXPECT_EQ(crc, BitwiseCRC(CByteWriter().F64(100).F64(101).bytes));
     EXPECT_FALSE(calibration.GetBackgroundFileCRC(0, 1, 2, crc));
     EXPECT_TRUE(calibration.GetBandpass(low, high) && low == 3 && high == 5);
 }

@@ -14,6 +14,7 @@
 namespace ovix::reduce {
 namespace {
 
+using test::BitwiseCRC;
 using test::CByteWriter;
 
 constexpr GUID kFileType = "{9C3C13F6-1A10-49C5-86C9-ACF8A928DCC6}"_guid;
@@ -23,16 +24,6 @@ constexpr GUID kCorrection = "{4AD3EFCE-D157-4203-BFC2-3979EE047FE4}"_guid;
 constexpr GUID kNobodys = "{00000001-0002-0003-0405-060708090A0B}"_guid;
 constexpr u64 kOpenEnd = ~u64{0};
 
-/// The reflected CRC-32, a bit at a time.
-u32 Crc(const std::vector<u8>& bytes) {
-    u32 crc = ~u32{0};
-    for (const u8 byte : bytes) {
-        crc ^= byte;
-        for (int bit = 0; bit < 8; ++bit) crc = (crc >> 1) ^ (crc & 1 ? 0xEDB88320u : 0);
-    }
-    return ~crc;
-}
-
 CByteWriter Header(std::string_view name, GUID id, u32 version, u8 preset, u32 flags, u64 size, u32 crc) {
     CByteWriter w;
     return w.Text(name, 32).Guid(id).U32(version).U8(preset).U64(~u64{0}).U32(flags).U64(size).U32(crc);
@@ -41,7 +32,7 @@ CByteWriter FileHeader() { return Header("QUOR KRT-LM File", kFileType, 4096, 25
 CByteWriter PixelsHeaderOnly() { return Header("Pixels", kNobodys, 0x10001, 255, 1, kOpenEnd, 0); }
 CByteWriter Block(std::string_view name, GUID id, u32 version, const CByteWriter& data, u8 preset = 255,
                   u32 flags = 3) {
-    return Header(name, id, version, preset, flags, data.bytes.size(), Crc(data.bytes)).Append(data);
+    return Header(name, id, version, preset, flags, data.bytes.size(), BitwiseCRC(data.bytes)).Append(data);
 }
 CByteWriter FovRecord(double h, double v) { return CByteWriter().U32(64).U32(0x10001).F64(h).F64(v).PadTo(64); }
 CByteWriter FovBlock(double h, double v) { return Block("FOV", kFov, 0x10001, FovRecord(h, v)); }
@@ -179,7 +170,7 @@ TEST(InfoFile, BlockHeadersOfObjectsAndBuffers) {
     ASSERT_TRUE(InitInfoFileBlock(block, MakeShared<CFOVReduceObject>()));
     EXPECT_EQ(block.flags, 2u);
     EXPECT_EQ(block.size, 64u);
-    EXPECT_EQ(block.crc, Crc(FovRecord(0, 0).bytes));
+    EXPECT_EQ(block.crc, BitwiseCRC(FovRecord(0, 0).bytes));
     EXPECT_EQ(block.dataOffset, 0u);
 
     u8 buffer[77 + 1];

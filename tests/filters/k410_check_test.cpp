@@ -50,14 +50,13 @@ TEST(K410Check, EveryTruncationIsSeen) {
 }
 
 TEST(K410Check, FaultsOfTheContainer) {
-    struct SCase {
+    const struct {
         const char* name;
         std::function<void(SK410Container&)> change;
         u64 offset;  ///< from the container's start
         const wchar_t* expected;
         const wchar_t* found;
-    };
-    const SCase cases[] = {
+    } cases[] = {
         {"signature", [](auto& c) { c.signature = 0x014D4B4D; }, 0, L"0x004D4B4D", L"0x014D4B4D"},
         {"first entry", [](auto& c) { c.firstEntry = 33; }, 64, L"32 (the camera record", L"33"},
         {"second entry", [](auto& c) { c.secondEntry = 0x101; }, 96, L"1 (the pixels", L"257"},
@@ -65,7 +64,7 @@ TEST(K410Check, FaultsOfTheContainer) {
         {"wrapping offset", [](auto& c) { c.recordOffset = 0xFFFFFFF0; }, 0xFFFFFFF0, L"the camera record", L"the end"},
         {"record size", [](auto& c) { c.recordOffset = 2548, c.recordSize = 9; }, 2548, L"(9 bytes)", L"the end"},
     };
-    for (const SCase& c : cases) {
+    for (const auto& c : cases) {
         SK410Container container;
         c.change(container);
         const Bytes stream = EncodeJpegLs(Ramp(kPixels, 14), kWidth, kHeight);

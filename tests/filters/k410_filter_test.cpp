@@ -37,6 +37,11 @@ class CK410Test : public ::testing::Test {
     TSharedPtr<CFrameInfoReduceObject> Info() { return objects.Get<CFrameInfoReduceObject>(0, false); }
     TSharedPtr<CCurlewCameraInfoReduceObject> Camera() { return objects.Get<CCurlewCameraInfoReduceObject>(-1, false); }
     TSharedPtr<CCurlewFactoryCalReduceObject> Cal() { return objects.Get<CCurlewFactoryCalReduceObject>(0, false); }
+    /// In the order of the record.
+    static std::vector<float> Scene(const CObjectParametersReduceObject& p) {
+        return {p.emissivity,    p.distance,       p.reflectedTemp,   p.atmosphereTemp,
+                p.extOpticsTemp, p.extOpticsTrans, p.atmosphereTrans, p.relativeHumidity};
+    }
     /// Between the last `Parse` and now.
     bool IsNow(const CDateTime& time) const {
         return time.GetTimestamp() >= before.GetTimestamp() && time.GetTimestamp() <= CDateTime().GetTimestamp();
@@ -48,15 +53,14 @@ class CK410Test : public ::testing::Test {
 };
 
 TEST_F(CK410Test, InfraredFormsGivePixelsNumberAndTime) {
-    struct SCase {
+    // A fresh decoder has counted no frame; a digital header holds no time.
+    const struct {
         const char* name;
         GUID type;
         bool digital, pixelsSwapped, recordSwapped;
         u64 frameNumber;
         bool timeIsNow;
-    };
-    // A fresh decoder has counted no frame; a digital header holds no time.
-    const SCase cases[] = {
+    } cases[] = {
         {"F7M0 plain", kK410F7M0, false, false, false, 0x1234, false},
         {"F7M0 digital", kK410F7M0, true, false, false, 0x5678, true},
         {"F7M0 swapped record", kK410F7M0, false, false, true, 0x1234, false},
@@ -68,7 +72,7 @@ TEST_F(CK410Test, InfraredFormsGivePixelsNumberAndTime) {
         {"flipped", kK410GigEFlipped, false, false, false, 0x1234, false},
         {"flipped, swapped pixels", kK410GigEFlipped, true, true, true, 0x5678, true},
     };
-    for (const SCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         filter = filterFactory()->CreateForPixelType(c.type);
         const std::vector<u16> pixels = Ramp(kPixels);
@@ -131,9 +135,7 @@ TEST_F(CK410Test, RecordFillsParametersCalibrationAndArchive) {
         EXPECT_FALSE(p.valid);
         EXPECT_EQ(p.parameterMask, 255u);
         EXPECT_EQ(p.estimatedAtmosphereTrans, 0.75f);
-        const float scene[] = {p.emissivity,    p.distance,       p.reflectedTemp,   p.atmosphereTemp,
-                               p.extOpticsTemp, p.extOpticsTrans, p.atmosphereTrans, p.relativeHumidity};
-        for (u32 i = 0; i < 8; ++i) EXPECT_EQ(scene[i], floatAt(32 + 4 * i)) << i;
+        for (u32 i = 0; i < 8; ++i) EXPECT_EQ(Scene(p)[i], floatAt(32 + 4 * i)) << i;
 
         const CCurlewFactoryCalReduceObject& c = *Cal();
         EXPECT_TRUE(c.valid);
@@ -164,35 +166,17 @@ TEST_F(CK410Test, RecordFillsParametersCalibrationAndArchive) {
 
 /// A GigE frame of 2 x 1 pixels in the digital form with a record of 64 bytes, the smallest that gives all parameters.
 TEST_F(CK410Test, FrameByBytes) {
-    const Bytes frame = Join({
-        {0x34, 0x12, 0x78, 0x56},  // 0: pixels 0x1234, 0x5678
-        {0, 0, 2},                 // 4: digital header; mark 2
-        Bytes(7),                  // 7: unread
-        {3, 0, 0xAB, 0xCD},        // 14: inputs 3 and 0; counter 0xABCD, big-endian
-        Bytes(18),                 // 18: unread
-        {0x4D, 0x4B, 0x4D, 0x00},  // 36: "MKM"
-        Bytes(60),                 // 40: unread
-        {32, 0},                   // 100: the first entry is the record
-        Bytes(10),                 // 102: unread
-        {100, 0, 0, 0},            // 112: which starts 100 bytes behind the "MKM"
-        {64, 0, 0, 0},             // 116: and has 64 bytes
-        Bytes(12),                 // 120: unread
-        {1, 0},                    // 132: the second entry is the pixels
-        {1, 0},                    // 134: which are swapped
-        {2, 0},                    // 136: record; native byte order
-        {2, 0, 1, 0},              // 138: width 2, height 1
-        Bytes(18),                 // 142: unread
-        {0x11, 0x22},              // 160: the record's own counter, which is not used
-        Bytes(6),                  // 162: unread
-        {0, 0, 0x40, 0x3F},        // 168: emissivity 0.75
-        {0, 0, 0x20, 0x41},        // 172: distance 10
-        {0, 0, 0x96, 0x43},
-        {0, 0, 0x95, 0x43},  // 176: reflected 300 K, atmosphere 298 K
-        {0, 0, 0x94, 0x43},  // 184: external optics 296 K
-        {0, 0, 0x00, 0x3F},
-        {0, 0, 0x80, 0x3E},  // 188: transmissions 0.5 and 0.25
-        {0, 0, 0x00, 0x3E},  // 196: humidity 0.125
-    });
+    const float scene[] = {0.75f, 10, 300, 298, 296, 0.5f, 0.25f, 0.125f};
+    CByteWriter w;
+    w.U16(0x1234).U16(0x5678);                                 // the pixels
+    w.PadTo(6).U8(2).PadTo(14).U8(3).U8(0).U8(0xAB).U8(0xCD);  // digital header: mark; inputs, counter, big-endian
+    w.PadTo(36).U32(0x4D4B4D).PadTo(100).U16(32);              // container; its first entry is the record,
+    w.PadTo(112).U32(100).U32(64);                             // 100 bytes behind its start, of 64 bytes
+    w.PadTo(132).U16(1).U16(1);                                // the second entry: the pixels, which are swapped
+    w.PadTo(136).U16(2).U16(2).U16(1).PadTo(160).U16(0x2211);  // record: order, size; a counter that is not used
+    w.PadTo(168);
+    for (const float value : scene) w.F32(value);
+    const Bytes& frame = w.bytes;
     ASSERT_EQ(frame.size(), 200u);
     ASSERT_TRUE(CheckFrame(L"K410", frame.data(), kK410GigE, 2, 1, 200));
     std::vector<u16> pixels(2);
@@ -200,15 +184,8 @@ TEST_F(CK410Test, FrameByBytes) {
     EXPECT_EQ(pixels, (std::vector<u16>{0x3412, 0x7856}));
     EXPECT_EQ(Info()->frameNumber, 0xABCDu);
     EXPECT_TRUE(Info()->GetValue(L"DigitalIn1") == L"3" && Info()->GetValue(L"Mark") == L"2");
-    const auto p = objects.GetObjectParameters(false);
-    EXPECT_EQ(p->emissivity, 0.75f);
-    EXPECT_EQ(p->distance, 10.0f);
-    EXPECT_EQ(p->reflectedTemp, 300.0f);
-    EXPECT_EQ(p->atmosphereTemp, 298.0f);
-    EXPECT_EQ(p->extOpticsTemp, 296.0f);
-    EXPECT_EQ(p->extOpticsTrans, 0.5f);
-    EXPECT_EQ(p->atmosphereTrans, 0.25f);
-    EXPECT_EQ(p->relativeHumidity, 0.125f);
+    const std::vector<float> found = Scene(*objects.GetObjectParameters(false));
+    EXPECT_TRUE(std::equal(found.begin(), found.end(), scene));
     EXPECT_EQ(std::count(Camera()->record + 64, Camera()->record + 2428, 0), 2364);  // what did not come is zero
 }
 
@@ -262,16 +239,15 @@ TEST_F(CK410Test, CompressedFrames) {
 
 TEST_F(CK410Test, VideoFrames) {
     // From the formula by hand: black, white, pure red of the studio range, and values beyond both ends.
-    struct SColour {
+    const struct {
         u8 y, u, v;
         u8 rgb[3];
-    };
-    const SColour colours[] = {
+    } colours[] = {
         {16, 128, 128, {0, 0, 0}}, {235, 128, 128, {255, 255, 255}}, {82, 90, 240, {255, 1, 0}},
         {0, 128, 128, {0, 0, 0}},  {255, 255, 255, {255, 125, 255}}, {126, 120, 134, {138, 126, 112}},
         {0, 0, 0, {0, 135, 0}},
     };
-    for (const SColour& c : colours) {
+    for (const auto& c : colours) {
         SCOPED_TRACE(int{c.y});
         for (const bool uyvy : {false, true}) {
             // Three pixels: of the odd one nothing is written.
@@ -304,13 +280,12 @@ TEST_F(CK410Test, RefusalsLeaveTheFourObjects) {
         change(container);
         return PlainFrame(Ramp(kPixels), container);
     };
-    struct SCase {
+    const struct {
         const char* name;
         Bytes frame;
         GUID type;
         EDataType dest;
-    };
-    const SCase cases[] = {
+    } cases[] = {
         {"a type of nobody", good, rootIRType, UInt16},
         {"infrared to colours", good, kK410F7M0, Opaque},
         {"compressed to floats", CompressedFrame(Bytes(40), {}), kK410MJLS, Flt32},
@@ -319,7 +294,7 @@ TEST_F(CK410Test, RefusalsLeaveTheFourObjects) {
         {"no record entry", changed([](auto& c) { c.firstEntry = 31; }), kK410GigE, UInt16},
         {"no pixels entry", changed([](auto& c) { c.secondEntry = 0; }), kK410GigE, UInt16},
     };
-    for (const SCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         objects.Reset();
         std::vector<u16> dest(2 * kPixels, 7);
@@ -358,13 +333,12 @@ TEST_F(CK410Test, LightOperations) {
     ASSERT_TRUE(ParseMetadata(plain, kK410F7M0));  // so that the decoder's own counter is 1
     // Read in place, the swapped record's numbers stay swapped: 0x6553F100 s and 0x000000FA ms.
     constexpr i64 kSwappedTime = ((0x00F15365LL + 11644473600LL) * 1000 + 0xFA000000LL) * 10000, kNow = 0, kFails = -1;
-    struct SCase {
+    const struct {
         Bytes frame;
         GUID type;
         u64 counter;
         i64 time, basicTime;
-    };
-    const SCase cases[] = {
+    } cases[] = {
         {plain, kK410F7M0, 0x1234, kRecordTime, kRecordTime},
         {plain, kK410GigE, 0x1234, kNow, kRecordTime},
         {plain, kK410GigEFlipped, 0x1234, kNow, kRecordTime},
@@ -378,7 +352,7 @@ TEST_F(CK410Test, LightOperations) {
         {Bytes(3000), kK410BGR, 1, kNow, kNow},
         {Bytes(3000), rootIRType, 1, kNow, kNow},
     };
-    for (const SCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.counter << " case " << &c - cases);
         Bytes frame = c.frame;
         const u32 size = static_cast<u32>(frame.size());

@@ -37,12 +37,11 @@ class CK410RecordingTest : public ::testing::Test {
 };
 
 TEST_F(CK410RecordingTest, DigitalTriggers) {
-    struct SCase {
+    const struct {
         SK410DigitalHeader header;
         u8 field;
         bool triggered;
-    };
-    const SCase cases[] = {
+    } cases[] = {
         {{.mark = 3, .in1 = 0, .in2 = 1}, 0, false},
         {{.in1 = 1}, 0, true},
         {{.in1 = 1}, 1, false},
@@ -52,7 +51,7 @@ TEST_F(CK410RecordingTest, DigitalTriggers) {
         {{.mark = 0xFC}, 2, false},
         {{.mark = 3, .in1 = 1, .in2 = 1}, 3, false},
     };
-    for (const SCase& c : cases) {
+    for (const auto& c : cases) {
         const Bytes frame = DigitalFrame(Ramp(kPixels), c.header, {});
         for (const GUID& type : {kK410F7M0, kK410FNM0, kK410GigE}) {
             EXPECT_EQ(Trigger(frame, type, c.field), (STrigger{true, c.triggered})) << &c - cases;
@@ -71,16 +70,15 @@ TEST_F(CK410RecordingTest, MarkCounterTriggersWhenItRises) {
         container.record.swapped = swapped;
         return PlainFrame(Ramp(kPixels), container);
     };
-    struct SStep {
+    const struct {
         u32 mark;
         u8 field;
         bool triggered;
-    };
-    const SStep steps[] = {{7, 2, false}, {7, 2, false},         {8, 2, true},  {9, 1, false},
-                           {9, 2, false}, {0xFFFFFFFF, 2, true}, {0, 2, false}, {1, 2, true}};
+    } steps[] = {{7, 2, false}, {7, 2, false},         {8, 2, true},  {9, 1, false},
+                 {9, 2, false}, {0xFFFFFFFF, 2, true}, {0, 2, false}, {1, 2, true}};
     for (const bool swapped : {false, true}) {
         filter = filterFactory()->Create(L"K410");
-        for (const SStep& step : steps) {
+        for (const auto& step : steps) {
             EXPECT_EQ(Trigger(frame(step.mark, swapped), kK410FNM0, step.field), (STrigger{true, step.triggered}));
         }
     }
@@ -95,15 +93,14 @@ TEST_F(CK410RecordingTest, PacketsAreCutIntoFrames) {
     const std::vector<u16> images = Ramp(3 * kPixels);
     const SK410DigitalHeader header{.counter = 0x9234};
     const Bytes digital = header.Make(), container = SK410Container().Make();
-    struct SCase {
+    const struct {
         const char* name;
         GUID type;
         u16 count, index;
         Bytes tail;
         u32 counter;  ///< expected in the header, when there is one
         bool stored;
-    };
-    const SCase cases[] = {
+    } cases[] = {
         {"two of two", kK410GigE, 2, 1, Join({digital, container}), 0x2469, true},
         {"one of two", kK410F7M0, 2, 0, Join({digital, container}), 0x2468, true},
         {"three keep theirs", kK410GigE, 3, 1, Join({digital, container}), 0x9234, true},
@@ -115,7 +112,7 @@ TEST_F(CK410RecordingTest, PacketsAreCutIntoFrames) {
         {"neither form", kK410GigE, 3, 2, Bytes(40), 0, false},
         {"no tail", kK410F7M0, 3, 2, {}, 0, false},
     };
-    for (const SCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         std::vector<u16> packet(images.begin(), images.begin() + c.count * kPixels);
         const Bytes source = Join({PixelBytes(packet), c.tail});
@@ -134,18 +131,17 @@ TEST_F(CK410RecordingTest, StoreFrameKeepsItsBounds) {
     const Bytes tail = SK410Container().Make();
     const Bytes packet = Join({PixelBytes(Ramp(2 * kPixels)), tail});
     const std::size_t whole = kImage + tail.size();
-    struct SCase {
+    const struct {
         const char* name;
         std::size_t sourceSize, destSize;
         u16 count, index;
-    };
-    const SCase cases[] = {
+    } cases[] = {
         {"destination too small", packet.size(), whole - 1, 2, 1},
         {"index beyond the packet", packet.size(), whole, 2, 2},
         {"source too small", 2 * kImage - 1, whole, 2, 0},
         {"more images than there are", packet.size(), packet.size(), 60000, 0},
     };
-    for (const SCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         Bytes dest(c.destSize, 0xEE);
         EXPECT_FALSE(Store(Bytes(packet.begin(), packet.begin() + static_cast<long>(c.sourceSize)), kK410GigE, c.count,

@@ -7,9 +7,7 @@
 namespace ovix::reduce {
 namespace {
 
-using test::CByteWriter;
-using test::FileOf;
-using test::SavedBytes;
+using namespace test;
 
 CByteWriter FOVRecord(u32 version) {
     CByteWriter bytes;

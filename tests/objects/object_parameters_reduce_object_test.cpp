@@ -9,9 +9,7 @@
 namespace ovix::reduce {
 namespace {
 
-using test::CByteWriter;
-using test::FileOf;
-using test::SavedBytes;
+using namespace test;
 
 /// Nine different values in the order of the record.
 void Fill(CByteWriter& bytes) {
@@ -24,37 +22,31 @@ CByteWriter ParametersRecord(u32 version) {
     bytes.U32(0x12345678).PadTo(96);
     return bytes;
 }
-void ExpectFilled(const CObjectParametersReduceObject& object) {
-    EXPECT_TRUE(object.fromSource);
-    EXPECT_EQ(object.emissivity, 0.95f);
-    EXPECT_EQ(object.distance, 3.5f);
-    EXPECT_EQ(object.reflectedTemp, 290.0f);
-    EXPECT_EQ(object.atmosphereTemp, 291.0f);
-    EXPECT_EQ(object.extOpticsTemp, 292.0f);
-    EXPECT_EQ(object.extOpticsTrans, 0.9f);
-    EXPECT_EQ(object.atmosphereTrans, 0.8f);
-    EXPECT_EQ(object.estimatedAtmosphereTrans, 0.7f);
-    EXPECT_EQ(object.relativeHumidity, 0.6f);
-    EXPECT_EQ(object.parameterMask, 0x12345678u);
+void ExpectFilled(const CObjectParametersReduceObject& o) {
+    EXPECT_TRUE(o.fromSource);
+    const float expected[] = {0.95f, 3.5f, 290.0f, 291.0f, 292.0f, 0.9f, 0.8f, 0.7f, 0.6f};
+    const float found[] = {o.emissivity,      o.distance,       o.reflectedTemp,   o.atmosphereTemp,
+                           o.extOpticsTemp,   o.extOpticsTrans, o.atmosphereTrans, o.estimatedAtmosphereTrans,
+                           o.relativeHumidity};
+    for (u32 i = 0; i < std::size(found); ++i) EXPECT_EQ(found[i], expected[i]) << i;
+    EXPECT_EQ(o.parameterMask, 0x12345678u);
 }
 
-TEST(ObjectParameters, RecordIsReadAndWrittenAsSpelled) {
+TEST(ObjectParameters, RecordAndOldStream) {
     const CByteWriter record = ParametersRecord(0x10001);
     CObjectParametersReduceObject object;
     ASSERT_TRUE(object.Load(FileOf(record), 0x10001, 0));
     ExpectFilled(object);
     EXPECT_EQ(SavedBytes(object), record.bytes);
-}
 
-TEST(ObjectParameters, OldStream) {
-    CByteWriter bytes;
-    bytes.U8(7);  // any byte but 0 is true
-    Fill(bytes);
-    bytes.U32(0x12345678);
-    CObjectParametersReduceObject object;
-    ASSERT_TRUE(object.Load(FileOf(bytes), 0x10000, 0));
-    ExpectFilled(object);
-    EXPECT_FALSE(object.Load(FileOf(bytes, bytes.bytes.size() - 1), 0x10000, 0));
+    CByteWriter stream;
+    stream.U8(7);  // any byte but 0 is true
+    Fill(stream);
+    stream.U32(0x12345678);
+    CObjectParametersReduceObject old;
+    ASSERT_TRUE(old.Load(FileOf(stream), 0x10000, 0));
+    ExpectFilled(old);
+    EXPECT_FALSE(old.Load(FileOf(stream, stream.bytes.size() - 1), 0x10000, 0));
 }
 
 TEST(ObjectParameters, RecordsThatLieChangeNothing) {
@@ -90,11 +82,10 @@ TEST(ObjectParameters, EqualsLooksAtWhatGoesIntoAModel) {
     b.parameterMask = 1;
     b.preset = 3;
     EXPECT_TRUE(a.Equals(&b));
-    for (float CObjectParametersReduceObject::*const field :
-         {&CObjectParametersReduceObject::emissivity, &CObjectParametersReduceObject::distance,
-          &CObjectParametersReduceObject::reflectedTemp, &CObjectParametersReduceObject::atmosphereTemp,
-          &CObjectParametersReduceObject::extOpticsTemp, &CObjectParametersReduceObject::extOpticsTrans,
-          &CObjectParametersReduceObject::atmosphereTrans, &CObjectParametersReduceObject::relativeHumidity}) {
+    using CParameters = CObjectParametersReduceObject;
+    for (const auto field : {&CParameters::emissivity, &CParameters::distance, &CParameters::reflectedTemp,
+                             &CParameters::atmosphereTemp, &CParameters::extOpticsTemp, &CParameters::extOpticsTrans,
+                             &CParameters::atmosphereTrans, &CParameters::relativeHumidity}) {
         CObjectParametersReduceObject c;
         c.*field += 1e-4f;
         EXPECT_FALSE(a.Equals(&c));

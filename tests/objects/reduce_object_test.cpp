@@ -80,16 +80,6 @@ TEST(ReduceObject, ResetKeepsThePlaceAndDuplicateTheVersionOfTheClass) {
     }
 }
 
-/// The CRC of zip and Ethernet, bit by bit.
-u32 BitwiseCRC(const std::vector<u8>& bytes) {
-    u32 crc = ~0u;
-    for (const u8 byte : bytes) {
-        crc ^= byte;
-        for (int bit = 0; bit < 8; ++bit) crc = (crc >> 1) ^ (crc & 1 ? 0xEDB88320u : 0u);
-    }
-    return ~crc;
-}
-
 TEST(ReduceObject, ChecksumCoversWhatSaveWrites) {
     CSourceInfoReduceObject info;
     info.width = 640;
@@ -98,7 +88,7 @@ TEST(ReduceObject, ChecksumCoversWhatSaveWrites) {
         u64 size = 0;
         ASSERT_TRUE(info.CalcCRC(crc, size, 0));
         EXPECT_EQ(size, 2048u);
-        EXPECT_EQ(crc, BitwiseCRC(test::SavedBytes(info)));
+        EXPECT_EQ(crc, test::BitwiseCRC(test::SavedBytes(info)));
     }
     CFrameInfoReduceObject transient;
     u32 crc = 1;

@@ -9,9 +9,7 @@
 namespace ovix::reduce {
 namespace {
 
-using test::CByteWriter;
-using test::FileOf;
-using test::SavedBytes;
+using namespace test;
 
 constexpr GUID kPixelType = "{01020304-0506-0708-090A-0B0C0D0E0F10}"_guid;
 

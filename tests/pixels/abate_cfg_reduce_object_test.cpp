@@ -8,9 +8,7 @@
 namespace ovix::reduce {
 namespace {
 
-using test::CByteWriter;
-using test::FileOf;
-using test::SavedBytes;
+using namespace test;
 
 /// A block whose step s is preset `order[s]`, with the thresholds 100 + preset and 200 + preset.
 CByteWriter Block(std::initializer_list<u8> order, u32 version, u8 enabled = 1) {

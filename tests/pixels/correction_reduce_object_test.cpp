@@ -9,9 +9,7 @@
 namespace ovix::reduce {
 namespace {
 
-using test::CByteWriter;
-using test::FileOf;
-using test::SavedBytes;
+using namespace test;
 
 constexpr u8 kAll = CorrectionGain | CorrectionOffset | CorrectionBadPixels;
 

@@ -7,23 +7,13 @@
 #include "core/visit.h"
 #include "reduce/pixels/stats_calculator.h"
 #include "support/forms.h"
+#include "support/pixel_reference.h"
 #include "support/stats_fields.h"
 
 namespace ovix::reduce {
 namespace {
 
-using test::EForm;
-using test::ExpectSame;
-using test::Held;
-using test::SForms;
-
-/// The table place of a pixel: limited, rounded half away from zero.
-template <class T>
-u32 Place(T pixel, u16 lower, u16 upper) {
-    const float x = static_cast<float>(pixel);
-    if (std::isnan(x)) return 0;
-    return static_cast<u32>(std::lround(std::min<float>(std::max<float>(x, lower), upper)));
-}
+using namespace test;
 
 TEST(GetStatsLUT, IsTheCalculatorOverTheTables) {
     const SForms forms;
@@ -67,7 +57,7 @@ TEST(GetStatsLUT, IsTheCalculatorOverTheTables) {
             CStatsCalculator calculator(expected);
             calculator.Start();
             for (const u32 i : forms.Visited(which)) {
-                const u32 place = Place(frame[i], kLower, kUpper);
+                const u32 place = test::Place(static_cast<float>(frame[i]), kLower, kUpper);
                 const u8 p = map ? map[i] : u8{0};
                 calculator.AddData(values[p][place], flags[p][place], static_cast<int>(i % forms.width),
                                    static_cast<int>(i / forms.width));

@@ -14,10 +14,7 @@
 namespace ovix::reduce {
 namespace {
 
-using test::EForm;
-using test::ExpectSame;
-using test::Held;
-using test::SForms;
+using namespace test;
 
 /// One pixel as a route visits it.
 struct SVisit {

@@ -24,12 +24,14 @@ double Trapezoid(double celsius, int lowHundredths, int highHundredths, double s
 }
 
 TEST(Radiance, SumsPlanckOverTheBand) {
-    struct SCase {
+    const struct {
         double celsius, low, high, scale;
         int lowHundredths, highHundredths;
-    };
-    for (const SCase& c : {SCase{25, 8.001, 12.005, 1, 800, 1200}, SCase{-40, 7.506, 13.009, 0.93, 750, 1300},
-                           SCase{1200, 3.001, 5.003, 1, 300, 500}, SCase{0, 10.001, 10.012, 2, 1000, 1001}}) {
+    } cases[] = {{25, 8.001, 12.005, 1, 800, 1200},
+                 {-40, 7.506, 13.009, 0.93, 750, 1300},
+                 {1200, 3.001, 5.003, 1, 300, 500},
+                 {0, 10.001, 10.012, 2, 1000, 1001}};
+    for (const auto& c : cases) {
         const double expected = Trapezoid(c.celsius, c.lowHundredths, c.highHundredths, c.scale);
         EXPECT_NEAR(Radiance(c.celsius, c.low, c.high, c.scale), expected, expected * 1e-9) << c.celsius;
     }
@@ -43,15 +45,11 @@ TEST(Radiance, AnEmptyBandGivesNothing) {
 
 TEST(Radiance, ScalarOrders) {
     const double a[] = {10, 3, 0.5, 0.25, 0.125, 2, 1};
-    struct SCase {
-        int order;
-        double expected;
-    };
     // Count 5, background 1, scale 2.
-    for (const SCase& c :
-         {SCase{0, 10}, SCase{1, 50}, SCase{2, 75}, SCase{3, 137.5}, SCase{4, 293.75}, SCase{5, 293.75 + 2 * 2 * 3125},
-          SCase{6, 293.75 + 2 * 2 * 3125 + 2 * 15625}, SCase{-1, 34}, SCase{-2, 44}}) {
-        EXPECT_DOUBLE_EQ(ToRadiance(5, a, c.order, 1, 2), c.expected) << c.order;
+    const std::pair<int, double> cases[] = {{0, 10},       {1, 50},       {2, 75},  {3, 137.5}, {4, 293.75},
+                                            {5, 12793.75}, {6, 44043.75}, {-1, 34}, {-2, 44}};
+    for (const auto& [order, expected] : cases) {
+        EXPECT_DOUBLE_EQ(ToRadiance(5, a, order, 1, 2), expected) << order;
     }
     EXPECT_EQ(ToRadiance(5, nullptr, 0, 0, 2), 10);
     const double square[] = {0, 0, 1};
@@ -101,17 +99,16 @@ TEST(Radiance, FillerChecksTheRoundedValue) {
 TEST(Radiance, LookupInvertsATable) {
     const double radiances[] = {1, 2, 6, 7, 20};
     const double temperatures[] = {-10, 0, 10, 40, 100};
-    struct SCase {
+    const struct {
         double temperature;
         ETempType type;
         double expected;
         bool inside;
-    };
-    for (const SCase& c :
-         {SCase{-10, Celsius, 1, true}, SCase{100, Celsius, 20, true}, SCase{10, Celsius, 6, true},
-          SCase{5, Celsius, 4, true}, SCase{-5, Celsius, 1.5, true}, SCase{70, Celsius, 13.5, true},
-          SCase{41, Fahrenheit, 4, true}, SCase{278.15, Kelvin, 4, true}, SCase{500.67, Rankine, 4, true},
-          SCase{-10.5, Celsius, 1, false}, SCase{100.5, Celsius, 20, false}, SCase{5, ETempType{9}, 4, true}}) {
+    } cases[] = {{-10, Celsius, 1, true},    {100, Celsius, 20, true},    {10, Celsius, 6, true},
+                 {5, Celsius, 4, true},      {-5, Celsius, 1.5, true},    {70, Celsius, 13.5, true},
+                 {41, Fahrenheit, 4, true},  {278.15, Kelvin, 4, true},   {500.67, Rankine, 4, true},
+                 {-10.5, Celsius, 1, false}, {100.5, Celsius, 20, false}, {5, ETempType{9}, 4, true}};
+    for (const auto& c : cases) {
         double radiance = -1;
         EXPECT_EQ(ToRadianceLookup(radiance, c.temperature, radiances, temperatures, 5, false, 2, c.type), c.inside);
         EXPECT_NEAR(radiance, 2 * c.expected, 1e-9) << c.temperature;

@@ -15,9 +15,7 @@
 namespace ovix::reduce {
 namespace {
 
-using test::EForm;
-using test::kForms;
-using test::SForms;
+using namespace test;
 
 constexpr int kPresets = 6;
 
@@ -105,11 +103,11 @@ void CheckAll(const SLaws& laws) {
     std::vector<S> source = Source<S>(forms.Count());
     const STypedData in{source.data(), DataTypeOf<S>()};
     std::vector<D> result;
-    const auto out = [&] {
+    /// `call(destination, form arguments...)` must give `expected(frame index, count, its bits where powers wrap)`.
+    const auto check = [&](EForm form, const std::string& what, bool wraps, const auto& call, const auto& expected) {
         result.assign(forms.Count() + 200, static_cast<D>(-12345));
-        return STypedData{result.data(), DataTypeOf<D>()};
-    };
-    const auto check = [&](EForm form, const std::string& what, bool wraps, const auto& expected) {
+        const STypedData out{result.data(), DataTypeOf<D>()};
+        ASSERT_TRUE(forms.Call(form, [&](auto... f) { return call(out, f...); })) << what;
         const std::vector<u32> visited = forms.Visited(form);
         const bool cut = wraps && std::is_integral_v<S> && (form == EForm::W || form == EForm::L);
         for (std::size_t n = 0; n < visited.size(); ++n) {
@@ -129,57 +127,58 @@ void CheckAll(const SLaws& laws) {
     for (const EForm form : kForms) {
         for (int order = -3; order <= 6; ++order) {
             const std::string what = "order " + std::to_string(order);
+            const auto ofOne = [&](u32, double c, auto b) { return Reference(a, order, c, b, 7.5, 2); };
+            const auto ofFrame = [&](u32 i, double c, auto b) { return Reference(a, order, c, b, frame[i], 2); };
             if constexpr (!std::is_same_v<S, u64>) {
-                ASSERT_TRUE(forms.Call(form, [&](auto... f) { return ToRadiance(out(), in, f..., a, order, 7.5, 2); }));
-                check(form, what, true, [&](u32, double c, auto b) { return Reference(a, order, c, b, 7.5, 2); });
-                ASSERT_TRUE(
-                    forms.Call(form, [&](auto... f) { return ToRadiance(out(), in, f..., a, order, frame, 2); }));
-                check(form, what + " backgrounds", true,
-                      [&](u32 i, double c, auto b) { return Reference(a, order, c, b, frame[i], 2); });
+                const auto call = [&](auto background) {
+                    return
+                        [=](STypedData out, auto... f) { return ToRadiance(out, in, f..., a, order, background, 2); };
+                };
+                check(form, what, true, call(7.5), ofOne);
+                check(form, what + " backgrounds", true, call(frame), ofFrame);
             }
-            SRadianceParams params{a, order, 7.5, nullptr};
-            const SCommonParams common{.radianceScale = 2};
-            ASSERT_TRUE(forms.Call(form, [&](auto... f) { return CountsToRadiance(in, out(), f..., params, common); }));
-            check(form, what + " record", false,
-                  [&](u32, double c, auto) { return Reference(a, order, c, {}, 7.5, 2); });
-            params.backgrounds = frame;
-            ASSERT_TRUE(forms.Call(form, [&](auto... f) { return CountsToRadiance(in, out(), f..., params, common); }));
-            check(form, what + " record with backgrounds", false,
-                  [&](u32 i, double c, auto) { return Reference(a, order, c, {}, frame[i], 2); });
+            const auto record = [&](const double* backgrounds) {
+                const SRadianceParams params{a, order, 7.5, backgrounds};
+                return [=](STypedData out, auto... f) {
+                    return CountsToRadiance(in, out, f..., params, SCommonParams{.radianceScale = 2});
+                };
+            };
+            check(form, what + " record", false, record(nullptr), ofOne);
+            check(form, what + " record with backgrounds", false, record(frame), ofFrame);
         }
         const i32 orders[kPresets] = {2, -1, 4, -2, 3, -5};
         const auto preset = [&](u32 i) { return laws.presets[i]; };
         if constexpr (!std::is_same_v<S, u64>) {
             const auto call = [&](const u8* presets, CPresetBackgrounds backgrounds) {
-                return forms.Call(form, [&](auto... f) {
-                    return ToRadiance(out(), in, presets, f..., laws.coefficients, orders, backgrounds, laws.scales);
-                });
+                return [=, &laws, &orders](STypedData out, auto... f) {
+                    return ToRadiance(out, in, presets, f..., laws.coefficients, orders, backgrounds, laws.scales);
+                };
             };
             const auto expected = [&](u8 p, double c, auto b, double background) {
                 return Reference(laws.a[p], orders[p], c, b, background, laws.scales[p]);
             };
-            ASSERT_TRUE(call(laws.presets.data(), laws.backgrounds));
-            check(form, "presets", true,
+            check(form, "presets", true, call(laws.presets.data(), laws.backgrounds),
                   [&](u32 i, double c, auto b) { return expected(preset(i), c, b, laws.backgrounds[preset(i)]); });
             const double* arrays[kPresets];
             std::copy_n(laws.pixelBackgrounds, kPresets, arrays);
             arrays[3] = nullptr;  // counts as 0
-            ASSERT_TRUE(call(laws.presets.data(), arrays));
-            check(form, "presets with backgrounds", true, [&](u32 i, double c, auto b) {
-                return expected(preset(i), c, b, arrays[preset(i)] ? arrays[preset(i)][i] : 0);
-            });
-            ASSERT_TRUE(call(nullptr, laws.backgrounds));
-            check(form, "no map", true, [&](u32, double c, auto b) { return expected(0, c, b, 1); });
+            check(form, "presets with backgrounds", true, call(laws.presets.data(), arrays),
+                  [&](u32 i, double c, auto b) {
+                      return expected(preset(i), c, b, arrays[preset(i)] ? arrays[preset(i)][i] : 0);
+                  });
+            check(form, "no map", true, call(nullptr, laws.backgrounds),
+                  [&](u32, double c, auto b) { return expected(0, c, b, 1); });
         }
         const bool flags[kPresets] = {true, true, false, true, true, false};
         SRadianceParams records[kPresets];
         for (int p = 0; p < kPresets; ++p) {
             records[p] = {laws.a[p], orders[p], laws.backgrounds[p], p == 3 ? nullptr : laws.pixelBackgrounds[p]};
         }
-        ASSERT_TRUE(forms.Call(form, [&](auto... f) {
-            return CountsToRadiance(in, out(), laws.presets.data(), f..., flags, records, {.radianceScale = 0.5});
-        }));
-        check(form, "records", false, [&](u32 i, double c, auto) {
+        const auto byRecord = [&](STypedData out, auto... f) {
+            const SCommonParams common{.radianceScale = 0.5};
+            return CountsToRadiance(in, out, laws.presets.data(), f..., flags, records, common);
+        };
+        check(form, "records", false, byRecord, [&](u32 i, double c, auto) {
             const u8 p = preset(i);
             const bool perPixel = p == 0 || p == 1 || p == 4;
             return Reference(laws.a[p], orders[p], c, {}, perPixel ? laws.pixelBackgrounds[p][i] : laws.backgrounds[p],
@@ -233,34 +232,28 @@ TEST(ToRadiance, LimitsCutAndFlag) {
     const u8 plainFlags[] = {2, 1, 1, 1, 0, 1, 1, 1, 4, 1};
     const double perPreset[] = {2, 2, 12, 4, 5, 12, 7, 8, 8, NAN};
     const u8 perPresetFlags[] = {2, 1, 2, 1, 0, 2, 1, 1, 4, 1};
-    const auto check = [&](bool listed, bool split, const auto& call) {
+    const auto check = [&](bool listed, bool split, auto... arguments) {
         SCOPED_TRACE(listed * 2 + split);
         double result[10];
         u8 status[10];
         std::fill_n(status, 10, u8{64});  // ORed into
-        ASSERT_TRUE(call(STypedData{result, Flt64}, status));
+        ASSERT_TRUE(ToRadiance({result, Flt64}, in, status, arguments...));
         for (int n = 0; n < 10; ++n) {
             const int i = listed ? 9 - n : n;
             const double expected = split ? perPreset[i] : plain[i];
             EXPECT_TRUE(result[n] == expected || (std::isnan(result[n]) && std::isnan(expected))) << n;
             EXPECT_EQ(status[n], 64 | (split ? perPresetFlags[i] : plainFlags[i])) << n;
         }
-        EXPECT_TRUE(call(STypedData{result, Flt64}, static_cast<u8*>(nullptr))) << "no status wanted";
+        u8* const none = nullptr;
+        EXPECT_TRUE(ToRadiance({result, Flt64}, in, none, arguments...)) << "no status wanted";
     };
-    check(false, false, [&](STypedData out, u8* status) {
-        return ToRadiance(out, in, status, 10, 4.0, 6.0, 2.0, 8.0, nullptr, 0, 0.0, 1.0);
-    });
-    check(true, false, [&](STypedData out, u8* status) {
-        return ToRadiance(out, in, status, indices, 10, 4.0, 6.0, 2.0, 8.0, nullptr, 0, 0.0, 1.0);
-    });
-    check(false, true, [&](STypedData out, u8* status) {
-        return ToRadiance(out, in, status, presets, 10, warnLow, warnHigh, clipLow, clipHigh, coefficients, orders,
-                          nullptr, scales);
-    });
-    check(true, true, [&](STypedData out, u8* status) {
-        return ToRadiance(out, in, status, presets, indices, 10, warnLow, warnHigh, clipLow, clipHigh, coefficients,
-                          orders, nullptr, scales);
-    });
+    const u8* const map = presets;
+    const u32* const list = indices;
+    const double* const* const noPolynomial = coefficients;
+    check(false, false, 10, 4.0, 6.0, 2.0, 8.0, nullptr, 0, 0.0, 1.0);
+    check(true, false, list, 10, 4.0, 6.0, 2.0, 8.0, nullptr, 0, 0.0, 1.0);
+    check(false, true, map, 10, warnLow, warnHigh, clipLow, clipHigh, noPolynomial, orders, nullptr, scales);
+    check(true, true, map, list, 10, warnLow, warnHigh, clipLow, clipHigh, noPolynomial, orders, nullptr, scales);
 }
 
 }  // namespace

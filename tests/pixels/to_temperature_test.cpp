@@ -16,9 +16,7 @@ namespace ovix::reduce {
 namespace {
 
 using Real = long double;
-using test::EForm;
-using test::kForms;
-using test::SForms;
+using namespace test;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr auto kUnknownScale = static_cast<ETempType>(9);

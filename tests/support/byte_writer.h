@@ -50,4 +50,14 @@ class CByteWriter {
     }
 };
 
+/// The CRC of zip and Ethernet, bit by bit.
+inline std::uint32_t BitwiseCRC(const std::vector<std::uint8_t>& bytes) {
+    std::uint32_t crc = ~0u;
+    for (const std::uint8_t byte : bytes) {
+        crc ^= byte;
+        for (int bit = 0; bit < 8; ++bit) crc = (crc >> 1) ^ (crc & 1 ? 0xEDB88320u : 0u);
+    }
+    return ~crc;
+}
+
 }  // namespace ovix::test

@@ -6,8 +6,6 @@
 /// temperature.
 namespace ovix::test {
 
-using SCurlewScene = SScene;
-
 /// Black bodies from 240 to 480 K give counts from 3,600 to 49,000.
 struct SCurlewConstants {
     i32 offset = -1000;
@@ -20,27 +18,15 @@ struct SCurlewConstants {
 
     template <class Record>
     void CopyAdjustTo(Record& record) const {
-        record.offset = offset;
-        record.gain = gain;
-        record.imgMin = imgMin;
-        record.imgMax = imgMax;
+        record.offset = offset, record.gain = gain;
+        record.imgMin = imgMin, record.imgMax = imgMax;
     }
     template <class Record>
-    void CopyCalibTo(Record& record) const {
-        record.planckR = planckR;
-        record.planckB = planckB;
-        record.planckF = planckF;
-        record.atmAlpha1 = atmAlpha1;
-        record.atmAlpha2 = atmAlpha2;
-        record.atmBeta1 = atmBeta1;
-        record.atmBeta2 = atmBeta2;
-        record.atmX = atmX;
-        record.overflowTemp = overflowTemp;
-        record.upperTemp = upperTemp;
-        record.lowerTemp = lowerTemp;
-        record.underflowTemp = underflowTemp;
-        record.radFitHighTemp = radFitHighTemp;
-        record.radFitLowTemp = radFitLowTemp;
+    void CopyCalibTo(Record& r) const {
+        r.planckR = planckR, r.planckB = planckB, r.planckF = planckF;
+        r.atmAlpha1 = atmAlpha1, r.atmAlpha2 = atmAlpha2, r.atmBeta1 = atmBeta1, r.atmBeta2 = atmBeta2, r.atmX = atmX;
+        r.overflowTemp = overflowTemp, r.upperTemp = upperTemp, r.lowerTemp = lowerTemp;
+        r.underflowTemp = underflowTemp, r.radFitHighTemp = radFitHighTemp, r.radFitLowTemp = radFitLowTemp;
     }
 };
 

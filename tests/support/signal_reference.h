@@ -1,9 +1,11 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cmath>
 
-#include "core/types.h"
+#include "core/math.h"
 
 /// The formulas that the families with an object signal share, written down once more, in long double, from the
 /// physics. Steps that are told to happen in single precision happen in it here too.
@@ -15,7 +17,31 @@ struct SScene {
     float extOpticsTrans = 1.0f, atmosphereTrans = 0.0f, relativeHumidity = 0.3f;
 };
 
+/// Emissivity 1, nothing in between: the object signal is the pow.
+inline constexpr SScene kPlainScene{.atmosphereTrans = 1.0f};
+
+/// A kelvin value times the factor, less the offset.
+struct SScaleStep {
+    ETempType scale;
+    double factor, offset;
+};
+inline constexpr SScaleStep kScaleSteps[] = {
+    {Celsius, 1, 273.15}, {Fahrenheit, 1.8, 459.67}, {Kelvin, 1, 0}, {Rankine, 1.8, 0}};
+
 using Real = long double;
+
+inline void ExpectClose(double value, Real expected, double relative) {
+    EXPECT_NEAR(value, static_cast<double>(expected), relative * std::max(1.0, std::abs(value)));
+}
+
+/// Planck's law between two wavelengths in micrometres, by the midpoint rule.
+inline double BandRadiance(double celsius, double low, double high) {
+    double sum = 0;
+    for (double w = low + 0.0005; w < high; w += 0.001) {
+        sum += 0.001 * 11910.7 / (std::pow(w, 5) * (std::exp(14388.4 / (w * (celsius + 273.15))) - 1));
+    }
+    return sum;
+}
 
 inline Real PlanckSignal(Real R, Real B, Real F, Real kelvin) { return R / (std::exp(B / kelvin) - F); }
 inline Real PlanckKelvin(Real R, Real B, Real F, Real signal) { return signal > 0 ? B / std::log(R / signal + F) : 0; }
@@ -73,5 +99,34 @@ class TSignalReference {
     Constants c;
     SScene s;
 };
+
+/// The constants of the scene, the limits, and the way of a count to its temperature and back. `Count` is what the
+/// model takes for a count where it tells the status.
+template <class Count>
+void ExpectFollows(const auto& model, const auto& reference, int lastCount, double lowKelvin, double highKelvin) {
+    ExpectClose(model.getUsedAtmTao(), reference.tau, 1e-13);
+    ExpectClose(model.getK1(), reference.K1, 1e-13);
+    ExpectClose(model.getK2(), reference.K2, 1e-12);
+    ExpectClose(model.getPowOverflow(), reference.overflow, 1e-12);
+    ExpectClose(model.getPowUnderflow(), reference.underflow, 1e-12);
+    const auto kelvinOf = [&](i32 img) { return model.imgToTemp(img, nullptr); };
+    double before = 0;
+    for (i32 img = 0; img <= lastCount; img += 101) {
+        int expected = 0;
+        u8 status = 99;
+        const Real signal = reference.ObjectSignal(img, expected);
+        ExpectClose(model.imgToObjectSignal(static_cast<Count>(img), &status), signal, 1e-11);
+        EXPECT_EQ(status, expected) << img;
+        ExpectClose(kelvinOf(img), reference.Kelvin(signal), 1e-11);  // limited all the same
+        EXPECT_TRUE(kelvinOf(img) > before || expected & 6) << img;
+        before = kelvinOf(img);
+    }
+    for (double kelvin = lowKelvin; kelvin < highKelvin; kelvin += 0.37) {
+        const u16 img = model.tempToImg(kelvin);
+        EXPECT_NEAR(kelvinOf(img), kelvin, 0.51 * (kelvinOf(img + 1) - kelvinOf(img)));
+        ExpectClose(model.objSigToTemp(model.tempToObjSig(kelvin)), kelvin, 1e-12);
+        ExpectClose(model.powToObjSig(model.objSigToPow(kelvin)), kelvin, 1e-12);
+    }
+}
 
 }  // namespace ovix::test
