@@ -235,7 +235,8 @@ TEST(TrnMeasConv, TablesAreTheFormulaAtEveryEntry) {
         model.imgToTemp(0, 16384, range.data(), nullptr, scale);
         for (u32 i = 0; i < 16384; ++i) {
             int flags = 0;
-            reference.ObjectSignal(static_cast<int>(i), flags);
+            const test::Real kelvin = reference.Kelvin(reference.ObjectSignal(static_cast<int>(i), flags));
+            ASSERT_NEAR(out[i], static_cast<double>(kelvin * factor - offset), 1e-4) << i;
             ASSERT_NEAR(out[i], range[i], 1e-4) << i;
             ASSERT_EQ(status[i], flags) << i;
         }

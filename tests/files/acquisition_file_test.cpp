@@ -91,19 +91,9 @@ TEST(AcquisitionFile, HeadersOfTheCallersGoInAsTheyStand) {
 }
 
 TEST(AcquisitionFile, ReadsTheOldestRecord) {
-    CByteWriter w;
-    w.Guid(kWide)
-        .U16(2)
-        .U64(0xEEEEEEEEEEEEEEEE)
-        .U16(640)
-        .U16(480)
-        .U16(641)
-        .U16(481)
-        .U16(642)
-        .U16(482)
-        .U16(3)
-        .U32(614400);
-    w.Zeros(600);
+    CByteWriter w, sizes;
+    sizes.U16(640).U16(480).U16(641).U16(481).U16(642).U16(482).U16(3).U32(614400);
+    w.Guid(kWide).U16(2).U64(0xEEEEEEEEEEEEEEEE).Append(sizes).Zeros(600);
     CMemFile memory;
     memory.WriteBytes(w.bytes.data(), static_cast<u32>(w.bytes.size()));
     memory.SeekToBegin();
@@ -112,9 +102,7 @@ TEST(AcquisitionFile, ReadsTheOldestRecord) {
     ASSERT_TRUE(ReadPixelsHeader(BorrowShared<IFile>(memory), 0x10000, header));
     EXPECT_EQ(memory.GetPosition(), 44u);
     CByteWriter expected;
-    expected.U32(44).U32(0x10000).U32(44).Guid(kWide).U16(2).U16(640).U16(480).U16(641).U16(481).U16(642).U16(482).U16(
-        3);
-    expected.U32(614400).U32(614400).PadTo(512);
+    expected.U32(44).U32(0x10000).U32(44).Guid(kWide).U16(2).Append(sizes).U32(614400).PadTo(512);
     EXPECT_EQ(std::memcmp(&header, expected.bytes.data(), 512), 0);
 }
 

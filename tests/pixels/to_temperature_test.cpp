@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <span>
 #include <string>
 
 #include "core/visit.h"
@@ -62,126 +63,114 @@ Real Planck(Real radiance, Real scale) {
 }
 Real Fit(Real x, Real R, Real B, Real F, Real O) { return B / std::log(R / (x - O) + F) - 273.15L; }
 
-/// Every form, shape and scale for one pair of types.
-template <class S, class D>
-class CAllForms {
-  public:
-    CAllForms() {
-        for (u32 i = 0; i < forms_.Count(); ++i) {
-            source_.push_back(static_cast<S>(0.001 + 0.00003 * i));
-            presets_.push_back(static_cast<u8>(i / 7 % 4));
-        }
+/// `call(destination, form arguments...)` must give `celsius(frame index)` in the scale, and no more.
+template <class D>
+void CheckForm(const SForms& forms, EForm form, ETempType scale, double tolerance, const auto& call,
+               const auto& celsius) {
+    std::vector<D> result(forms.Count() + 300, D{-12345});
+    const STypedData out{result.data(), DataTypeOf<D>()};
+    ASSERT_TRUE(forms.Call(form, [&](auto... f) { return call(out, f...); }));
+    const std::vector<u32> visited = forms.Visited(form);
+    for (std::size_t n = 0; n < visited.size(); ++n) {
+        ASSERT_NEAR(result[n], static_cast<double>(FromCelsius(celsius(visited[n]), scale)), tolerance) << n;
     }
+    ASSERT_EQ(result[visited.size()], D{-12345});
+}
 
-    /// `call(destination, source, form arguments)` must give `expected(radiance, preset)` in degrees Celsius.
-    void Check(const std::string& what, const auto& call, const auto& expected, double tolerance) {
-        for (const ETempType scale : kScales) {
-            for (const EForm form : kForms) {
-                std::vector<D> result(forms_.Count() + 300, D{-12345});
-                const bool answer = forms_.Call(form, [&](auto... arguments) {
-                    return call({result.data(), DataTypeOf<D>()}, {source_.data(), DataTypeOf<S>()}, presets_.data(),
-                                scale, arguments...);
-                });
-                const std::vector<u32> visited = forms_.Visited(form);
-                const std::string where = what + " form " + std::to_string(static_cast<int>(form));
-                if (!answer) continue;  // the model has no such form
-                for (std::size_t n = 0; n < visited.size(); ++n) {
-                    const Real value = expected(Real{source_[visited[n]]}, presets_[visited[n]]);
-                    ASSERT_NEAR(result[n], static_cast<double>(FromCelsius(value, scale)), tolerance)
-                        << where << ' ' << n;
-                }
-                ASSERT_EQ(result[visited.size()], D{-12345}) << where;
-                ++checked;
-            }
-        }
-    }
-
-    int checked = 0;
-
-  private:
-    SForms forms_;
-    std::vector<S> source_;
-    std::vector<u8> presets_;
-};
+constexpr EForm kListForms[] = {EForm::W, EForm::L};
 
 template <class S, class D>
 void CheckAllModels() {
-    CAllForms<S, D> all;
+    const SForms forms;
+    std::vector<S> source;
+    std::vector<u8> presets;
+    for (u32 i = 0; i < forms.Count(); ++i) {
+        source.push_back(static_cast<S>(0.001 + 0.00003 * i));
+        presets.push_back(static_cast<u8>(i / 7 % 4));
+    }
+    const STypedData in{source.data(), DataTypeOf<S>()};
+    const u8* const map = presets.data();
+    // `call(scale, destination, form arguments...)` must give `expected(radiance, preset)` in degrees Celsius.
+    const auto check = [&](const std::string& what, std::span<const EForm> formsOfIt, double tolerance,
+                           const auto& call, const auto& expected) {
+        for (const ETempType scale : kScales) {
+            for (const EForm form : formsOfIt) {
+                SCOPED_TRACE(what + " form " + std::to_string(static_cast<int>(form)));
+                CheckForm<D>(
+                    forms, form, scale, tolerance, [&](auto... f) { return call(scale, f...); },
+                    [&](u32 i) { return expected(Real{source[i]}, presets[i]); });
+            }
+        }
+    };
     const bool single = std::is_same_v<D, float>;
     const double near = single ? 5e-5 : 1e-9;
     for (i32 order = -2; order <= 8; ++order) {
-        all.Check(
-            "order " + std::to_string(order),
-            [&](STypedData out, STypedData in, const u8*, ETempType scale, auto... form) {
+        check(
+            "order " + std::to_string(order), kForms, single ? 3e-3 : 1e-8,
+            [&](ETempType scale, STypedData out, auto... form) {
                 return ToTemperatureCoeffs(out, in, form..., kCoefficients, order, kEmissivity, scale);
             },
-            [&](Real r, u8) { return Polynomial(kCoefficients, order, r / kEmissivity); }, single ? 3e-3 : 1e-8);
+            [&](Real r, u8) { return Polynomial(kCoefficients, order, r / kEmissivity); });
     }
     const double* coefficients[] = {kCoefficients, kCoefficients + 1, kCoefficients, kCoefficients};
     const i32 orders[] = {2, 1, 7, 3};
-    all.Check(
-        "polynomials",
-        [&](STypedData out, STypedData in, const u8* map, ETempType scale, auto... form) {
+    check(
+        "polynomials", kForms, single ? 1e-2 : 1e-8,
+        [&](ETempType scale, STypedData out, auto... form) {
             return ToTemperatureCoeffs(out, in, map, form..., coefficients, orders, kEmissivity, scale);
         },
-        [&](Real r, u8 p) { return Polynomial(coefficients[p], orders[p], r / kEmissivity); }, single ? 1e-2 : 1e-8);
-    all.Check(
-        "table",
-        [&](STypedData out, STypedData in, const u8*, ETempType scale, auto... form) {
+        [&](Real r, u8 p) { return Polynomial(coefficients[p], orders[p], r / kEmissivity); });
+    const auto& y = kTemperatures;
+    check(
+        "table", kForms, near,
+        [&](ETempType scale, STypedData out, auto... form) {
             if constexpr (sizeof...(form) <= 2) {
-                return ToTemperatureLookup(out, in, form..., kRadiances, kTemperatures, kTableSize, true, kEmissivity,
-                                           scale);
+                return ToTemperatureLookup(out, in, form..., kRadiances, y, kTableSize, true, kEmissivity, scale);
             } else {
-                return ToTemperatureLookup(out, in, form..., kRadiances, kTemperatures, kTableSize, kEmissivity, scale);
+                return ToTemperatureLookup(out, in, form..., kRadiances, y, kTableSize, kEmissivity, scale);
             }
         },
-        [&](Real r, u8) { return Lookup(kRadiances, kTemperatures, kTableSize, r / kEmissivity); }, near);
-    const double* radiances[] = {kRadiances, kRadiances + 1, kRadiances, kRadiances + 2};
-    const double* temperatures[] = {kTemperatures, kTemperatures, kTemperatures + 1, kTemperatures + 2};
+        [&](Real r, u8) { return Lookup(kRadiances, y, kTableSize, r / kEmissivity); });
+    const double* xs[] = {kRadiances, kRadiances + 1, kRadiances, kRadiances + 2};
+    const double* ys[] = {y, y, y + 1, y + 2};
     const i32 sizes[] = {6, 5, 2, 4};
-    all.Check(
-        "tables",
-        [&](STypedData out, STypedData in, const u8* map, ETempType scale, auto... form) {
+    check(
+        "tables", kForms, near,
+        [&](ETempType scale, STypedData out, auto... form) {
             if constexpr (sizeof...(form) <= 2) {
-                return ToTemperatureLookup(out, in, map, form..., radiances, temperatures, sizes, true, kEmissivity,
-                                           scale);
+                return ToTemperatureLookup(out, in, map, form..., xs, ys, sizes, true, kEmissivity, scale);
             } else {
-                return ToTemperatureLookup(out, in, map, form..., radiances, temperatures, sizes, kEmissivity, scale);
+                return ToTemperatureLookup(out, in, map, form..., xs, ys, sizes, kEmissivity, scale);
             }
         },
-        [&](Real r, u8 p) { return Lookup(radiances[p], temperatures[p], sizes[p], r / kEmissivity); }, near);
-    all.Check(
-        "Planck",
-        [&](STypedData out, STypedData in, const u8*, ETempType scale, auto... form) {
+        [&](Real r, u8 p) { return Lookup(xs[p], ys[p], sizes[p], r / kEmissivity); });
+    check(
+        "Planck", kForms, near,
+        [&](ETempType scale, STypedData out, auto... form) {
             return ToTemperaturePlanck(out, in, form..., kHigh, kLow, kEmissivity, scale);
         },
-        [&](Real r, u8) { return Planck(r, kEmissivity); }, near);
-    EXPECT_EQ(all.checked, (11 + 1 + 1 + 1 + 1) * 25);
-    const double R[] = {2, 2.5, 3, 2}, B[] = {1450, 1400, 1500, 1450}, F[] = {1, 1.5, 0.5, 1},
-                 O[] = {0, 1e-4, 0, -1e-3};
-    all.Check(
-        "fit",
-        [&](STypedData out, STypedData in, const u8*, ETempType scale, auto... form) {
-            if constexpr (sizeof...(form) > 2) {
-                return false;
-            } else {
+        [&](Real r, u8) { return Planck(r, kEmissivity); });
+    const double R[] = {2, 2.5, 3, 2}, B[] = {1450, 1400, 1500, 1450}, F[] = {1, 1.5, 0.5, 1};
+    const double O[] = {0, 1e-4, 0, -1e-3};
+    const float* const none = nullptr;
+    check(
+        "fit", kListForms, near,
+        [&](ETempType scale, STypedData out, auto... form) {
+            if constexpr (sizeof...(form) > 2) return false;
+            if constexpr (sizeof...(form) <= 2) {
                 return ToTemperatureRBF(out, in, form..., R[1], B[1], F[1], O[1], 1, 2, 3, 4, kEmissivity, scale);
             }
         },
-        [&](Real r, u8) { return Fit(r / kEmissivity, R[1], B[1], F[1], O[1]); }, near);
-    all.Check(
-        "fits",
-        [&](STypedData out, STypedData in, const u8* map, ETempType scale, auto... form) {
-            const float* unused = nullptr;
-            if constexpr (sizeof...(form) > 2) {
-                return false;
-            } else {
-                return ToTemperatureRBF(out, in, map, form..., R, B, F, O, unused, unused, unused, unused, kEmissivity,
-                                        scale);
+        [&](Real r, u8) { return Fit(r / kEmissivity, R[1], B[1], F[1], O[1]); });
+    check(
+        "fits", kListForms, near,
+        [&](ETempType scale, STypedData out, auto... form) {
+            if constexpr (sizeof...(form) > 2) return false;
+            if constexpr (sizeof...(form) <= 2) {
+                return ToTemperatureRBF(out, in, map, form..., R, B, F, O, none, none, none, none, kEmissivity, scale);
             }
         },
-        [&](Real r, u8 p) { return Fit(r / kEmissivity, R[p], B[p], F[p], O[p]); }, near);
-    EXPECT_EQ(all.checked, 15 * 25 + 2 * 10);
+        [&](Real r, u8 p) { return Fit(r / kEmissivity, R[p], B[p], F[p], O[p]); });
 }
 
 TEST(ToTemperature, EveryFormShapeModelScaleAndTypeFollowsTheFormula) {
@@ -335,17 +324,7 @@ TEST(ToTemperature, RecordsChooseTheModel) {
     const SForms forms;
     const SRecords records(forms.Count());
     std::vector<u8> presets(forms.Count());
-    std::vector<double> result(forms.Count() + 300);
-    const STypedData out{result.data(), Flt64};
     for (u32 i = 0; i < presets.size(); ++i) presets[i] = static_cast<u8>(i / 5 % 8);
-    const auto expect = [&](const char* what, EForm form, bool answer, double tolerance, const auto& celsius) {
-        ASSERT_TRUE(answer);
-        const std::vector<u32> visited = forms.Visited(form);
-        for (std::size_t n = 0; n < visited.size(); ++n) {
-            ASSERT_NEAR(result[n], static_cast<double>(FromCelsius(celsius(visited[n]), Rankine)), tolerance)
-                << what << n;
-        }
-    };
     for (u32 type = Int8; type <= Flt64; ++type) {
         SCOPED_TRACE(type);
         Visit(static_cast<EDataType>(type), [&]<class S>(TElement<S>) {
@@ -361,35 +340,36 @@ TEST(ToTemperature, RecordsChooseTheModel) {
                     return records.Temperature(
                         records.Radiance(static_cast<Real>(counts[i]), p, i, flags, kCommon.radianceScale), p, flags);
                 };
+                const auto check = [&](const auto& call, const auto& expected) {
+                    CheckForm<double>(forms, form, Rankine, 1e-8, call, expected);
+                };
                 const auto byMap = [&](const bool* flags) {
-                    return forms.Call(form, [&](auto... f) {
+                    return [&, flags](STypedData out, auto... f) {
                         return CountsToTemperature(in, out, presets.data(), f..., flags, records.toRadiance,
                                                    records.toTemperature, kCommon);
-                    });
+                    };
                 };
-                expect("counts by map", form, byMap(records.valid), 1e-8,
-                       [&](u32 i) { return celsius(presets[i], i, records.valid[presets[i]]); });
-                expect("no flags", form, byMap(nullptr), 1e-8, [&](u32 i) { return celsius(presets[i], i, false); });
+                check(byMap(records.valid), [&](u32 i) { return celsius(presets[i], i, records.valid[presets[i]]); });
+                check(byMap(nullptr), [&](u32 i) { return celsius(presets[i], i, false); });
                 for (const u8 p : std::initializer_list<u8>{0, 4, 5, 6}) {
-                    const bool answer = forms.Call(form, [&](auto... f) {
+                    const auto single = [&](STypedData out, auto... f) {
                         return CountsToTemperature(in, out, f..., records.toRadiance[p], records.toTemperature[p],
                                                    kCommon);
-                    });
-                    expect("counts", form, answer, 1e-8, [&](u32 i) { return celsius(p, i, true); });
+                    };
+                    check(single, [&](u32 i) { return celsius(p, i, true); });
                 }
                 if constexpr (std::is_floating_point_v<S>) {
-                    const bool answer = forms.Call(form, [&](auto... f) {
+                    const auto radiancesByMap = [&](STypedData out, auto... f) {
                         return RadianceToTemperature(of, out, presets.data(), f..., records.valid,
                                                      records.toTemperature, kCommon);
-                    });
-                    expect("radiances by map", form, answer, 1e-8, [&](u32 i) {
+                    };
+                    const auto single = [&](STypedData out, auto... f) {
+                        return RadianceToTemperature(of, out, f..., records.toTemperature[2], kCommon);
+                    };
+                    check(radiancesByMap, [&](u32 i) {
                         return records.Temperature(radiances[i], presets[i], records.valid[presets[i]]);
                     });
-                    const bool single = forms.Call(form, [&](auto... f) {
-                        return RadianceToTemperature(of, out, f..., records.toTemperature[2], kCommon);
-                    });
-                    expect("radiances", form, single, 1e-8,
-                           [&](u32 i) { return records.Temperature(radiances[i], 2, true); });
+                    check(single, [&](u32 i) { return records.Temperature(radiances[i], 2, true); });
                 }
             }
         });
