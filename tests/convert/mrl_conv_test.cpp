@@ -45,6 +45,7 @@ const SScene kScenes[] = {
 };
 
 TEST(MrlConv, FollowsTheFormulasInEverySceneAndDegree) {
+    double largest = 0;
     for (const SMerlinConstants& camera : Cameras()) {
         for (const SScene& scene : kScenes) {
             SCOPED_TRACE("degree " + std::to_string(camera.degree) + ", scene " + std::to_string(&scene - kScenes));
@@ -75,9 +76,11 @@ TEST(MrlConv, FollowsTheFormulasInEverySceneAndDegree) {
                 const double step = static_cast<double>(r.Kelvin(r.Radiance(static_cast<u16>(signal + 1)))) - found;
                 EXPECT_NEAR(found, kelvin, step) << signal;
                 EXPECT_NEAR(model.SignalToTemperature(signal, nullptr, Kelvin), kelvin, step + 6e-5) << signal;
+                largest = std::max(largest, std::abs(found - kelvin) / step);
             }
         }
     }
+    RecordProperty("largestStepsOfACount", std::to_string(largest));
 }
 
 TEST(MrlConv, PowersOfTheSignalWrap) {
