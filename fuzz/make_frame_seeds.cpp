@@ -3,6 +3,8 @@
 #include <fstream>
 #include <string>
 
+#include "support/dunlin_frames.h"
+#include "support/k410_frames.h"
 #include "support/short_record_frames.h"
 
 /// Writes good frames of every family as first inputs of `fuzz_frames` to the folder that is named: fuzz/corpus/frames.
@@ -63,6 +65,21 @@ void AddShortRecord(const CSeedFolder& folder) {
     folder.Add("plover_uyvy", kPloverYuv, PixelBytes(pixels));
 }
 
+/// Four columns are too few for a line that holds the trailer, which the check does not mind.
+void AddLapwing(const CSeedFolder& folder) {
+    const std::vector<u16> pixels = Ramp(kWidth * kHeight);
+    folder.Add("lapwing_signed", kLapwing, TomzFrame(pixels, {.triggerInput = 1, .flags = 15}));
+    folder.Add("lapwing_unsigned", kLapwing, TomzFrame(pixels, {.signature = "none"}));
+}
+
+void AddWren(const CSeedFolder& folder) {
+    const std::vector<u16> pixels = Ramp(kWidth * kHeight), packet = Ramp(2 * kWidth * kHeight, 14);
+    const SPruvRecord record{.timeFlags = 1}, disabled{.dataDisable = 1};
+    folder.Add("wren_native", kWren, PruvBuffer(pixels, {record}));
+    folder.Add("wren_native_packet", kWren, PruvBuffer(packet, {disabled, record}), 0x12);
+    folder.Add("wren_older", kWren, TomzFrame(pixels, {.olderWren = true, .flags = 2, .timeFlags = 5}, 16 + 12 * 8));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -70,7 +87,10 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "usage: make_frame_seeds FOLDER\n");
         return 2;
     }
-    AddK410(CSeedFolder(argv[1]));
-    AddShortRecord(CSeedFolder(argv[1]));
+    const CSeedFolder folder(argv[1]);
+    AddK410(folder);
+    AddShortRecord(folder);
+    AddLapwing(folder);
+    AddWren(folder);
     return 0;
 }

@@ -5,6 +5,8 @@
 
 #include "core/pixel_types.h"
 #include "reduce/filters/filter_factory.h"
+#include "support/dunlin_frames.h"
+#include "support/k410_frames.h"
 #include "support/short_record_frames.h"
 
 /// A program of its own, as it stands in for the allocator of all libraries in the process.
@@ -66,7 +68,8 @@ TEST(LightOperations, AllocateNothingInAnyFamily) {
     const std::vector<u16> pixels = Ramp(kWidth * kHeight);
     Bytes zeros(8192), plain = PlainFrame(pixels, {}), digital = DigitalFrame(pixels, {}, {});
     Bytes shortRecord = ShortRecordFrame(pixels, {.swapped = true});
-    const std::initializer_list<Bytes*> frames = {&plain, &digital, &shortRecord, &zeros};
+    Bytes tomz = TomzFrame(pixels, {.timeFlags = 1}), pruv = PruvBuffer(pixels, {{.timeFlags = 1}});
+    const std::initializer_list<Bytes*> frames = {&plain, &digital, &shortRecord, &tomz, &pruv, &zeros};
     for (Bytes* frame : frames) frame->resize(8192);
     for (u32 i = 0; i < filterFactory()->GetEntryCount(); ++i) {
         const auto& entry = filterFactory()->GetEntryAt(i);

@@ -35,6 +35,13 @@ const std::map<std::string, std::vector<SField>> kFields = {
       {kPixelBytes + 32, "4d4b4d00", "Signature", "0x004D4B4D"},
       {kPixelBytes + 32 + 128 + 32, "3333733f", "Emissivity", "0.95"},
       {kPixelBytes + 32 + 128 + 904, "14000000", "Milliseconds", "20 ms"}}},
+    {"Lapwing",
+     {{kPixelBytes, "544f4d5a", "Signature", "TOMZ"},
+      {kPixelBytes + 16, "01000000", "FrameCounter", "1"},
+      {kPixelBytes + 24, "f801", "SensorTemp[1]", "304.65 K"},
+      {kPixelBytes + 48, "3f9c0000", "IntegrationTime", "1000 µs"},
+      {kPixelBytes + 52, "00350c00", "FrameRate", "50 Hz"},
+      {kPixelBytes + 67, "204e0000", "Microseconds", "20000"}}},
     {"MV310",
      {{kPixelBytes, "0002", "ByteOrder", "swapped"},
       {kPixelBytes + 4, "0030", "Height", "48 pixels"},
@@ -45,6 +52,12 @@ const std::map<std::string, std::vector<SField>> kFields = {
      {{kPixelBytes + 24, "0001", "FrameCounter", "1"},
       {kPixelBytes + 128, "3ff33333", "AtmX", "1.9"},
       {kPixelBytes + 1130, "0000", "InvalidFrame", "0"}}},
+    {"Wren",
+     {{kPixelBytes, "50525556", "Signature", "PRUV"},
+      {kPixelBytes + 4, "6d00", "RecordSize", "109 bytes"},
+      {kPixelBytes + 18, "0100000000000000", "FrameCounter", "1"},
+      {kPixelBytes + 58, "00007a44", "IntegrationTime", "1000 µs"},
+      {kPixelBytes + 66, "01", "FilterPosition", "1"}}},
 };
 
 void ExpectFields(const Json& dump, const std::string& family) {

@@ -35,7 +35,10 @@ class CEqualFrames final : public IDumpLayout {
 class CFrameProbe {
   public:
     CFrameProbe(const CInputFile& file, const SFrameFormat& format)
-        : file_(file), format_(format), filter_(format.filter.c_str()) {}
+        : file_(file),
+          format_(format),
+          filterName_(format.filter.c_str()),
+          filter_(reduce::filterFactory()->Create(filterName_)) {}
 
     /// Three bytes a pixel are the most that a format has.
     u64 MostBytes() const { return u64{format_.PixelCount()} * 3 + kMostTail; }
@@ -45,16 +48,27 @@ class CFrameProbe {
         bytes.resize(file_.ReadAt(offset, bytes));
         return bytes;
     }
-    bool Passes(const u8* frame, u64 size, reduce::SFrameFault* fault = nullptr) const {
-        return reduce::CheckFrame(filter_, frame, format_.pixelType, format_.width, format_.height,
-                                  static_cast<u32>(size), fault);
+    bool Passes(u8* frame, u64 size, reduce::SFrameFault* fault = nullptr) const {
+        return reduce::CheckFrame(filterName_, frame, format_.pixelType, format_.width, format_.height,
+                                  static_cast<u32>(size), fault) &&
+               (!asksForSignature_ || HasSignature(frame, size));
     }
     bool PassesAt(u64 offset, u64 size) const {
-        const std::vector<u8> frame = Read(offset, size);
+        std::vector<u8> frame = Read(offset, size);
         return frame.size() == size && Passes(frame.data(), size);
     }
+    /// Whether a frame that passed tells its number and time; some decoders want to see a signature before they do.
+    bool HasSignature(u8* frame, u64 size) const {
+        u8 preset = 0;
+        u64 counter = 0;
+        CDateTime time;
+        return filter_->ParseBasicInfo(frame, format_.pixelType, format_.width, format_.height, static_cast<u32>(size),
+                                       preset, counter, time);
+    }
+    /// From now on only frames with a signature pass.
+    void AskForSignature() { asksForSignature_ = true; }
     /// The smallest size with which the frame passes.
-    u64 SmallestSize(const std::vector<u8>& frame) const {
+    u64 SmallestSize(std::vector<u8>& frame) const {
         reduce::SFrameFault fault;
         if (!Passes(frame.data(), frame.size(), &fault))
             throw CFault({.file = file_.Name(),
@@ -76,7 +90,9 @@ class CFrameProbe {
   private:
     const CInputFile& file_;
     const SFrameFormat& format_;
-    CString filter_;
+    CString filterName_;
+    TSharedPtr<reduce::IFilter> filter_;
+    bool asksForSignature_ = false;
 };
 
 /// What stands behind a frame is less than another frame, so that one that is damaged is not taken for it.
@@ -96,7 +112,7 @@ u64 DividingSize(const CFrameProbe& probe, u64 fileSize, u64 smallest) {
 
 /// The distance to the next place at which a frame passes, 0 when there is none.
 u64 DistanceToNext(const CFrameProbe& probe, u64 smallest) {
-    const std::vector<u8> behind = probe.Read(smallest, smallest + MostTail(smallest));
+    std::vector<u8> behind = probe.Read(smallest, smallest + MostTail(smallest));
     for (u64 tail = 0; tail + smallest <= behind.size(); ++tail) {
         if (probe.Passes(behind.data() + tail, smallest)) return smallest + tail;
     }
@@ -104,10 +120,14 @@ u64 DistanceToNext(const CFrameProbe& probe, u64 smallest) {
 }
 
 u64 FindFrameSize(const CInputFile& file, const SFrameFormat& format) {
-    const CFrameProbe probe(file, format);
-    const u64 smallest = probe.SmallestSize(probe.Read(0, probe.MostBytes()));
-    const std::vector<u8> zeros(smallest);
-    if (probe.Passes(zeros.data(), zeros.size())) return smallest;
+    CFrameProbe probe(file, format);
+    std::vector<u8> first = probe.Read(0, probe.MostBytes());
+    const u64 smallest = probe.SmallestSize(first);
+    std::vector<u8> zeros(smallest);
+    if (probe.Passes(zeros.data(), smallest)) {
+        if (probe.HasSignature(zeros.data(), smallest) || !probe.HasSignature(first.data(), smallest)) return smallest;
+        probe.AskForSignature();
+    }
     if (const u64 size = DividingSize(probe, file.Size(), smallest)) return size;
     if (const u64 size = DistanceToNext(probe, smallest)) return size;
     return file.Size() - smallest <= kPaddingOfLast ? file.Size() : smallest;

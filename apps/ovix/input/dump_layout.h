@@ -29,7 +29,8 @@ class IDumpLayout {
 /// Frames of a compressed format tell their own length. All others are equally large, but how much stands behind the
 /// pixels is the camera's affair, so `CheckFrame` is asked:
 /// 1. The smallest size m with which the first frame passes. A frame that passes with no size is a fault.
-/// 2. If the content plays no part in the check (a frame of zeros passes too), frames have m bytes.
+/// 2. If the content plays no part in the check (a frame of zeros passes too), frames have m bytes; unless the decoder
+///    reads number and time of the first frame and not of zeros, which then counts from here on as a part of the check.
 /// 3. Otherwise the smallest size, from m on, that divides the file into frames of which the second or the last passes.
 /// 4. Otherwise the distance to the next place at which a frame passes: the file is cut.
 ///    What stands behind a frame is never as much as a frame.

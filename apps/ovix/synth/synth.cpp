@@ -5,7 +5,9 @@
 #include "apps/ovix/cli/choice.h"
 #include "apps/ovix/fault.h"
 #include "apps/ovix/synth/k410_synth.h"
+#include "apps/ovix/synth/lapwing_synth.h"
 #include "apps/ovix/synth/short_record_synth.h"
+#include "apps/ovix/synth/wren_synth.h"
 
 namespace ovix::app {
 
@@ -13,9 +15,7 @@ ISynthesizer::~ISynthesizer() = default;
 
 std::span<const SSynthFamily> SynthFamilies() {
     static const SSynthFamily families[] = {
-        K410SynthFamily(),
-        MV310SynthFamily(),
-        PloverSynthFamily(),
+        K410SynthFamily(), LapwingSynthFamily(), MV310SynthFamily(), PloverSynthFamily(), WrenSynthFamily(),
     };
     return families;
 }
