@@ -103,6 +103,27 @@ TEST(Tool, ReadsBackTheSceneOfEveryFormThatItCanMake) {
     }
 }
 
+TEST(Tool, TellsWhatEachConverterGives) {
+    const Json formats = Json::parse(CToolFolder().Do({"formats", "--json"}));
+    const Json kTemperatures = {"counts", "radiance (factory)", "signal", "temperature (factory)"};
+    const std::pair<const char*, Json> kFromCounts[] = {
+        {"CurlewConverter", kTemperatures},
+        {"TernConverter", kTemperatures},
+        {"MerlinConverter", {"counts", "radiance (factory)", "temperature (factory)"}},
+        {"UserConverter", {"counts", "radiance (user)", "temperature (user)"}}};
+    for (const auto& [name, units] : kFromCounts) {
+        const auto& all = formats["converters"];
+        const auto found =
+            std::find_if(all.begin(), all.end(), [&](const Json& entry) { return entry["name"] == name; });
+        ASSERT_NE(found, all.end()) << name;
+        EXPECT_EQ((*found)["units"][0], Json({{"from", "counts"}, {"to", units}})) << name;
+    }
+    for (const char* list : {"decoders", "converters"}) {
+        for (const Json& entry : formats[list]) EXPECT_FALSE(entry["plugin"]) << entry;
+    }
+    EXPECT_TRUE(formats["pluginObjects"].empty());
+}
+
 TEST(Tool, FiguresOfARegionAreThoseOfItsPixels) {
     const CToolFolder folder;
     Synthesise(folder);
