@@ -4,6 +4,7 @@
 #include <string>
 
 #include "support/dunlin_frames.h"
+#include "support/header_line_frames.h"
 #include "support/k410_frames.h"
 #include "support/short_record_frames.h"
 
@@ -22,9 +23,10 @@ class CSeedFolder {
     }
 
     /// As the fuzzer reads it; `packet` has the number of images in its low half and the wanted one in the high half.
-    void Add(const char* name, const GUID& type, const Bytes& frame, u8 packet = 1) const {
+    void Add(const char* name, const GUID& type, const Bytes& frame, u8 packet = 1, u16 width = kWidth,
+             u16 height = kHeight) const {
         CByteWriter input;
-        input.Guid(type).U8(kWidth).U8(kHeight).U8(packet);
+        input.Guid(type).U8(width).U8(height).U8(packet);
         input.bytes.insert(input.bytes.end(), frame.begin(), frame.end());
         std::ofstream file(folder_ / name, std::ios::binary);
         file.write(reinterpret_cast<const char*>(input.bytes.data()), static_cast<std::streamsize>(input.bytes.size()));
@@ -65,6 +67,25 @@ void AddShortRecord(const CSeedFolder& folder) {
     folder.Add("plover_uyvy", kPloverYuv, PixelBytes(pixels));
 }
 
+/// A frame whose line holds the whole header, a frame of narrow lines, and the header alone.
+void AddHeaderLine(const CSeedFolder& folder, const std::string& name, const GUID& frame, const GUID& header,
+                   Bytes (*make)(u16 width)) {
+    constexpr u16 kWide = 130, kNarrow = 50, kLines = 3;
+    const auto add = [&](const char* form, const GUID& type, const Bytes& bytes, u16 width, u16 height) {
+        folder.Add((name + form).c_str(), type, bytes, 1, width, height);
+    };
+    add("_wide", frame, HeaderLineFrame(make(kWide), kWide, Ramp(kWide)), kWide, 1);
+    add("_narrow", frame, HeaderLineFrame(make(kNarrow), kNarrow, Ramp(kNarrow * kLines)), kNarrow, kLines);
+    add("_header", header, make(kWide), kWide, kLines);
+}
+
+void AddHeaderLines(const CSeedFolder& folder) {
+    AddHeaderLine(folder, "osprey", kOsprey, kOspreyHeader, OspreyHeader);
+    AddHeaderLine(folder, "lorra", kLORRA, kLORRAHeader, LORHeader);
+    AddHeaderLine(folder, "lorsb", kLORSB, kLORSBHeader, LORHeader);
+    AddHeaderLine(folder, "mvfalcon", kMVFalcon, kMVFalconHeader, MVFalconHeader);
+}
+
 /// Four columns are too few for a line that holds the trailer, which the check does not mind.
 void AddLapwing(const CSeedFolder& folder) {
     const std::vector<u16> pixels = Ramp(kWidth * kHeight);
@@ -90,6 +111,7 @@ int main(int argc, char** argv) {
     const CSeedFolder folder(argv[1]);
     AddK410(folder);
     AddShortRecord(folder);
+    AddHeaderLines(folder);
     AddLapwing(folder);
     AddWren(folder);
     return 0;

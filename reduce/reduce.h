@@ -46,6 +46,8 @@
 #include "reduce/filters/dunlin_frame_info_reduce_object.h"
 #include "reduce/filters/filter.h"
 #include "reduce/filters/filter_factory.h"
+#include "reduce/filters/osprey_filter.h"
+#include "reduce/filters/osprey_frame_info_reduce_object.h"
 #include "reduce/objects/fov_reduce_object.h"
 #include "reduce/objects/frame_header_reduce_object.h"
 #include "reduce/objects/frame_info_extra.h"

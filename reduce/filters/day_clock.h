@@ -32,4 +32,16 @@ struct SDayClock {
     }
 };
 
+/// A clock of 16 decimal digits, two each in the low bytes of eight 16-bit words, the lowest digits first: three of
+/// microseconds, three of milliseconds, then seconds, minutes and hours of two, and four of the day.
+inline SDayClock ClockOfDigits(const u8* words) {
+    const auto low = [&](u32 word) { return u32{words[2 * word]}; };
+    return {.day = CorrectedDay(FromBcd(low(7) << 8 | low(6), 4)),
+            .hours = FromBcd(low(5), 2),
+            .minutes = FromBcd(low(4), 2),
+            .seconds = FromBcd(low(3), 2),
+            .milliseconds = FromBcd(low(2) << 4 | low(1) >> 4, 3),
+            .microseconds = FromBcd((low(1) & 15) << 8 | low(0), 3)};
+}
+
 }  // namespace ovix::reduce

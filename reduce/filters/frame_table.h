@@ -34,6 +34,9 @@ CString ShownFlag(const u8* bytes, const wchar_t*) {
     return frame_values::FlagText(kIsSet(bytes));
 }
 
+/// The byte offset of a word of 16 bits, or the bytes of so many words.
+constexpr u32 Word(u32 index) { return 2 * index; }
+
 /// Bits `kFirst` to `kLast` of a little-endian word of 16 bits.
 template <u32 kFirst, u32 kLast = kFirst>
 constexpr u32 WordBits(const u8* bytes) {

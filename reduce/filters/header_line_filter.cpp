@@ -91,19 +91,4 @@ bool CHeaderLineFilter::ExtractHeader(void* frame, GUID type, u16 width, u16 hei
     return true;
 }
 
-bool RegisterHeaderLineFilter(const wchar_t* name, const SHeaderLine& line, CFilterFactory::Create_t create,
-                              CFilterFactory::Destroy_t destroy, FrameCheck check, FrameDescription describe) {
-    const bool done =
-        filterFactory()->Register(name, {line.frameType, line.headerType}, create, destroy, check, describe);
-    RegisterPixelType(line.frameType, line.frameName, 2, UInt16, rootIRType);
-    return done;
-}
-
-bool CheckHeaderLine(const CFrameProbe& probe, const SHeaderLine& line, GUID type, u16 width, u16 height) {
-    if (!line.Takes(type)) return probe.Refuse(0, L"a pixel type of the family", L"another pixel type");
-    if (!probe.Holds(0, line.bytesRead, L"the header")) return false;
-    if (type == line.headerType) return true;
-    return probe.Holds(LineSize(width), ImageSize(width, height), L"pixels of 2 bytes behind the header line");
-}
-
 }  // namespace ovix::reduce

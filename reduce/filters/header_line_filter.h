@@ -1,7 +1,6 @@
 #pragma once
 
-#include "reduce/filters/filter_factory.h"
-#include "reduce/filters/frame_probe.h"
+#include "reduce/filters/filter.h"
 
 namespace ovix::reduce {
 
@@ -21,8 +20,8 @@ struct SHeaderLine {
 /// header, the pixels start behind it, at byte 2 * width. Stateless.
 ///
 /// A family derives from it, tells its `SHeaderLine`, reads three values in place and fills the objects; the rest is
-/// told here.
-class CHeaderLineFilter : public IFilter {
+/// told here. Exported, as users of an exported family call its operations.
+class OVIX_REDUCE_API CHeaderLineFilter : public IFilter {
   public:
     ~CHeaderLineFilter() override;
 
@@ -49,7 +48,7 @@ class CHeaderLineFilter : public IFilter {
     bool ExtractHeader(void* frame, GUID type, u16 width, u16 height, u32 frameSize, void* dest, u32 destSize) override;
 
   protected:
-    /// `line` lives as long as the filter.
+    /// `line` lives at least as long as the filter.
     explicit CHeaderLineFilter(const SHeaderLine& line) : line_(line) {}
 
     // The light operations' share of a family: no allocation.
@@ -64,16 +63,5 @@ class CHeaderLineFilter : public IFilter {
   private:
     const SHeaderLine& line_;
 };
-
-/// Registers a family and its frame type; the header type is handled, and bears no name in the registry.
-bool RegisterHeaderLineFilter(const wchar_t* name, const SHeaderLine& line, CFilterFactory::Create_t create,
-                              CFilterFactory::Destroy_t destroy, FrameCheck check, FrameDescription describe);
-
-/// The check of a family: `bytesRead` bytes, and of frames with pixels the line and the image.
-bool CheckHeaderLine(const CFrameProbe& probe, const SHeaderLine& line, GUID type, u16 width, u16 height);
-template <const SHeaderLine& kLine>
-bool CheckHeaderLineFrame(const void* frame, GUID type, u16 width, u16 height, u32 frameSize, SFrameFault* fault) {
-    return CheckHeaderLine(CFrameProbe(frame, frameSize, fault), kLine, type, width, height);
-}
 
 }  // namespace ovix::reduce

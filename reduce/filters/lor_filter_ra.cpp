@@ -1,5 +1,7 @@
 #include "reduce/filters/lor_filter_ra.h"
 
+#include "reduce/filters/header_line_registration.h"
+
 namespace ovix::reduce {
 
 namespace {

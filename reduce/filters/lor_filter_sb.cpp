@@ -1,5 +1,6 @@
 #include "reduce/filters/lor_filter_sb.h"
 
+#include "reduce/filters/header_line_registration.h"
 #include "reduce/objects/fov_reduce_object.h"
 #include "reduce/objects/source_info_reduce_object.h"
 

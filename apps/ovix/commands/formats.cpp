@@ -26,7 +26,7 @@ Json DescribeEntry(const Entry& entry) {
 constexpr const char* kElements[] = {"Int8",  "UInt8",  "Int16", "UInt16", "Int32",  "UInt32",
                                      "Int64", "UInt64", "Flt32", "Flt64",  "Opaque", "OpaqueWide"};
 
-Json DescribeType(const GUID& id, const reduce::IFilter& filter) {
+Json DescribeType(const GUID& id, const reduce::IFilter& filter, const std::string& decoder) {
     Json type = {{"name", PixelTypeName(id)}, {"guid", GuidText(id)}};
     SPixelType facts;
     if (GetPixelType(id, facts)) {
@@ -34,6 +34,7 @@ Json DescribeType(const GUID& id, const reduce::IFilter& filter) {
         type["element"] = facts.type < std::size(kElements) ? kElements[facts.type] : "none";
         type["base"] = PixelTypeName(facts.baseType);
     }
+    if (const auto whole = TypeOfHeader(decoder, id)) type["headerOf"] = PixelTypeName(*whole);
     type["time"] = filter.HasTime(id);
     type["frameCounter"] = filter.HasFrameCounter(id);
     return type;
@@ -45,9 +46,10 @@ Json DescribeDecoders() {
     for (u32 i = 0; i < factory->GetEntryCount(); ++i) {
         const auto& entry = factory->GetEntryAt(i);
         const auto filter = factory->Create(entry.name);
+        const std::string name = entry.name.GetUTF8();
         Json types = Json::array();
         for (const GUID& id : entry.extra.pixelTypes) {
-            if (filter) types.push_back(DescribeType(id, *filter));
+            if (filter) types.push_back(DescribeType(id, *filter, name));
         }
         decoders.push_back(DescribeEntry(entry));
         decoders.back().update({{"checksFrames", entry.extra.check != nullptr}, {"pixelTypes", std::move(types)}});
@@ -123,7 +125,9 @@ std::string DecoderTable(const Json& decoders) {
         std::string name = decoder["name"];
         if (decoder["plugin"]) name += " (plug-in)";
         for (const Json& type : decoder["pixelTypes"]) {
-            table.Row({std::exchange(name, ""), type["name"],
+            std::string shown = type["name"];
+            if (type.contains("headerOf")) shown = "header of " + type["headerOf"].get<std::string>();
+            table.Row({std::exchange(name, ""), shown,
                        type.contains("bytesPerPixel") ? type["bytesPerPixel"].dump() : "", type.value("element", ""),
                        type.value("base", ""), YesOrNo(type["time"]), YesOrNo(type["frameCounter"]), type["guid"]});
         }

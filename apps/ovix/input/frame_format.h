@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "core/core.h"
@@ -21,10 +22,15 @@ struct SFrameFormat {
 struct SPixelForm {
     EDataType type = UInt16;  ///< `UInt16`, or `Opaque` for three 8-bit channels
     EUnit unit = Counts;      ///< base unit of the source
+    bool pixels = true;       ///< false for a type that stands for a header alone
     bool compressed = false;  ///< the pixels do not stand plainly in the frame: a decoder of a library unpacks them
 
     u32 BytesPerPixel() const { return type == Opaque ? 3 : 2; }
 };
+
+/// The pixel type of the decoder whose frames begin with the header that `type` stands for alone; nothing for a type of
+/// whole frames.
+std::optional<GUID> TypeOfHeader(const std::string& filter, const GUID& type);
 
 /// Asks the format's decoder and the registry of pixel types. Throws `CFault` when nobody registered the decoder.
 SPixelForm PixelFormOf(const SFrameFormat& format);

@@ -82,6 +82,7 @@ u8 CGuardedDecode::DecodeMetadata(std::span<u8> frame, reduce::CReduceObjectArra
 }
 
 u8 CGuardedDecode::Decode(std::span<u8> frame, reduce::CReduceObjectArray& objects) {
+    if (!form_.pixels) throw CFault({.problem = "frames of this pixel type are headers without pixels"});
     Check(frame);
     u8 preset = 0;
     if (!Parse(frame, child_ ? kMetadataOnly : Pixels(), objects, preset)) throw RefusedFrame();

@@ -55,8 +55,9 @@ CRecordingSource::CRecordingSource(CRecordingFile file) : file_(std::move(file))
 
 void CRecordingSource::RequireGeometry() {
     const u64 pixels = format_.PixelCount();
-    const bool compressed = PixelFormOf(format_).compressed;
-    if (!pixels || !file_.Pixels().frameSize || (!compressed && 2 * pixels > file_.Pixels().frameSize))
+    const SPixelForm form = PixelFormOf(format_);
+    const bool plain = form.pixels && !form.compressed;
+    if (!pixels || !file_.Pixels().frameSize || (plain && 2 * pixels > file_.Pixels().frameSize))
         throw CFault({.file = Name(),
                       .offset = file_.PixelsBlock().dataOffset,
                       .expected = fmt::format("frames of {} x {} pixels", format_.width, format_.height),

@@ -6,6 +6,9 @@
 #include "apps/ovix/fault.h"
 #include "apps/ovix/synth/k410_synth.h"
 #include "apps/ovix/synth/lapwing_synth.h"
+#include "apps/ovix/synth/lor_synth.h"
+#include "apps/ovix/synth/mvfalcon_synth.h"
+#include "apps/ovix/synth/osprey_synth.h"
 #include "apps/ovix/synth/short_record_synth.h"
 #include "apps/ovix/synth/wren_synth.h"
 
@@ -15,7 +18,8 @@ ISynthesizer::~ISynthesizer() = default;
 
 std::span<const SSynthFamily> SynthFamilies() {
     static const SSynthFamily families[] = {
-        K410SynthFamily(), LapwingSynthFamily(), MV310SynthFamily(), PloverSynthFamily(), WrenSynthFamily(),
+        K410SynthFamily(), LORRASynthFamily(), LORSBSynthFamily(),  OspreySynthFamily(),   LapwingSynthFamily(),
+        WrenSynthFamily(), MV310SynthFamily(), PloverSynthFamily(), MVFalconSynthFamily(),
     };
     return families;
 }

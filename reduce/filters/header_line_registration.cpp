@@ -1,0 +1,23 @@
+#include "reduce/filters/header_line_registration.h"
+
+#include "core/pixel_types.h"
+
+namespace ovix::reduce {
+
+bool RegisterHeaderLineFilter(const wchar_t* name, const SHeaderLine& line, CFilterFactory::Create_t create,
+                              CFilterFactory::Destroy_t destroy, FrameCheck check, FrameDescription describe) {
+    const bool done =
+        filterFactory()->Register(name, {line.frameType, line.headerType}, create, destroy, check, describe);
+    RegisterPixelType(line.frameType, line.frameName, 2, UInt16, rootIRType);
+    return done;
+}
+
+bool CheckHeaderLine(const CFrameProbe& probe, const SHeaderLine& line, GUID type, u16 width, u16 height) {
+    if (!line.Takes(type)) return probe.Refuse(0, L"a pixel type of the family", L"another pixel type");
+    if (!probe.Holds(0, line.bytesRead, L"the header")) return false;
+    if (type == line.headerType) return true;
+    const u64 lineSize = u64{2} * width;
+    return probe.Holds(lineSize, lineSize * height, L"pixels of 2 bytes behind the header line");
+}
+
+}  // namespace ovix::reduce

@@ -1,0 +1,312 @@
+#include "reduce/filters/header_line_filter.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "core/pixel_types.h"
+#include "reduce/filters/filter_factory.h"
+#include "reduce/objects/frame_info_reduce_object.h"
+#include "support/header_line_frames.h"
+
+namespace ovix::reduce {
+namespace {
+
+using namespace test;
+
+// The values of the families' headers, each with its kind and format, in their order.
+constexpr char kOspreyValues[] = R"(OS_ActivePreset = 2 (Counter, int)
+OS_IntegrationTime = 2.000000 (Float, float)
+OS_FrameCounter = 4660 (Counter, int)
+OS_SaturationFlag = T (flag, ascii)
+OS_Saturation = 660020 (Integer, int)
+OS_FPAControlWord = 0x8042A107 (Integer, int)
+OS_FPAWindowWord = 0x02800200 (Integer, int)
+OS_Resolution = 270 (Integer, int)
+OS_FrontPannelTemp = 27.343756 (Float, float)
+OS_AirGapTemp = -50.000000 (Float, float)
+OS_DewarTemp = 190.000015 (Float, float)
+)";  // the last as single precision has it
+constexpr char kLORValues[] = R"(ActivePreset = 2 (Counter, int)
+FrameCounter = 4026531841 (Counter, int)
+HeaderID = 4660 (Integer, int)
+IRIGLocked = T (Flag, ascii)
+Trigger = T (Flag, ascii)
+SB: RecordStart = F (Flag, ascii)
+VideoNUCOn = T (Flag, ascii)
+GigENucOn = F (Flag, ascii)
+CameraLinkNUCOn = T (Flag, ascii)
+FlagInFOV = F (Flag, ascii)
+RA: ChassisTemp = 20.00 (Float, float)
+SB: FrontPanelTemp = 20.00 (Float, float)
+SB: AirGapTemp = 26.85 (Float, float)
+SB: InternalTemp = -5.00 (Float, float)
+FPATemp = 77.00 (Float, float)
+IntegrationTime = 2.000160 (Float, float)
+FilterID = 3 (Integer, int)
+FPAControlWord = 0x01020304A5060708090A (Text, ascii)
+SaturationThreshold = 65535 (Integer, int)
+SaturatedPixels = 70000 (Integer, int)
+SaturationFlag = T (Flag, ascii)
+FrameRate = 50.00 (Float, float)
+DigitalGain = 1.500 (Float, float)
+DigitalOffset = -0.5 (Float, float)
+DetectorType = 7 (Integer, int)
+AnalogOffset = 1.250 (Float, float)
+MainBoardTemp = 39.19 (Float, float)
+PowerBoardTemp = 0.00 (Float, float)
+DigitizerBoardTemp = 20.00 (Float, float)
+RA: LensTemp = -5.00 (Float, float)
+SB: NUCFlagTemp = -5.00 (Float, float)
+AnalogIn_1 = 0.500 (Float, float)
+AnalogIn_2 = 1.001 (Float, float)
+AnalogIn_3 = 65.535 (Float, float)
+LockinPhase = 4000000000 (Integer, int)
+LockinPeriod = 5 (Integer, int)
+LockinValue = 600 (Integer, int)
+DigitalIn = 0x0A (Bitfield, int)
+DigitalOut = 0xB0 (Bitfield, int)
+ADResolution = 14 (Integer, int)
+ROICType = 8 (Integer, int)
+CameraType = 9 (Integer, int)
+CameraSubType = 10 (Integer, int)
+CameraSN = 1042 (Integer, int)
+LensID = 50 (Integer, int)
+SB: LensFocalLength = 50.00 (Float, float)
+SB: LensFOVEncoderPos = 16 (Integer, int)
+SB: LensFocusEncoderPos = -16 (Integer, int)
+SB: LensAnalogTemp = 28.50 (Float, float)
+SB: LensBoardTemp = 0.00 (Float, float)
+SB: LensExtTemp1 = 27.10 (Float, float)
+SB: LensExtTemp2 = 6553.50 (Float, float)
+SB: LensExtTemp3 = 0.10 (Float, float)
+SB: IHFOV = 280.000 (Float, float)
+SB: IVFOV = 280.000 (Float, float)
+)";
+constexpr char kMVFalconValues[] = R"(MV9100_ActivePreset = 2 (Counter, int)
+MV9100_IntegrationTime = 47721858750.000000 (Float, float)
+MV9100_FPAControlWord = 0x0102030405A60708090A (Text, ascii)
+MV9100_FrameCounter = 15728641 (Counter, int)
+MV9100_SaturationThreshold = 4660 (Integer, int)
+MV9100_SaturationPixelThreshold = -2 (Integer, int)
+MV9100_SaturatedPixels = 65538 (Integer, int)
+MV9100_SaturationFlag = F (Flag, ascii)
+MV9100_IRIGLocked = T (Flag, ascii)
+MV9100_HumiditySensor = 40 (Integer, int)
+MV9100_PressureSensor = 101 (Integer, int)
+MV9100_TempSensor = -0.12 (Float, float)
+MV9100_FrontPanelTemp = 0.09 (Float, float)
+MV9100_AirGapTemp = 28.71 (Float, float)
+MV9100_DewarTemp = 31.09 (Float, float)
+MV9100_DigitalGain = 1.500 (Float, float)
+MV9100_DigitalOffset = -0.5 (Float, float)
+MV9100_ADResolution = 14 (Integer, int)
+MV9100_AnalogOffset = 1.163004 (Float, float)
+MV9100_AnalogIn1 = 2.00 (Float, float)
+MV9100_AnalogIn2 = 2.44 (Float, float)
+MV9100_AnalogIn3 = 1.19 (Float, float)
+MV9100_DigitalIn = 0A (Bitfield, int)
+MV9100_DigitalOut = B0 (Bitfield, int)
+MV9100_FrameRate = 50.00 (Float, float)
+MV9100_DetectorType = 1 (Integer, int)
+MV9100_ROICType = 2 (Integer, int)
+MV9100_CameraType = 3 (Integer, int)
+MV9100_CameraSN = 1042 (Integer, int)
+MV9100_LensID = 50 (Integer, int)
+)";
+
+struct SFamily {
+    const wchar_t *filter, *ownName;
+    GUID frameType, headerType;
+    u32 headerWords, bytesRead;
+    u64 counter, counterMax;
+    Bytes (*header)(u16 width);
+    const char* values;
+    const char* ofOtherModel = "none";
+};
+const SFamily kFamilies[] = {
+    {L"Osprey", L"MV7100", kOsprey, kOspreyHeader, 96, 192, 4660, 0xFFFF, OspreyHeader, kOspreyValues},
+    {L"LOR-RA", L"LOR-RA", kLORRA, kLORRAHeader, 48, 96, 0xF0000001, 0xFFFFFFFF, LORHeader, kLORValues, "SB: "},
+    {L"LOR-SB", L"LOR-SB", kLORSB, kLORSBHeader, 48, 120, 0xF0000001, 0xFFFFFFFF, LORHeader, kLORValues, "RA: "},
+    {L"MVFalcon", L"MVFalcon", kMVFalcon, kMVFalconHeader, 128, 256, 0xF00001, 0xFFFFFF, MVFalconHeader,
+     kMVFalconValues},
+};
+
+std::string ValuesOf(const SFamily& family) {
+    std::istringstream all(family.values);
+    std::string values;
+    for (std::string line; std::getline(all, line);) {
+        if (line.starts_with(family.ofOtherModel)) continue;
+        values += line.substr(line.find(": ") == 2 ? 4 : 0) + '\n';
+    }
+    return values;
+}
+
+/// In a heap buffer of exactly its size, so that the address sanitizer sees a touch beyond it.
+class CExactBytes {
+  public:
+    explicit CExactBytes(const Bytes& bytes) : size(static_cast<u32>(bytes.size())), data_(new u8[bytes.size()]) {
+        std::copy(bytes.begin(), bytes.end(), data_.get());
+    }
+    u8* Data() const { return data_.get(); }
+
+    const u32 size;
+
+  private:
+    std::unique_ptr<u8[]> data_;
+};
+
+TEST(HeaderLineFilter, FramesByteByByte) {
+    for (const SFamily& family : kFamilies) {
+        for (const u16 width : {u16{130}, u16{95}, u16{64}}) {
+            if (width < family.bytesRead / 2 && family.filter != kFamilies[0].filter) continue;
+            SCOPED_TRACE(CString::FromFormat(L"%s %d", family.filter, int{width}).GetUTF8());
+            const std::vector<u16> image = Ramp(2 * width);
+            Bytes frame = HeaderLineFrame(family.header(width), width, image);
+            const u32 size = static_cast<u32>(frame.size());
+            const auto filter = filterFactory()->CreateForPixelType(family.frameType);
+            std::vector<u16> pixels(image.size());
+            CReduceObjectArray objects;
+            u8 preset = 9;
+            ASSERT_TRUE(filter->ParseFrame(frame.data(), family.frameType, width, 2, size, {pixels.data(), UInt16},
+                                           objects, preset));
+            EXPECT_EQ(pixels, image);
+            EXPECT_EQ(preset, 2);
+            const auto info = objects.GetFrameInfo(2, false);
+            EXPECT_EQ(info->preset, 2);
+            EXPECT_EQ(info->frameNumber, family.counter);
+            EXPECT_EQ(info->time.GetYear(), CDateTime().GetYear());
+            EXPECT_STREQ(info->time.Format(L"%j:%(irig)").GetUTF8(), "123:14:25:36.789012");
+            u64 counter = 0;
+            CDateTime time;
+            ASSERT_TRUE(filter->ParseBasicInfo(frame.data(), family.frameType, width, 2, size, preset, counter, time));
+            EXPECT_EQ(counter, family.counter);
+            EXPECT_EQ(time, info->time);
+
+            // The description tells each value at its place, and the time.
+            TArray<SFrameField> fields;
+            ASSERT_TRUE(DescribeFrame(family.filter, frame.data(), family.frameType, width, 2, size, fields));
+            std::string values;
+            for (const auto& entry : info->extra) {
+                const auto same = [&](const SFrameField& f) { return f.name == entry.name; };
+                const auto field = std::find_if(fields.begin(), fields.end(), same);
+                ASSERT_NE(field, fields.end()) << entry.name.GetUTF8();
+                EXPECT_TRUE(std::string(field->value.GetUTF8()).starts_with(entry.value.GetUTF8()));
+                values += CString::FromFormat(L"%s = %s (%s, %s)\n", entry.name.c_str(), entry.value.c_str(),
+                                              entry.unit.c_str(), entry.type.c_str())
+                              .GetUTF8();
+            }
+            EXPECT_EQ(values, ValuesOf(family));
+            EXPECT_STREQ(fields[fields[0].name == L"Time" ? 0 : 8].value.GetUTF8(), "123:14:25:36.789012");
+        }
+    }
+}
+
+TEST(HeaderLineFilter, TypesAndWhatTheyOffer) {
+    for (const SFamily& family : kFamilies) {
+        SCOPED_TRACE(CString(family.filter).GetUTF8());
+        const auto filter = filterFactory()->CreateForPixelType(family.headerType);
+        EXPECT_STREQ(filter->GetName(), family.ownName);
+        EXPECT_TRUE(filterFactory()->GetPixelTypeHandler(family.frameType) == family.filter);
+        EXPECT_EQ(filter->FrameCounterMaxValue(family.frameType), family.counterMax);
+        EXPECT_TRUE(filter->HasTime(CGUID::Empty) && filter->HasFrameCounter(CGUID::Empty));
+        struct SCase {
+            GUID type;
+            bool pixels, header, parses;
+        };
+        for (const SCase& c : {SCase{family.frameType, true, true, true},
+                               {family.headerType, false, false, true},
+                               {rootIRType, true, false, true},
+                               {kK410F7M0, false, false, false}}) {
+            Bytes frame = HeaderLineFrame(family.header(130), 130, Ramp(130));
+            u8 preset = 0;
+            u64 counter = 0;
+            CDateTime time;
+            CReduceObjectArray objects;
+            EXPECT_EQ(filter->ParsePreset(frame.data(), c.type, 130, 1, 520, preset), c.parses);
+            EXPECT_EQ(filter->ParseTime(frame.data(), c.type, 130, 1, 520, time), c.parses);
+            EXPECT_EQ(filter->ParseFrameCounter(frame.data(), c.type, 130, 1, 520, counter), c.parses);
+            EXPECT_EQ(filter->ParseBasicInfo(frame.data(), c.type, 130, 1, 520, preset, counter, time), c.parses);
+            EXPECT_EQ(filter->ParseReduceObjects(frame.data(), c.type, 130, 1, 520, objects, preset), c.parses);
+            EXPECT_EQ(objects.GetSize() > 0, c.parses);
+            EXPECT_EQ(filter->HasPixels(c.type), c.pixels);
+            EXPECT_EQ(filter->HasHeader(c.type), c.header);
+            void* pixels = nullptr;
+            i32 stride = 0;
+            ASSERT_EQ(filter->GetPixels(frame.data(), c.type, 130, 1, 520, &pixels, stride), c.pixels);
+            EXPECT_TRUE(!c.pixels || (pixels == frame.data() + 260 && stride == 260));
+            GUID headerType;
+            u32 headerSize = 0;
+            EXPECT_EQ(filter->GetHeaderInfo(c.type, 130, 1, 520, headerType, headerSize), c.header);
+            EXPECT_EQ(filter->ExtractHeader(frame.data(), c.type, 130, 1, 520, &headerSize, 0), c.header);
+        }
+    }
+}
+
+TEST(HeaderLineFilter, HeaderKeptApart) {
+    for (const SFamily& family : kFamilies) {
+        const auto filter = filterFactory()->Create(family.filter);
+        for (const auto width : std::initializer_list<u16>{20, 47, 48, 96, 127, 128, 200}) {
+            const CExactBytes frame(HeaderLineFrame(family.header(width), width, Ramp(width)));
+            GUID headerType;
+            u32 headerSize = 0;
+            ASSERT_TRUE(filter->GetHeaderInfo(family.frameType, width, 1, frame.size, headerType, headerSize));
+            EXPECT_EQ(headerType, family.headerType);
+            EXPECT_EQ(headerSize, 2 * std::min<u32>(width, family.headerWords));
+            for (const u32 size : {0u, 7u, headerSize, headerSize + 30}) {
+                const CExactBytes dest(Bytes(size, 0xCC));
+                ASSERT_TRUE(
+                    filter->ExtractHeader(frame.Data(), family.frameType, width, 1, frame.size, dest.Data(), size));
+                for (u32 i = 0; i < size; ++i) {
+                    ASSERT_EQ(dest.Data()[i], i < headerSize ? frame.Data()[i] : 0) << width << ' ' << i;
+                }
+            }
+        }
+    }
+}
+
+/// What reads most, on a frame that the check passed; a touch beyond any of the buffers is the sanitizer's to see.
+void ParseChecked(const SFamily& family, const CExactBytes& frame, GUID type, u16 width, u16 height) {
+    CReduceObjectArray objects;
+    u8 preset = 0;
+    const CExactBytes pixels(Bytes(std::size_t{2} * width * height, 0xCC));
+    EXPECT_TRUE(
+        filterFactory()
+            ->Create(family.filter)
+            ->ParseFrame(frame.Data(), type, width, height, frame.size, {pixels.Data(), UInt16}, objects, preset));
+    // A header may come alone, and then there are no pixels.
+    const bool whole = frame.size >= 2u * width + pixels.size;
+    const u8* expected = frame.Data() + (whole ? 2 * width : 0);
+    for (u32 i = 0; i < pixels.size; ++i) ASSERT_EQ(pixels.Data()[i], whole ? expected[i] : 0xCC) << i;
+    TArray<SFrameField> fields;
+    EXPECT_TRUE(DescribeFrame(family.filter, frame.Data(), type, width, height, frame.size, fields));
+    for (const SFrameField& field : fields) EXPECT_LE(field.offset + field.size, frame.size) << field.name.GetUTF8();
+}
+
+TEST(HeaderLineFilter, CheckSeesEveryTruncationAndKeepsParsingInside) {
+    for (const SFamily& family : kFamilies) {
+        for (const auto& [width, height] : {std::pair<u16, u16>{130, 2}, {50, 2}, {2, 1}, {1, 130}, {0, 0}, {3, 0}}) {
+            for (const GUID& type : {family.frameType, rootIRType, family.headerType}) {
+                SCOPED_TRACE(CString::FromFormat(L"%s %d x %d", family.filter, int{width}, int{height}).GetUTF8());
+                const u32 image = type == family.headerType ? 0 : 2u * width * (height + 1u);
+                const u32 least = std::max(family.bytesRead, image);
+                Bytes bytes = family.header(width);
+                bytes.resize(least, 0xFF);
+                for (u32 size = least + 1; size-- > 0;) {
+                    const CExactBytes frame(Bytes(bytes.begin(), bytes.begin() + size));
+                    SFrameFault fault;
+                    ASSERT_EQ(CheckFrame(family.filter, frame.Data(), type, width, height, size, &fault), size >= least)
+                        << size;
+                    ASSERT_EQ(fault.expected.IsEmpty(), size >= least) << size;
+                    if (size == least) ParseChecked(family, frame, type, width, height);
+                }
+            }
+        }
+        EXPECT_FALSE(CheckFrame(family.filter, nullptr, kK410F7M0, 1, 1, 4096));
+        EXPECT_FALSE(CheckFrame(family.filter, nullptr, family.frameType, 65535, 65535, 0xFFFFFFFF));
+    }
+}
+
+}  // namespace
+}  // namespace ovix::reduce
