@@ -64,17 +64,19 @@ TEST(OspreyFilter, TimesOutOfRange) {
         int day;
     } cases[] = {{0x03, 0x66, 366}, {0x12, 0x33, 999}, {0x12, 0x34, 1},   {0x16, 0x00, 367},
                  {0x20, 0x00, 767}, {0x99, 0x99, 999}, {0xFF, 0xFF, 999}, {0x00, 0x0F, 15}};
-    CDateTime time, expected;
+    CDateTime time;
     Bytes line = OspreyHeader(100), good = line;
     for (const auto& c : cases) {
         PutLow(line, 75, {c.low, c.high});
         ASSERT_TRUE(COspreyFilter().ParseTime(line.data(), kOsprey, 100, 0, 200, time));
+        CDateTime expected;  // in the present year, from which long days lead away
         expected.SetYDHMS(c.day, 14, 25, 36, 789, 12);
         EXPECT_EQ(time, expected) << c.day;
     }
     // 110 hours: the light operations count them through, the frame info keeps the time of the frame before.
     PutLow(line, 74, {0xAA, 0x01, 0x00});
     ASSERT_TRUE(COspreyFilter().ParseTime(line.data(), kOsprey, 100, 0, 200, time));
+    CDateTime expected;
     expected.SetYDHMS(1, 110, 25, 36, 789, 12);
     EXPECT_EQ(time, expected);
     CReduceObjectArray objects;
