@@ -11,6 +11,7 @@
 int main(int argc, char** argv) {
     using namespace ovix::app;
     try {
+        HoldStandardStreams();
         InstallInterruptCleanup();
         return RunCommandLine({argv + 1, argv + argc});
     } catch (const CAppError& error) {

@@ -82,6 +82,7 @@ TEST(OutputFile, LeavesNothingAfterAnInterrupt) {
     for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
         test::CTestFolder folder;
         const int status = StatusOfChild([&] {
+            std::signal(signal, SIG_DFL);  // whatever the tests were told
             InstallInterruptCleanup();
             COutputFile done(PathIn(folder, "done"), false);
             done.Commit();
@@ -97,6 +98,21 @@ TEST(OutputFile, LeavesNothingAfterAnInterrupt) {
         EXPECT_EQ(WEXITSTATUS(status), ExitInterrupted);
         EXPECT_EQ(NamesIn(folder), Names{"done"});
     }
+}
+
+TEST(OutputFile, OutlivesAnIgnoredSignalAndIsRemovedByABrokenPipe) {
+    test::CTestFolder folder;
+    const int status = StatusOfChild([&] {
+        std::signal(SIGHUP, SIG_IGN);  // as nohup does
+        InstallInterruptCleanup();
+        COutputFile done(PathIn(folder, "done"), false);
+        ::raise(SIGHUP);
+        done.Commit();
+        COutputFile unfinished(PathIn(folder, "unfinished"), false);
+        ::raise(SIGPIPE);
+    });
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGPIPE) << status;
+    EXPECT_EQ(NamesIn(folder), Names{"done"});
 }
 
 }  // namespace

@@ -67,6 +67,7 @@ TEST(Tool, ReadsBackTheSceneOfEveryFormThatItCanMake) {
     const Json formats = Json::parse(folder.Do({"formats", "--json"}));
     EXPECT_EQ(formats["schema"], 1);
     ASSERT_GT(formats["synthesis"].size(), 7u);
+    EXPECT_EQ(Json::parse(folder.Do({"synth", "--json", "-o", "small.raw", "--size", "8x8"}))["form"], "digital");
     for (const Json& form : formats["synthesis"]) {
         const std::string type = form["pixelType"];
         SCOPED_TRACE(type + " " + form["form"].get<std::string>());
@@ -365,7 +366,8 @@ TEST(Tool, AFullDiskLeavesNothingBehind) {
         EXPECT_EQ(run.ErrorLines(), 1) << run.error;
         EXPECT_EQ(folder.Files(), files);
     }
-    EXPECT_EQ(folder.Run({"synth", "-o", "b.raw", "--tables", "b"}, nullptr, 1000).status, 4);
+    // The frame and the first table fit.
+    EXPECT_EQ(folder.Run({"synth", "-o", "b.raw", "--size", "64x48", "--tables", "b"}, nullptr, 14000).status, 4);
     EXPECT_EQ(folder.Files(), files);
     for (const Arguments& line :
          {Arguments{"formats"}, Arguments{"stats"} + Dump(), Arguments{"info", "--json"} + Dump()}) {
@@ -375,10 +377,38 @@ TEST(Tool, AFullDiskLeavesNothingBehind) {
     }
 }
 
+TEST(Tool, StreamsThatAreClosedTakeNothingWithThem) {
+    const CToolFolder folder;
+    Synthesise(folder, {"--form", "plain"});
+    std::filesystem::resize_file(folder.Path("dump.raw"), std::filesystem::file_size(folder.Path("dump.raw")) - 1);
+    const auto convert = [&](const std::string& target, const char* streams) {
+        const std::string line = "cd '" + folder.Path("").string() + "' && exec '" OVIX_TOOL "' convert dump.raw " +
+                                 "--pixel-type '" + kGigE + "' --size 64x48 --on-error skip -o " + target + streams;
+        return WEXITSTATUS(std::system(line.c_str()));
+    };
+    EXPECT_EQ(convert("a.npy", " 2>/dev/null"), 3);
+    EXPECT_EQ(convert("b.npy", " <&- >&- 2>&-"), 3);
+    EXPECT_EQ(convert("c.npy", " 2>/dev/full"), 3);
+    EXPECT_EQ(test::ReadText(folder.Path("b.npy")), test::ReadText(folder.Path("a.npy")));
+}
+
+TEST(Tool, NamesNeedNotBeText) {
+    const CToolFolder folder;
+    Synthesise(folder);
+    std::filesystem::rename(folder.Path("dump.raw"), folder.Path("") / "d\xFF.raw");
+    for (const char* target : {"\xFE.npy", "\xFE.tif", "\xFE.png"}) {
+        const SToolRun run = folder.Run({"convert", "d\xFF.raw", "--pixel-type", kGigE, "--size", "64x48", "--frames",
+                                         "0", "--json", "-o", target});
+        EXPECT_EQ(run.status, 0) << run.error;
+        EXPECT_TRUE(Json::accept(run.out));
+    }
+}
+
 TEST(Tool, AnInterruptRemovesWhatIsNotFinished) {
     const CToolFolder folder;
     const pid_t child = ::fork();
     if (child == 0) {
+        std::signal(SIGINT, SIG_DFL);
         if (::chdir(folder.Path("").c_str()) != 0) ::_exit(99);
         ::execl(OVIX_TOOL, OVIX_TOOL, "synth", "-o", "endless.raw", "--count", "100000000", nullptr);
         ::_exit(98);

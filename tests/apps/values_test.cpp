@@ -22,7 +22,7 @@ TEST(Values, TemperaturesOfAllScalesComeOutInKelvin) {
                  {"0k", 0.0f},     {"491.67R", 273.15f}, {"2.5e1C", 298.15f}, {"-273.15C", 0.0f}};
     for (const auto& c : cases) EXPECT_FLOAT_EQ(ParseTemperature("--x", c.text), c.kelvin) << c.text;
     for (const char* bad :
-         {"", "C", "20", "20 C", "20CC", "+20C", "nanC", "infK", "-1K", "-274C", "1,5C", "20X", "0x10K"})
+         {"", "C", "20", "20 C", "20CC", "+20C", "nanC", "infK", "-1K", "-274C", "1,5C", "20X", "0x10K", "1e60K"})
         ExpectUsageFault(bad, [&] { ParseTemperature("--x", bad); });
 }
 
@@ -34,10 +34,12 @@ TEST(Values, SizesAndRangesAreHeldAgainstTheirLimits) {
         ExpectUsageFault(bad, [&] { ParseSize("--x", bad); });
 
     EXPECT_EQ(ParseRange("--x", "-10,35.5"), (std::pair<float, float>{-10.0f, 35.5f}));
-    for (const char* bad : {"", "10", "10,", ",10", "10,10", "20,10", "a,b", "nan,1", "0,inf", "1,2,3", "1,1.00000001"})
+    for (const char* bad :
+         {"", "10", "10,", ",10", "10,10", "20,10", "a,b", "nan,1", "0,inf", "1,2,3", "1,1.00000001", "0,1e40"})
         ExpectUsageFault(bad, [&] { ParseRange("--x", bad); });
 
     EXPECT_FLOAT_EQ(ParseWithin("--x", "0.95", 0, 1), 0.95f);
+    EXPECT_EQ(ParseWithin("--x", "0.001", 0.001f, 1), 0.001f);
     for (const char* bad : {"", "1.01", "-0.1", "95%", "0,95", "nan"})
         ExpectUsageFault(bad, [&] { ParseWithin("--x", bad, 0, 1); });
 }

@@ -9,16 +9,18 @@
 
 namespace ovix::app {
 
+/// Puts nothing in the place of each standard stream that the caller closed: a file opened later must not take it, or
+/// messages would go into that file. For `main`, once.
+void HoldStandardStreams();
+
 /// One line on the standard error, with the tool's name before it.
 void Say(std::string_view line);
 
 /// Data on the standard output. Throws `CFault` when it cannot be written; what is written is handed over at once.
 void Print(std::string_view text);
 
-/// A whole document on the standard output, indented. Text that is no UTF-8, as file names may hold, is made so.
+/// A whole document on the standard output, indented.
 void PrintJson(const Json& document);
-/// In one line, for the items of a list that is written bit by bit.
-std::string JsonLine(const Json& value);
 
 /// How far a long piece of work has come, in one line of the standard error that is written over: only on a terminal,
 /// and only when the work takes longer than a second.

@@ -40,7 +40,8 @@ u64 CFrameNumbers::operator[](u64 n) const {
     return run->first + n * run->step;
 }
 
-CFrameSelection::CFrameSelection(const std::string& text) : text_(text), parts_() {
+CFrameSelection::CFrameSelection(const std::string& text, const std::string& option)
+    : option_(option), text_(text), parts_() {
     for (std::string_view rest : SplitText(text, ',')) {
         SPart part;
         bool fits = TakeNumber(rest, part.first);
@@ -49,7 +50,7 @@ CFrameSelection::CFrameSelection(const std::string& text) : text_(text), parts_(
         if (fits && TakeOneOf(rest, "x")) fits = TakeNumber(rest, part.step) && part.step > 0;
         if (!fits || !rest.empty())
             throw CFault({.exit = ExitUsage,
-                          .problem = "--frames",
+                          .problem = option,
                           .expected = "frames and ranges as in 0-99,200-400x10,-1",
                           .found = "\"" + text + "\""});
         parts_.push_back(part);
@@ -60,23 +61,23 @@ CFrameNumbers CFrameSelection::Of(u64 count) const {
     const auto place = [&](i64 frame) {
         const u64 number = frame < 0 ? count + static_cast<u64>(frame) : static_cast<u64>(frame);
         if (number >= count)
-            throw UsageFault(fmt::format("--frames {}: there is no frame {}; the source has {} (0 to {})", text_, frame,
-                                         count, count - 1));
+            throw UsageFault(fmt::format("{} {}: there is no frame {}; the source has {} (0 to {})", option_, text_,
+                                         frame, count, count - 1));
         return number;
     };
     std::vector<CFrameNumbers::SRun> runs;
     for (const SPart& part : parts_) {
         const CFrameNumbers::SRun run{place(part.first), place(part.last), part.step};
         if (run.first > run.last)
-            throw UsageFault(fmt::format("--frames {}: {} lies behind {}", text_, part.first, part.last));
+            throw UsageFault(fmt::format("{} {}: {} lies behind {}", option_, text_, part.first, part.last));
         runs.push_back(run);
     }
     return CFrameNumbers(std::move(runs));
 }
 
-u64 CFrameSelection::OneOf(const std::string& option, u64 count) const {
+u64 CFrameSelection::OneOf(u64 count) const {
     const CFrameNumbers chosen = Of(count);
-    if (chosen.Count() != 1) throw UsageFault(option + ": expected one frame, found \"" + text_ + "\"");
+    if (chosen.Count() != 1) throw UsageFault(option_ + ": expected one frame, found \"" + text_ + "\"");
     return chosen[0];
 }
 

@@ -34,14 +34,14 @@ class CFrameSelection {
   public:
     /// All frames.
     CFrameSelection() = default;
-    /// Throws wrong usage for a text that does not follow the grammar.
-    explicit CFrameSelection(const std::string& text);
+    /// The text of an option. Throws wrong usage, as all that follow, for one that does not follow the grammar.
+    explicit CFrameSelection(const std::string& text, const std::string& option = "--frames");
 
-    /// The frames of a source that has `count` of them, at least one. Throws wrong usage for a frame that it does not
-    /// have and a range that runs backwards.
+    /// The frames of a source that has `count` of them, at least one. Throws for a frame that it does not have and a
+    /// range that runs backwards.
     CFrameNumbers Of(u64 count) const;
-    /// The one frame that is chosen; wrong usage of `option` when it is none or several.
-    u64 OneOf(const std::string& option, u64 count) const;
+    /// The one frame that is chosen. Throws for several.
+    u64 OneOf(u64 count) const;
 
   private:
     struct SPart {
@@ -50,6 +50,7 @@ class CFrameSelection {
         u64 step = 1;
     };
 
+    std::string option_;
     std::string text_;
     std::vector<SPart> parts_ = {SPart{}};
 };

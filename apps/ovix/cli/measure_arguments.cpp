@@ -129,8 +129,7 @@ SMeasureOptions CMeasureArguments::Options() const {
     });
     options.userCalibration = told_.UserCalibration();
     if (options.userCalibration && !options.calibration) options.calibration = ECalibration::User;
-    options.scale =
-        ParseChoice<ETempType>("--scale", scale_, {{"C", Celsius}, {"F", Fahrenheit}, {"K", Kelvin}, {"R", Rankine}});
+    options.scale = ParseScale("--scale", scale_);
     options.scene = told_.Scene();
     options.corrections = told_.Corrections();
     options.clip = IfGiven(clip_, ParseClip);

@@ -15,8 +15,9 @@ CFault BadValue(const std::string& option, const std::string& text, std::string 
     return CFault({.exit = ExitUsage, .problem = option, .expected = std::move(expected), .found = "\"" + text + "\""});
 }
 
-std::optional<double> ParseFinite(std::string_view text) {
-    const auto value = ParseNumber<double>(text);
+template <class T>
+std::optional<T> ParseFinite(std::string_view text) {
+    const auto value = ParseNumber<T>(text);
     return value && std::isfinite(*value) ? value : std::nullopt;
 }
 
@@ -87,27 +88,27 @@ std::pair<u16, u16> ParsePoint(const std::string& option, const std::string& tex
 
 std::pair<float, float> ParseRange(const std::string& option, const std::string& text) {
     const auto parts = SplitText(text, ',');
-    const auto low = ParseFinite(parts.front());
-    const auto high = parts.size() == 2 ? ParseFinite(parts.back()) : std::nullopt;
-    if (!low || !high || !(static_cast<float>(*low) < static_cast<float>(*high)))
-        throw BadValue(option, text, "LOW,HIGH with LOW below HIGH");
-    return {static_cast<float>(*low), static_cast<float>(*high)};
+    const auto low = ParseFinite<float>(parts.front());
+    const auto high = parts.size() == 2 ? ParseFinite<float>(parts.back()) : std::nullopt;
+    if (!low || !high || !(*low < *high)) throw BadValue(option, text, "LOW,HIGH with LOW below HIGH");
+    return {*low, *high};
 }
 
 float ParseTemperature(const std::string& option, const std::string& text) {
     const char scale = text.empty() ? '\0' : static_cast<char>(text.back() & ~0x20);
-    const auto value = ParseFinite(std::string_view(text).substr(0, text.empty() ? 0 : text.size() - 1));
+    const auto value = ParseFinite<double>(std::string_view(text).substr(0, text.empty() ? 0 : text.size() - 1));
     const bool known = scale == 'C' || scale == 'F' || scale == 'K' || scale == 'R';
-    if (!known || !value || ToKelvin(*value, scale) < 0)
+    constexpr double kHottest = 1e6;
+    if (!known || !value || ToKelvin(*value, scale) < 0 || ToKelvin(*value, scale) > kHottest)
         throw BadValue(option, text, "a temperature with its scale C, F, K or R, as in 20C or 293.15K");
     return static_cast<float>(ToKelvin(*value, scale));
 }
 
 float ParseWithin(const std::string& option, const std::string& text, float low, float high) {
-    const auto value = ParseFinite(text);
-    if (!value || *value < double{low} || *value > double{high})
+    const auto value = ParseFinite<float>(text);
+    if (!value || *value < low || *value > high)
         throw BadValue(option, text, fmt::format("a number from {} to {}", low, high));
-    return static_cast<float>(*value);
+    return *value;
 }
 
 std::vector<SRegion> ParseRegions(const std::vector<std::string>& texts, u16 width, u16 height) {

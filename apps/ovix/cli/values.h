@@ -35,7 +35,8 @@ std::pair<u16, u16> ParsePoint(const std::string& option, const std::string& tex
 /// "lo,hi" with lo below hi.
 std::pair<float, float> ParseRange(const std::string& option, const std::string& text);
 
-/// A temperature with its scale, "20C", "68F", "293.15K" or "527.67R" in either case, in kelvin; not below 0 K.
+/// A temperature with its scale, "20C", "68F", "293.15K" or "527.67R" in either case, in kelvin; from 0 K to a
+/// million.
 float ParseTemperature(const std::string& option, const std::string& text);
 
 /// A number within limits, both included.

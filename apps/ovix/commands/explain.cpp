@@ -153,7 +153,7 @@ class CExplainCommand final : public ICommand {
         const SMeasureOptions changed = other.Options();
 
         const auto source = source_.Open();
-        const u64 frame = CFrameSelection(frame_).OneOf("--frame", source->Count());
+        const u64 frame = CFrameSelection(frame_, "--frame").OneOf(source->Count());
         const auto [x, y] = ParsePoint("--at", at_, source->Format().width, source->Format().height);
         const u32 pixel = u32{y} * source->Format().width + x;
         SExplained found{.walk = WalkPixel(*source, options, frame, pixel), .changed = {}, .scale = options.scale};

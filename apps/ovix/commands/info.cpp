@@ -151,7 +151,7 @@ class CInfoCommand final : public ICommand {
 
   private:
     EExit ShowBytes(IFrameSource& source) const {
-        const u64 number = frame_.empty() ? 0 : CFrameSelection(frame_).OneOf("--frame", source.Count());
+        const u64 number = frame_.empty() ? 0 : CFrameSelection(frame_, "--frame").OneOf(source.Count());
         std::vector<u8> frame;
         Json rows;
         try {
@@ -173,7 +173,7 @@ class CInfoCommand final : public ICommand {
     }
 
     EExit ShowFrame(const IFrameSource& source, CSourceReport& report) const {
-        report.Add(CFrameSelection(frame_).OneOf("--frame", source.Count()));
+        report.Add(CFrameSelection(frame_, "--frame").OneOf(source.Count()));
         const Json values = report.FrameValues();
         if (json_)
             PrintJson({{"schema", kSchemaVersion}, {"file", source.Name()}, {"values", values}});

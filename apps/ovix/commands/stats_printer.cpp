@@ -91,7 +91,7 @@ class CCsvPrinter final : public IStatsPrinter {
 class CJsonPrinter final : public IStatsPrinter {
   public:
     void Begin(const SStatsHead& head) override {
-        std::string open = JsonLine({{"schema", kSchemaVersion},
+        std::string open = JsonText({{"schema", kSchemaVersion},
                                      {"quantity", head.text.quantity},
                                      {"unit", head.text.symbol},
                                      {"deviationUnit", head.text.difference},
@@ -100,7 +100,7 @@ class CJsonPrinter final : public IStatsPrinter {
         Print(open + ",\n\"rows\":[");
     }
     void Row(const SRegionStats& row) override {
-        Print((first_ ? "\n" : ",\n") + JsonLine(Describe(row)));
+        Print((first_ ? "\n" : ",\n") + JsonText(Describe(row)));
         first_ = false;
     }
     void End(u64 skipped, bool complete) override {

@@ -1,7 +1,6 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
-#include <filesystem>
 
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/suggestion.h"
@@ -13,44 +12,12 @@
 #include "apps/ovix/output/output_file.h"
 #include "apps/ovix/scene.h"
 #include "apps/ovix/synth/synth.h"
+#include "apps/ovix/synth/table_files.h"
 #include "core/core.h"
 
 namespace ovix::app {
 
 namespace {
-
-/// The tables of a correction as files of one stem. Each is written beside its place and renamed.
-void SaveTables(const reduce::CCorrectionReduceObject& tables, const std::string& stem, bool overwrite) {
-    const auto save = [&](const char* extension, auto write) {
-        const std::string target = stem + extension;
-        std::error_code error;
-        if (!overwrite && std::filesystem::exists(target, error))
-            throw CFault({.exit = ExitFile, .file = target, .problem = "exists already; --overwrite replaces it"});
-        const std::string beside = target + ".part";
-        if (write(CString(beside.c_str())))
-            std::filesystem::rename(beside, target, error);
-        else
-            error = std::make_error_code(std::errc::io_error);
-        if (!error) return;
-        std::error_code ignored;
-        std::filesystem::remove(beside, ignored);
-        throw CFault({.exit = ExitFile, .file = target, .problem = "cannot write"});
-    };
-    const u16 width = static_cast<u16>(tables.width);
-    const u16 height = static_cast<u16>(tables.height);
-    IFileSystem* files = FileSystem;
-    if (tables.gain)
-        save(".mvg",
-             [&](const CString& path) { return CNormFile::SaveGainTable(files, path, width, height, 0, tables.gain); });
-    if (tables.offset)
-        save(".mvo", [&](const CString& path) {
-            return CNormFile::SaveOffsetTable(files, path, width, height, 0, tables.offset);
-        });
-    if (tables.map)
-        save(".mvb", [&](const CString& path) {
-            return CNormFile::SaveBadPixelTable(files, path, width, height, 0, tables.mask, tables.map);
-        });
-}
 
 class CSynthCommand final : public ICommand {
   public:
@@ -96,12 +63,13 @@ class CSynthCommand final : public ICommand {
 
         const auto camera = family.make(options);
         COutputFile dump(output_, overwrite_);
+        const auto tables = Tables(*camera);
         const auto truth = TruthWriter(options, count);
         const u64 bytes = WriteFrames(*camera, options, count, dump, truth.get());
-        if (!tables_.empty()) WriteTables(*camera);
+        if (tables) tables->Commit();
         if (truth) truth->Finish();
         dump.Commit();
-        Report(format, count, bytes);
+        Report(format, options.form, count, bytes);
         return ExitDone;
     }
 
@@ -169,18 +137,19 @@ class CSynthCommand final : public ICommand {
         return dump.Size();
     }
 
-    void WriteTables(const ISynthesizer& camera) const {
+    std::unique_ptr<CTableFiles> Tables(const ISynthesizer& camera) const {
+        if (tables_.empty()) return nullptr;
         const auto tables = camera.Correction();
         if (!tables) throw UsageFault("--tables: these frames have neither a fixed pattern nor bad pixels");
-        SaveTables(*tables, tables_, overwrite_);
+        return std::make_unique<CTableFiles>(*tables, tables_, overwrite_);
     }
 
-    void Report(const SFrameFormat& format, u64 count, u64 bytes) const {
+    void Report(const SFrameFormat& format, const std::string& form, u64 count, u64 bytes) const {
         if (json_) {
             PrintJson({{"schema", kSchemaVersion},
                        {"output", output_},
                        {"pixelType", format.pixelTypeName},
-                       {"form", form_},
+                       {"form", form},
                        {"width", format.width},
                        {"height", format.height},
                        {"frames", count},

@@ -65,12 +65,12 @@ class CDescription {
   public:
     CDescription(const std::filesystem::path& target, const SSeries& series, bool overwrite)
         : file_(target, overwrite) {
-        std::string head = DescribeSeries(series).dump(2);
+        std::string head = JsonText(DescribeSeries(series), 2);
         head.erase(head.rfind("\n}"));
         Write(head + ",\n  \"frames\": [");
     }
     void Add(const SPicture& picture) {
-        Write((first_ ? "\n    " : ",\n    ") + DescribeFrame(picture).dump());
+        Write((first_ ? "\n    " : ",\n    ") + JsonText(DescribeFrame(picture)));
         first_ = false;
     }
     void Complete() { Write("\n  ]\n}\n"); }

@@ -41,13 +41,15 @@ void Unregister(int& slot) {
     slot = -1;
 }
 
-extern "C" void EndInterrupted(int) {
+extern "C" void EndInterrupted(int signal) {
     if (::getpid() == owner) {  // a child that only decodes owns none of the files
         for (SUnfinished& slot : unfinished) {
             if (slot.used) ::unlink(slot.path);
         }
     }
-    ::_exit(ExitInterrupted);
+    if (signal != SIGPIPE) ::_exit(ExitInterrupted);
+    std::signal(SIGPIPE, SIG_DFL);  // a reader that went away is told to nobody, as everywhere
+    ::raise(SIGPIPE);
 }
 
 std::string NameBeside(const std::filesystem::path& target) {
@@ -159,7 +161,12 @@ void InstallInterruptCleanup() {
     struct sigaction action = {};
     action.sa_handler = EndInterrupted;
     sigfillset(&action.sa_mask);
-    for (int signal : {SIGINT, SIGTERM, SIGHUP}) ::sigaction(signal, &action, nullptr);
+    for (int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
+        struct sigaction inherited;
+        // What the caller has us ignore, as `nohup` does, stays ignored.
+        if (::sigaction(signal, nullptr, &inherited) == 0 && inherited.sa_handler != SIG_IGN)
+            ::sigaction(signal, &action, nullptr);
+    }
     std::signal(SIGXFSZ, SIG_IGN);
 }
 

@@ -50,8 +50,9 @@ class COutputFile {
     bool keepPart_;
 };
 
-/// Makes SIGINT, SIGTERM and SIGHUP remove what is not committed and end the process with status 130, and a write
-/// beyond the size limit of the process an ordinary error. For `main`, once.
+/// Makes SIGINT, SIGTERM and SIGHUP remove what is not committed and end the process with status 130, unless they are
+/// ignored; SIGPIPE removes it too and ends the process as ever. A write beyond the size limit of the process becomes
+/// an ordinary error. For `main`, once.
 void InstallInterruptCleanup();
 
 }  // namespace ovix::app

@@ -34,8 +34,8 @@ const u32 kInferno[256] = {
 // clang-format on
 
 SColour PaletteColour(float value, float low, float high) {
-    const float share = std::clamp((value - low) / (high - low), 0.0f, 1.0f);
-    return ColourOf(kInferno[std::lround(share * 255.0f)]);
+    const double width = double{high} - low;  // which a float need not hold
+    return ColourOf(kInferno[std::lround(255 * std::clamp((double{value} - low) / width, 0.0, 1.0))]);
 }
 
 }  // namespace ovix::app

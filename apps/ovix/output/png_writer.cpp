@@ -76,7 +76,7 @@ class CPngWriter : public IFrameWriter {
         description.update(DescribeFrame(picture));
         description["range"] = {range_->low, range_->high};
         const std::vector<u8> png = PngOf(DrawThermalPicture(series_, picture, *range_, options_.marks).canvas,
-                                          description.dump(-1, ' ', true));
+                                          JsonText(description, -1, true));
         if (series_.frames > 1) file_ = std::make_unique<COutputFile>(PathOfFrame(picture.frame), options_.overwrite);
         file_->Write(png.data(), png.size());
         if (series_.frames > 1) file_->Commit();

@@ -109,7 +109,7 @@ class TTiffFile {
         if (series_.frames > 1) TIFFSetField(tiff_, TIFFTAG_SUBFILETYPE, FILETYPE_PAGE);
         Json text = first_ ? DescribeSeries(series_) : Json::object();
         text.update(DescribeFrame(picture));
-        TIFFSetField(tiff_, TIFFTAG_IMAGEDESCRIPTION, text.dump(-1, ' ', true).c_str());
+        TIFFSetField(tiff_, TIFFTAG_IMAGEDESCRIPTION, JsonText(text, -1, true).c_str());
         if (first_) TIFFSetField(tiff_, TIFFTAG_SOFTWARE, "ovix " OVIX_VERSION);
         return rows;
     }
