@@ -71,7 +71,6 @@ class CDamageable {
     explicit CDamageable(const std::vector<u8>& bytes = {}) { Put(bytes); }
 
     void Put(const std::vector<u8>& bytes) { test::WriteText(Path(), {bytes.begin(), bytes.end()}); }
-    std::vector<u8> Bytes() const { return Read(Path()); }
     void Flip(std::size_t offset, u8 bits) const {
         std::fstream file(Path(), std::ios::in | std::ios::out | std::ios::binary);
         file.seekg(static_cast<std::streamoff>(offset));
@@ -109,6 +108,9 @@ class CDamageable {
         EXPECT_TRUE(good.ReadsAsGood(&findings)) << (findings.empty() ? "" : findings[0].what + findings[0].found);
         return FramesAtEnd(Read(made), OpenRecording(made).WholeFrames(), frameSize);
     }
+
+    /// What the last repair made.
+    std::vector<u8> Made() const { return Read(folder_.Path("good.krt")); }
 
     static Frames FramesAtEnd(const std::vector<u8>& bytes, u64 count, std::size_t frameSize) {
         Frames frames;
@@ -203,6 +205,7 @@ TEST(Recording, EveryFlippedByteThatARuleCoversIsNamed) {
         disk.Flip(offset, bits);
         std::vector<SFinding> findings;
         EXPECT_FALSE(disk.ReadsAsGood(&findings)) << where << ", offset " << offset << ", bits " << int{bits};
+        if (tried % 11 == 0) disk.Repaired(frames[0].size());  // which must make a good one, if it makes one
         disk.Flip(offset, bits);
         ++tried;
     };
@@ -266,6 +269,13 @@ TEST(Recording, RepairKeepsWhatIsWholeAndLeavesTheRestOut) {
         CDamageable disk(bytes);  // a frame that no decoder takes
         disk.Flip(framesAt + size + 2 * kWidth * kHeight, 0x40);
         EXPECT_EQ(disk.Repaired(size), (Frames{frames[0], frames[2]}));
+    }
+    const std::size_t pixelsAt = framesAt - sizeof(reduce::SPixelsHeader);
+    for (const std::size_t told : {std::size_t{77 + 33}, std::size_t{77 + 55}, pixelsAt + 13, pixelsAt + 30}) {
+        CDamageable disk(bytes);  // type id and frame of the source info, type and width of the pixels
+        disk.Flip(told, 0x40);
+        EXPECT_EQ(disk.Repaired(size), frames) << told;
+        EXPECT_EQ(disk.Made(), bytes) << told;
     }
     {
         CDamageable disk(bytes);  // the source info lies

@@ -71,7 +71,6 @@ void SetName(SInfoFileBlock& block, const CString& name) {
     std::strncpy(block.name, name.GetUTF8(), SInfoFileBlock::NameBytes);
 }
 
-/// The header that the block of an object must have, as far as its fields follow from each other and from its data.
 SInfoFileBlock ExpectedHeader(const CRecordingFile& file, const SInfoFileBlock& block, const SLoaded& loaded) {
     SInfoFileBlock expected = block;
     if (!loaded.object) {
@@ -87,6 +86,12 @@ SInfoFileBlock ExpectedHeader(const CRecordingFile& file, const SInfoFileBlock& 
     if (ofTheSource || (block.preset >= SourceInfo::MaxPresets)) expected.preset = reduce::IReduceObject::NoPreset;
     if (ofTheSource) expected.frame = reduce::IReduceObject::NoFrame;
     return expected;
+}
+
+}  // namespace
+
+SInfoFileBlock ExpectedHeader(const CRecordingFile& file, const SInfoFileBlock& block) {
+    return ExpectedHeader(file, block, Load(file, block));
 }
 
 SPixelsHeader ExpectedPixels(const CRecordingFile& file, const SourceInfo* source) {
@@ -127,8 +132,6 @@ TSharedPtr<SourceInfo> LoadSourceInfo(const CRecordingFile& file) {
     }
     return {};
 }
-
-}  // namespace
 
 bool IsWholeBlock(const CRecordingFile& file, const SInfoFileBlock& block) {
     if (file.CrcOf(block) != block.crc) return false;

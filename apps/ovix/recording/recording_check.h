@@ -42,6 +42,14 @@ class CRecordingCheck {
     bool good_ = true;
 };
 
+/// The header that the block of an object must have, as far as its fields follow from each other and from its data; of
+/// a block whose CRC is right, what differs is damage of the header.
+reduce::SInfoFileBlock ExpectedHeader(const CRecordingFile& file, const reduce::SInfoFileBlock& block);
+/// The first source info that can be loaded, whatever its CRC; empty when none can.
+TSharedPtr<reduce::CSourceInfoReduceObject> LoadSourceInfo(const CRecordingFile& file);
+/// The record of the pixels, likewise and as far as it follows from the source info, which may be null.
+reduce::SPixelsHeader ExpectedPixels(const CRecordingFile& file, const reduce::CSourceInfoReduceObject* source);
+
 /// Whether a block, which ends within the file, is what its header says: its CRC, and for an object of a known class
 /// that it can be loaded.
 bool IsWholeBlock(const CRecordingFile& file, const reduce::SInfoFileBlock& block);

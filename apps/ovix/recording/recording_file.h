@@ -36,6 +36,8 @@ class CRecordingFile {
     bool HasPixels() const { return hasPixels_; }
     const reduce::SInfoFileBlock& PixelsBlock() const { return pixelsBlock_; }
     const reduce::SPixelsHeader& Pixels() const { return pixels_; }
+    /// Goes on with another record than that in the file.
+    void SetPixels(const reduce::SPixelsHeader& pixels) { pixels_ = pixels; }
     /// Bytes of the record in the file: 512, or 44 of the oldest files.
     u32 PixelsRecordSize() const;
     u64 FramesAt() const { return pixelsBlock_.dataOffset + PixelsRecordSize(); }

@@ -2,12 +2,14 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "apps/ovix/input/frame_format.h"
 #include "apps/ovix/recording/library_file.h"
 #include "apps/ovix/recording/recording_check.h"
 #include "apps/ovix/recording/stored_frames.h"
+#include "apps/ovix/recording/stored_parts.h"
 
 namespace ovix::app {
 
@@ -45,6 +47,7 @@ class CRepair {
 
     SRepaired Run() {
         RequirePixels();
+        MendPixels();
         Count();
         Require(reduce::CreateInfoFile(out_));
         bool hasInfo = false;
@@ -53,10 +56,7 @@ class CRepair {
             hasInfo = CopyBlock(block) || hasInfo;
         }
         if (!hasInfo) WriteNewInfo();
-        SPixelsHeader pixels = file_.Pixels();
-        pixels.size = pixels.sizeAgain = sizeof pixels;
-        pixels.version = SPixelsHeader::Version;
-        Require(reduce::WritePixelsHeader(out_, pixels));
+        Require(reduce::WritePixelsHeader(out_, NewPixels()));
         CopyFrames();
         return result_;
     }
@@ -77,6 +77,37 @@ class CRepair {
                           .offset = file_.FramesAt(),
                           .expected = fmt::format("at least one frame of {} bytes", file_.FrameStep()),
                           .found = fmt::format("{} bytes", file_.CutBytes())});
+    }
+
+    /// Where the record of the pixels differs from a source info whose CRC is right, the record is damaged. Its frame
+    /// sizes follow from nothing else.
+    void MendPixels() {
+        const auto& blocks = file_.Blocks();
+        const bool isWhole = std::any_of(blocks.begin(), blocks.end(), [&](const SInfoFileBlock& block) {
+            return block.typeID == SourceInfo::typeID && EndsInside(block) && IsWholeBlock(file_, block);
+        });
+        const TSharedPtr<SourceInfo> source = isWhole ? LoadSourceInfo(file_) : TSharedPtr<SourceInfo>();
+        const bool isOldest = file_.PixelsRecordSize() != sizeof(SPixelsHeader);  // whose parts stand elsewhere
+        const SPixelsHeader& found = file_.Pixels();
+        SPixelsHeader pixels = ExpectedPixels(file_, source.ptr());
+        pixels.frameSize2 = found.frameSize2;
+        CompareParts(PixelsRecordParts(), reinterpret_cast<const u8*>(&pixels), reinterpret_cast<const u8*>(&found),
+                     [&](const SStoredPart& part, const std::string& wanted, const std::string& there) {
+                         say_(fmt::format("offset {}: {} in the pixels record was {}; made {}",
+                                          file_.PixelsBlock().dataOffset + (isOldest ? 0 : part.offset), part.name,
+                                          there, wanted));
+                     });
+        file_.SetPixels(pixels);
+    }
+
+    SPixelsHeader NewPixels() const {
+        SPixelsHeader pixels = file_.Pixels();
+        pixels.size = pixels.sizeAgain = sizeof pixels;
+        pixels.version = SPixelsHeader::Version;
+        const bool alone = std::all_of(std::begin(pixels.frameBlocks), std::end(pixels.frameBlocks),
+                                       [](const reduce::SFrameBlockEntry& entry) { return entry.id == CGUID::Empty; });
+        if (alone) pixels.frameSize = pixels.frameSize2 = static_cast<u32>(file_.FrameStep());
+        return pixels;
     }
 
     /// The frames that will be in the new file, ahead of writing: its source info comes first.
@@ -121,10 +152,14 @@ class CRepair {
     }
 
     /// True for a source info.
-    bool CopyBlock(const SInfoFileBlock& block) {
-        const bool endsInside = block.size <= file_.Input().Size() - block.dataOffset;
-        if (block.typeID == SourceInfo::typeID && endsInside) return CopyInfo(block);
-        if (!endsInside || !(IsFree(block) || IsWholeBlock(file_, block))) {
+    bool CopyBlock(const SInfoFileBlock& found) {
+        const SInfoFileBlock block = EndsInside(found) ? Mended(found) : found;
+        if (block.typeID == SourceInfo::typeID && EndsInside(block)) return CopyInfo(block);
+        if (EndsInside(block) && IsFree(block)) {
+            Require(reduce::WriteFreeInfoFileBlock(out_, block.size));
+            return false;
+        }
+        if (!EndsInside(block) || !IsWholeBlock(file_, block)) {
             ++result_.leftOut;
             say_(fmt::format("offset {}: block {} is damaged; left out", block.headerOffset, BlockText(block)));
             return false;
@@ -134,7 +169,25 @@ class CRepair {
         return false;
     }
 
-    static bool IsFree(const SInfoFileBlock& block) { return block.typeID == CGUID::Empty; }
+    bool EndsInside(const SInfoFileBlock& block) const { return block.size <= file_.Input().Size() - block.dataOffset; }
+    static bool IsFree(const SInfoFileBlock& block) { return block.typeID == CGUID::Empty && !block.name[0]; }
+
+    /// With the header that belongs to its data, if those are right. Size and CRC, which tell that, stay.
+    SInfoFileBlock Mended(const SInfoFileBlock& block) {
+        if (IsFree(block) || file_.CrcOf(block) != block.crc) return block;
+        SInfoFileBlock mended = ExpectedHeader(file_, block);
+        mended.size = block.size;
+        u8 wanted[SInfoFileBlock::HeaderBytes];
+        u8 found[SInfoFileBlock::HeaderBytes];
+        reduce::WriteInfoFileBlock(wanted, mended);
+        reduce::WriteInfoFileBlock(found, block);
+        CompareParts(BlockHeaderParts(), wanted, found,
+                     [&](const SStoredPart& part, const std::string& right, const std::string& there) {
+                         say_(fmt::format("offset {}: {} of block {} was {}; made {}", block.headerOffset + part.offset,
+                                          part.name, BlockText(mended), there, right));
+                     });
+        return mended;
+    }
 
     /// A recording may have ended in the middle of its own patch: then the header's CRC is that of the record with the
     /// frame counts in it.
