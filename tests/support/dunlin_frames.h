@@ -1,5 +1,8 @@
 #pragma once
 
+#include <sstream>
+
+#include "reduce/filters/dunlin_frame_info_reduce_object.h"
 #include "support/k410_frames.h"
 
 /// Frames of the Lapwing and Wren families, written from the format, with a switch for each form and each fault.
@@ -13,27 +16,22 @@ struct STomzTrailer {
     const char* signature = "TOMZ";
     u16 version = 1, words = 48;
     bool olderWren = false;
-    u64 microseconds = 13'000'000'000'000'000;  ///< since 1601
     u32 counter = 0x12345678;
-    u8 videoPreset = 0x53, activePreset = 2;
-    u8 triggerInput = 0, flags = 0, timeFlags = 0;
+    u8 activePreset = 2, triggerInput = 0, flags = 0, timeFlags = 0;
     u16 checksumError = 0;
 
     Bytes Make() const {
         CByteWriter w;
-        w.Text(signature, 4).U16(version).U16(words).U64(microseconds).U32(counter);
-        w.U8(videoPreset).U8(3).U8(activePreset).U8(9);  // three presets, page 9
+        w.Text(signature, 4).U16(version).U16(words).U64(13'000'000'000'000'000).U32(counter);
+        w.U8(0x53).U8(3).U8(activePreset).U8(9);  // two video presets, three presets, page 9
         if (olderWren) {
             w.F32(295.5f).F32(296.25f).F32(297).F32(298).F32(77.5f).F32(40e6f);
         } else {
             w.U16(0x805).U16(0xFFFF).U16(0x7FF).PadTo(40).F32(77.5f).U32(40);
         }
         w.U32(39'999).U32(800'000);  // clock ticks: 1000 us less one, 20 ms
-        w.U8(olderWren ? 4 : triggerInput)
-            .U8(olderWren ? 0xEE : 4)
-            .U8(flags)
-            .U8(0xEE)
-            .U8(olderWren ? triggerInput : 0xEE);
+        w.U8(olderWren ? 4 : triggerInput).U8(olderWren ? 0xEE : 4).U8(flags).U8(0xEE);
+        w.U8(olderWren ? triggerInput : 0xEE);
         w.U8(timeFlags).U16(200).U8(13).U8(14).U8(15).U32(678'901).U8(26);  // day 200, 13:14:15.678901, 2026
         w.U16(0x1111).U32(22'222).U32(33'333).U8(0b10110).U8(0).U16(41).U16(42).U16(43).U16(44).PadTo(94);
         u16 sum = checksumError;
@@ -42,20 +40,19 @@ struct STomzTrailer {
     }
 };
 
-/// A record of 109 bytes of the native trailer.
+/// A record of 109 bytes of the native trailer: what is not named is its own offset.
 struct SPruvRecord {
     u64 counter = 0x1'0000'0002;
     u8 dataDisable = 0, triggerInput = 0, timeFlags = 0;
 
     Bytes Make() const {
-        CByteWriter w;
-        w.U16(109).U32(3).U64(13'000'000'000'000'000).U64(counter);
-        w.U16(3).U16(4).U16(5).U16(2).F32(77.5f).F32(295.5f).F32(296.25f).F32(297).F32(298);
-        w.F32(40e6f).F32(1000.75f).F32(50);
-        w.U8(6).U8(1).U8(dataDisable).U8(9).U8(0).U8(1).U8(triggerInput);
-        w.U8(timeFlags).U16(200).U8(13).U8(14).U8(15).U32(678'901).U8(26);
-        w.U16(0x1111).U32(22'222).U32(33'333).U8(0).U8(1).U8(5).U16(41).U16(42).U16(43).U16(44).PadTo(109);
-        return w.bytes;
+        Bytes record(109);
+        for (std::size_t i = 0; i < 109; ++i) record[i] = static_cast<u8>(i);
+        Patch(record, 14, counter, 8);
+        Patch(record, 64, dataDisable, 1);
+        Patch(record, 68, triggerInput, 1);
+        Patch(record, 69, timeFlags, 1);
+        return record;
     }
 };
 
@@ -66,11 +63,24 @@ inline Bytes PruvBuffer(const std::vector<u16>& pixels, const std::vector<SPruvR
     return bytes;
 }
 
-/// Each image with its trailer, filled up to `size` bytes.
+/// An image with its trailer, filled up to `size` bytes.
 inline Bytes TomzFrame(const std::vector<u16>& pixels, const STomzTrailer& trailer, std::size_t size = 0) {
     Bytes bytes = Join({PixelBytes(pixels), trailer.Make()});
     if (size) bytes.resize(size, 0x77);
     return bytes;
+}
+
+/// All fields in their order, a blank between two.
+inline std::string FieldsOf(const reduce::SDunlinFrame& f) {
+    std::ostringstream s;
+    const auto put = [&](const auto&... values) { ((s << +values << ' '), ...); };
+    put(f.flags, f.timeStamp, f.frameCounter, f.numPresets, f.videoPresetLow, f.videoPresetHigh, f.activePreset);
+    put(f.detectorTemp, f.sensorTemp[0], f.sensorTemp[1], f.sensorTemp[2], f.sensorTemp[3], f.masterClock);
+    put(f.integrationTime, f.frameRate, f.filterPosition, f.externalTrigger, f.dataDisable, f.pageIndex, f.lensChange);
+    put(f.inputSignalGrabbed, f.triggerInput, f.lockinWord, f.lockinPeriod, f.lockinPhase, f.lockinMin, f.lockinMax);
+    put(f.signalNumber, f.lockinMean[0], f.lockinMean[1], f.lockinMean[2], f.lockinMean[3], f.timeFlags, f.dayOfYear);
+    put(f.hours, f.minutes, f.seconds, f.microseconds, f.year);
+    return s.str();
 }
 
 }  // namespace ovix::test
