@@ -24,7 +24,7 @@ void SDunlinObjects::FillFrame(const SDunlinTrailer& values, DunlinLayout shown)
             if (field.kind) frame_values::Add(info.extra, field.name, *field.kind, field.text(values, field.kind));
         }
     }
-    static_cast<SDunlinFrame&>(*dunlinInfo) = values;
+    static_cast<SDunlinFrame&>(*dunlinInfo) = static_cast<const SDunlinFrame&>(values);
     dunlinInfo->integrationTime = TruncateTo<i32>(values.integrationExactTime);
 }
 

@@ -16,7 +16,7 @@ SFrameReader Reader(u16 width = 2, u16 height = 1) { return {L"Wren", kWren, wid
 Bytes NativeByBytes() {
     Bytes frame = PruvBuffer({0xC123, 0xFFFF}, {{.dataDisable = 64, .triggerInput = 68, .timeFlags = 0x45}});
     const auto put = [&](std::size_t at, u64 value) { Patch(frame, 8 + at, value, 4); };
-    put(6, 123456), put(10, 0);  // microseconds
+    put(6, 123456), put(10, 0);                                     // microseconds
     put(30, 0x429B0000), put(34, 0x3F800000), put(38, 0x40000000);  // 77.5, 1, 2
     put(42, 0x40400000), put(46, 0x40800000), put(50, 0x40A00000);  // 3, 4, 5
     put(54, 0xC479C000), put(58, 0x42200000);                       // -999, 40
