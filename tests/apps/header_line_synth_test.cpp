@@ -1,4 +1,5 @@
-// The families with a header line the whole way: a scene, frames, a recording, and back to counts and temperatures.
+// The families with a header line, and those with a trailer and a plain response, the whole way: a scene, frames, a
+// recording, and back to counts and temperatures.
 
 #include <gtest/gtest.h>
 
@@ -64,6 +65,8 @@ const SFamily kFamilies[] = {
       {"MV9100_DewarTemp", "28.95"},
       {"MV9100_AnalogOffset", "0.000611"},
       {"MV9100_DigitalGain", "1.000"}}},
+    {"Lapwing", "Lapwing", Linear, {{"IntegrationTime", "1000"}, {"FrameRate", "50"}, {"SensorTemp[0]", "297.4"}}},
+    {"Wren", "Wren", Linear, {{"IntegrationTime", "1000"}, {"FrameRate", "50"}, {"SensorTemp[3]", "299"}}},
 };
 
 TEST(HeaderLineSynth, WholeWayToCounts) {
