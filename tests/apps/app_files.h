@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "apps/ovix/app_error.h"
+#include "core/bytes.h"
 #include "support/test_folder.h"
 
 namespace ovix::test {
@@ -21,6 +22,17 @@ inline std::filesystem::path PathIn(const CTestFolder& folder, const char* name 
 inline std::string ReadText(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// The elements of an array file behind its header.
+template <class T>
+std::vector<T> ReadArray(const std::filesystem::path& path) {
+    const std::string bytes = ReadText(path);
+    if (bytes.size() < 10) return {};
+    const std::size_t start = 10u + LoadLittle<u16>(reinterpret_cast<const u8*>(bytes.data()) + 8);
+    std::vector<T> values((bytes.size() - start) / sizeof(T));
+    std::memcpy(values.data(), bytes.data() + start, values.size() * sizeof(T));
+    return values;
 }
 
 inline void WriteText(const std::filesystem::path& path, const std::string& bytes) {

@@ -30,22 +30,14 @@ const Arguments kDump = {"dump.raw", "--pixel-type", "K410 IR (GigE)", "--size",
 /// Nothing between camera and scene, and a scene of black bodies.
 const Arguments kBlack = {"--emissivity", "1", "--atmosphere-trans", "1", "--scale", "K"};
 
-std::vector<float> ReadFloats(const std::filesystem::path& path) {
-    const std::string bytes = test::ReadText(path);
-    const std::size_t start = 10u + LoadLittle<u16>(reinterpret_cast<const u8*>(bytes.data()) + 8);
-    std::vector<float> values((bytes.size() - start) / sizeof(float));
-    std::memcpy(values.data(), bytes.data() + start, values.size() * sizeof(float));
-    return values;
-}
-
 /// A frame of a known scene and what an experimenter would note of it: counts of black bodies at some temperatures.
 class Calibrate : public ::testing::Test {
   protected:
     void SetUp() override {
         folder.Do(Arguments{"synth", "-o"} + kDump + Arguments{"--clean", "--truth", "truth.npy"});
         folder.Do(Arguments{"convert"} + kDump + Arguments{"--unit", "counts", "-o", "counts.npy"});
-        truth = ReadFloats(folder.Path("truth.npy"));
-        counts = ReadFloats(folder.Path("counts.npy"));
+        truth = test::ReadArray<float>(folder.Path("truth.npy"));
+        counts = test::ReadArray<float>(folder.Path("counts.npy"));
         ASSERT_EQ(truth.size(), kPixels);
         std::vector<u32> order;
         for (u32 i = 0; i < kPixels; ++i) order.push_back(i);
@@ -83,13 +75,13 @@ TEST_F(Calibrate, MeasuresTheSceneThatItWasFittedTo) {
         EXPECT_TRUE(fit["presets"][0]["steady"]);
         folder.Do(Arguments{"convert"} + kDump + kBlack +
                   Arguments{"--user-cal", "cal.json", "-o", "user.npy", "--overwrite"});
-        const std::vector<float> measured = ReadFloats(folder.Path("user.npy"));
+        const std::vector<float> measured = test::ReadArray<float>(folder.Path("user.npy"));
         for (u32 i = 0; i < kPixels; ++i) ASSERT_NEAR(measured[i], truth[i], c.tolerance) << i;
     }
     // A recording takes the calibration along.
     folder.Do(Arguments{"record"} + kDump + Arguments{"--user-cal", "cal.json", "-o", "run.krt"});
     folder.Do(Arguments{"convert", "run.krt", "--cal", "user", "-o", "recorded.npy"} + kBlack);
-    EXPECT_EQ(ReadFloats(folder.Path("recorded.npy")), ReadFloats(folder.Path("user.npy")));
+    EXPECT_EQ(test::ReadArray<float>(folder.Path("recorded.npy")), test::ReadArray<float>(folder.Path("user.npy")));
     // Planck's law at the middle of a wide band is a rough value only.
     const Json rough = Json::parse(Fit({"--to-temperature", "planck", "--json"}));
     EXPECT_LT(rough["presets"][0]["largestKelvin"], 10);

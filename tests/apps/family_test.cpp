@@ -6,7 +6,6 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
-#include "core/bytes.h"
 #include "tool_run.h"
 
 namespace ovix::app {
@@ -42,12 +41,22 @@ const std::map<std::string, std::vector<SField>> kFields = {
       {kPixelBytes + 48, "3f9c0000", "IntegrationTime", "1000 µs"},
       {kPixelBytes + 52, "00350c00", "FrameRate", "50 Hz"},
       {kPixelBytes + 67, "204e0000", "Microseconds", "20000"}}},
+    {"LOR-RA",
+     {{12, "0177", "ChassisTemp", "31.50 °C"},
+      {20, "01000000", "FrameCounter", "1"},
+      {50, "48e80100", "FrameRate", "50.00 Hz"}}},
+    {"LOR-SB", {{14, "8476", "AirGapTemp", "30.25 °C"}, {98, "f4010000", "LensFocalLength", "50.00"}}},
     {"MV310",
      {{kPixelBytes, "0002", "ByteOrder", "swapped"},
       {kPixelBytes + 4, "0030", "Height", "48 pixels"},
       {kPixelBytes + 40, "43939333", "ReflectedTemp", "295.15 K"},
       {kPixelBytes + 776, "00001388", "Offset", "5000 counts"},
       {kPixelBytes + 900, "6968d6c000000014", "Time", "2026-01-15 12:00:00.020000 UTC"}}},
+    {"MVFalcon",
+     {{32, "000000000100", "MV9100_FrameCounter", "1"}, {86, "45000100", "MV9100_FrontPanelTemp", "27.52 °C"}}},
+    {"Osprey",
+     {{48, "00000000020000000000120015000000", "Time", "015:12:00:00.020000"},
+      {86, "4a000100", "OS_FrontPannelTemp", "27.343756 °C"}}},
     {"Plover",
      {{kPixelBytes + 24, "0001", "FrameCounter", "1"},
       {kPixelBytes + 128, "3ff33333", "AtmX", "1.9"},
@@ -79,11 +88,7 @@ void ExpectFields(const Json& dump, const std::string& family) {
 
 std::vector<float> Measure(const test::CToolFolder& folder, const Arguments& source) {
     folder.Do(Arguments{"convert", "-o", "out.npy", "--overwrite", "--scale", "K"} + source);
-    const std::string bytes = test::ReadText(folder.Path("out.npy"));
-    const std::size_t start = 10u + LoadLittle<u16>(reinterpret_cast<const u8*>(bytes.data()) + 8);
-    std::vector<float> values((bytes.size() - start) / sizeof(float));
-    std::memcpy(values.data(), bytes.data() + start, values.size() * sizeof(float));
-    return values;
+    return test::ReadArray<float>(folder.Path("out.npy"));
 }
 
 TEST(Family, GoesTheWholeWay) {

@@ -18,6 +18,7 @@ namespace {
 
 using Json = nlohmann::json;
 using test::CToolFolder;
+using test::ReadArray;
 using test::SToolRun;
 using Arguments = std::vector<std::string>;
 
@@ -36,17 +37,6 @@ void Synthesise(const CToolFolder& folder, const Arguments& more = {}, const std
     folder.Do(
         Arguments{"synth", "-o", "dump.raw", "--pixel-type", type, "--size", "64x48", "--count", "3", "--overwrite"} +
         more);
-}
-
-/// The elements of an array file behind its header.
-template <class T>
-std::vector<T> ReadArray(const std::filesystem::path& path) {
-    const std::string bytes = test::ReadText(path);
-    if (bytes.size() < 10) return {};
-    const std::size_t start = 10u + LoadLittle<u16>(reinterpret_cast<const u8*>(bytes.data()) + 8);
-    std::vector<T> values((bytes.size() - start) / sizeof(T));
-    std::memcpy(values.data(), bytes.data() + start, values.size() * sizeof(T));
-    return values;
 }
 
 Json Stats(const CToolFolder& folder, const Arguments& more = {}, const std::string& type = kGigE) {

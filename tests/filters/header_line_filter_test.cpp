@@ -15,106 +15,39 @@ namespace {
 
 using namespace test;
 
-// The values of the families' headers, each with its kind and format, in their order.
-constexpr char kOspreyValues[] = R"(OS_ActivePreset = 2 (Counter, int)
-OS_IntegrationTime = 2.000000 (Float, float)
-OS_FrameCounter = 4660 (Counter, int)
-OS_SaturationFlag = T (flag, ascii)
-OS_Saturation = 660020 (Integer, int)
-OS_FPAControlWord = 0x8042A107 (Integer, int)
-OS_FPAWindowWord = 0x02800200 (Integer, int)
-OS_Resolution = 270 (Integer, int)
-OS_FrontPannelTemp = 27.343756 (Float, float)
-OS_AirGapTemp = -50.000000 (Float, float)
-OS_DewarTemp = 190.000015 (Float, float)
-)";  // the last as single precision has it
-constexpr char kLORValues[] = R"(ActivePreset = 2 (Counter, int)
-FrameCounter = 4026531841 (Counter, int)
-HeaderID = 4660 (Integer, int)
-IRIGLocked = T (Flag, ascii)
-Trigger = T (Flag, ascii)
-SB: RecordStart = F (Flag, ascii)
-VideoNUCOn = T (Flag, ascii)
-GigENucOn = F (Flag, ascii)
-CameraLinkNUCOn = T (Flag, ascii)
-FlagInFOV = F (Flag, ascii)
-RA: ChassisTemp = 20.00 (Float, float)
-SB: FrontPanelTemp = 20.00 (Float, float)
-SB: AirGapTemp = 26.85 (Float, float)
-SB: InternalTemp = -5.00 (Float, float)
-FPATemp = 77.00 (Float, float)
-IntegrationTime = 2.000160 (Float, float)
-FilterID = 3 (Integer, int)
-FPAControlWord = 0x01020304A5060708090A (Text, ascii)
-SaturationThreshold = 65535 (Integer, int)
-SaturatedPixels = 70000 (Integer, int)
-SaturationFlag = T (Flag, ascii)
-FrameRate = 50.00 (Float, float)
-DigitalGain = 1.500 (Float, float)
-DigitalOffset = -0.5 (Float, float)
-DetectorType = 7 (Integer, int)
-AnalogOffset = 1.250 (Float, float)
-MainBoardTemp = 39.19 (Float, float)
-PowerBoardTemp = 0.00 (Float, float)
-DigitizerBoardTemp = 20.00 (Float, float)
-RA: LensTemp = -5.00 (Float, float)
-SB: NUCFlagTemp = -5.00 (Float, float)
-AnalogIn_1 = 0.500 (Float, float)
-AnalogIn_2 = 1.001 (Float, float)
-AnalogIn_3 = 65.535 (Float, float)
-LockinPhase = 4000000000 (Integer, int)
-LockinPeriod = 5 (Integer, int)
-LockinValue = 600 (Integer, int)
-DigitalIn = 0x0A (Bitfield, int)
-DigitalOut = 0xB0 (Bitfield, int)
-ADResolution = 14 (Integer, int)
-ROICType = 8 (Integer, int)
-CameraType = 9 (Integer, int)
-CameraSubType = 10 (Integer, int)
-CameraSN = 1042 (Integer, int)
-LensID = 50 (Integer, int)
-SB: LensFocalLength = 50.00 (Float, float)
-SB: LensFOVEncoderPos = 16 (Integer, int)
-SB: LensFocusEncoderPos = -16 (Integer, int)
-SB: LensAnalogTemp = 28.50 (Float, float)
-SB: LensBoardTemp = 0.00 (Float, float)
-SB: LensExtTemp1 = 27.10 (Float, float)
-SB: LensExtTemp2 = 6553.50 (Float, float)
-SB: LensExtTemp3 = 0.10 (Float, float)
-SB: IHFOV = 280.000 (Float, float)
-SB: IVFOV = 280.000 (Float, float)
-)";
-constexpr char kMVFalconValues[] = R"(MV9100_ActivePreset = 2 (Counter, int)
-MV9100_IntegrationTime = 47721858750.000000 (Float, float)
-MV9100_FPAControlWord = 0x0102030405A60708090A (Text, ascii)
-MV9100_FrameCounter = 15728641 (Counter, int)
-MV9100_SaturationThreshold = 4660 (Integer, int)
-MV9100_SaturationPixelThreshold = -2 (Integer, int)
-MV9100_SaturatedPixels = 65538 (Integer, int)
-MV9100_SaturationFlag = F (Flag, ascii)
-MV9100_IRIGLocked = T (Flag, ascii)
-MV9100_HumiditySensor = 40 (Integer, int)
-MV9100_PressureSensor = 101 (Integer, int)
-MV9100_TempSensor = -0.12 (Float, float)
-MV9100_FrontPanelTemp = 0.09 (Float, float)
-MV9100_AirGapTemp = 28.71 (Float, float)
-MV9100_DewarTemp = 31.09 (Float, float)
-MV9100_DigitalGain = 1.500 (Float, float)
-MV9100_DigitalOffset = -0.5 (Float, float)
-MV9100_ADResolution = 14 (Integer, int)
-MV9100_AnalogOffset = 1.163004 (Float, float)
-MV9100_AnalogIn1 = 2.00 (Float, float)
-MV9100_AnalogIn2 = 2.44 (Float, float)
-MV9100_AnalogIn3 = 1.19 (Float, float)
-MV9100_DigitalIn = 0A (Bitfield, int)
-MV9100_DigitalOut = B0 (Bitfield, int)
-MV9100_FrameRate = 50.00 (Float, float)
-MV9100_DetectorType = 1 (Integer, int)
-MV9100_ROICType = 2 (Integer, int)
-MV9100_CameraType = 3 (Integer, int)
-MV9100_CameraSN = 1042 (Integer, int)
-MV9100_LensID = 50 (Integer, int)
-)";
+// The values of the families' headers, each with its kind, in their order; some belong to one model alone.
+constexpr char kOspreyValues[] =
+    "OS_ActivePreset=2/Counter OS_IntegrationTime=2.000000/Float OS_FrameCounter=4660/Counter "
+    "OS_SaturationFlag=T/flag OS_Saturation=660020/Integer OS_FPAControlWord=0x8042A107/Integer "
+    "OS_FPAWindowWord=0x02800200/Integer OS_Resolution=270/Integer OS_FrontPannelTemp=27.343756/Float "
+    "OS_AirGapTemp=-50.000000/Float OS_DewarTemp=190.000015/Float";  // the last as single precision has it
+constexpr char kLORValues[] =
+    "ActivePreset=2/Counter FrameCounter=4026531841/Counter HeaderID=4660/Integer IRIGLocked=T/Flag Trigger=T/Flag "
+    "SB:RecordStart=F/Flag VideoNUCOn=T/Flag GigENucOn=F/Flag CameraLinkNUCOn=T/Flag FlagInFOV=F/Flag "
+    "RA:ChassisTemp=20.00/Float SB:FrontPanelTemp=20.00/Float SB:AirGapTemp=26.85/Float SB:InternalTemp=-5.00/Float "
+    "FPATemp=77.00/Float IntegrationTime=2.000160/Float FilterID=3/Integer FPAControlWord=0x01020304A5060708090A/Text "
+    "SaturationThreshold=65535/Integer SaturatedPixels=70000/Integer SaturationFlag=T/Flag FrameRate=50.00/Float "
+    "DigitalGain=1.500/Float DigitalOffset=-0.5/Float DetectorType=7/Integer AnalogOffset=1.250/Float "
+    "MainBoardTemp=39.19/Float PowerBoardTemp=0.00/Float DigitizerBoardTemp=20.00/Float RA:LensTemp=-5.00/Float "
+    "SB:NUCFlagTemp=-5.00/Float AnalogIn_1=0.500/Float AnalogIn_2=1.001/Float AnalogIn_3=65.535/Float "
+    "LockinPhase=4000000000/Integer LockinPeriod=5/Integer LockinValue=600/Integer DigitalIn=0x0A/Bitfield "
+    "DigitalOut=0xB0/Bitfield ADResolution=14/Integer ROICType=8/Integer CameraType=9/Integer "
+    "CameraSubType=10/Integer CameraSN=1042/Integer LensID=50/Integer SB:LensFocalLength=50.00/Float "
+    "SB:LensFOVEncoderPos=16/Integer SB:LensFocusEncoderPos=-16/Integer SB:LensAnalogTemp=28.50/Float "
+    "SB:LensBoardTemp=0.00/Float SB:LensExtTemp1=27.10/Float SB:LensExtTemp2=6553.50/Float SB:LensExtTemp3=0.10/Float "
+    "SB:IHFOV=280.000/Float SB:IVFOV=280.000/Float";
+constexpr char kMVFalconValues[] =
+    "MV9100_ActivePreset=2/Counter MV9100_IntegrationTime=47721858750.000000/Float "
+    "MV9100_FPAControlWord=0x0102030405A60708090A/Text MV9100_FrameCounter=15728641/Counter "
+    "MV9100_SaturationThreshold=4660/Integer MV9100_SaturationPixelThreshold=-2/Integer "
+    "MV9100_SaturatedPixels=65538/Integer MV9100_SaturationFlag=F/Flag MV9100_IRIGLocked=T/Flag "
+    "MV9100_HumiditySensor=40/Integer MV9100_PressureSensor=101/Integer MV9100_TempSensor=-0.12/Float "
+    "MV9100_FrontPanelTemp=0.09/Float MV9100_AirGapTemp=28.71/Float MV9100_DewarTemp=31.09/Float "
+    "MV9100_DigitalGain=1.500/Float MV9100_DigitalOffset=-0.5/Float MV9100_ADResolution=14/Integer "
+    "MV9100_AnalogOffset=1.163004/Float MV9100_AnalogIn1=2.00/Float MV9100_AnalogIn2=2.44/Float "
+    "MV9100_AnalogIn3=1.19/Float MV9100_DigitalIn=0A/Bitfield MV9100_DigitalOut=B0/Bitfield "
+    "MV9100_FrameRate=50.00/Float MV9100_DetectorType=1/Integer MV9100_ROICType=2/Integer MV9100_CameraType=3/Integer "
+    "MV9100_CameraSN=1042/Integer MV9100_LensID=50/Integer";
 
 struct SFamily {
     const wchar_t *filter, *ownName;
@@ -127,8 +60,8 @@ struct SFamily {
 };
 const SFamily kFamilies[] = {
     {L"Osprey", L"MV7100", kOsprey, kOspreyHeader, 96, 192, 4660, 0xFFFF, OspreyHeader, kOspreyValues},
-    {L"LOR-RA", L"LOR-RA", kLORRA, kLORRAHeader, 48, 96, 0xF0000001, 0xFFFFFFFF, LORHeader, kLORValues, "SB: "},
-    {L"LOR-SB", L"LOR-SB", kLORSB, kLORSBHeader, 48, 120, 0xF0000001, 0xFFFFFFFF, LORHeader, kLORValues, "RA: "},
+    {L"LOR-RA", L"LOR-RA", kLORRA, kLORRAHeader, 48, 96, 0xF0000001, 0xFFFFFFFF, LORHeader, kLORValues, "SB:"},
+    {L"LOR-SB", L"LOR-SB", kLORSB, kLORSBHeader, 48, 120, 0xF0000001, 0xFFFFFFFF, LORHeader, kLORValues, "RA:"},
     {L"MVFalcon", L"MVFalcon", kMVFalcon, kMVFalconHeader, 128, 256, 0xF00001, 0xFFFFFF, MVFalconHeader,
      kMVFalconValues},
 };
@@ -136,14 +69,21 @@ const SFamily kFamilies[] = {
 std::string ValuesOf(const SFamily& family) {
     std::istringstream all(family.values);
     std::string values;
-    for (std::string line; std::getline(all, line);) {
-        if (line.starts_with(family.ofOtherModel)) continue;
-        values += line.substr(line.find(": ") == 2 ? 4 : 0) + '\n';
+    for (std::string value; all >> value;) {
+        if (value.starts_with(family.ofOtherModel)) continue;
+        values += value.substr(value.find(':') == 2 ? 3 : 0) + ' ';
     }
     return values;
 }
 
-/// In a heap buffer of exactly its size, so that the address sanitizer sees a touch beyond it.
+/// The format that goes with a kind.
+std::string FormatOf(const std::string& kind) {
+    if (kind == "Float") return "float";
+    return kind == "Flag" || kind == "flag" || kind == "Text" ? "ascii" : "int";
+}
+
+/// In a heap buffer of exactly its size, so that the address sanitizer sees a
+/// touch beyond it.
 class CExactBytes {
   public:
     explicit CExactBytes(const Bytes& bytes) : size(static_cast<u32>(bytes.size())), data_(new u8[bytes.size()]) {
@@ -193,8 +133,8 @@ TEST(HeaderLineFilter, FramesByteByByte) {
                 const auto field = std::find_if(fields.begin(), fields.end(), same);
                 ASSERT_NE(field, fields.end()) << entry.name.GetUTF8();
                 EXPECT_TRUE(std::string(field->value.GetUTF8()).starts_with(entry.value.GetUTF8()));
-                values += CString::FromFormat(L"%s = %s (%s, %s)\n", entry.name.c_str(), entry.value.c_str(),
-                                              entry.unit.c_str(), entry.type.c_str())
+                EXPECT_EQ(entry.type.GetUTF8(), FormatOf(entry.unit.GetUTF8())) << entry.name.GetUTF8();
+                values += CString::FromFormat(L"%s=%s/%s ", entry.name.c_str(), entry.value.c_str(), entry.unit.c_str())
                               .GetUTF8();
             }
             EXPECT_EQ(values, ValuesOf(family));
@@ -266,7 +206,8 @@ TEST(HeaderLineFilter, HeaderKeptApart) {
     }
 }
 
-/// What reads most, on a frame that the check passed; a touch beyond any of the buffers is the sanitizer's to see.
+/// What reads most, on a frame that the check passed; a touch beyond any of the
+/// buffers is the sanitizer's to see.
 void ParseChecked(const SFamily& family, const CExactBytes& frame, GUID type, u16 width, u16 height) {
     CReduceObjectArray objects;
     u8 preset = 0;
