@@ -37,7 +37,7 @@ bool CLORFilter::GetTriggerFields(GUID, TArray<CString>& names) const {
 
 TSharedPtr<CFrameInfoReduceObject> CLORFilter::FillFrameInfo(const u8* header, lor::EModel model,
                                                              CReduceObjectArray& objects, u8 preset) const {
-    const TSharedPtr<CFrameInfoReduceObject> info = objects.Get<CFrameInfoReduceObject>(preset, true);
+    TSharedPtr<CFrameInfoReduceObject> info = objects.Get<CFrameInfoReduceObject>(preset, true);
     if (!info) return info;
     frame_values::StartFrame(*info, preset, CounterOf(header));
     lor::Clock(header).Set(info->time);

@@ -8,7 +8,7 @@ namespace ovix::reduce {
 COspreyFrameInfoReduceObject::COspreyFrameInfoReduceObject() { persist = false; }
 
 TSharedPtr<IReduceObject> COspreyFrameInfoReduceObject::Duplicate() const {
-    const TSharedPtr<IReduceObject> made = TReduceObject::Duplicate();
+    TSharedPtr<IReduceObject> made = TReduceObject::Duplicate();
     if (const auto copy = made.Cast<COspreyFrameInfoReduceObject>()) {
         u8* bytes = reinterpret_cast<u8*>(copy->header);
         const u32 kept = std::min(headerWords, kWords);  // words taken for bytes, deliberately

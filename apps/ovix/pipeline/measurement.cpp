@@ -185,9 +185,9 @@ void CMeasurement::ConvertMerged() {
 /// The library takes a preset without a polynomial for one whose counts are radiances.
 void CMeasurement::RequireUserPresets() {
     const auto calibration = objects_.Get<reduce::CRCalReduceObject>(-1, false);
-    for (u8 preset = 0; preset < presets_.size(); ++preset) {
+    for (std::size_t preset = 0; preset < presets_.size(); ++preset) {
         int order = 0;
-        if (presets_[preset] && !(calibration && calibration->cal.GetPolyOrder(preset, order)))
+        if (presets_[preset] && !(calibration && calibration->cal.GetPolyOrder(static_cast<int>(preset), order)))
             throw CFault({.problem = fmt::format("the user calibration says nothing of preset {}", preset)});
     }
 }

@@ -1,5 +1,7 @@
 #include "apps/ovix/synth/lor_synth.h"
 
+#include <cmath>
+
 #include "apps/ovix/synth/byte_fields.h"
 #include "apps/ovix/synth/header_line_synth.h"
 #include "apps/ovix/synth/synth_clock.h"
@@ -12,7 +14,7 @@ constexpr GUID kFrameSB = "{762A7AEB-B98E-4628-8A7B-7AEE737F7754}"_guid;
 constexpr u32 kHeaderBytes = 96;
 constexpr u32 kBytesWithLens = 120;
 
-constexpr u16 CentiKelvin(double celsius) { return static_cast<u16>((celsius + 273.15) * 100 + 0.5); }
+u16 CentiKelvin(double celsius) { return static_cast<u16>(std::lround((celsius + 273.15) * 100)); }
 
 void PutTime(CFields& header, const SSynthTime& time) {
     const u32 locked = 0x8000;

@@ -1,5 +1,7 @@
 #include "apps/ovix/synth/mvfalcon_synth.h"
 
+#include <cmath>
+
 #include "apps/ovix/synth/header_line_synth.h"
 #include "apps/ovix/synth/synth_clock.h"
 
@@ -26,7 +28,7 @@ class CLowBytes {
 };
 
 /// The sensors give 10 mV for each degree from 0.5 V on, of 2.44 V in 1023 steps.
-constexpr u16 SensorCount(double celsius) { return static_cast<u16>((celsius / 100 + 0.5) / 2.44 * 1023 + 0.5); }
+u16 SensorCount(double celsius) { return static_cast<u16>(std::lround((celsius / 100 + 0.5) / 2.44 * 1023)); }
 constexpr u32 TwoDigits(u32 value) { return value / 10 % 10 * 16 + value % 10; }
 
 void Write(u8* bytes, const SSynthOptions&, u64 frame) {
