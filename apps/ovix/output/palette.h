@@ -1,5 +1,7 @@
 #pragma once
 
+#include <span>
+
 #include "core/core.h"
 
 namespace ovix::app {
@@ -20,6 +22,15 @@ constexpr SColour ColourOf(u32 rgb) {
 /// A perceptually uniform palette as 0xRRGGBB: equal steps look equal, and lightness rises from end to end, so that it
 /// holds in grey print and for colour-blind eyes.
 extern const u32 kInferno[256];
+
+/// A palette by name: 256 colours as 0xRRGGBB, whose lightness goes one way from end to end.
+struct SPalette {
+    const char* name;
+    std::span<const u32, 256> colours;
+};
+
+/// The first is the one that is taken where none is asked for.
+std::span<const SPalette> Palettes();
 
 /// What the palette cannot say has colours that do not occur in it.
 inline constexpr SColour kUnderColour = ColourOf(0x3B82F6);
