@@ -1,0 +1,104 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "measure/frame/options.h"
+#include "measure/frame/region.h"
+#include "measure/sources/source.h"
+#include "measure/time.h"
+
+namespace ovix::measure {
+
+/// A value that went into a measurement, with its unit and who said it.
+struct SParameter {
+    std::string key;   ///< stays from version to version: "reflectedTemperature"
+    std::string name;  ///< for a reader: "reflected temperature"
+    std::string unit;  ///< "K"; empty for none
+    double value = 0;
+    EOrigin origin = EOrigin::Default;
+};
+
+/// One measured frame, width times height values in rows from the top, which it owns. Reused by the next measurement
+/// that is told to write into it, so a loop takes no memory.
+class OVIX_MEASURE_API CFrame {
+  public:
+    CFrame();
+    CFrame(CFrame&&) noexcept;
+    CFrame& operator=(CFrame&&) noexcept;
+    ~CFrame();
+
+    u64 Number() const { return number; }
+    std::span<const float> Values() const { return values; }
+    /// One byte a pixel; its bits are those of the library's converters.
+    std::span<const u8> Status() const { return status; }
+    /// Figures of the pixels of a region, of those whose status lets them count; the whole frame when it is empty.
+    SRegionStats Statistics(const SRegion& region = {}) const;
+
+    u64 number = 0;
+    u16 width = 0;
+    u16 height = 0;
+    EUnit unit = Counts;
+    ETempType scale = Celsius;
+    std::optional<Time> time;     ///< nothing when the frame carries none
+    std::optional<u64> counter;   ///< likewise
+    u8 preset = 0;
+    std::vector<u64> merged;      ///< the frames of which this one is made, where they were merged
+    std::vector<float> values;
+    std::vector<u8> status;
+
+    /// All that is known of the frame: what its source says and its own metadata. Valid as long as the frame.
+    const reduce::CReduceObjectArray& Objects() const;
+    /// The scene and what follows from it, as the conversion used it.
+    std::vector<SParameter> Parameters() const;
+
+    struct SWork;  ///< memory of a measurement: what works on a frame belongs to one thread
+    std::unique_ptr<SWork> work;
+};
+
+/// The way of the frames of a source to a unit: read, check, decode, correct, convert.
+///
+/// Immutable and shared: every thread may measure with the same one, each into a frame of its own, and tables are held
+/// once. A frame is measured from what its source says and from its own bytes, never from what an earlier frame left
+/// behind, so the order of the frames and the number of threads do not change a bit.
+class OVIX_MEASURE_API CMeasurement {
+  public:
+    /// Loads the correction tables and chooses the unit from the first frames of a numbered source that will do, from
+    /// the first frame measured of others (a series sees to it that that is the first in order). Throws `CError`
+    /// (UnitNotOffered with those on offer, CorrectionUnusable, NoCalibration).
+    CMeasurement(CSource source, SMeasureOptions options);
+    CMeasurement(CMeasurement&&) noexcept;
+    CMeasurement& operator=(CMeasurement&&) noexcept;
+    ~CMeasurement();
+
+    const CSource& Source() const;
+    const SMeasureOptions& Options() const;
+    /// Of the first good frame on.
+    EUnit Unit() const;
+    /// What the source can give.
+    std::vector<EUnit> Offered() const;
+
+    /// Measures a frame. Throws `CError` with file and frame for one that will not do; others can still be measured.
+    void Measure(u64 number, CFrame& frame) const;
+    CFrame Measure(u64 number) const;
+    /// The same for bytes that were read already. Some families repair a frame where it stands, so its bytes may change.
+    void Measure(SRawFrame& raw, CFrame& frame) const;
+    /// The frames of different presets that make one: merged by the abatement settings of the source, the defaults
+    /// where it has none, before they are converted. The first one's number and time are those of the result.
+    void MeasureMerged(std::span<SRawFrame> raws, CFrame& frame) const;
+    /// The preset of a frame, from its metadata alone.
+    u8 PresetOf(SRawFrame& raw) const;
+
+  private:
+    struct SBody;
+    std::unique_ptr<SBody> body_;
+};
+
+/// A unit on offer of the quantity, by that calibration or by the factory's before the user's.
+OVIX_MEASURE_API std::optional<EUnit> FindUnit(std::span<const EUnit> offered, EQuantity quantity,
+                                               std::optional<ECalibration> calibration);
+
+}  // namespace ovix::measure

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <span>
+
+#include "measure/frame/options.h"
+#include "measure/sources/frame_numbers.h"
+#include "measure/sources/source.h"
+
+namespace ovix::measure {
+
+struct SWriteOptions {
+    bool unpacked = false;   ///< say that frames are stored as the camera delivers them
+    bool overwrite = false;  ///< replace a file that is there
+    bool keepPart = false;   ///< a recording that does not come to its end is left as FILE.part, for `Repair`
+    bool checksums = false;  ///< write a CRC of each frame to a file beside the recording
+};
+
+/// Writes a recording frame by frame, to FILE.part, which becomes FILE when it is finished.
+class OVIX_MEASURE_API CRecordingWriter {
+  public:
+    /// `objects` is the metadata of the source, with a source info; all frames take `frameSize` bytes.
+    CRecordingWriter(const std::filesystem::path& path, reduce::CReduceObjectArray& objects, const SFrameFormat& format,
+                     u32 frameSize, const SWriteOptions& options);
+    CRecordingWriter(CRecordingWriter&&) noexcept;
+    ~CRecordingWriter();
+
+    /// Appends a frame as the camera delivered it. One that the decoder does not store or would not take again throws
+    /// `CError`, and nothing of it is written.
+    void Add(std::span<const u8> frame);
+    /// Puts the frame counts into the metadata, makes all of it last, and gives the file its name.
+    void Finish();
+    u64 Count() const;
+    u64 Bytes() const;
+
+  private:
+    struct SBody;
+    std::unique_ptr<SBody> body_;
+};
+
+/// Fills the array with what a recording of these frames says before its first frame: what the source says, and the
+/// metadata of the first frames, where the earlier ones prevail.
+OVIX_MEASURE_API void GatherMetadata(const CSource& source, const CFrameNumbers& frames,
+                                     reduce::CReduceObjectArray& objects);
+
+/// Holds everything in a recording that can be told in two ways against itself, all of its frames included. Findings
+/// come in the order of the file but for the counts, which come last; answers whether none of them is damage.
+OVIX_MEASURE_API bool CheckRecording(const std::filesystem::path& path,
+                                     const std::function<void(const SFinding&)>& report);
+
+/// What became of a recording that was brought back.
+struct SRepaired {
+    u64 frames = 0;   ///< in the new file
+    u64 leftOut = 0;  ///< frames and blocks that would not do
+};
+/// Writes a whole recording from what is whole in another, bit for bit. `say` is called for everything that is left out
+/// or made anew. Throws `CError` when there are no pixels or not one frame to be had.
+OVIX_MEASURE_API SRepaired RepairRecording(const std::filesystem::path& from, const std::filesystem::path& to,
+                                           const SWriteOptions& options,
+                                           const std::function<void(const SFinding&)>& say);
+
+}  // namespace ovix::measure

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+
+#include "core/core.h"
+#include "measure/api.h"
+
+namespace ovix::measure {
+
+/// All that a decoder must know of a frame beside its bytes.
+struct SFrameFormat {
+    std::string filter;  ///< the name under which the decoder is registered; empty for plain counts
+    GUID pixelType = rootIRType;
+    std::string pixelTypeName;  ///< as registered, or the GUID in text
+    u16 width = 0;              ///< pixels
+    u16 height = 0;
+
+    u32 PixelCount() const { return u32{width} * height; }
+};
+
+/// The registered name of a pixel type, the name of a root, or the GUID in text.
+OVIX_MEASURE_API std::string PixelTypeName(const GUID& id);
+
+/// The format of a registered name, case aside, or of a GUID in text with or without braces. Throws `CError`
+/// (WrongArgument, with the nearest registered name in `advice`; NoDecoder).
+OVIX_MEASURE_API SFrameFormat FindFormat(const std::string& pixelType, u16 width, u16 height);
+
+}  // namespace ovix::measure
