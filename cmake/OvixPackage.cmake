@@ -1,11 +1,11 @@
-# The installed package: `find_package(ovix)` gives ovix::core and ovix::reduce.
+# The installed package: `find_package(ovix)` gives ovix::core, ovix::reduce and ovix::measure.
 
 include(CMakePackageConfigHelpers)
 
 # Two components: "library" with all that programs build against, and "tool".
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME library)
 
-install(TARGETS ovix_core ovix_reduce EXPORT ovixTargets
+install(TARGETS ovix_core ovix_reduce ovix_measure EXPORT ovixTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ovix)
 install(EXPORT ovixTargets NAMESPACE ovix:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ovix)

@@ -24,11 +24,15 @@ target_compile_options(ovix_flags INTERFACE ${sanitizers})
 target_link_options(ovix_flags INTERFACE ${sanitizers})
 
 # A shared library with exactly the file name NAME.so and everything hidden that is not exported.
-# All headers of its folder, as deep as it goes, are installed under their place in the tree.
+# Its headers are installed under their place in the tree: those that are given, else all of its folder, as deep as it
+# goes.
 function(ovix_library target name)
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
-  file(GLOB_RECURSE headers CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
-  list(FILTER headers EXCLUDE REGEX "-inl\\.h$")  # pieces of source files, compiled once for each processor target
+  set(headers ${ARGN})
+  if(NOT headers)
+    file(GLOB_RECURSE headers CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+    list(FILTER headers EXCLUDE REGEX "-inl\\.h$")  # pieces of source files, compiled once for each processor target
+  endif()
   add_library(${target} SHARED ${sources})
   target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${headers})
   set_target_properties(${target} PROPERTIES

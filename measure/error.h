@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -23,13 +24,13 @@ enum class EError : u16 {
     FileUnreadable = 202,
     FileUnwritable = 203,
     FileExists = 204,
-    FileIsInput = 205,   ///< an output would replace what is read
-    FileChanged = 206,   ///< became shorter while it was read
+    FileIsInput = 205,  ///< an output would replace what is read
+    FileChanged = 206,  ///< became shorter while it was read
     UnknownFormat = 207,
 
     // A source as a whole.
     NoFrames = 301,
-    BlocksBroken = 302,    ///< the chain of blocks cannot be followed to the frames
+    BlocksBroken = 302,  ///< the chain of blocks cannot be followed to the frames
     MetadataDamaged = 303,
     NoDecoder = 304,
     WrongGeometry = 305,
@@ -39,7 +40,7 @@ enum class EError : u16 {
     FrameRefused = 402,   ///< its family's check or decoder does not take it
     PixelsDamaged = 403,  ///< compressed pixels that do not decode
     PresetOutOfRange = 404,
-    SumDiffers = 405,     ///< of its bytes, against a side file of sums
+    SumDiffers = 405,  ///< of its bytes, against a side file of sums
 
     // Calibration and correction.
     NoCalibration = 501,
@@ -73,6 +74,7 @@ class OVIX_MEASURE_API CError : public std::runtime_error {
     CError(const CError&) noexcept;
     ~CError() override;
 
+    /// `what()` is one line of all facts; it may hold control characters where a text from a file does.
     EError Id() const { return facts_->id; }
     const SErrorFacts& Facts() const { return *facts_; }
     /// The same failure, of this frame of this file; what the thrower knew already stays.

@@ -21,21 +21,21 @@ enum class EFinding : u16 {
     NoFrames = 3,  ///< a sound info file: blocks alone
     NeverFinished = 4,
 
-    OtherSize = 101,       ///< a header names another size than was asked for
-    NoMark = 102,          ///< frames hold no mark of their family
+    OtherSize = 101,  ///< a header names another size than was asked for
+    NoMark = 102,     ///< frames hold no mark of their family
     CounterJumps = 103,
     AllPixelsFlagged = 104,
     TimeRunsBack = 105,
 
-    BlockDamaged = 201,    ///< the CRC of a block of metadata, or its content
-    HeaderDamaged = 202,   ///< a field of a block's header or of a record
-    ChainBroken = 203,     ///< blocks cannot be followed
-    FrameCut = 204,        ///< the last frame is not whole
+    BlockDamaged = 201,   ///< the CRC of a block of metadata, or its content
+    HeaderDamaged = 202,  ///< a field of a block's header or of a record
+    ChainBroken = 203,    ///< blocks cannot be followed
+    FrameCut = 204,       ///< the last frame is not whole
     FrameDamaged = 205,
-    CountsDiffer = 206,    ///< from what is there
-    BytesPassedOver = 207, ///< between two frames
+    CountsDiffer = 206,     ///< from what is there
+    BytesPassedOver = 207,  ///< between two frames
     SumDiffers = 208,
-    SumsMissing = 209,     ///< a side file of sums that is itself damaged or of another recording
+    SumsMissing = 209,  ///< a side file of sums that is itself damaged or of another recording
 };
 
 /// One thing that a source is worth knowing for.

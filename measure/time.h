@@ -10,8 +10,11 @@ namespace ovix::measure {
 /// A point in time in UTC, in the steps of 100 ns in which files hold it.
 using Time = std::chrono::sys_time<std::chrono::duration<i64, std::ratio<1, CDateTime::TicksPerSecond>>>;
 
+/// Files hold any 64-bit number: a time before the range of `Time` wraps around.
 inline Time TimeOf(const CDateTime& time) {
-    return Time(Time::duration(time.GetTimestamp() - CDateTime::SecondsToUnixEpoch * CDateTime::TicksPerSecond));
+    const u64 ticks = static_cast<u64>(time.GetTimestamp());
+    return Time(Time::duration(static_cast<i64>(ticks - static_cast<u64>(CDateTime::SecondsToUnixEpoch) *
+                                                            static_cast<u64>(CDateTime::TicksPerSecond))));
 }
 
 }  // namespace ovix::measure

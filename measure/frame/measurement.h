@@ -43,10 +43,10 @@ class OVIX_MEASURE_API CFrame {
     u16 height = 0;
     EUnit unit = Counts;
     ETempType scale = Celsius;
-    std::optional<Time> time;     ///< nothing when the frame carries none
-    std::optional<u64> counter;   ///< likewise
+    std::optional<Time> time;    ///< nothing when the frame carries none
+    std::optional<u64> counter;  ///< likewise
     u8 preset = 0;
-    std::vector<u64> merged;      ///< the frames of which this one is made, where they were merged
+    std::vector<u64> merged;  ///< the frames of which this one is made, where they were merged
     std::vector<float> values;
     std::vector<u8> status;
 
@@ -84,7 +84,8 @@ class OVIX_MEASURE_API CMeasurement {
     /// Measures a frame. Throws `CError` with file and frame for one that will not do; others can still be measured.
     void Measure(u64 number, CFrame& frame) const;
     CFrame Measure(u64 number) const;
-    /// The same for bytes that were read already. Some families repair a frame where it stands, so its bytes may change.
+    /// The same for bytes that were read already. Some families repair a frame where it stands, so its bytes may
+    /// change.
     void Measure(SRawFrame& raw, CFrame& frame) const;
     /// The frames of different presets that make one: merged by the abatement settings of the source, the defaults
     /// where it has none, before they are converted. The first one's number and time are those of the result.

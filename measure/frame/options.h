@@ -46,7 +46,7 @@ struct SClip {
 
 /// What is to be made of the frames of a source.
 struct SMeasureOptions {
-    std::optional<EQuantity> quantity = {};        ///< none: temperature where the source can give it, else what it stores
+    std::optional<EQuantity> quantity = {};  ///< none: temperature where the source can give it, else what it stores
     std::optional<ECalibration> calibration = {};  ///< none: factory where there is one, else user
     ETempType scale = Celsius;
     SSceneValues scene = {};

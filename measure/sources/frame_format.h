@@ -21,6 +21,10 @@ struct SFrameFormat {
 /// The registered name of a pixel type, the name of a root, or the GUID in text.
 OVIX_MEASURE_API std::string PixelTypeName(const GUID& id);
 
+/// The format of frames of that type with the decoder that takes them. Throws `CError` (NoDecoder), with the registered
+/// name that is nearest to what was asked for in `advice`.
+OVIX_MEASURE_API SFrameFormat FormatOf(const GUID& pixelType, u16 width, u16 height, const std::string& asked = {});
+
 /// The format of a registered name, case aside, or of a GUID in text with or without braces. Throws `CError`
 /// (WrongArgument, with the nearest registered name in `advice`; NoDecoder).
 OVIX_MEASURE_API SFrameFormat FindFormat(const std::string& pixelType, u16 width, u16 height);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -86,6 +87,9 @@ class OVIX_MEASURE_API CSource {
     std::vector<SFinding> Findings() const;
     /// The heaviest; nothing when there are none.
     std::optional<EWeight> Worst() const;
+    /// Whether the path leads to the very file that is read, whatever its names are.
+    bool IsFile(const std::filesystem::path& path) const;
+
     /// Adds what showed later. A finding that is there already is not added again.
     void Add(SFinding finding) const;
 
@@ -100,17 +104,5 @@ class OVIX_MEASURE_API CSource {
 OVIX_MEASURE_API CSource Open(const std::filesystem::path& path, const SOpenOptions& options = {});
 /// The same for a descriptor that can be read, a pipe or a socket; it stays the caller's.
 OVIX_MEASURE_API CSource OpenDescriptor(int descriptor, std::string name, const SOpenOptions& options);
-
-/// What bytes speak for a type and a size, heaviest first.
-struct SGuess {
-    SFrameFormat format;
-    u32 frameSize = 0;
-    bool mark = false;          ///< the family has a mark and the frames bear it
-    bool sizeInHeader = false;  ///< the header names this size
-    bool counterRises = false;
-    bool noRemainder = false;  ///< the file is a whole number of frames
-    bool Full() const { return mark && sizeInHeader && noRemainder; }
-};
-OVIX_MEASURE_API std::vector<SGuess> GuessFormat(const std::filesystem::path& path);
 
 }  // namespace ovix::measure

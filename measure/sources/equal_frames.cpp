@@ -1,0 +1,100 @@
+#include <algorithm>
+
+#include "measure/sources/frame_layout.h"
+#include "measure/text.h"
+
+namespace ovix::measure {
+
+namespace {
+
+constexpr std::size_t kMostTears = 256;
+
+/// Looks for the places at which frames leave their grid, from the front to a place near the end that is known to hold
+/// a frame.
+class CTearSearch {
+  public:
+    CTearSearch(const IBytes& bytes, const CFrameProbe& probe, u64 step, u64 size, u64 end)
+        : bytes_(bytes), probe_(probe), step_(step), size_(size), end_(end) {}
+
+    bool PassesAt(u64 offset) const {
+        const std::vector<u8> frame = bytes_.Get(offset, size_);
+        return frame.size() == size_ && probe_.Passes(frame);
+    }
+    /// The last place within three frames from the end at which a frame passes.
+    std::optional<u64> LastFrame(u64 start) const {
+        const u64 from = end_ - std::min(end_ - start, 3 * step_);
+        const std::vector<u8> tail = bytes_.Get(from, end_ - from);
+        for (u64 at = tail.size() < size_ ? 0 : tail.size() - size_ + 1; at-- > 0;) {
+            if (probe_.Passes(std::span(tail).subspan(at, size_))) return from + at;
+        }
+        return {};
+    }
+    /// The frames of the grid from `start` on that stand in their places, before one that is known to leave it: the
+    /// last of them is found by halving, where a single damaged frame does not count.
+    u64 FramesInPlace(u64 start, u64 last) const {
+        const auto alive = [&](u64 k) { return PassesAt(start + k * step_) || PassesAt(start + (k + 1) * step_); };
+        u64 good = 0;
+        u64 bad = (last - start) / step_ + 1;
+        if (!alive(0)) return 0;
+        while (bad - good > 1) {
+            const u64 middle = good + (bad - good) / 2;
+            (alive(middle) ? good : bad) = middle;
+        }
+        return PassesAt(start + (good + 1) * step_) ? good + 2 : good + 1;
+    }
+    /// The next frame behind a torn place; the last one when none is near.
+    u64 NextFrame(u64 torn, u64 last) const {
+        const u64 most = std::min(last - torn + 1, 2 * step_ + CFrameProbe::kMostTail);
+        const std::vector<u8> window = bytes_.Get(torn, most + size_);
+        return torn + NextPassing(probe_, window, 0, most, size_).value_or(last - torn);
+    }
+
+  private:
+    const IBytes& bytes_;
+    const CFrameProbe& probe_;
+    u64 step_, size_, end_;
+};
+
+}  // namespace
+
+std::optional<u64> NextPassing(const CFrameProbe& probe, std::span<const u8> bytes, u64 from, u64 to, u64 size) {
+    for (u64 at = from; at < to && at + size <= bytes.size(); ++at) {
+        if (probe.Passes(bytes.subspan(at, size))) return at;
+    }
+    return {};
+}
+
+CEqualFrames::CEqualFrames(const IBytes& bytes, u64 start, u64 step, u64 size)
+    : bytes_(bytes), step_(step), size_(size), end_(std::max(start, bytes.Size())), stretches_{{0, start}} {}
+
+std::optional<SExtent> CEqualFrames::Find(u64 frame) const {
+    if (frame >= Count()) return {};
+    const auto behind = std::upper_bound(stretches_.begin(), stretches_.end(), frame,
+                                         [](u64 number, const SStretch& stretch) { return number < stretch.first; });
+    const SStretch& stretch = behind[-1];
+    return SExtent{stretch.offset + (frame - stretch.first) * step_, size_};
+}
+
+void CEqualFrames::FindTears(const CFrameProbe& probe, const Report& report) {
+    const CTearSearch search(bytes_, probe, step_, size_, end_);
+    u64 start = stretches_.back().offset;
+    if (!Count() || search.PassesAt(start + (Count() - 1) * step_) || !probe.TellsFrames(size_)) return;
+    const std::optional<u64> last = search.LastFrame(start);
+    while (last && (*last - start) % step_ != 0 && stretches_.size() < kMostTears) {
+        const u64 whole = search.FramesInPlace(start, *last);
+        const u64 torn = start + whole * step_;
+        if (torn > *last) break;
+        start = search.NextFrame(torn, *last);
+        const u64 number = stretches_.back().first + whole;
+        stretches_.push_back({number, start});
+        report({.id = EFinding::BytesPassedOver,
+                .weight = EWeight::Damage,
+                .frame = number,
+                .offset = torn,
+                .what = "bytes were lost or inserted: no frame begins where the next one should",
+                .expected = Say("frame ", number, " at ", torn),
+                .found = Say("the next frame at ", start, "; ", start - torn, " bytes passed over")});
+    }
+}
+
+}  // namespace ovix::measure

@@ -1,0 +1,132 @@
+#include "measure/sources/frame_format.h"
+
+#include <algorithm>
+#include <charconv>
+#include <numeric>
+#include <optional>
+#include <vector>
+
+#include "measure/error.h"
+#include "measure/text.h"
+#include "reduce/reduce.h"
+
+namespace ovix::measure {
+
+namespace {
+
+std::optional<GUID> ParseGuid(std::string_view text) {
+    if (text.starts_with('{') && text.ends_with('}')) text = text.substr(1, text.size() - 2);
+    if (text.size() != 36) return {};
+    u8 bytes[16];
+    std::size_t at = 0;
+    for (u8& byte : bytes) {
+        if (at == 8 || at == 13 || at == 18 || at == 23) {
+            if (text[at++] != '-') return {};
+        }
+        const char* digits = text.data() + at;
+        if (std::from_chars(digits, digits + 2, byte, 16).ptr != digits + 2) return {};
+        at += 2;
+    }
+    GUID id{.data1 = LoadBig<u32>(bytes), .data2 = LoadBig<u16>(bytes + 4), .data3 = LoadBig<u16>(bytes + 6)};
+    for (int i = 0; i < 8; ++i) id.data4[i] = bytes[8 + i];
+    return id;
+}
+
+std::string GuidText(const GUID& id) {
+    std::string text = Say("{", Hex(id.data1, 8), "-", Hex(id.data2, 4), "-", Hex(id.data3, 4), "-");
+    for (int i = 0; i < 8; ++i) text += Say(i == 2 ? "-" : "", Hex(id.data4[i], 2));
+    return text + '}';
+}
+
+std::vector<SPixelType> AllTypes() {
+    TArray<SPixelType> types;
+    GetPixelTypes(types);
+    return {types.data(), types.data() + types.size()};
+}
+
+std::optional<GUID> FindByName(const std::string& name) {
+    const CString wanted(name.c_str());
+    std::optional<GUID> found;
+    for (const SPixelType& type : AllTypes()) {
+        if (!type.name.EqualsNoCase(wanted)) continue;
+        // A generic format may bear the name of a camera's; the one with a decoder is meant.
+        if (reduce::filterFactory()->IsPixelTypeHandled(type.id)) return type.id;
+        if (!found) found = type.id;
+    }
+    return found;
+}
+
+std::string Lower(std::string text) {
+    for (char& c : text) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
+    }
+    return text;
+}
+
+/// The fewest letters to put in, take out or replace to turn one text into the other.
+std::size_t EditDistance(const std::string& a, const std::string& b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 1; i <= a.size(); ++i) {
+        std::size_t diagonal = row[0];
+        row[0] = i;
+        for (std::size_t j = 1; j <= b.size(); ++j) {
+            const std::size_t replaced = diagonal + (a[i - 1] != b[j - 1]);
+            diagonal = row[j];
+            row[j] = std::min({replaced, row[j] + 1, row[j - 1] + 1});
+        }
+    }
+    return row.back();
+}
+
+/// The name of a type with a decoder that is not far from the text.
+std::string AdviceFor(const std::string& text) {
+    const std::string wanted = Lower(text);
+    std::string nearest;
+    std::size_t least = std::max<std::size_t>(2, wanted.size() / 3) + 1;
+    for (const SPixelType& type : AllTypes()) {
+        if (!reduce::filterFactory()->IsPixelTypeHandled(type.id)) continue;
+        const std::string candidate = Lower(type.name.GetUTF8());
+        // A beginning is near, however much is missing behind it.
+        const bool begins = wanted.size() >= 3 && candidate.starts_with(wanted);
+        const std::size_t distance = begins ? 1 : EditDistance(wanted, candidate);
+        if (distance >= least || distance >= candidate.size()) continue;
+        least = distance;
+        nearest = type.name.GetUTF8();
+    }
+    return nearest.empty() ? "" : "did you mean \"" + nearest + "\"?";
+}
+
+}  // namespace
+
+std::string PixelTypeName(const GUID& id) {
+    if (id == rootIRType) return "rootIRType";
+    if (id == rootScreenType) return "rootScreenType";
+    SPixelType facts;
+    return GetPixelType(id, facts) ? std::string(facts.name.GetUTF8()) : GuidText(id);
+}
+
+SFrameFormat FormatOf(const GUID& id, u16 width, u16 height, const std::string& asked) {
+    const CString decoder = reduce::filterFactory()->GetPixelTypeHandler(id);
+    if (decoder.IsEmpty())
+        throw CError({.id = EError::NoDecoder,
+                      .problem = "no decoder takes frames of \"" + PixelTypeName(id) + "\"",
+                      .advice = AdviceFor(asked)});
+    return {.filter = decoder.GetUTF8(),
+            .pixelType = id,
+            .pixelTypeName = PixelTypeName(id),
+            .width = width,
+            .height = height};
+}
+
+SFrameFormat FindFormat(const std::string& pixelType, u16 width, u16 height) {
+    auto id = ParseGuid(pixelType);
+    if (!id) id = FindByName(pixelType);
+    if (!id)
+        throw CError({.id = EError::WrongArgument,
+                      .problem = "there is no pixel type \"" + pixelType + "\"",
+                      .advice = AdviceFor(pixelType)});
+    return FormatOf(*id, width, height, pixelType);
+}
+
+}  // namespace ovix::measure

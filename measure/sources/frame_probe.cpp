@@ -1,0 +1,100 @@
+#include "measure/sources/frame_probe.h"
+
+#include <algorithm>
+
+#include "measure/text.h"
+
+namespace ovix::measure {
+
+reduce::SFrameForm FormOf(const SFrameFormat& format) {
+    if (format.filter.empty()) return reduce::SFrameForm::OfCounts(format.pixelType);
+    reduce::SFrameForm form;
+    if (reduce::GetFrameForm(CString(format.filter.c_str()), format.pixelType, form)) return form;
+    throw CError(
+        {.id = EError::NoDecoder,
+         .problem = "the decoder \"" + format.filter + "\" does not know frames of \"" + format.pixelTypeName + "\""});
+}
+
+CFrameProbe::CFrameProbe(const SFrameFormat& format)
+    : format_(format), name_(format.filter.c_str()), filter_(reduce::filterFactory()->Create(name_)) {}
+
+std::optional<CError> CFrameProbe::FaultOf(std::span<const u8> frame) const {
+    if (format_.filter.empty()) {
+        const u64 wanted = u64{2} * format_.PixelCount();
+        if (frame.size() >= wanted) return {};
+        return CError({.id = EError::FrameRefused,
+                       .offset = frame.size(),
+                       .expected = Say(wanted, " bytes of counts"),
+                       .found = Say(frame.size())});
+    }
+    reduce::SFrameFault fault;
+    if (reduce::CheckFrame(name_, frame.data(), format_.pixelType, format_.width, format_.height,
+                           static_cast<u32>(frame.size()), &fault))
+        return {};
+    return CError({.id = EError::FrameRefused,
+                   .offset = fault.offset,
+                   .expected = fault.expected.GetUTF8(),
+                   .found = fault.found.GetUTF8()});
+}
+
+bool CFrameProbe::Passes(std::span<const u8> frame) const {
+    if (format_.filter.empty()) return frame.size() >= u64{2} * format_.PixelCount();
+    return reduce::CheckFrame(name_, frame.data(), format_.pixelType, format_.width, format_.height,
+                              static_cast<u32>(frame.size())) &&
+           (!asksForSignature_ || HasSignature(frame));
+}
+
+bool CFrameProbe::TellsFrames(u64 size) const {
+    const std::vector<u8> zeros(size);
+    return !Passes(zeros);
+}
+
+bool CFrameProbe::HasSignature(std::span<const u8> frame) const {
+    if (!filter_) return false;
+    u8 preset = 0;
+    u64 counter = 0;
+    CDateTime time;
+    return filter_->ParseBasicInfo(Copy(frame), format_.pixelType, format_.width, format_.height,
+                                   static_cast<u32>(frame.size()), preset, counter, time);
+}
+
+u64 CFrameProbe::SmallestSize(std::span<const u8> bytes) const {
+    if (!Passes(bytes)) {
+        const auto fault = FaultOf(bytes);
+        SErrorFacts facts = fault ? fault->Facts() : SErrorFacts{.id = EError::FrameRefused};
+        facts.frame = 0;
+        facts.problem =
+            Say("no frame of \"", format_.pixelTypeName, "\" with ", format_.width, " x ", format_.height, " pixels");
+        throw CError(std::move(facts));
+    }
+    u64 fails = 0;
+    u64 passes = bytes.size();
+    while (passes - fails > 1) {
+        const u64 middle = fails + (passes - fails) / 2;
+        (Passes(bytes.first(middle)) ? passes : fails) = middle;
+    }
+    return passes;
+}
+
+std::optional<u32> CFrameProbe::Preset(std::span<const u8> frame) const {
+    u32 counts[256] = {};  // a preset is a byte, whatever it says
+    if (!filter_) return 0;
+    if (!filter_->CountPresets(Copy(frame), static_cast<u32>(frame.size()), format_.pixelType, format_.width,
+                               format_.height, 0, counts))
+        return {};
+    return static_cast<u32>(std::find(std::begin(counts), std::end(counts), 1u) - std::begin(counts));
+}
+
+bool CFrameProbe::ParseMetadata(std::span<u8> frame, reduce::CReduceObjectArray& objects) const {
+    if (!filter_ || FaultOf(frame)) return false;
+    u8 preset = 0;
+    return filter_->ParseReduceObjects(frame.data(), format_.pixelType, format_.width, format_.height,
+                                       static_cast<u32>(frame.size()), objects, preset);
+}
+
+u8* CFrameProbe::Copy(std::span<const u8> frame) const {
+    scratch_.assign(frame.begin(), frame.end());
+    return scratch_.data();
+}
+
+}  // namespace ovix::measure

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "measure/recordings/recording_file.h"
+#include "measure/sources/frame_layout.h"
+#include "measure/sources/source_body.h"
+
+namespace ovix::measure {
+
+/// Frames of a regular file, which are read by their numbers in any order.
+class CNumberedSource final : public CSource::IBody {
+  public:
+    /// Throws `CError` for a recording whose blocks cannot be followed to its frames, that has none, that no decoder
+    /// takes, or that says two things of its geometry.
+    static std::shared_ptr<CNumberedSource> OfRecording(std::shared_ptr<const CInputFile> file,
+                                                        const SOpenOptions& options);
+    /// Throws `CError` for a file that holds not one frame of the format.
+    static std::shared_ptr<CNumberedSource> OfDump(std::shared_ptr<const CInputFile> file, SFrameFormat format,
+                                                   const SOpenOptions& options);
+
+    CNumberedSource(std::shared_ptr<const CInputFile> file, ESource kind, SFrameFormat format);
+
+    bool IsNumbered() const override { return true; }
+    std::optional<u64> Count() const override { return layout_->Count(); }
+    u64 FrameSize() const override { return layout_->FrameSize(); }
+    void Read(u64 number, SRawFrame& frame) const override;
+    bool Next(SRawFrame& frame) override;
+
+  private:
+    void LookAtRecording(const CRecordingFile& file);
+    std::vector<std::vector<u8>> FirstFrames() const;
+
+    std::unique_ptr<IFrameLayout> layout_;
+    bool bigEndian_ = false;  ///< counts, which are handed out little-endian
+};
+
+/// The format of a recording's frames. Throws `CError` for one whose blocks cannot be followed to its frames.
+SFrameFormat FormatOf(const CRecordingFile& file);
+/// Throws `CError` where the pixels do not fit into a frame, or into what the source info says.
+void RequireGeometry(const CRecordingFile& file, const SFrameFormat& format, reduce::CReduceObjectArray& objects);
+
+}  // namespace ovix::measure

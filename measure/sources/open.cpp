@@ -1,0 +1,46 @@
+#include <utility>
+
+#include "measure/sources/numbered_source.h"
+
+namespace ovix::measure {
+
+namespace {
+
+/// Plain counts have no decoder; their name says in which order the bytes are.
+SFrameFormat FormatAsked(const SOpenOptions& options, const std::string& file) {
+    if (options.pixelType.empty())
+        throw CError({.id = EError::UnknownFormat,
+                      .file = file,
+                      .problem = "is no recording",
+                      .advice = "raw frames need a pixel type and a size"});
+    if (!options.width || !options.height)
+        throw CError({.id = EError::WrongArgument, .file = file, .problem = "raw frames need a size"});
+    if (options.pixelType == "counts" || options.pixelType == "counts-be")
+        return {.filter = {},
+                .pixelType = rootIRType,
+                .pixelTypeName = options.pixelType,
+                .width = options.width,
+                .height = options.height};
+    return FindFormat(options.pixelType, options.width, options.height);
+}
+
+CSource OpenFile(std::shared_ptr<const CInputFile> file, const SOpenOptions& options) {
+    if (!file->IsRegular() || options.follow)
+        throw CError({.id = EError::FileUnreadable, .file = file->Name(), .problem = "is no file that can be read at any place"});
+    if (CRecordingFile::Recognises(file->Get(0, CRecordingFile::MagicBytes)))
+        return CSource(CNumberedSource::OfRecording(std::move(file), options));
+    SFrameFormat format = FormatAsked(options, file->Name());
+    return CSource(CNumberedSource::OfDump(std::move(file), std::move(format), options));
+}
+
+}  // namespace
+
+CSource Open(const std::filesystem::path& path, const SOpenOptions& options) {
+    return OpenFile(std::make_shared<CInputFile>(path), options);
+}
+
+CSource OpenDescriptor(int descriptor, std::string name, const SOpenOptions& options) {
+    return OpenFile(std::make_shared<CInputFile>(descriptor, std::move(name)), options);
+}
+
+}  // namespace ovix::measure

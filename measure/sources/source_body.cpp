@@ -1,0 +1,90 @@
+#include "measure/sources/source_body.h"
+
+#include <algorithm>
+#include <typeinfo>
+#include <utility>
+
+#include "measure/sources/frame_probe.h"
+
+namespace ovix::measure {
+
+namespace {
+
+template <class Object>
+TSharedPtr<reduce::IReduceObject> CopyOf(const TSharedPtr<reduce::IReduceObject>& object) {
+    // A plug-in may have put a class of its own in the place of the library's.
+    if (typeid(*object) != typeid(Object)) return {};
+    return MakeShared<Object>(static_cast<const Object&>(*object));
+}
+
+/// A copy that shares what tables the object has: they are replaced, never written to, by those who use them.
+TSharedPtr<reduce::IReduceObject> ShareTables(const TSharedPtr<reduce::IReduceObject>& object) {
+    if (auto copy = CopyOf<reduce::CCorrectionReduceObject>(object)) return copy;
+    if (auto copy = CopyOf<reduce::CMerlinFactoryCalReduceObject>(object)) return copy;
+    return object->Duplicate();
+}
+
+}  // namespace
+
+CSource::IBody::IBody(std::shared_ptr<const CInputFile> file, ESource kind, SFrameFormat format)
+    : file_(std::move(file)), kind_(kind), format_(std::move(format)) {}
+
+CSource::IBody::~IBody() = default;
+
+void CSource::IBody::SetObjects(const reduce::CReduceObjectArray& objects) {
+    objects_ = objects;
+    if (objects_.GetSourceInfo(false)) return;
+    const auto info = objects_.GetSourceInfo(true);
+    info->pixelType = format_.pixelType;
+    info->width = info->frameWidth = info->packetWidth = format_.width;
+    info->height = info->frameHeight = info->packetHeight = format_.height;
+    info->baseUnit = FormOf(format_).unit;
+    info->time.SetTimestamp(0);
+}
+
+void CSource::IBody::FindOverruled(const std::vector<std::vector<u8>>& firstFrames) {
+    const auto recorded = objects_.GetObjectParameters(false);
+    if (!recorded) return;
+    const CFrameProbe probe(format_);
+    for (std::vector<u8> frame : firstFrames) {
+        reduce::CReduceObjectArray own;
+        if (!probe.ParseMetadata(frame, own)) continue;  // whoever wants that frame will hear of it
+        const auto told = own.GetObjectParameters(false);
+        if (!told || !told->fromSource) return;
+        u32 bit = 1;
+        for (const reduce::SObjectParameter& row : reduce::ObjectParameters()) {
+            if ((*recorded).*row.member != (*told).*row.member) overruled_ |= bit;
+            bit <<= 1;
+        }
+        return;
+    }
+}
+
+void CSource::IBody::Describe(reduce::CReduceObjectArray& objects) const {
+    objects.Reset();
+    for (u32 i = 0; i < objects_.GetSize(); ++i) objects.Add(ShareTables(objects_.GetAt(i)));
+}
+
+void CSource::IBody::Overrule(reduce::CReduceObjectArray& objects) const {
+    if (!overruled_) return;
+    const auto recorded = objects_.GetObjectParameters(false);
+    const auto scene = objects.GetObjectParameters(true);
+    u32 left = overruled_;
+    for (const reduce::SObjectParameter& row : reduce::ObjectParameters()) {
+        if (left & 1) (*scene).*row.member = (*recorded).*row.member;
+        left >>= 1;
+    }
+}
+
+std::vector<SFinding> CSource::IBody::Findings() const {
+    const std::lock_guard lock(mutex_);
+    return findings_;
+}
+
+void CSource::IBody::Add(SFinding finding) {
+    const std::lock_guard lock(mutex_);
+    if (std::find(findings_.begin(), findings_.end(), finding) == findings_.end())
+        findings_.push_back(std::move(finding));
+}
+
+}  // namespace ovix::measure

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <mutex>
+
+#include "measure/sources/input_file.h"
+#include "measure/sources/source.h"
+
+namespace ovix::measure {
+
+/// What copies of a source share. Everything but the findings is settled when it is made; all members but `Next` may be
+/// called by any number of threads at once.
+class CSource::IBody {
+  public:
+    IBody(std::shared_ptr<const CInputFile> file, ESource kind, SFrameFormat format);
+    IBody(const IBody&) = delete;
+    IBody& operator=(const IBody&) = delete;
+    virtual ~IBody();
+
+    const CInputFile& File() const { return *file_; }
+    ESource Kind() const { return kind_; }
+    const SFrameFormat& Format() const { return format_; }
+
+    virtual bool IsNumbered() const = 0;
+    virtual std::optional<u64> Count() const = 0;
+    virtual u64 FrameSize() const = 0;
+    virtual void Read(u64 number, SRawFrame& frame) const = 0;
+    virtual bool Next(SRawFrame& frame) = 0;
+
+    void Describe(reduce::CReduceObjectArray& objects) const;
+    void Overrule(reduce::CReduceObjectArray& objects) const;
+    u32 OverruledScene() const { return overruled_; }
+
+    std::vector<SFinding> Findings() const;
+    void Add(SFinding finding);
+
+  protected:
+    /// What the source says of its frames, while it is made. A source info is added where there is none.
+    void SetObjects(const reduce::CReduceObjectArray& objects);
+    /// The scene values that the source tells otherwise than its frames do were given to it when it was made, and hold
+    /// for all frames. The first of the given frames that will do decides.
+    void FindOverruled(const std::vector<std::vector<u8>>& firstFrames);
+
+  private:
+    std::shared_ptr<const CInputFile> file_;
+    ESource kind_;
+    SFrameFormat format_;
+    /// Lookups are not const, but change nothing.
+    mutable reduce::CReduceObjectArray objects_;
+    u32 overruled_ = 0;
+    mutable std::mutex mutex_;
+    std::vector<SFinding> findings_;
+};
+
+}  // namespace ovix::measure

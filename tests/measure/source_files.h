@@ -1,0 +1,92 @@
+#pragma once
+
+#include <fstream>
+#include <iterator>
+
+#include "measure/measure.h"
+#include "support/k410_frames.h"
+#include "support/test_folder.h"
+
+/// Files of frames of the K410 family, 16 x 8 pixels unless told otherwise, made without the measuring layer.
+namespace ovix::test {
+
+inline constexpr u16 kWidth = 16, kHeight = 8;
+inline constexpr const char* kGigE = "K410 IR (GigE)";
+inline constexpr const char* kStream = "R7X IR (MJLS)";
+
+inline Bytes operator+(Bytes a, const Bytes& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+/// Pixels, counter and time tell the number.
+inline Bytes NumberedFrame(u16 number, std::size_t padding = 0) {
+    SK410Container container;
+    container.record.width = kWidth;
+    container.record.counter = number;
+    container.record.milliseconds = number;
+    return PlainFrame(std::vector<u16>(kWidth * kHeight, static_cast<u16>(1000 + number)), container) +
+           Bytes(padding, 0x22);
+}
+inline Bytes Frames(u16 count, std::size_t padding = 0) {
+    Bytes all;
+    for (u16 i = 0; i < count; ++i) all = all + NumberedFrame(i, padding);
+    return all;
+}
+inline Bytes StreamFrame(std::size_t imageBytes) { return CompressedFrame(Bytes(imageBytes, 0x33), {}); }
+
+/// A folder of files.
+class CSourceFolder : public CTestFolder {
+  public:
+    std::filesystem::path At(const char* name) const { return Path(name).GetUTF8(); }
+    std::filesystem::path Put(const char* name, const Bytes& bytes) const {
+        std::ofstream(At(name), std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        return At(name);
+    }
+    static Bytes Get(const std::filesystem::path& path) {
+        std::ifstream file(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+};
+
+/// A finished recording of `count` frames with the objects of `fill` beside its source info.
+inline Bytes RecordingOf(u16 count, const std::function<void(reduce::CReduceObjectArray&)>& fill = {}) {
+    reduce::CReduceObjectArray objects;
+    const auto info = objects.GetSourceInfo(true);
+    info->pixelType = kK410GigE;
+    info->width = info->frameWidth = info->packetWidth = kWidth;
+    info->height = info->frameHeight = info->packetHeight = kHeight;
+    info->valid = true;
+    info->time.SetTimestamp(0);
+    if (fill) fill(objects);
+    CMemFile file;
+    const TSharedPtr<IFile> out = BorrowShared<IFile>(file);
+    reduce::SPixelsHeader header;
+    reduce::InitPixelsHeader(header, info, false);
+    header.frameSize = header.frameSize2 = static_cast<u32>(NumberedFrame(0).size());
+    const Bytes frames = Frames(count);
+    const u32 counts[4] = {count};
+    EXPECT_TRUE(reduce::StartKRTFile(out, objects, header));
+    EXPECT_TRUE(out->WriteBytes(frames.data(), static_cast<u32>(frames.size())));
+    EXPECT_TRUE(reduce::FinishKRTFile(out, counts, false));
+    return {file.GetData(), file.GetData() + file.GetSize()};
+}
+
+inline measure::SOpenOptions AsDump(const char* type = kGigE, u32 frameSize = 0) {
+    return {.pixelType = type, .width = kWidth, .height = kHeight, .frameSize = frameSize};
+}
+
+/// The facts of the error that an action must end with.
+inline measure::SErrorFacts FactsOf(const auto& action) {
+    try {
+        action();
+    } catch (const measure::CError& error) {
+        EXPECT_FALSE(std::string(error.what()).empty());
+        return error.Facts();
+    }
+    ADD_FAILURE() << "nothing was thrown";
+    return {};
+}
+
+}  // namespace ovix::test
