@@ -6,8 +6,8 @@
 #include "bench/support/data.h"
 #include "core/file_system.h"
 #include "reduce/files/acquisition_file.h"
-#include "reduce/filters/check_frame.h"
 #include "reduce/filters/filter_factory.h"
+#include "reduce/filters/frame_questions.h"
 #include "reduce/objects/source_info_reduce_object.h"
 
 /// Recording and reading frames, beside writing and reading as many bytes through the same files.

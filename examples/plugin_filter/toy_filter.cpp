@@ -121,11 +121,22 @@ void Describe(const void* frame, GUID, u16, u16, u32, TArray<SFrameField>& field
     DescribeFields(fields, kFields, static_cast<const u8*>(frame));
 }
 
+/// What the pixels become, and what a frame says of itself: programs show nothing of a frame as read that is not there.
+bool Form(GUID type, SFrameForm& form) {
+    form = SFrameForm::OfCounts(type);
+    return type == kPixelType;
+}
+void Evidence(const void*, GUID, u16, u16, u32, SFrameEvidence& evidence) {
+    evidence.mark = EFrameMark::Present;  // or the check would have refused the frame
+    evidence.time = EFrameTime::Full;
+    evidence.frameCounter = evidence.preset = true;
+}
+
 /// Runs when the library is loaded. Its result is of no use to anybody.
 [[maybe_unused]] const bool kRegistered = [] {
     using Functions = TCreateAndDestroy<CToyFilter, IFilter>;
-    return filterFactory()->Register(CToyFilter::kName, {kPixelType}, Functions::Create, Functions::Destroy, Check,
-                                     Describe) &&
+    return filterFactory()->Register(CToyFilter::kName, {kPixelType}, Functions::Create, Functions::Destroy,
+                                     {.check = Check, .form = Form, .evidence = Evidence, .describe = Describe}) &&
            RegisterPixelType(kPixelType, L"Toy IR", 2, UInt16, rootIRType);
 }();
 

@@ -118,6 +118,19 @@ void LoadKept(Object& object, const TKept<Object> (&table)[N], const u8* record)
 void Load(CObjectParametersReduceObject& parameters, const u8* record) { LoadKept(parameters, kParameters, record); }
 void Load(CCurlewFactoryCalReduceObject& factoryCal, const u8* record) { LoadKept(factoryCal, kFactoryCal, record); }
 
+void GetEvidence(SFrameEvidence& evidence, const u8* record, u32 size) {
+    if (size < kHeight + sizeof(u16)) return;
+    const bool native = LoadLittle<u16>(record + kByteOrder) == kNativeOrder;
+    const bool swapped = LoadBig<u16>(record + kByteOrder) == kNativeOrder;
+    const auto word = [&](u32 offset) {
+        return swapped ? LoadBig<u16>(record + offset) : LoadLittle<u16>(record + offset);
+    };
+    evidence.mark = native || swapped ? EFrameMark::Present : EFrameMark::Absent;
+    if (evidence.mark == EFrameMark::Absent) return;
+    evidence.width = word(kWidth);
+    evidence.height = word(kHeight);
+}
+
 void Describe(TArray<SFrameField>& fields, const u8* record, u32 size, u64 offset) {
     u8 native[kShortSize] = {};
     std::memcpy(native, record, std::min(size, kShortSize));

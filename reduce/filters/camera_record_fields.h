@@ -1,7 +1,7 @@
 #pragma once
 
 #include "reduce/convert/curlew_factory_cal_reduce_object.h"
-#include "reduce/filters/describe_frame.h"
+#include "reduce/filters/frame_questions.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
 
 /// The fields of the camera record, each told once: where it stands, what it is called, its unit, and where its value
@@ -15,5 +15,9 @@ void Load(CCurlewFactoryCalReduceObject& factoryCal, const u8* record);
 /// Tells the fields that lie within the first `size` bytes of a record in either byte order. It stands `offset` bytes
 /// behind the frame's start.
 void Describe(TArray<SFrameField>& fields, const u8* record, u32 size, u64 offset);
+
+/// Of a record in either byte order of which `size` bytes are there: its byte-order marker, the only mark that it has,
+/// and its width and height.
+void GetEvidence(SFrameEvidence& evidence, const u8* record, u32 size);
 
 }  // namespace ovix::reduce::camera_record

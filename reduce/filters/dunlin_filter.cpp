@@ -6,14 +6,20 @@
 namespace ovix::reduce {
 
 bool CDunlinFilter::Register(const SDunlinFamily& family, CFilterFactory::Create_t create,
-                             CFilterFactory::Destroy_t destroy, FrameCheck check, FrameDescription describe) {
-    const bool done = filterFactory()->Register(family.name, {family.type}, create, destroy, check, describe);
+                             CFilterFactory::Destroy_t destroy, const SFrameAnswers& answers) {
+    const bool done = filterFactory()->Register(family.name, {family.type}, create, destroy, answers);
     RegisterPixelType(family.type, family.name, 2, UInt16, rootIRType);
     return done;
 }
 
 bool CDunlinFilter::Takes(const SDunlinFamily& family, const GUID& type) {
     return type == family.type || type == rootIRType;
+}
+
+bool CDunlinFilter::GetForm(const SDunlinFamily& family, const GUID& type, SFrameForm& form) {
+    if (!Takes(family, type)) return false;
+    form = SFrameForm::OfCounts(type);
+    return true;
 }
 
 const wchar_t* CDunlinFilter::GetName() const { return family_.name; }

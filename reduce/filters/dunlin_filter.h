@@ -25,6 +25,7 @@ class CDunlinFilter : public IFilter {
     bool GetTriggerFields(GUID type, TArray<CString>& names) const override;
 
     static bool Takes(const SDunlinFamily& family, const GUID& type);
+    static bool GetForm(const SDunlinFamily& family, const GUID& type, SFrameForm& form);
     /// Bytes of the image, which is also where the trailer begins.
     static constexpr u64 ImageSize(u16 width, u16 height) { return u64{2} * width * height; }
 
@@ -39,7 +40,7 @@ class CDunlinFilter : public IFilter {
 
     /// Registers decoder and pixel type.
     static bool Register(const SDunlinFamily& family, CFilterFactory::Create_t create,
-                         CFilterFactory::Destroy_t destroy, FrameCheck check, FrameDescription describe);
+                         CFilterFactory::Destroy_t destroy, const SFrameAnswers& answers);
 
   private:
     const SDunlinFamily& family_;

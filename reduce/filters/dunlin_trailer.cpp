@@ -22,15 +22,24 @@ void DescribeTrailer(TArray<SFrameField>& fields, DunlinLayout layout, const u8*
     }
 }
 
+namespace {
+
+constexpr u8 kUseTimeCode = 1, kYearNotValid = 4;  // of the time flags
+
+}  // namespace
+
+bool HasTrailerYear(const SDunlinTrailer& values) {
+    return !(values.timeFlags & kUseTimeCode) || !(values.timeFlags & kYearNotValid);
+}
+
 void SetTrailerTime(CDateTime& time, const SDunlinTrailer& values) {
-    constexpr u8 kUseTimeCode = 1, kYearNotValid = 4;
     if (!(values.timeFlags & kUseTimeCode)) {
         time.SetTimestamp(static_cast<i64>(values.timeStamp * 10));
         return;
     }
     const int milliseconds = static_cast<int>(values.microseconds / 1000);
     const int microseconds = static_cast<int>(values.microseconds % 1000);
-    const int year = values.timeFlags & kYearNotValid ? time.GetYear() : 2000 + values.year;
+    const int year = HasTrailerYear(values) ? 2000 + values.year : time.GetYear();
     time.SetYYDHMS(year, values.dayOfYear, values.hours, values.minutes, values.seconds, milliseconds, microseconds);
 }
 

@@ -6,8 +6,8 @@
 
 #include "core/bytes.h"
 #include "core/numbers.h"
-#include "reduce/filters/describe_frame.h"
 #include "reduce/filters/dunlin_frame_info_reduce_object.h"
+#include "reduce/filters/frame_questions.h"
 #include "reduce/filters/frame_values.h"
 
 /// Trailers of the Lapwing and Wren cameras, told field by field: one table drives what `ParseFrame` reads, what it
@@ -48,6 +48,8 @@ void DescribeTrailer(TArray<SFrameField>& fields, DunlinLayout layout, const u8*
 /// The time of the frame: from the time code when bit 0 of the time flags is set, else from the time stamp. A time code
 /// whose year does not count leaves the year of `time` as it was.
 void SetTrailerTime(CDateTime& time, const SDunlinTrailer& values);
+/// Whether that time has a year of its own.
+bool HasTrailerYear(const SDunlinTrailer& values);
 
 /// Rows of a table. `kMember` names the value, `kIndex` the element of one that is an array.
 namespace dunlin {

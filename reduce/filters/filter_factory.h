@@ -2,30 +2,27 @@
 
 #include "reduce/factory/named_class_factory.h"
 #include "reduce/factory/plugin_scan.h"
-#include "reduce/filters/check_frame.h"
-#include "reduce/filters/describe_frame.h"
 #include "reduce/filters/filter.h"
+#include "reduce/filters/frame_questions.h"
 
 namespace ovix::reduce {
 
-struct OVIX_REDUCE_API SFilterFactoryExtraStuff {
+/// What is kept of a decoder beside its name: its pixel types, and the answers to what is asked about its frames.
+struct OVIX_REDUCE_API SFilterFactoryExtraStuff : SFrameAnswers {
     SFilterFactoryExtraStuff();
     /// Takes the elements over and leaves the argument empty.
     explicit SFilterFactoryExtraStuff(TArray<GUID>& types);
 
     TArray<GUID> pixelTypes;  ///< that the filter handles, in the order given at registration
-    FrameCheck check = nullptr;
-    FrameDescription describe = nullptr;
 };
 
 /// Finds a decoder by its name or by the pixel type of the frames.
 class OVIX_REDUCE_API CFilterFactory
     : public TNamedClassFactory<IFilter, TNamedClassFactorySharedPtrCreatePolicy<IFilter>, SFilterFactoryExtraStuff> {
   public:
-    /// Registers a decoder; `check` makes its frames known to `CheckFrame`, `describe` to `DescribeFrame`. False when
-    /// the name is taken.
+    /// Registers a decoder and what its family answers about its frames. False when the name is taken.
     bool Register(const wchar_t* name, TArray<GUID> pixelTypes, Create_t create, Destroy_t destroy,
-                  FrameCheck check = nullptr, FrameDescription describe = nullptr);
+                  const SFrameAnswers& answers = {});
 
     /// A new decoder for a pixel type, or an empty pointer. A type claimed twice belongs to the earlier entry.
     TSharedPtr<IFilter> CreateForPixelType(GUID type) const;

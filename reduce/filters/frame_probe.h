@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/bytes.h"
-#include "reduce/filters/check_frame.h"
+#include "reduce/filters/frame_questions.h"
 
 namespace ovix::reduce {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/bytes.h"
-#include "reduce/filters/describe_frame.h"
+#include "reduce/filters/frame_questions.h"
 #include "reduce/filters/frame_values.h"
 
 /// The fields of a header or a trailer as one table, line by line as a data sheet lists them. From it come both the

@@ -1,10 +1,12 @@
 #include "reduce/filters/generic_pixel_types.h"
 
 #include "core/pixel_types.h"
+#include "reduce/filters/frame_types.h"
 
-namespace ovix::reduce::generic {
+namespace ovix::reduce {
 
-void RegisterPixelTypes() {
+void RegisterGenericPixelTypes() {
+    using namespace frame_types;
     RegisterPixelType(kF7M0, L"F7M0", 2, UInt16, rootIRType);
     RegisterPixelType(kF7M2, L"F7M2", 2, UInt16, rootIRType);
     RegisterPixelType(kF7M3, L"F7M3", 2, Opaque, rootScreenType);
@@ -13,4 +15,4 @@ void RegisterPixelTypes() {
     RegisterPixelType(kY800, L"Y800", 2, Opaque, rootScreenType);
 }
 
-}  // namespace ovix::reduce::generic
+}  // namespace ovix::reduce

@@ -5,9 +5,8 @@
 namespace ovix::reduce {
 
 bool RegisterHeaderLineFilter(const wchar_t* name, const SHeaderLine& line, CFilterFactory::Create_t create,
-                              CFilterFactory::Destroy_t destroy, FrameCheck check, FrameDescription describe) {
-    const bool done =
-        filterFactory()->Register(name, {line.frameType, line.headerType}, create, destroy, check, describe);
+                              CFilterFactory::Destroy_t destroy, const SFrameAnswers& answers) {
+    const bool done = filterFactory()->Register(name, {line.frameType, line.headerType}, create, destroy, answers);
     RegisterPixelType(line.frameType, line.frameName, 2, UInt16, rootIRType);
     return done;
 }
@@ -18,6 +17,12 @@ bool CheckHeaderLine(const CFrameProbe& probe, const SHeaderLine& line, GUID typ
     if (type == line.headerType) return true;
     const u64 lineSize = u64{2} * width;
     return probe.Holds(lineSize, lineSize * height, L"pixels of 2 bytes behind the header line");
+}
+
+bool GetHeaderLineForm(const SHeaderLine& line, GUID type, SFrameForm& form) {
+    if (!line.Takes(type)) return false;
+    form = type == line.headerType ? SFrameForm::OfHeader(line.frameType) : SFrameForm::OfCounts(type);
+    return true;
 }
 
 }  // namespace ovix::reduce

@@ -11,6 +11,7 @@ namespace {
 
 enum EMarker : u8 {
     kStartOfImage = 0xD8,
+    kEndOfImage = 0xD9,
     kStartOfScan = 0xDA,
     kRestartInterval = 0xDD,
     kApplication0 = 0xE0,
@@ -52,7 +53,7 @@ class CStreamCheck {
         while (ReadMarker(marker)) {
             SSegment segment{Here(), {nullptr, 0}};
             if (!ReadSegment(segment)) return false;
-            if (marker == kStartOfScan) return CheckScan(segment);
+            if (marker == kStartOfScan) return CheckScan(segment) && CheckEnd();
             if (!CheckSegment(marker, segment)) return false;
         }
         return false;
@@ -167,6 +168,15 @@ class CStreamCheck {
         if (scan[4] != 0) return Refuse(segment.offset + 6, L"no interleaving (0)", Number(scan[4]));
         if (scan[5] != 0) return Refuse(segment.offset + 7, L"no point transform (0)", Number(scan[5]));
         return true;
+    }
+
+    /// A scan that is cut off may keep the decoder busy for seconds, so its last two bytes tell whether it is whole.
+    bool CheckEnd() const {
+        const u16 mark = rest_.Remaining() < 2 ? u16{0} : LoadBig<u16>(probe_.At(end_ - 2));
+        if (mark == (0xFF00 | kEndOfImage)) return true;
+        const u64 at = rest_.Remaining() < 2 ? end_ : end_ - 2;
+        return Refuse(at, L"the end mark of the JPEG-LS stream (0xFFD9)",
+                      at == end_ ? CString(L"the end of the stream") : CString::FromFormat(L"0x%04X", u32{mark}));
     }
 
     const CFrameProbe& probe_;

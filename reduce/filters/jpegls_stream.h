@@ -8,8 +8,8 @@ namespace ovix::reduce {
 /// given width and height, one component of 9 to 16 bits, lossless, default coding parameters.
 ///
 /// All segments up to the first scan are read. The decoder believes a stream's declared sizes and parameters, so what
-/// differs is refused here. The scan's own data is not judged: a damaged one gives a wrong picture, or keeps the
-/// decoder busy for seconds before it gives up. It may look at one byte behind the stream, so one must be held.
+/// differs is refused here, and so is a stream that does not end in its end mark. The rest of the scan is not judged: a
+/// damaged one gives a wrong picture. The decoder may look at one byte behind the stream, so one must be held.
 bool CheckJpegLsStream(const CFrameProbe& probe, u64 offset, u64 size, u16 width, u16 height);
 
 /// Decodes to pixels of 16 bits. A stream that will not do leaves some or all of `dest` as it was.

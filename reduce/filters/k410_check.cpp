@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "reduce/filters/camera_record_fields.h"
 #include "reduce/filters/frame_probe.h"
 #include "reduce/filters/jpegls_stream.h"
 #include "reduce/filters/k410_container.h"
@@ -19,12 +20,11 @@ bool CheckContainer(const CFrameProbe& probe, u64 container, u32 leastRecord) {
     if (!probe.HasWord(container + kFirstEntry, kRecordEntry, L"the camera record is the first entry")) return false;
     if (!probe.HasWord(container + kSecondEntry, kPixelsEntry, L"the pixels are the second entry")) return false;
     const u32 offset = LoadLittle<u32>(probe.At(container + kRecordOffset));
-    const u32 size = std::min(camera_record::kSize, LoadLittle<u32>(probe.At(container + kRecordSize)));
+    const u32 size = RecordHeld(probe.At(container));
     return probe.Holds(container + offset, std::max(size, leastRecord), L"the camera record");
 }
 
-bool CheckUncompressed(const CFrameProbe& probe, const SType& type, u16 width, u16 height) {
-    const u64 image = ImageSize(width, height);
+bool CheckUncompressed(const CFrameProbe& probe, const SType& type, u64 image) {
     if (!probe.Holds(0, image, L"pixels of 2 bytes") || !probe.Holds(image, sizeof kSignature, L"the tail")) {
         return false;
     }
@@ -52,7 +52,29 @@ bool CheckCompressed(const CFrameProbe& probe, u16 width, u16 height) {
     return CheckContainer(probe, container, 0) && CheckJpegLsStream(probe, kLengthSize, length, width, height);
 }
 
+/// A trigger is looked for behind the first image, where pixels of the second one may look like a container.
+bool CheckTrigger(const CFrameProbe& probe, const SType& type, u64 image) {
+    const STail tail = FindTail(probe.At(image), probe.Size() - image);
+    return type.flipped || !tail.IsPlain() || CheckContainer(probe, image, 0);
+}
+
 }  // namespace
+
+bool CheckK410Buffer(const void* buffer, GUID id, u16 width, u16 height, u16 images, u32 size, SFrameFault* fault) {
+    const SType* type = FindType(id);
+    if (!type || images < 2) return CheckK410Frame(buffer, id, width, height, size, fault);
+    const CFrameProbe probe(buffer, size, fault);
+    const u64 image = ImageSize(width, height);
+    switch (type->layout) {
+        case ELayout::Uncompressed:
+            return CheckUncompressed(probe, *type, images * image) && CheckTrigger(probe, *type, image);
+        case ELayout::UYVY:
+        case ELayout::YUY2:
+            return probe.Holds(0, images * image, L"pixels of 2 bytes");
+        default:
+            return probe.Refuse(0, L"one image in a buffer of this type", CString::FromFormat(L"%d", int{images}));
+    }
+}
 
 bool CheckK410Frame(const void* frame, GUID id, u16 width, u16 height, u32 frameSize, SFrameFault* fault) {
     const CFrameProbe probe(frame, frameSize, fault);
@@ -61,7 +83,7 @@ bool CheckK410Frame(const void* frame, GUID id, u16 width, u16 height, u32 frame
     const u64 pixels = u64{width} * height;
     switch (type->layout) {
         case ELayout::Uncompressed:
-            return CheckUncompressed(probe, *type, width, height);
+            return CheckUncompressed(probe, *type, ImageSize(width, height));
         case ELayout::JpegLs:
             return CheckCompressed(probe, width, height);
         case ELayout::BGR:
@@ -71,6 +93,35 @@ bool CheckK410Frame(const void* frame, GUID id, u16 width, u16 height, u32 frame
             return probe.Holds(0, 2 * pixels, L"pixels of 2 bytes");
     }
     return false;
+}
+
+bool GetK410Form(GUID id, SFrameForm& form) {
+    const SType* type = FindType(id);
+    if (!type) return false;
+    const bool infrared = IsUncompressed(type) || type->layout == ELayout::JpegLs;
+    form = infrared ? SFrameForm::OfCounts(id) : SFrameForm::OfColours(id);
+    form.compressed = form.ownLength = type->layout == ELayout::JpegLs;
+    return true;
+}
+
+void GetK410Evidence(const void* frame, GUID id, u16 width, u16 height, u32 size, SFrameEvidence& evidence) {
+    const SType& type = *FindType(id);
+    const u8* bytes = static_cast<const u8*>(frame);
+    if (IsUncompressed(&type)) {
+        const u64 image = ImageSize(width, height);
+        const STail tail = FindTail(bytes + image, size - image);
+        const u32 record = RecordHeld(tail.container);
+        camera_record::GetEvidence(evidence, RecordInPlace(tail.container), record);
+        const bool numbered = tail.IsPlain() && type.hasFrameCounter;  // else nothing is taken from the record
+        if (numbered && record >= camera_record::kMilliseconds + sizeof(u32)) evidence.time = EFrameTime::Full;
+        evidence.frameCounter = tail.IsDigital() || (numbered && record >= camera_record::kFrameCounter + sizeof(u16));
+    } else if (type.layout == ELayout::JpegLs) {
+        evidence.width = width;  // the stream names both, and the check holds them against the caller's
+        evidence.height = height;
+    } else {
+        return;
+    }
+    evidence.mark = EFrameMark::Present;  // the container's signature, or the check would have refused the frame
 }
 
 }  // namespace ovix::reduce

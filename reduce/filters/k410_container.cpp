@@ -1,6 +1,5 @@
 #include "reduce/filters/k410_container.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace ovix::reduce::k410 {
@@ -16,7 +15,7 @@ STail FindTail(const u8* bytes, u64 size) {
 
 bool CopyRecord(SRecord& record, const u8* container, u16 height) {
     if (!HasIndex(container)) return false;
-    const u32 size = std::min(camera_record::kSize, LoadLittle<u32>(container + kRecordSize));
+    const u32 size = RecordHeld(container);
     std::memcpy(record.bytes, RecordInPlace(container), size);
     std::memset(record.bytes + size, 0, sizeof record.bytes - size);
     if (camera_record::IsSwapped(record.bytes)) camera_record::Swap(record.bytes);

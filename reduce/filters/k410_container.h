@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+
 #include "core/bytes.h"
 #include "reduce/filters/camera_record.h"
 
@@ -38,6 +40,10 @@ inline bool HasIndex(const u8* container) {
            LoadLittle<u16>(container + kSecondEntry) == kPixelsEntry;
 }
 inline bool HasSwappedPixels(const u8* container) { return LoadLittle<u16>(container + kPixelsSwapped) == 1; }
+/// Bytes of the record that the frame gives: no more than a record has.
+inline u32 RecordHeld(const u8* container) {
+    return std::min(camera_record::kSize, LoadLittle<u32>(container + kRecordSize));
+}
 /// The record as it stands in the frame, in whatever byte order.
 inline const u8* RecordInPlace(const u8* container) { return container + LoadLittle<u32>(container + kRecordOffset); }
 

@@ -1,7 +1,5 @@
 #include "reduce/filters/k410_fields.h"
 
-#include <algorithm>
-
 #include "reduce/filters/camera_record_fields.h"
 #include "reduce/filters/k410_types.h"
 
@@ -14,7 +12,7 @@ namespace {
 void DescribeContainer(TArray<SFrameField>& fields, const u8* frame, const u8* container) {
     const u64 at = static_cast<u64>(container - frame);
     DescribeFields(fields, kContainerFields, container, at);
-    const u32 recordSize = std::min(camera_record::kSize, LoadLittle<u32>(container + kRecordSize));
+    const u32 recordSize = RecordHeld(container);
     camera_record::Describe(fields, RecordInPlace(container), recordSize,
                             at + LoadLittle<u32>(container + kRecordOffset));
 }

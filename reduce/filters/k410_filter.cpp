@@ -5,6 +5,7 @@
 #include "core/pixel_types.h"
 #include "reduce/filters/copy_pixels.h"
 #include "reduce/filters/filter_factory.h"
+#include "reduce/filters/generic_pixel_types.h"
 #include "reduce/filters/jpegls_stream.h"
 #include "reduce/filters/k410_check.h"
 #include "reduce/filters/k410_fields.h"
@@ -61,10 +62,14 @@ bool CK410Filter::Register() {
     using Functions = TCreateAndDestroy<CK410Filter, IFilter>;
     TArray<GUID> ids;
     for (const SType& type : kTypes) ids.Add(type.id);
-    const bool done = filterFactory()->Register(L"K410", ids, Functions::Create, Functions::Destroy, CheckK410Frame,
-                                                DescribeK410Frame);
-    generic::RegisterPixelTypes();
-    RegisterPixelType(generic::kBGR8, L"BGR8", 3, Opaque, rootScreenType);
+    const bool done = filterFactory()->Register(L"K410", ids, Functions::Create, Functions::Destroy,
+                                                {.check = CheckK410Frame,
+                                                 .checkBuffer = CheckK410Buffer,
+                                                 .form = GetK410Form,
+                                                 .evidence = GetK410Evidence,
+                                                 .describe = DescribeK410Frame});
+    RegisterGenericPixelTypes();
+    RegisterPixelType(frame_types::kBGR8, L"BGR8", 3, Opaque, rootScreenType);
     // 16-bit pixels throughout, deliberately also for video and for the 24-bit type.
     for (const SType& type : kTypes) RegisterPixelType(type.id, type.name, 2, UInt16, type.base);
     return done;

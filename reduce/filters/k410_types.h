@@ -1,6 +1,6 @@
 #pragma once
 
-#include "reduce/filters/generic_pixel_types.h"
+#include "reduce/filters/frame_types.h"
 
 /// The pixel types of the K410 family, in their order at the factory.
 namespace ovix::reduce::k410 {
@@ -25,45 +25,33 @@ struct SType {
 };
 
 inline constexpr SType kTypes[] = {
-    {.id = "{76ECF27C-7517-49D1-AED0-8C429934409D}"_guid,
+    {.id = frame_types::kK410F7M0,
      .name = L"K410 IR (F7M0)",
-     .base = generic::kF7M0,
+     .base = frame_types::kF7M0,
      .layout = ELayout::Uncompressed,
      .hasFrameCounter = true,
      .hasTime = true},
-    {.id = "{E97ED85F-B45C-409C-B685-0568E493A9D0}"_guid,
+    {.id = frame_types::kK410FNM0,
      .name = L"K410 IR (FNM0)",
-     .base = generic::kF7M0,
+     .base = frame_types::kF7M0,
      .layout = ELayout::Uncompressed},
-    {.id = "{3874994E-B76D-45DE-871A-5CF46393B19B}"_guid,
+    {.id = frame_types::kK410GigE,
      .name = L"K410 IR (GigE)",
-     .base = generic::kF7M0,
+     .base = frame_types::kF7M0,
      .layout = ELayout::Uncompressed,
      .hasFrameCounter = true,
      .overGigE = true},
-    {.id = "{B3E83B04-FC6B-411D-B883-258685C80882}"_guid,
+    {.id = frame_types::kK410GigEFlipped,
      .name = L"K410 IR (GigE, Flipped)",
-     .base = generic::kF7M0,
+     .base = frame_types::kF7M0,
      .layout = ELayout::Uncompressed,
      .hasFrameCounter = true,
      .overGigE = true,
      .flipped = true},
-    {.id = "{4030E1B1-6E28-4E5C-88F7-16E54AF6A54A}"_guid,
-     .name = L"K410 YUV (UYVY)",
-     .base = generic::kUYVY,
-     .layout = ELayout::UYVY},
-    {.id = "{DDBF6368-76B6-49F2-A410-6CC47415AFD3}"_guid,
-     .name = L"K410 YUV (YUY2)",
-     .base = generic::kYUY2,
-     .layout = ELayout::YUY2},
-    {.id = "{036DA1C3-5794-4341-8BC1-5DEEAB52DFD5}"_guid,
-     .name = L"K410 BGR (24-bit)",
-     .base = generic::kBGR8,
-     .layout = ELayout::BGR},
-    {.id = "{ADA2658E-40C0-4C31-9C44-7667B8169FF6}"_guid,
-     .name = L"R7X IR (MJLS)",
-     .base = generic::kF7M0,
-     .layout = ELayout::JpegLs},
+    {.id = frame_types::kK410UYVY, .name = L"K410 YUV (UYVY)", .base = frame_types::kUYVY, .layout = ELayout::UYVY},
+    {.id = frame_types::kK410YUY2, .name = L"K410 YUV (YUY2)", .base = frame_types::kYUY2, .layout = ELayout::YUY2},
+    {.id = frame_types::kK410BGR, .name = L"K410 BGR (24-bit)", .base = frame_types::kBGR8, .layout = ELayout::BGR},
+    {.id = frame_types::kK410MJLS, .name = L"R7X IR (MJLS)", .base = frame_types::kF7M0, .layout = ELayout::JpegLs},
 };
 
 /// Null for a type of another family.

@@ -7,13 +7,14 @@
 #include "reduce/filters/dunlin_camera_info_reduce_object.h"
 #include "reduce/filters/dunlin_objects.h"
 #include "reduce/filters/frame_probe.h"
+#include "reduce/filters/frame_types.h"
 #include "reduce/filters/tomz_trailer.h"
 
 namespace ovix::reduce {
 
 namespace {
 
-constexpr SDunlinFamily kFamily{L"Lapwing", "{AD56BAF5-751A-4328-B058-72B124803183}"_guid};
+constexpr SDunlinFamily kFamily{L"Lapwing", frame_types::kLapwing};
 
 /// A frame in a buffer: the image, and the line of its trailer.
 u64 FrameStride(u16 width, u16 height) { return CDunlinFilter::ImageSize(width, height) + u64{2} * width; }
@@ -24,6 +25,27 @@ bool CheckLapwingFrame(const void* frame, GUID type, u16 width, u16 height, u32 
     const u64 image = CDunlinFilter::ImageSize(width, height);
     if (!CDunlinFilter::Takes(kFamily, type)) return probe.Refuse(0, L"a Lapwing frame", L"another pixel type");
     return probe.Holds(0, image, L"pixels of 2 bytes") && probe.Holds(image, tomz::kSize, L"the trailer");
+}
+
+/// Each image of a buffer as `StoreFrame` cuts it out, which ends with the line of the trailer.
+bool CheckLapwingBuffer(const void* buffer, GUID type, u16 width, u16 height, u16 images, u32 size,
+                        SFrameFault* fault) {
+    const CFrameProbe probe(buffer, size, fault);
+    const u64 stride = FrameStride(width, height);
+    if (images > 1 && !probe.Holds(0, images * stride, L"the images, each with the line of its trailer")) return false;
+    const u32 stored = static_cast<u32>(std::min<u64>(stride, size));  // all images are alike
+    return CheckLapwingFrame(buffer, type, width, height, stored, fault);
+}
+
+bool GetLapwingForm(GUID type, SFrameForm& form) { return CDunlinFilter::GetForm(kFamily, type, form); }
+
+/// A last line without the signature is shown, but nobody vouches for it. The time is that of the time stamp.
+void GetLapwingEvidence(const void* frame, GUID, u16 width, u16 height, u32, SFrameEvidence& evidence) {
+    const u8* trailer = static_cast<const u8*>(frame) + CDunlinFilter::ImageSize(width, height);
+    const bool marked = tomz::HasSignature(trailer);
+    evidence.mark = marked ? EFrameMark::Present : EFrameMark::Absent;
+    evidence.time = marked ? EFrameTime::Full : EFrameTime::None;
+    evidence.frameCounter = evidence.preset = marked;
 }
 
 void DescribeLapwingFrame(const void* frame, GUID, u16 width, u16 height, u32, TArray<SFrameField>& fields) {
@@ -47,8 +69,12 @@ CLapwingFilter::CLapwingFilter() : CDunlinFilter(kFamily) {}
 
 bool CLapwingFilter::Register() {
     using Functions = TCreateAndDestroy<CLapwingFilter, IFilter>;
-    return CDunlinFilter::Register(kFamily, Functions::Create, Functions::Destroy, CheckLapwingFrame,
-                                   DescribeLapwingFrame);
+    return CDunlinFilter::Register(kFamily, Functions::Create, Functions::Destroy,
+                                   {.check = CheckLapwingFrame,
+                                    .checkBuffer = CheckLapwingBuffer,
+                                    .form = GetLapwingForm,
+                                    .evidence = GetLapwingEvidence,
+                                    .describe = DescribeLapwingFrame});
 }
 
 u8 CLapwingFilter::PresetOf(const u8* trailer) {

@@ -1,5 +1,6 @@
 #include "reduce/filters/lor_filter_ra.h"
 
+#include "reduce/filters/frame_types.h"
 #include "reduce/filters/header_line_registration.h"
 
 namespace ovix::reduce {
@@ -8,9 +9,9 @@ namespace {
 
 constexpr wchar_t kName[] = L"LOR-RA";
 constexpr u8 kTriggerFields = 1;
-constexpr SHeaderLine kLine{.frameType = "{B3CC3849-01F1-499C-90E6-4799CE2979FF}"_guid,
+constexpr SHeaderLine kLine{.frameType = frame_types::kLORRA,
                             .frameName = L"LOR-RA",
-                            .headerType = "{ABD16A8F-BB4A-415C-9BC6-7AB387743F25}"_guid,
+                            .headerType = frame_types::kLORRAHeader,
                             .words = lor::kHeaderWords,
                             .bytesRead = lor::kHeaderSize};
 
@@ -24,8 +25,8 @@ CLORFilterRA::CLORFilterRA() : CLORFilter(kLine, kTriggerFields) {}
 
 bool CLORFilterRA::Register() {
     using Functions = TCreateAndDestroy<CLORFilterRA, IFilter>;
-    return RegisterHeaderLineFilter(kName, kLine, Functions::Create, Functions::Destroy, CheckHeaderLineFrame<kLine>,
-                                    Describe);
+    return RegisterHeaderLineFilter(kName, kLine, Functions::Create, Functions::Destroy,
+                                    HeaderLineAnswers<kLine>(Describe));
 }
 
 const wchar_t* CLORFilterRA::GetName() const { return kName; }

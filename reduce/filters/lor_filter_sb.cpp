@@ -1,5 +1,6 @@
 #include "reduce/filters/lor_filter_sb.h"
 
+#include "reduce/filters/frame_types.h"
 #include "reduce/filters/header_line_registration.h"
 #include "reduce/objects/fov_reduce_object.h"
 #include "reduce/objects/source_info_reduce_object.h"
@@ -10,9 +11,9 @@ namespace {
 
 constexpr wchar_t kName[] = L"LOR-SB";
 constexpr u8 kTriggerFields = 2;
-constexpr SHeaderLine kLine{.frameType = "{762A7AEB-B98E-4628-8A7B-7AEE737F7754}"_guid,
+constexpr SHeaderLine kLine{.frameType = frame_types::kLORSB,
                             .frameName = L"LOR-SB",
-                            .headerType = "{0C784596-B058-4D52-90C3-E995D9175865}"_guid,
+                            .headerType = frame_types::kLORSBHeader,
                             .words = lor::kHeaderWords,
                             .bytesRead = lor::kLensBlockEnd};
 
@@ -32,8 +33,8 @@ CLORFilterSB::CLORFilterSB() : CLORFilter(kLine, kTriggerFields) {}
 
 bool CLORFilterSB::Register() {
     using Functions = TCreateAndDestroy<CLORFilterSB, IFilter>;
-    return RegisterHeaderLineFilter(kName, kLine, Functions::Create, Functions::Destroy, CheckHeaderLineFrame<kLine>,
-                                    Describe);
+    return RegisterHeaderLineFilter(kName, kLine, Functions::Create, Functions::Destroy,
+                                    HeaderLineAnswers<kLine>(Describe));
 }
 
 const wchar_t* CLORFilterSB::GetName() const { return kName; }

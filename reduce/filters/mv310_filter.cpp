@@ -1,6 +1,7 @@
 #include "reduce/filters/mv310_filter.h"
 
 #include "core/pixel_types.h"
+#include "reduce/filters/frame_types.h"
 #include "reduce/filters/packet.h"
 
 namespace ovix::reduce {
@@ -9,12 +10,12 @@ namespace {
 
 constexpr SShortRecordFamily::SType kTypes[] = {
     // Stands under the pictures for a screen, although its pixels are counts.
-    {"{07C06B52-E505-45EA-85F5-73C9E5F0519C}"_guid, L"MV310 IR (F7M2)", UInt16, rootScreenType, true},
+    {frame_types::kMV310, L"MV310 IR (F7M2)", UInt16, rootScreenType, true},
     // Read as YUV like the next one, whatever the name says.
-    {"{B9A7A170-5FEF-4CBC-96E4-E6B84B9F56D7}"_guid, L"MV310 Screen (F7M3)", Opaque, rootScreenType},
-    {"{4C264D2A-288C-4A7B-A9A4-A9E18695CDFE}"_guid, L"MV310 YUV (UYVY)", Opaque, rootScreenType},
+    {frame_types::kMV310Screen, L"MV310 Screen (F7M3)", Opaque, rootScreenType},
+    {frame_types::kMV310YUV, L"MV310 YUV (UYVY)", Opaque, rootScreenType},
 };
-constexpr SShortRecordFamily kFamily{L"MV310", kTypes};
+constexpr SShortRecordFamily kFamily{.name = L"MV310", .types = kTypes, .hasPackets = true};
 
 constexpr u32 kPacketMilliseconds = 33;  ///< in which all images of a packet are taken
 

@@ -1,5 +1,6 @@
 #include "reduce/filters/mvfalcon_filter.h"
 
+#include "reduce/filters/frame_types.h"
 #include "reduce/filters/header_line_registration.h"
 #include "reduce/filters/mvfalcon_header.h"
 
@@ -11,9 +12,9 @@ namespace {
 
 constexpr wchar_t kName[] = L"MVFalcon";
 constexpr u64 kCounterMax = 0xFFFFFF;
-constexpr SHeaderLine kLine{.frameType = "{8C2E0C91-A8D9-47E7-8667-482577F366B4}"_guid,
+constexpr SHeaderLine kLine{.frameType = frame_types::kMVFalcon,
                             .frameName = L"MVF",
-                            .headerType = "{20DD2639-38C0-4E57-99EE-1B9224F8E5E2}"_guid,
+                            .headerType = frame_types::kMVFalconHeader,
                             .words = kHeaderWords,
                             .bytesRead = Word(kHeaderWords)};
 
@@ -27,8 +28,8 @@ CMVFalconFilter::CMVFalconFilter() : CHeaderLineFilter(kLine) {}
 
 bool CMVFalconFilter::Register() {
     using Functions = TCreateAndDestroy<CMVFalconFilter, IFilter>;
-    return RegisterHeaderLineFilter(kName, kLine, Functions::Create, Functions::Destroy, CheckHeaderLineFrame<kLine>,
-                                    DescribeHeader);
+    return RegisterHeaderLineFilter(kName, kLine, Functions::Create, Functions::Destroy,
+                                    HeaderLineAnswers<kLine>(DescribeHeader));
 }
 
 const wchar_t* CMVFalconFilter::GetName() const { return kName; }

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "reduce/convert/tern_factory_cal_reduce_object.h"
+#include "reduce/filters/frame_types.h"
 #include "reduce/filters/header_line_registration.h"
 #include "reduce/filters/osprey_frame_info_reduce_object.h"
 #include "reduce/filters/osprey_header.h"
@@ -14,9 +15,9 @@ using namespace osprey;
 
 namespace {
 
-constexpr SHeaderLine kLine{.frameType = "{1A3CAA37-2D15-4D6D-B4FE-B1FC2332D49A}"_guid,
+constexpr SHeaderLine kLine{.frameType = frame_types::kOsprey,
                             .frameName = L"IACF",
-                            .headerType = "{E71E484F-1C37-4BB8-B4E2-EBF0727402F9}"_guid,
+                            .headerType = frame_types::kOspreyHeader,
                             .words = kHeaderWords,
                             .bytesRead = kHeaderSize};
 static_assert(kHeaderSize == sizeof COspreyFrameInfoReduceObject::header);
@@ -45,7 +46,7 @@ COspreyFilter::COspreyFilter() : CHeaderLineFilter(kLine) {}
 bool COspreyFilter::Register() {
     using Functions = TCreateAndDestroy<COspreyFilter, IFilter>;
     return RegisterHeaderLineFilter(L"Osprey", kLine, Functions::Create, Functions::Destroy,
-                                    CheckHeaderLineFrame<kLine>, DescribeHeader);
+                                    HeaderLineAnswers<kLine>(DescribeHeader));
 }
 
 bool COspreyFilter::ParseHeader(SHeader& header, void* line, u16 width) {

@@ -1,5 +1,6 @@
 #include "reduce/filters/plover_filter.h"
 
+#include "reduce/filters/frame_types.h"
 #include "reduce/filters/generic_pixel_types.h"
 
 namespace ovix::reduce {
@@ -7,18 +8,18 @@ namespace ovix::reduce {
 namespace {
 
 constexpr SShortRecordFamily::SType kTypes[] = {
-    {"{FD728B9B-9B9B-4098-81E4-73EC59D2505C}"_guid, L"Plover IR (F7M0)", UInt16, generic::kF7M0, true},
+    {frame_types::kPlover, L"Plover IR (F7M0)", UInt16, frame_types::kF7M0, true},
     // Registered as 16-bit pixels, although it is video.
-    {"{0612D7F1-A3F5-423B-8A16-F77199066239}"_guid, L"Plover YUV (UYVY)", UInt16, generic::kUYVY},
+    {frame_types::kPloverYUV, L"Plover YUV (UYVY)", UInt16, frame_types::kUYVY},
 };
-constexpr SShortRecordFamily kFamily{L"Plover", kTypes};
+constexpr SShortRecordFamily kFamily{.name = L"Plover", .types = kTypes, .numbersFrames = true};
 
 }  // namespace
 
 CPloverFilter::CPloverFilter() : CShortRecordFilter(kFamily) {}
 
 bool CPloverFilter::Register() {
-    generic::RegisterPixelTypes();
+    RegisterGenericPixelTypes();
     return RegisterShortRecordFilter<CPloverFilter, kFamily>();
 }
 

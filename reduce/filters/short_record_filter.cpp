@@ -104,25 +104,44 @@ bool CShortRecordFilter::ParseBasicInfo(void* frame, GUID type, u16 width, u16 h
 }
 
 bool RegisterShortRecordFilter(const SShortRecordFamily& family, CFilterFactory::Create_t create,
-                               CFilterFactory::Destroy_t destroy, FrameCheck check, FrameDescription describe) {
+                               CFilterFactory::Destroy_t destroy, const SFrameAnswers& answers) {
     TArray<GUID> ids;
     for (const auto& type : family.types) ids.Add(type.id);
-    const bool done = filterFactory()->Register(family.name, ids, create, destroy, check, describe);
+    const bool done = filterFactory()->Register(family.name, ids, create, destroy, answers);
     for (const auto& type : family.types) RegisterPixelType(type.id, type.name, 2, type.element, type.base);
     return done;
 }
 
-bool CheckShortRecord(const SShortRecordFamily& family, const void* frame, GUID id, u16 width, u16 height,
-                      u32 frameSize, SFrameFault* fault) {
-    const CFrameProbe probe(frame, frameSize, fault);
+bool CheckShortRecord(const SShortRecordFamily& family, const void* buffer, GUID id, u16 width, u16 height, u16 images,
+                      u32 size, SFrameFault* fault) {
+    const CFrameProbe probe(buffer, size, fault);
     const SShortRecordFamily::SType* type = family.Find(id);
     if (!type) {
         return probe.Refuse(0, CString::FromFormat(L"a pixel type of the %s family", family.name),
                             L"another pixel type");
     }
-    const u64 image = ImageSize(width, height);
-    return probe.Holds(0, image, L"pixels of 2 bytes") &&
-           (!type->infrared || probe.Holds(image, camera_record::kShortSize, L"the camera record"));
+    if (images > 1 && !family.hasPackets) {
+        return probe.Refuse(0, L"one image in a buffer of this family", CString::FromFormat(L"%d", int{images}));
+    }
+    const u64 pixels = images * ImageSize(width, height);
+    return probe.Holds(0, pixels, L"pixels of 2 bytes") &&
+           (!type->infrared || probe.Holds(pixels, camera_record::kShortSize, L"the camera record"));
+}
+
+bool GetShortRecordForm(const SShortRecordFamily& family, GUID id, SFrameForm& form) {
+    const SShortRecordFamily::SType* type = family.Find(id);
+    if (!type) return false;
+    form = type->infrared ? SFrameForm::OfCounts(id) : SFrameForm::OfColours(id);
+    return true;
+}
+
+void GetShortRecordEvidence(const SShortRecordFamily& family, const void* frame, GUID type, u16 width, u16 height,
+                            SFrameEvidence& evidence) {
+    if (!family.IsInfrared(type)) return;
+    const u8* record = static_cast<const u8*>(frame) + ImageSize(width, height);
+    evidence.time = EFrameTime::Full;
+    evidence.frameCounter = family.numbersFrames;
+    camera_record::GetEvidence(evidence, record, camera_record::kShortSize);
 }
 
 void DescribeShortRecord(const SShortRecordFamily& family, const void* frame, GUID type, u16 width, u16 height,

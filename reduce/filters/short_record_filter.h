@@ -20,6 +20,8 @@ struct SShortRecordFamily {
     };
     const wchar_t* name;           ///< of the decoder
     std::span<const SType> types;  ///< in their order at the factory
+    bool numbersFrames = false;    ///< the record's counter is the number of the frame
+    bool hasPackets = false;       ///< a buffer may hold several images, with one record for all behind them
 
     /// Null for a type of another family.
     const SType* Find(const GUID& type) const;
@@ -75,10 +77,14 @@ class CShortRecordFilter : public IFilter {
 
 /// Registers the decoder and its pixel types.
 bool RegisterShortRecordFilter(const SShortRecordFamily& family, CFilterFactory::Create_t create,
-                               CFilterFactory::Destroy_t destroy, FrameCheck check, FrameDescription describe);
+                               CFilterFactory::Destroy_t destroy, const SFrameAnswers& answers);
 
-bool CheckShortRecord(const SShortRecordFamily& family, const void* frame, GUID type, u16 width, u16 height,
-                      u32 frameSize, SFrameFault* fault);
+/// A frame, or a buffer of several images.
+bool CheckShortRecord(const SShortRecordFamily& family, const void* buffer, GUID type, u16 width, u16 height,
+                      u16 images, u32 size, SFrameFault* fault);
+bool GetShortRecordForm(const SShortRecordFamily& family, GUID type, SFrameForm& form);
+void GetShortRecordEvidence(const SShortRecordFamily& family, const void* frame, GUID type, u16 width, u16 height,
+                            SFrameEvidence& evidence);
 void DescribeShortRecord(const SShortRecordFamily& family, const void* frame, GUID type, u16 width, u16 height,
                          TArray<SFrameField>& fields);
 
@@ -88,12 +94,23 @@ bool RegisterShortRecordFilter() {
     using Functions = TCreateAndDestroy<Filter, IFilter>;
     return RegisterShortRecordFilter(
         kFamily, Functions::Create, Functions::Destroy,
-        [](const void* frame, GUID type, u16 width, u16 height, u32 frameSize, SFrameFault* fault) {
-            return CheckShortRecord(kFamily, frame, type, width, height, frameSize, fault);
-        },
-        [](const void* frame, GUID type, u16 width, u16 height, u32, TArray<SFrameField>& fields) {
-            DescribeShortRecord(kFamily, frame, type, width, height, fields);
-        });
+        {.check =
+             [](const void* frame, GUID type, u16 width, u16 height, u32 frameSize, SFrameFault* fault) {
+                 return CheckShortRecord(kFamily, frame, type, width, height, 1, frameSize, fault);
+             },
+         .checkBuffer =
+             [](const void* buffer, GUID type, u16 width, u16 height, u16 images, u32 size, SFrameFault* fault) {
+                 return CheckShortRecord(kFamily, buffer, type, width, height, images, size, fault);
+             },
+         .form = [](GUID type, SFrameForm& form) { return GetShortRecordForm(kFamily, type, form); },
+         .evidence =
+             [](const void* frame, GUID type, u16 width, u16 height, u32, SFrameEvidence& evidence) {
+                 GetShortRecordEvidence(kFamily, frame, type, width, height, evidence);
+             },
+         .describe =
+             [](const void* frame, GUID type, u16 width, u16 height, u32, TArray<SFrameField>& fields) {
+                 DescribeShortRecord(kFamily, frame, type, width, height, fields);
+             }});
 }
 
 }  // namespace ovix::reduce

@@ -5,6 +5,7 @@
 
 #include "reduce/filters/dunlin_objects.h"
 #include "reduce/filters/frame_probe.h"
+#include "reduce/filters/frame_types.h"
 #include "reduce/filters/pruv_trailer.h"
 #include "reduce/filters/tomz_trailer.h"
 
@@ -12,7 +13,7 @@ namespace ovix::reduce {
 
 namespace {
 
-constexpr SDunlinFamily kFamily{L"Wren", "{7E48B0A6-78A9-44BC-80E8-7888C83854F7}"_guid};
+constexpr SDunlinFamily kFamily{L"Wren", frame_types::kWren};
 constexpr u16 kPixelMask = 0x3FFF;
 constexpr u32 kLockinPresent = 2;
 
@@ -41,8 +42,10 @@ bool LoadClock(SDunlinTrailer& values, const u8* trailer) {
 
 /// Bytes up to the first record of a native buffer.
 u64 RecordsOffset(u64 image, u16 frameCount) { return frameCount * image + pruv::kSignatureSize; }
+/// Bytes behind the images of a native buffer.
+u64 RecordsSize(u16 frameCount) { return pruv::kSignatureSize + u64{frameCount} * pruv::kRecordSize; }
 bool HoldsPacket(u32 sourceSize, u64 image, u16 frameCount) {
-    return RecordsOffset(image, frameCount) + u64{frameCount} * pruv::kRecordSize <= sourceSize;
+    return frameCount * image + RecordsSize(frameCount) <= sourceSize;
 }
 
 /// A frame in an older buffer: the image, and as many lines as the trailer takes. `width` is not 0.
@@ -71,6 +74,43 @@ bool CheckWrenFrame(const void* frame, GUID type, u16 width, u16 height, u32 fra
     });
 }
 
+/// What `StoreFrame` and `CheckForTrigger` read. Images of a native buffer have their records checked by the size
+/// alone: a record holds no offset.
+bool CheckWrenBuffer(const void* buffer, GUID type, u16 width, u16 height, u16 images, u32 size, SFrameFault* fault) {
+    const CFrameProbe probe(buffer, size, fault);
+    const u64 image = CDunlinFilter::ImageSize(width, height);
+    if (!CDunlinFilter::Takes(kFamily, type)) return probe.Refuse(0, L"a Wren frame", L"another pixel type");
+    if (!probe.Holds(image, tomz::kSignatureSize, L"the trailer's signature")) return false;
+    if (!tomz::HasSignature(probe.At(image))) {
+        const u64 signature = images * image;
+        if (!probe.Holds(signature, RecordsSize(images), L"the signature and a record for each image")) return false;
+        return pruv::HasSignature(probe.At(signature)) ||
+               probe.Refuse(signature, L"the signature of the records (\"PRUV\")", L"other bytes");
+    }
+    if (width == 0) return probe.Refuse(0, L"a width above 0", L"0");
+    const u64 stride = OlderStride(width, height);
+    if (!probe.Holds(0, images * stride, L"the images, each with the lines of its trailer")) return false;
+    for (u16 i = 0; i < images; ++i) {
+        if (CheckWrenFrame(probe.At(i * stride), type, width, height, static_cast<u32>(stride), fault)) continue;
+        if (fault) fault->offset += i * stride;
+        return false;
+    }
+    return true;
+}
+
+bool GetWrenForm(GUID type, SFrameForm& form) { return CDunlinFilter::GetForm(kFamily, type, form); }
+
+void GetWrenEvidence(const void* frame, GUID, u16 width, u16 height, u32, SFrameEvidence& evidence) {
+    const u64 image = CDunlinFilter::ImageSize(width, height);
+    const u8* trailer = static_cast<const u8*>(frame) + image;
+    evidence.mark = EFrameMark::Present;  // or the check would have refused the frame
+    SDunlinTrailer values;
+    LoadClock(values, trailer);
+    evidence.time = HasTrailerYear(values) ? EFrameTime::Full : EFrameTime::WithoutYear;
+    evidence.frameCounter = true;
+    evidence.preset = image > 0;  // it stands in the first pixel
+}
+
 void DescribeWrenFrame(const void* frame, GUID, u16 width, u16 height, u32, TArray<SFrameField>& fields) {
     const u64 image = CDunlinFilter::ImageSize(width, height);
     const u8* trailer = static_cast<const u8*>(frame) + image;
@@ -90,7 +130,12 @@ CWrenFilter::CWrenFilter() : CDunlinFilter(kFamily) {}
 
 bool CWrenFilter::Register() {
     using Functions = TCreateAndDestroy<CWrenFilter, IFilter>;
-    return CDunlinFilter::Register(kFamily, Functions::Create, Functions::Destroy, CheckWrenFrame, DescribeWrenFrame);
+    return CDunlinFilter::Register(kFamily, Functions::Create, Functions::Destroy,
+                                   {.check = CheckWrenFrame,
+                                    .checkBuffer = CheckWrenBuffer,
+                                    .form = GetWrenForm,
+                                    .evidence = GetWrenEvidence,
+                                    .describe = DescribeWrenFrame});
 }
 
 bool CWrenFilter::ParseFrame(void* frame, GUID type, u16 width, u16 height, u32, STypedData dest,

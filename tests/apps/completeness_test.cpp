@@ -43,10 +43,15 @@ TEST(Completeness, EveryDecoderHasItsCheckItsSynthesiserItsSeedAndItsPage) {
         const std::string name = entry.name.GetUTF8();
         if (!reduce::OriginOf(entry.create).IsEmpty()) continue;  // one of another test
         EXPECT_NE(entry.extra.check, nullptr)
-            << name << ": give Register a FrameCheck, so that CheckFrame knows its frames";
+            << name << ": answer `check` to Register, so that CheckFrame knows its frames";
         EXPECT_NE(entry.extra.describe, nullptr)
-            << name << ": give Register a FrameDescription, so that its frames can be shown byte by byte";
+            << name << ": answer `describe` to Register, so that its frames can be shown byte by byte";
+        EXPECT_NE(entry.extra.evidence, nullptr)
+            << name << ": answer `evidence` to Register, so that nothing made up is taken for read";
         for (const GUID& type : entry.extra.pixelTypes) {
+            reduce::SFrameForm form;
+            EXPECT_TRUE(reduce::GetFrameForm(entry.name, type, form))
+                << name << ": answer `form` to Register for each of the types that it handles";
             if (TypeOfHeader(name, type)) continue;  // part of a frame: it has no pixels, no name and no synthesiser
             SPixelType facts;
             ASSERT_TRUE(GetPixelType(type, facts)) << name << ": RegisterPixelType each of the types that it handles";

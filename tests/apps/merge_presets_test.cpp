@@ -35,6 +35,10 @@ class CTurningFilter : public reduce::IFilter {
     static bool Check(const void* frame, GUID, u16, u16, u32, reduce::SFrameFault*) {
         return static_cast<const u8*>(frame)[2 * kPixels] < 8;
     }
+    static bool Form(GUID type, reduce::SFrameForm& form) {
+        form = reduce::SFrameForm::OfCounts(type);
+        return true;
+    }
 };
 
 struct SFrame {
@@ -47,7 +51,8 @@ class CTurningSource : public IFrameSource {
   public:
     explicit CTurningSource(std::vector<SFrame> frames) : frames_(std::move(frames)) {
         using Functions = TCreateAndDestroy<CTurningFilter, reduce::IFilter>;
-        reduce::filterFactory()->Register(L"Turning", {}, Functions::Create, Functions::Destroy, CTurningFilter::Check);
+        reduce::filterFactory()->Register(L"Turning", {}, Functions::Create, Functions::Destroy,
+                                          {.check = CTurningFilter::Check, .form = CTurningFilter::Form});
     }
     const std::string& Name() const override { return name_; }
     const SFrameFormat& Format() const override { return format_; }

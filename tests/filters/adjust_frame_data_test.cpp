@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "core/pixel_types.h"
-#include "reduce/filters/generic_pixel_types.h"
+#include "reduce/filters/frame_types.h"
 #include "support/k410_frames.h"
 
 namespace ovix::reduce {
@@ -51,7 +51,7 @@ TEST(AdjustFrameData, CountsAreTakenByTheTableOfTheFlags) {
     for (u16 i = 0; i < 24; ++i) source.push_back(i);
     for (const SCase& c : cases) {
         for (const bool fields : {false, true}) {
-            EXPECT_EQ(Adjust(test::PixelBytes(source), 2 * c.words.size(), c.width, c.height, generic::kF7M0,
+            EXPECT_EQ(Adjust(test::PixelBytes(source), 2 * c.words.size(), c.width, c.height, frame_types::kF7M0,
                              {fields, c.mirror, c.flip}, c.rect),
                       test::PixelBytes(c.words))
                 << &c - cases;
@@ -144,7 +144,7 @@ TEST(AdjustFrameData, YuvLinesGoToTheirPlaces) {
                 << &c - cases << " of width " << width;
         }
     }
-    for (const GUID& other : {generic::kUYVY, CGUID::Empty}) {
+    for (const GUID& other : {frame_types::kUYVY, CGUID::Empty}) {
         EXPECT_EQ(Adjust(Bytes(8, 1), 12, 2, 2, other), Bytes(12, 0xEE));
     }
 }

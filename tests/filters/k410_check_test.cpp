@@ -118,7 +118,7 @@ TEST(K410Check, OnlyOneKindOfJpegLsStreamPasses) {
             L"default", "reset");
 
     // Segments as a hand writes them.
-    const Bytes start{0xFF, 0xD8}, scan{0xFF, 0xDA, 0, 8, 1, 1, 0, 0, 0, 0};
+    const Bytes start{0xFF, 0xD8}, scan{0xFF, 0xDA, 0, 8, 1, 1, 0, 0, 0, 0, 0xFF, 0xD9};
     const auto header = [](u8 bits, u8 components = 1, u8 sampling = 0x11) {
         return Bytes{0xFF, 0xF7, 0, 11, bits, 0, 4, 0, 6, components, 1, sampling, 0};
     };
@@ -158,6 +158,11 @@ TEST(K410Check, OnlyOneKindOfJpegLsStreamPasses) {
     refused(changedScan(7, 2), L"lossless", "near in the scan");
     refused(changedScan(8, 1), L"interleaving", "interleaved");
     refused(changedScan(9, 1), L"point transform", "point transform");
+    // The end mark is the last of the stream.
+    Bytes cut = EncodeJpegLs(pixels, kWidth, kHeight);
+    cut.pop_back();
+    EXPECT_EQ(refused(cut, L"the end mark", "half an end mark"), 4 + cut.size() - 2);
+    refused(Join({start, header(14), scan, {0}}), L"the end mark", "a byte behind the end mark");
 }
 
 TEST(K410Check, WhatNobodyCanAnswer) {

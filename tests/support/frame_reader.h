@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "reduce/filters/describe_frame.h"
 #include "reduce/filters/filter_factory.h"
+#include "reduce/filters/frame_questions.h"
 #include "reduce/objects/frame_info_reduce_object.h"
 
 namespace ovix::test {

@@ -70,7 +70,7 @@ struct SK410Container {
     u32 recordOffset = 128;
     u32 recordSize = 2428;
     u16 pixelsSwapped = 0;
-    SK410Record record;
+    SK410Record record{};
 
     /// Ends with the record.
     Bytes Make() const {

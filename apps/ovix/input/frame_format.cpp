@@ -7,25 +7,21 @@
 namespace ovix::app {
 
 std::optional<GUID> TypeOfHeader(const std::string& filter, const GUID& type) {
-    const auto& entry = reduce::filterFactory()->GetEntry(CString(filter.c_str()));
-    const TSharedPtr<reduce::IFilter> decoder = reduce::filterFactory()->Create(entry.name);
-    for (const GUID& whole : entry.extra.pixelTypes) {
-        GUID header;
-        u32 size = 0;
-        if (decoder && decoder->GetHeaderInfo(whole, 1, 1, 0, header, size) && header == type) return whole;
-    }
-    return {};
+    reduce::SFrameForm form;
+    if (!reduce::GetFrameForm(CString(filter.c_str()), type, form) || form.wholeType == type) return {};
+    return form.wholeType;
 }
 
 SPixelForm PixelFormOf(const SFrameFormat& format) {
-    const TSharedPtr<reduce::IFilter> filter = reduce::filterFactory()->Create(CString(format.filter.c_str()));
-    if (!filter) throw UsageFault("no decoder has the name \"" + format.filter + "\"");
-    if (filter->HasPixels(format.pixelType)) return {};
-    if (TypeOfHeader(format.filter, format.pixelType)) return {.pixels = false};
-    // Neither the registered element type nor the byte width tells video from counts (several rows of video bear
-    // `UInt16`); what the type stands under does.
-    if (IsPixelBaseType(format.pixelType, rootScreenType)) return {.type = Opaque, .unit = RGB24};
-    return {.compressed = true};
+    const CString filter(format.filter.c_str());
+    if (!reduce::filterFactory()->IsRegistered(filter))
+        throw UsageFault("no decoder has the name \"" + format.filter + "\"");
+    reduce::SFrameForm form;
+    if (!reduce::GetFrameForm(filter, format.pixelType, form))
+        throw UsageFault("the decoder \"" + format.filter + "\" does not say what the pixels of \"" +
+                         format.pixelTypeName + "\" are");
+    if (!form.HasPixels()) return {.pixels = false};
+    return {.type = form.element, .unit = form.unit, .compressed = form.compressed};
 }
 
 }  // namespace ovix::app

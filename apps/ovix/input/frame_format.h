@@ -32,7 +32,7 @@ struct SPixelForm {
 /// whole frames.
 std::optional<GUID> TypeOfHeader(const std::string& filter, const GUID& type);
 
-/// Asks the format's decoder and the registry of pixel types. Throws `CFault` when nobody registered the decoder.
+/// As the format's decoder says. Throws `CFault` when nobody registered the decoder, and when it does not say.
 SPixelForm PixelFormOf(const SFrameFormat& format);
 
 }  // namespace ovix::app
