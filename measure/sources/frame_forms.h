@@ -6,39 +6,6 @@
 
 namespace ovix::reduce {
 
-struct SFrameForm {
-    EDataType element = NoPixels;
-    u32 bytesPerPixel = 0;
-    EUnit unit = Counts;
-    bool compressed = false;
-    bool ownLength = false;
-    GUID wholeType{};
-
-    bool HasPixels() const { return element != NoPixels; }
-    static SFrameForm OfCounts(GUID type) { return {UInt16, 2, Counts, false, false, type}; }
-};
-
-inline bool GetFrameForm(const wchar_t* filter, GUID type, SFrameForm& form) {
-    const TSharedPtr<IFilter> decoder = filterFactory()->Create(filter);
-    if (!decoder) return false;
-    form = SFrameForm::OfCounts(type);
-    if (decoder->HasPixels(type)) return true;
-    for (const GUID& whole : filterFactory()->GetEntry(filter).extra.pixelTypes) {
-        GUID header;
-        u32 size = 0;
-        if (decoder->GetHeaderInfo(whole, 1, 1, 0, header, size) && header == type) {
-            form = {.element = NoPixels, .wholeType = whole};
-            return true;
-        }
-    }
-    if (IsPixelBaseType(type, rootScreenType)) {
-        form = {Opaque, 3, RGB24, false, false, type};
-    } else {
-        form.compressed = form.ownLength = true;
-    }
-    return true;
-}
-
 struct SObjectParameter {
     float CObjectParametersReduceObject::*member;
 };

@@ -26,7 +26,9 @@ SFrameFormat FormatAsked(const SOpenOptions& options, const std::string& file) {
 
 CSource OpenFile(std::shared_ptr<const CInputFile> file, const SOpenOptions& options) {
     if (!file->IsRegular() || options.follow)
-        throw CError({.id = EError::FileUnreadable, .file = file->Name(), .problem = "is no file that can be read at any place"});
+        throw CError({.id = EError::FileUnreadable,
+                      .file = file->Name(),
+                      .problem = "is no file that can be read at any place"});
     if (CRecordingFile::Recognises(file->Get(0, CRecordingFile::MagicBytes)))
         return CSource(CNumberedSource::OfRecording(std::move(file), options));
     SFrameFormat format = FormatAsked(options, file->Name());
