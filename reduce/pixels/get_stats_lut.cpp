@@ -3,6 +3,7 @@
 #include "reduce/pixels/lut_index.h"
 #include "reduce/pixels/parts.h"
 #include "reduce/pixels/stats_calculator.h"
+#include "reduce/pixels/stats_route.h"
 
 namespace ovix::reduce {
 
@@ -36,11 +37,10 @@ struct SConverted {
 /// Adds a block to a copy of the record, which stands apart from all other memory: its sums can stay in registers.
 void Add(CStats& stats, const SConverted& converted, const SSpan& run, u32 width) {
     CStats local = stats;
-    CStatsCalculator calculator(local);
     int x = static_cast<int>(run.first % width);
     int y = static_cast<int>(run.first / width);
     for (u32 i = 0; i < run.count; ++i) {
-        calculator.AddData(converted.values[i], converted.status[i], x, y);
+        AddToRecord(local, converted.values[i], converted.status[i], x, y);
         if (++x == static_cast<int>(width)) x = 0, ++y;
     }
     stats = local;
@@ -48,10 +48,9 @@ void Add(CStats& stats, const SConverted& converted, const SSpan& run, u32 width
 
 void Add(CStats& stats, const SConverted& converted, const SList& run, u32 width) {
     CStats local = stats;
-    CStatsCalculator calculator(local);
     for (u32 i = 0; i < run.count; ++i) {
         const u32 index = run.indices[i];
-        calculator.AddData(converted.values[i], converted.status[i], static_cast<int>(index % width),
+        AddToRecord(local, converted.values[i], converted.status[i], static_cast<int>(index % width),
                            static_cast<int>(index / width));
     }
     stats = local;

@@ -176,12 +176,25 @@ void ForEachLine(const SLines& region, F&& f) {
     for (u32 i = 0; i < lineCount; ++i) f(region.lines.GetAt(i));
 }
 
+/// Whether the rows of a rectangle stand one behind the other in the frame.
+inline bool CoversRows(const SRectangle& rectangle) {
+    const SArea& area = rectangle.area;
+    return area.left == 0 && area.right + 1 == rectangle.width && area.top <= area.bottom;
+}
+
 /// The number of pixels of a line; 0 for one that ends before it begins.
 inline u32 CountPixels(const SScanLine& line) { return line.left > line.right ? 0 : u32{line.right} - line.left + 1; }
 
 template <class Lines, class F>
     requires std::same_as<Lines, SRectangle> || std::same_as<Lines, SLines>
 void ForEachRun(const Lines& selection, F&& f) {
+    if constexpr (std::same_as<Lines, SRectangle>) {
+        const SArea& area = selection.area;
+        if (CoversRows(selection)) {
+            const u32 rows = u32{area.bottom} - area.top + 1;
+            return f(SSpan{std::size_t{area.top} * selection.width, 0, rows * selection.width});
+        }
+    }
     std::size_t out = 0;
     ForEachLine(selection, [&](const SScanLine& line) {
         const u32 count = CountPixels(line);

@@ -1,6 +1,6 @@
 #include "reduce/pixels/stats_calculator.h"
 
-#include "reduce/pixels/stats_finish.h"
+#include "reduce/pixels/stats_route.h"
 
 namespace ovix::reduce {
 
@@ -14,6 +14,12 @@ void CStatsCalculator::Start() {
     stats_.allMinimumIndex = ~u32{0};
     stats_.allMaximumIndex = ~u32{0};
     index_ = 0;
+}
+
+void CStatsCalculator::AddData(double value, u8 status, int x, int y) {
+    index_ = 0;
+    AddToRecord(stats_, value, status, x, y);
+    ++index_;
 }
 
 void CStatsCalculator::Finish() {

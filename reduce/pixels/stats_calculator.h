@@ -1,7 +1,5 @@
 #pragma once
 
-#include <algorithm>
-
 #include "reduce/api.h"
 #include "reduce/pixels/stats.h"
 
@@ -27,42 +25,5 @@ class OVIX_REDUCE_API CStatsCalculator {
     CStats& stats_;
     u32 index_ = 0;
 };
-
-inline void CStatsCalculator::AddData(double value, u8 status, int x, int y) {
-    CStats& s = stats_;
-    // The counter starts anew with every pixel: whatever index is noted is 0, and only positions say where.
-    index_ = 0;
-    if (value > s.allMaximum) {
-        s.allMaximum = value;
-        s.allMaximumIndex = index_;
-        s.allMaximumPosition = {x, y};
-    }
-    if (value < s.allMinimum) {
-        s.allMinimum = value;
-        s.allMinimumIndex = index_;
-        s.allMinimumPosition = {x, y};
-    }
-    s.boundsTopLeft = {std::min(s.boundsTopLeft.x, x), std::min(s.boundsTopLeft.y, y)};
-    s.boundsBottomRight = {std::max(s.boundsBottomRight.x, x), std::max(s.boundsBottomRight.y, y)};
-    if (IsCounted(status)) {
-        s.statusUnion |= status;
-        if (s.count == 0 || value > s.maximum) {
-            s.maximum = value;
-            s.maximumStatus = status;
-            s.maximumIndex = index_;
-            s.maximumPosition = {x, y};
-        }
-        if (s.count == 0 || value < s.minimum) {
-            s.minimum = value;
-            s.minimumStatus = status;
-            s.minimumIndex = index_;
-            s.minimumPosition = {x, y};
-        }
-        s.sum += value;
-        s.variance += value * value;  // the sum of squares until `Finish`
-        ++s.count;
-    }
-    ++index_;
-}
 
 }  // namespace ovix::reduce

@@ -1,22 +1,18 @@
 #include "reduce/pixels/stats_tally.h"
 
-#include <algorithm>
-
 #include "core/visit.h"
-#include "reduce/pixels/selection.h"
-#include "reduce/pixels/simd/stats_u16.h"
+#include "reduce/pixels/simd/stats_simd.h"
 #include "reduce/pixels/stats.h"
 
 namespace ovix::reduce {
 
 namespace {
 
+using simd::SExactFigures;
+
 /// Types whose sums are worth making in integers.
 template <class T>
 constexpr bool kNarrow = std::is_integral_v<T> && sizeof(T) <= 2;
-
-/// Pixels whose integer sums are made at once; the block is still in cache for a second look.
-constexpr u32 kExactBlock = simd::kMostPixels;
 
 /// Below 2^53 every integer is a double. Neither a sum of integers nor a part of it is larger than the sum of their
 /// squares; so while that is below the bound, no addition of the serial sums rounds, and any order gives their bits.
@@ -35,135 +31,204 @@ SExactFigures<T> Measure(const T* pixels, u32 count) {
 
 template <class T>
 u32 FindFirst(const T* pixels, u32 count, T value) {
-    if constexpr (std::is_same_v<T, u16>) {
-        return simd::FindUInt16(pixels, count, value);
-    } else {
-        return static_cast<u32>(std::find(pixels, pixels + count, value) - pixels);
+    if constexpr (std::is_same_v<T, u16>) return simd::FindUInt16(pixels, count, value);
+    if constexpr (std::is_same_v<T, float>) return simd::FindFloat(pixels, count, value);
+    return static_cast<u32>(std::find(pixels, pixels + count, value) - pixels);
+}
+
+/// Takes a block by its least and its greatest pixel.
+template <class T>
+void Widen(SExtremes& extremes, const T* pixels, u32 count, T least, T greatest, const SPlaces& places) {
+    const double first = static_cast<double>(pixels[0]);
+    if (!extremes.any) extremes = {first, first, places.At(0), places.At(0), true};
+    if (static_cast<double>(least) < extremes.minimum) {
+        const u32 place = FindFirst(pixels, count, least);
+        extremes.minimum = static_cast<double>(pixels[place]);
+        extremes.minimumIndex = places.At(place);
+    }
+    if (static_cast<double>(greatest) > extremes.maximum) {
+        const u32 place = FindFirst(pixels, count, greatest);
+        extremes.maximum = static_cast<double>(pixels[place]);
+        extremes.maximumIndex = places.At(place);
     }
 }
 
-/// The plain path: one pixel after the other, in double.
+/// The plain form: one pixel after the other.
 template <class T>
-void AddSerially(STally& tally, const T* pixels, u32 count, const SPlaces& places) {
-    if (count == 0) return;
-    SExtremes extremes = tally.valid;
-    if (!extremes.any) extremes.Begin(static_cast<double>(pixels[0]), places.At(0));
-    double sum = tally.sum;
-    double squares = tally.squares;
+void Widen(SExtremes& extremes, const T* pixels, u32 count, const SPlaces& places) {
+    const double first = static_cast<double>(pixels[0]);
+    if (!extremes.any) extremes = {first, first, places.At(0), places.At(0), true};
     for (u32 i = 0; i < count; ++i) {
         const double v = static_cast<double>(pixels[i]);
-        extremes.Raise(v, places, i);
-        extremes.Lower(v, places, i);
-        sum += v;
-        squares += v * v;
+        if (v > extremes.maximum) extremes.maximum = v, extremes.maximumIndex = places.At(i);
+        if (v < extremes.minimum) extremes.minimum = v, extremes.minimumIndex = places.At(i);
     }
-    tally.valid = extremes;
-    tally.sum = sum;
-    tally.squares = squares;
-    tally.count += count;
 }
 
-/// The same result in blocks of integer sums, as far as these are exact.
+/// The sums of pixels of 64 bits and of those of 32 that are no floats, which round in ways of their own.
 template <class T>
-void AddExactly(STally& tally, const T* pixels, u32 count, const SPlaces& places) {
+void AddSerially(simd::SSums& sums, const T* pixels, u32 count) {
+    double values = sums.values, squares = sums.squares;
+    for (u32 i = 0; i < count; ++i) {
+        const double v = static_cast<double>(pixels[i]);
+        values += v;
+        squares += v * v;
+    }
+    sums.values = values;
+    sums.squares = squares;
+}
+
+/// Counts whose sums are no longer exact have the sums of the same floats.
+template <class T>
+void AddAsFloats(simd::SSums& sums, const T* pixels, u32 count) {
+    float floats[simd::kFloatBlock];
     for (u32 at = 0, n = 0; at < count; at += n) {
-        n = std::min(kExactBlock, count - at);
-        const T* block = pixels + at;
-        const SPlaces here = places.From(at);
-        const SExactFigures<T> found = Measure(block, n);
-        const double squares = tally.squares + static_cast<double>(found.squares);
-        if (squares >= kExactBound) {
-            AddSerially(tally, block, n, here);
-            continue;
-        }
-        SExtremes& extremes = tally.valid;
-        if (!extremes.any || found.minimum < extremes.minimum) {
-            extremes.minimum = found.minimum;
-            extremes.minimumIndex = here.At(FindFirst(block, n, found.minimum));
-        }
-        if (!extremes.any || found.maximum > extremes.maximum) {
-            extremes.maximum = found.maximum;
-            extremes.maximumIndex = here.At(FindFirst(block, n, found.maximum));
-        }
-        extremes.any = true;
-        tally.sum += static_cast<double>(found.sum);
-        tally.squares = squares;
-        tally.count += n;
+        n = std::min(simd::kFloatBlock, count - at);
+        std::copy_n(pixels + at, n, floats);
+        sums.Add(floats, n, simd::MeasureFloats(floats, n));
+    }
+}
+
+/// `count` pixels that all count, at most `kMostPixels`.
+template <class T>
+void AddCountedBlock(STally& tally, const T* pixels, u32 count, const SPlaces& places) {
+    tally.count += count;
+    if constexpr (kNarrow<T>) {
+        const SExactFigures<T> found = Measure(pixels, count);
+        Widen(tally.valid, pixels, count, found.minimum, found.maximum, places);
+        const double squares = tally.sums.squares + static_cast<double>(found.squares);
+        if (squares >= kExactBound) return AddAsFloats(tally.sums, pixels, count);
+        tally.sums.values += static_cast<double>(found.sum);
+        tally.sums.squares = squares;
+    } else if constexpr (std::is_same_v<T, float>) {
+        const simd::SFloatRange range = simd::MeasureFloats(pixels, count);
+        Widen(tally.valid, pixels, count, range.minimum, range.maximum, places);
+        tally.sums.Add(pixels, count, range);
+    } else {
+        Widen(tally.valid, pixels, count, places);
+        AddSerially(tally.sums, pixels, count);
     }
 }
 
 template <class T>
 void AddCounted(STally& tally, const T* pixels, u32 count, const SPlaces& places) {
-    if constexpr (kNarrow<T>) {
-        AddExactly(tally, pixels, count, places);
-    } else {
-        AddSerially(tally, pixels, count, places);
+    constexpr u32 kBlock = kNarrow<T> ? simd::kMostPixels : simd::kFloatBlock;
+    for (u32 at = 0, n = 0; at < count; at += n) {
+        n = std::min(kBlock, count - at);
+        AddCountedBlock(tally, pixels + at, n, places.From(at));
     }
 }
 
-u8 UnionOf(const u8* status, u32 count) {
-    u8 all = 0;
-    for (u32 i = 0; i < count; ++i) all |= status[i];
-    return all;
+template <class T>
+void WidenInBlocks(SExtremes& extremes, const T* pixels, u32 count, const SPlaces& places) {
+    for (u32 at = 0, n = 0; at < count; at += n) {
+        n = std::min(simd::kFloatBlock, count - at);
+        if constexpr (std::is_same_v<T, float>) {
+            const simd::SFloatRange range = simd::MeasureFloats(pixels + at, n);
+            Widen(extremes, pixels + at, n, range.minimum, range.maximum, places.From(at));
+        } else {
+            Widen(extremes, pixels + at, n, places.From(at));
+        }
+    }
 }
 
-/// Pixels that all count, with their status.
+/// The chosen pixels of a block, in place where all are.
 template <class T>
-void AddCounted(STally& tally, const T* pixels, const u8* status, u32 count, const SPlaces& places) {
+struct SChosen {
+    T room[kTallyBlock + simd::kSlack];
+    const T* pixels;
+    u32 count;
+    SPlaces places;
+
+    /// `chosen` may be null: all.
+    SChosen(const T* block, const u8* chosen, u32 blockCount, const SPlaces& all)
+        : pixels(block), count(blockCount), places(all) {
+        if (!chosen) return;
+        pixels = room;
+        places.chosen = chosen;
+        if constexpr (sizeof(T) == 2) {
+            count = simd::Collect(reinterpret_cast<const u16*>(block), chosen, count, reinterpret_cast<u16*>(room));
+        } else if constexpr (sizeof(T) == 4) {
+            count = simd::Collect(reinterpret_cast<const u32*>(block), chosen, count, reinterpret_cast<u32*>(room));
+        } else {
+            u32 n = 0;
+            for (u32 i = 0; i < blockCount; ++i) {
+                room[n] = block[i];
+                n += chosen[i] ? 1 : 0;
+            }
+            count = n;
+        }
+    }
+};
+
+/// Which selected pixels of a block count, and what their status bytes come to.
+struct SCounted {
+    u8 chosen[kTallyBlock];
+    u8 statusUnion = 0;
+    bool all = true;  ///< none was selected that does not count
+
+    SCounted(const u8* status, const u8* mask, u32 count) {
+        u8 excluded = 0;
+        for (u32 i = 0; i < count; ++i) {
+            const u8 selected = mask ? (mask[i] ? 0xFF : 0) : 0xFF;
+            chosen[i] = static_cast<u8>(IsCounted(status[i]) ? selected : 0);
+            statusUnion = static_cast<u8>(statusUnion | (status[i] & chosen[i]));
+            excluded = static_cast<u8>(excluded | (selected & ~chosen[i]));
+        }
+        all = excluded == 0;
+    }
+};
+
+/// A block of at most `kTallyBlock` pixels.
+template <class T>
+void AddBlock(STally& tally, const T* pixels, const u8* status, const u8* mask, u32 count, const SPlaces& places) {
+    if (!status) {
+        const SChosen<T> masked(pixels, mask, count, places);
+        return AddCounted(tally, masked.pixels, masked.count, masked.places);
+    }
+    const SCounted counted(status, mask, count);
+    if (tally.apart || !counted.all) {
+        const SChosen<T> selected(pixels, mask, count, places);
+        if (!tally.apart) tally.all = tally.valid;
+        WidenInBlocks(tally.all, selected.pixels, selected.count, selected.places);
+        tally.apart = true;
+    }
+    const SChosen<T> valid(pixels, counted.all && !mask ? nullptr : counted.chosen, count, SPlaces{});
+    if (valid.count == 0) return;
     const SExtremes before = tally.valid;
-    SExtremes& valid = tally.valid;
-    AddCounted(tally, pixels, count, SPlaces{0});  // new extremes then stand at a place in the status
-    if (!before.any || valid.minimum < before.minimum) {
-        tally.minimumStatus = status[valid.minimumIndex];
-        valid.minimumIndex = places.At(valid.minimumIndex);
+    SExtremes& extremes = tally.valid;
+    AddCounted(tally, valid.pixels, valid.count, valid.places);  // new extremes then stand at a place in the status
+    if (!before.any || extremes.minimum < before.minimum) {
+        tally.minimumStatus = status[extremes.minimumIndex];
+        extremes.minimumIndex = places.At(extremes.minimumIndex);
     }
-    if (!before.any || valid.maximum > before.maximum) {
-        tally.maximumStatus = status[valid.maximumIndex];
-        valid.maximumIndex = places.At(valid.maximumIndex);
+    if (!before.any || extremes.maximum > before.maximum) {
+        tally.maximumStatus = status[extremes.maximumIndex];
+        extremes.maximumIndex = places.At(extremes.maximumIndex);
     }
-    tally.statusUnion |= UnionOf(status, count);
-}
-
-template <class T>
-void WidenAll(STally& tally, const T* pixels, u32 count, const SPlaces& places) {
-    SExtremes all = tally.All();
-    if (!all.any) all.Begin(static_cast<double>(pixels[0]), places.At(0));
-    for (u32 i = 0; i < count; ++i) {
-        const double v = static_cast<double>(pixels[i]);
-        all.Raise(v, places, i);
-        all.Lower(v, places, i);
-    }
-    tally.all = all;
-    tally.apart = true;
-}
-
-/// A block of at most `kRunBlock` pixels, some of which may not count: the others are put together and added.
-template <class T>
-void AddBlock(STally& tally, const T* pixels, const u8* status, u32 count, const SPlaces& places) {
-    const bool allCount = IsCounted(UnionOf(status, count));
-    if (tally.apart || !allCount) WidenAll(tally, pixels, count, places);
-    if (allCount) return AddCounted(tally, pixels, status, count, places);
-    T counted[kRunBlock];
-    u8 countedStatus[kRunBlock];
-    u32 indices[kRunBlock];
-    u32 n = 0;
-    for (u32 i = 0; i < count; ++i) {
-        counted[n] = pixels[i];
-        countedStatus[n] = status[i];
-        indices[n] = places.At(i);
-        n += IsCounted(status[i]) ? 1 : 0;
-    }
-    if (n) AddCounted(tally, counted, countedStatus, n, SPlaces{0, indices});
+    tally.statusUnion |= counted.statusUnion;
 }
 
 }  // namespace
 
-void AddPixels(STally& tally, STypedData pixels, const u8* status, u32 count, const SPlaces& places) {
+u32 SPlaces::At(u32 i) const {
+    u32 place = i + passed;
+    if (chosen) {
+        u32 before = place + 1;
+        for (place = 0; before -= chosen[place] ? 1 : 0; ++place) {
+        }
+    }
+    if (list) return list[place];
+    return rowLength ? first + place / rowLength * stride + place % rowLength : first + place;
+}
+
+void AddPixels(STally& tally, STypedData pixels, const u8* status, const u8* mask, u32 count, const SPlaces& places) {
     Visit(pixels.type, [&]<class T>(TElement<T>) {
         const T* first = static_cast<const T*>(pixels.data);
-        if (!status) return AddCounted(tally, first, count, places);
-        for (u32 at = 0; at < count; at += kRunBlock) {
-            AddBlock(tally, first + at, status + at, std::min(kRunBlock, count - at), places.From(at));
+        if (!status && !mask) return AddCounted(tally, first, count, places);
+        for (u32 at = 0, n = 0; at < count; at += n) {
+            n = std::min(kTallyBlock, count - at);
+            AddBlock(tally, first + at, status ? status + at : nullptr, mask ? mask + at : nullptr, n, places.From(at));
         }
     });
 }

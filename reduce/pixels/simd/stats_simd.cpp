@@ -1,11 +1,12 @@
-#include "reduce/pixels/simd/stats_u16.h"
+#include "reduce/pixels/simd/stats_simd.h"
 
 // The order of these lines is what compiles the file once for each instruction set.
 // clang-format off
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "reduce/pixels/simd/stats_u16.cpp"
+#define HWY_TARGET_INCLUDE "reduce/pixels/simd/stats_simd.cpp"
 #include "hwy/foreach_target.h"
 #include "hwy/highway.h"
+#include "hwy/cache_control.h"
 #include "hwy/contrib/algo/find-inl.h"
 // clang-format on
 
@@ -25,6 +26,9 @@ SExactFigures<u16> Measure(const u16* pixels, u32 count) {
 }
 
 #else
+
+/// The hardware fetches ahead to the end of a page only: 4 KiB.
+constexpr u32 kAhead = 2048;
 
 /// Sums 32-bit lanes, taken as unsigned, into 64-bit ones.
 template <class D64, class V32>
@@ -51,6 +55,7 @@ SExactFigures<u16> Measure(const u16* pixels, u32 count) {
     u32 i = 0;
     for (; i + lanes <= count; i += lanes) {
         const auto v = hn::LoadU(d, pixels + i);
+        hwy::Prefetch(pixels + i + kAhead);
         minimum = hn::Min(minimum, v);
         maximum = hn::Max(maximum, v);
         const auto s = hn::BitCast(ds, hn::Xor(v, middle));
@@ -74,6 +79,30 @@ u32 FindFirst(const u16* pixels, u32 count, u16 value) {
     return static_cast<u32>(hn::Find(hn::ScalableTag<u16>(), value, pixels, count));
 }
 
+template <class T>
+u32 CollectAs(const T* pixels, const u8* chosen, u32 count, T* out) {
+    const hn::ScalableTag<T> d;
+    const hn::Rebind<u8, decltype(d)> bytes;
+    u32 i = 0, n = 0;
+    for (; i + hn::Lanes(d) <= count; i += static_cast<u32>(hn::Lanes(d))) {
+        const auto taken = hn::Ne(hn::PromoteTo(d, hn::LoadU(bytes, chosen + i)), hn::Zero(d));
+        // Compressed in a register: storing while compressing is very slow on some processors.
+        hn::StoreU(hn::Compress(hn::LoadU(d, pixels + i), taken), d, out + n);
+        n += static_cast<u32>(hn::CountTrue(d, taken));
+    }
+    for (; i < count; ++i) {
+        out[n] = pixels[i];
+        n += chosen[i] ? 1 : 0;
+    }
+    return n;
+}
+u32 Collect16(const u16* pixels, const u8* chosen, u32 count, u16* out) {
+    return CollectAs(pixels, chosen, count, out);
+}
+u32 Collect32(const u32* pixels, const u8* chosen, u32 count, u32* out) {
+    return CollectAs(pixels, chosen, count, out);
+}
+
 }  // namespace
 }  // namespace HWY_NAMESPACE
 }  // namespace ovix::reduce::simd
@@ -84,11 +113,20 @@ namespace ovix::reduce::simd {
 
 HWY_EXPORT(Measure);
 HWY_EXPORT(FindFirst);
+HWY_EXPORT(Collect16);
+HWY_EXPORT(Collect32);
 
 SExactFigures<u16> MeasureUInt16(const u16* pixels, u32 count) { return HWY_DYNAMIC_DISPATCH(Measure)(pixels, count); }
 
 u32 FindUInt16(const u16* pixels, u32 count, u16 value) {
     return HWY_DYNAMIC_DISPATCH(FindFirst)(pixels, count, value);
+}
+
+u32 Collect(const u16* pixels, const u8* chosen, u32 count, u16* out) {
+    return HWY_DYNAMIC_DISPATCH(Collect16)(pixels, chosen, count, out);
+}
+u32 Collect(const u32* pixels, const u8* chosen, u32 count, u32* out) {
+    return HWY_DYNAMIC_DISPATCH(Collect32)(pixels, chosen, count, out);
 }
 
 }  // namespace ovix::reduce::simd
