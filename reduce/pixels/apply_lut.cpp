@@ -4,7 +4,6 @@
 
 #include "core/convert_array.h"
 #include "core/visit.h"
-#include "reduce/pixels/lut_fetch.h"
 #include "reduce/pixels/lut_index.h"
 #include "reduce/pixels/preset_map.h"
 #include "reduce/pixels/selection.h"
@@ -17,49 +16,49 @@ namespace {
 /// Pixels that go through the steps of this kernel together.
 constexpr u32 kBlock = 2048;
 
-/// A table of status bytes. It holds few, long stretches of one value: whether the places from the least to the
-/// greatest of a block lie in one of them is known much sooner than the entry of each pixel. What was found out is
-/// kept, and grows.
+/// A table of status bytes. It holds few, long runs of one value: a pixel's entry is found sooner among these than in
+/// the table. What was found out of the table is kept, and grows with the places that blocks ask for.
 class CStatusTable {
   public:
     CStatusTable(const u8* entries, u16 lower) : entries_(entries), lower_(lower) {}
 
-    /// The one value of all entries in the range, for a block of `count` pixels.
-    std::optional<u8> OneValue(simd::SPlaceRange range, u32 count) {
-        if (range.least >= known_.least && range.greatest <= known_.greatest) return value_;
-        // NaN has come to place 0 when that lies below the lower limit: what stands between may be no entry.
-        if (range.least < lower_) return {};
-        if (!Grow(range, count)) {
-            const u8 value = entries_[range.least];
-            if (!AllAre(value, range.least, range.greatest, count)) return {};
-            known_ = range;
-            value_ = value;
-        }
-        return value_;
+    /// The entries at the places of a block of `blockCount` pixels, or of a part of it; `range` is the block's.
+    void Look(simd::SPlaceRange range, u32 blockCount, const u16* places, u8* status, u32 count) {
+        if (!Knows(range, blockCount)) return simd::FetchStatus(entries_, places, status, count);
+        if (runs_.count > 1) return simd::StatusOfRuns(runs_, places, status, count);
+        std::memset(status, runs_.values[0], count);
     }
-    void Fetch(const u16* places, u8* status, u32 count) const { FetchStatus(entries_, places, status, count); }
 
   private:
-    bool Grow(simd::SPlaceRange range, u32 count) {
-        if (known_.least > known_.greatest) return false;
+    bool Knows(simd::SPlaceRange range, u32 count) {
+        if (range.least >= known_.least && range.greatest <= known_.greatest) return runs_.count != 0;
+        // NaN has come to place 0 when that lies below the lower limit: what stands between may be no entry.
+        if (range.least < lower_) return false;
         const simd::SPlaceRange both{std::min(range.least, known_.least), std::max(range.greatest, known_.greatest)};
-        if (!AllAre(value_, both.least, known_.least, count) ||
-            !AllAre(value_, known_.greatest, both.greatest, count)) {
-            return false;
-        }
+        // Not where it takes longer to find out than the entries of the block.
+        if (u32{both.greatest} - both.least > 4 * count) return false;
         known_ = both;
-        return true;
+        FindRuns();
+        return runs_.count != 0;
     }
-    /// False also where it takes longer to find out than the entries of `count` pixels.
-    bool AllAre(u8 value, u16 from, u16 to, u32 count) const {
-        const u32 length = u32{to} - from + 1;
-        return length <= 4 * count && simd::AllBytesAre(entries_ + from, length, value);
+    /// None where there are too many.
+    void FindRuns() {
+        runs_.count = 0;
+        for (u32 at = known_.least; at <= known_.greatest; ++runs_.count) {
+            if (runs_.count == simd::SStatusRuns::kMost) {
+                runs_.count = 0;
+                return;
+            }
+            runs_.starts[runs_.count] = static_cast<u16>(at);
+            runs_.values[runs_.count] = entries_[at];
+            at += static_cast<u32>(simd::LeadingBytes(entries_ + at, known_.greatest + 1U - at, entries_[at]));
+        }
     }
 
     const u8* entries_;
     u16 lower_;
     simd::SPlaceRange known_ = {65535, 0};
-    u8 value_ = 0;
+    simd::SStatusRuns runs_;
 };
 
 /// One pair of tables for all pixels.
@@ -69,13 +68,8 @@ class CSingleTable {
 
     template <class Run>
     void Look(const Run&, const u16* places, float* values, u8* status, u32 count) {
-        FetchValues(lut_, places, values, count);
-        if (!status) return;
-        if (const auto value = status_.OneValue(simd::RangeOf(places, count), count)) {
-            std::memset(status, *value, count);
-        } else {
-            status_.Fetch(places, status, count);
-        }
+        simd::FetchValues(lut_, places, values, count);
+        if (status) status_.Look(simd::RangeOf(places, count), count, places, status, count);
     }
 
   private:
@@ -94,24 +88,20 @@ class CPresetTables {
     void Look(const Run& run, const u16* places, float* values, u8* status, u32 count) {
         SElementScratch scratch;
         const u8* preset = static_cast<const u8*>(ViewElements(run, presets_, 1, scratch));
-        u32 seen = 0;
+        ForEachStretch(
+            preset, count, [&](u32 at, u32 n) { simd::FetchValues(luts_[preset[at]], places + at, values + at, n); },
+            [&](u32 i) { values[i] = luts_[preset[i]][places[i]]; });
+        if (!status) return;
+        const simd::SPlaceRange range = simd::RangeOf(places, count);
         ForEachStretch(
             preset, count,
             [&](u32 at, u32 n) {
-                FetchValues(luts_[preset[at]], places + at, values + at, n);
-                seen |= BitOf(preset[at]);
+                if (preset[at] >= kMapPresets)
+                    return simd::FetchStatus(statusLuts_[preset[at]], places + at, status + at, n);
+                std::optional<CStatusTable>& table = status_[preset[at]];
+                if (!table) table.emplace(statusLuts_[preset[at]], lower_);
+                table->Look(range, count, places + at, status + at, n);
             },
-            [&](u32 i) {
-                values[i] = luts_[preset[i]][places[i]];
-                seen |= BitOf(preset[i]);
-            });
-        if (!status) return;
-        if (const auto value = OneStatus(seen, simd::RangeOf(places, count), count)) {
-            std::memset(status, *value, count);
-            return;
-        }
-        ForEachStretch(
-            preset, count, [&](u32 at, u32 n) { FetchStatus(statusLuts_[preset[at]], places + at, status + at, n); },
             [&](u32 i) { status[i] = statusLuts_[preset[i]][places[i]]; });
     }
 
@@ -130,22 +120,6 @@ class CPresetTables {
             }
         }
     }
-    /// Numbers beyond the presets that a source can have share a bit.
-    static u32 BitOf(u8 preset) { return 1u << std::min<u32>(preset, kMapPresets); }
-
-    /// The one status that all presets of a block have for its places.
-    std::optional<u8> OneStatus(u32 seen, simd::SPlaceRange range, u32 count) {
-        std::optional<u8> one;
-        for (u8 p = 0; p < kMapPresets; ++p) {
-            if (!(seen & BitOf(p))) continue;
-            if (!status_[p]) status_[p].emplace(statusLuts_[p], lower_);
-            const auto value = status_[p]->OneValue(range, count);
-            if (!value || (one && one != value)) return {};
-            one = value;
-        }
-        return seen & BitOf(kMapPresets) ? std::nullopt : one;
-    }
-
     const u8* presets_;
     const float* const* luts_;
     const u8* const* statusLuts_;

@@ -51,7 +51,7 @@ void Add(CStats& stats, const SConverted& converted, const SList& run, u32 width
     for (u32 i = 0; i < run.count; ++i) {
         const u32 index = run.indices[i];
         AddToRecord(local, converted.values[i], converted.status[i], static_cast<int>(index % width),
-                           static_cast<int>(index / width));
+                    static_cast<int>(index / width));
     }
     stats = local;
 }

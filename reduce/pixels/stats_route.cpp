@@ -149,8 +149,8 @@ void CFrameTally::Add(const void* pixels, const u8* status, std::size_t count) {
     constexpr std::size_t kMost = std::size_t{1} << 30;  // counts within a block have 32 bits
     for (std::size_t at = 0, n = 0; at < count; at += n) {
         n = std::min(kMost, count - at);
-        AddPixels(walk_.tally, {first + at * size, type_}, status ? status + at : nullptr, nullptr,
-                  static_cast<u32>(n), {.first = static_cast<u32>(next_ + at)});
+        AddPixels(walk_.tally, {first + at * size, type_}, status ? status + at : nullptr, nullptr, static_cast<u32>(n),
+                  {.first = static_cast<u32>(next_ + at)});
     }
     next_ += count;
 }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <string>
 
@@ -213,6 +214,55 @@ TEST(GetStats, CountsOfAnyLengthAndPlaceGiveTheSerialSums) {
             }
         }
     });
+}
+
+TEST(GetStats, FloatsOfAnyDistributionGiveTheSerialSums) {
+    std::mt19937_64 random(9);
+    const auto unit = [&] { return static_cast<double>(random() >> 11) * 0x1p-53; };
+    const auto odd = [&] { return static_cast<double>(2 * (random() % 32768) + 1); };
+    const float inf = std::numeric_limits<float>::infinity(), nan = std::numeric_limits<float>::quiet_NaN();
+    const std::pair<const char*, std::function<double(u32)>> distributions[] = {
+        {"a scene", [&](u32 i) { return 290 + 10 * std::sin(i * 1e-3) + unit(); }},
+        {"values about 0", [&](u32) { return unit() * 70 - 20; }},
+        {"noise of many magnitudes",
+         [&](u32) { return (unit() - 0.5) * std::ldexp(1, static_cast<int>(random() % 60)); }},
+        {"sums that come back to 0", [&](u32 i) { return i % 5 ? i % 2 ? 1.1 : -1.1 : unit() * 1e-10; }},
+        {"sums below 0", [&](u32) { return -1 / (unit() + 1e-9); }},
+        {"squares half-way between two doubles", [&](u32) { return 1e6 + odd() / 1024; }},
+        {"values half-way", [&](u32 i) { return i < 2 ? 0x1p54 : odd(); }},
+        {"values half-way, below 0", [&](u32 i) { return i < 2 ? -0x1p53 : -odd() / 2; }},
+        {"0, of either sign", [&](u32 i) { return i % 97 ? i % 2 ? 0.0 : -0.0 : unit(); }},
+        {"infinities", [&](u32 i) { return i % 1500 ? unit() : inf; }},
+        {"opposite infinities, then NaN", [&](u32 i) { return i == 70     ? inf
+                                                              : i == 1500 ? -inf
+                                                              : i > 3000  ? nan
+                                                                          : 1; }},
+    };
+    for (const auto& [name, pixelAt] : distributions) {
+        SCOPED_TRACE(name);
+        std::vector<float> pixels(20011);
+        for (u32 i = 0; i < pixels.size(); ++i) pixels[i] = static_cast<float>(pixelAt(i));
+        std::vector<u8> mask(pixels.size());
+        for (u8& byte : mask) byte = random() % 3 ? 1 : 0;
+        test::ForEachTarget([&] {
+            for (const u32 count : {1U, 63U, 64U, 65U, 200U, 1023U, 1025U, 20011U}) {
+                SCOPED_TRACE(count);
+                std::vector<SVisit> visits, masked;
+                for (u32 i = 0; i < count; ++i) {
+                    visits.emplace_back(pixels[i], u8{0}, i, i, count);
+                    if (mask[i]) masked.push_back(visits.back());
+                }
+                const int width = static_cast<int>(count);
+                for (const bool isMasked : {false, true}) {
+                    CStats stats;
+                    GetStats(stats, {pixels.data(), Flt32}, width, 1, isMasked ? mask.data() : nullptr, count, nullptr);
+                    CStats expected = Reference(CStats(), isMasked ? masked : visits, false, ERoute::Void, count);
+                    expected.centerValue = stats.centerValue;
+                    ExpectSame(stats, expected);
+                }
+            }
+        });
+    }
 }
 
 TEST(GetStats, NaNIsAnExtremeOnlyWhereItCameFirst) {

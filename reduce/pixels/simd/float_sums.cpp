@@ -100,9 +100,7 @@ struct SSquare {
 };
 struct SValue {
     bool negative;
-    HWY_INLINE VDouble AddTo(VDouble grid, VDouble x) const {
-        return negative ? hn::Sub(grid, x) : hn::Add(grid, x);
-    }
+    HWY_INLINE VDouble AddTo(VDouble grid, VDouble x) const { return negative ? hn::Sub(grid, x) : hn::Add(grid, x); }
 };
 
 template <class V>
@@ -207,9 +205,7 @@ constexpr u32 kPiece = 128;
 constexpr double kInside = 1 - 1.0 / (1 << 20);
 
 /// The power of two at or below a magnitude, which begins its grid.
-double GridOf(double magnitude) {
-    return std::bit_cast<double>(std::bit_cast<u64>(magnitude) & 0x7FF0000000000000);
-}
+double GridOf(double magnitude) { return std::bit_cast<double>(std::bit_cast<u64>(magnitude) & 0x7FF0000000000000); }
 
 /// The power of two of which a number is an odd multiple; infinite for 0. Sums are far from the least numbers.
 double UnitOf(double number) {

@@ -20,11 +20,20 @@ struct SPlaceRange {
 /// The least and the greatest of at least one place.
 SPlaceRange RangeOf(const u16* places, std::size_t count);
 
+/// The entries of a table at `count` places, one behind the other.
+void FetchValues(const float* table, const u16* places, float* values, std::size_t count);
+void FetchStatus(const u8* table, const u16* places, u8* status, std::size_t count);
+
+/// A stretch of a table of status bytes as few runs of one value each.
+struct SStatusRuns {
+    static constexpr u32 kMost = 8;
+    u16 starts[kMost];  ///< ascending; the first is that of the stretch
+    u8 values[kMost];
+    u32 count = 0;
+};
+/// The entries at `count` places, all of which lie in the stretch: comparing is much faster than fetching bytes.
+void StatusOfRuns(const SStatusRuns& runs, const u16* places, u8* status, std::size_t count);
+
 /// How many bytes from the start on are `value`.
 std::size_t LeadingBytes(const u8* bytes, std::size_t count, u8 value);
-/// Whether all are.
-inline bool AllBytesAre(const u8* bytes, std::size_t count, u8 value) {
-    return LeadingBytes(bytes, count, value) == count;
-}
-
 }  // namespace ovix::reduce::simd
