@@ -29,6 +29,7 @@
 #include "core/shared_ptr.h"
 #include "core/shared_table.h"
 #include "core/singleton_ptr.h"
+#include "core/stored_layout.h"
 #include "core/string.h"
 #include "core/typed_data.h"
 #include "core/types.h"

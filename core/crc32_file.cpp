@@ -27,4 +27,6 @@ bool CalcCRC32(u32& crc, TSharedPtr<IFile> file) {
     return true;
 }
 
+u32 CrcOf(std::span<const u8> bytes) { return static_cast<u32>(::crc32_z(0, bytes.data(), bytes.size())); }
+
 }  // namespace ovix

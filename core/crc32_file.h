@@ -1,5 +1,7 @@
 #pragma once
 
+#include <span>
+
 #include "core/file.h"
 
 namespace ovix {
@@ -22,5 +24,8 @@ class OVIX_API CCalcCRC32File final : public IFile {
 
 /// The same CRC-32 over a file from its current position to the end. False when a read fails.
 OVIX_API bool CalcCRC32(u32& crc, TSharedPtr<IFile> file);
+
+/// The same CRC-32 over bytes.
+OVIX_API u32 CrcOf(std::span<const u8> bytes);
 
 }  // namespace ovix

@@ -14,9 +14,7 @@ namespace {
 constexpr SSealedKind kKind{"OVIXRCAL", 0x10000};
 
 u32 CrcOf(const TArray<double>& values) {
-    CCalcCRC32File sum;
-    for (const double value : values) sum.PutFlt64(value);
-    return sum.GetCRC();
+    return ovix::CrcOf({reinterpret_cast<const u8*>(values.data()), values.size() * sizeof(double)});
 }
 
 template <class T>

@@ -13,12 +13,6 @@ constexpr u32 kSizeOffset = 12;
 constexpr u32 kHeaderSize = 16;
 constexpr u32 kCrcSize = 4;
 
-u32 CrcOf(const u8* data, u32 size) {
-    CCalcCRC32File sum;
-    sum.Write(data, size);
-    return sum.GetCRC();
-}
-
 }  // namespace
 
 CSealedWriter::CSealedWriter(const SSealedKind& kind) {
@@ -39,7 +33,7 @@ bool CSealedWriter::WriteTo(IFile& file) {
     if (!whole_) return false;
     const u32 end = record_.size();
     StoreLittle(record_.data() + kSizeOffset, end - kHeaderSize);
-    return file.WriteBytes(record_.data(), end) && file.PutUInt32(CrcOf(record_.data(), end));
+    return file.WriteBytes(record_.data(), end) && file.PutUInt32(CrcOf({record_.data(), end}));
 }
 
 bool CSealedReader::ReadFrom(IFile& file, const SSealedKind& kind) {
@@ -56,7 +50,7 @@ bool CSealedReader::ReadFrom(IFile& file, const SSealedKind& kind) {
     if (!record_.SetSize(kHeaderSize + size)) return false;
     std::memcpy(record_.data(), header, kHeaderSize);
     if (!file.ReadBytes(record_.data() + kHeaderSize, size) || !file.GetUInt32(crc)) return false;
-    if (crc != CrcOf(record_.data(), record_.size())) return false;
+    if (crc != CrcOf({record_.data(), record_.size()})) return false;
     cursor_ = CByteCursor(record_.data() + kHeaderSize, size);
     return true;
 }

@@ -31,9 +31,7 @@ class CInput {
     }
     u64 Size() const { return memory_.GetSize(); }
     u32 CrcOf(const SInfoFileBlock& block) const {
-        CCalcCRC32File sum;
-        sum.Write(bytes_.data() + block.dataOffset, static_cast<u32>(block.size));
-        return sum.GetCRC();
+        return ovix::CrcOf({bytes_.data() + block.dataOffset, static_cast<u32>(block.size)});
     }
 
   private:

@@ -16,28 +16,16 @@ namespace {
 /// The presets whose counts a recording keeps.
 constexpr u8 kCountedPresets = 4;
 
-constexpr SInfoFileBlock kFileHeader = {"QUOR KRT-LM File",
-                                        "{9C3C13F6-1A10-49C5-86C9-ACF8A928DCC6}"_guid,
-                                        4096,
-                                        IReduceObject::NoPreset,
-                                        IReduceObject::NoFrame,
-                                        0,
-                                        0,
-                                        0,
-                                        0,
-                                        0};
-
 /// The types whose blocks hold the bulky tables, known by their ids alone: this layer rests on no class of theirs.
 constexpr GUID kCorrection = "{4AD3EFCE-D157-4203-BFC2-3979EE047FE4}"_guid;
 constexpr GUID kUserCalibration = "{E5D7371A-BD64-448F-8240-6FDFA6FC0110}"_guid;
 bool HoldsTables(const GUID& type) { return type == kCorrection || type == kUserCalibration; }
 
 bool ReadFileHeader(const TSharedPtr<IFile>& file) {
-    SInfoFileBlock header;
-    return ReadInfoFileBlock(file, header) && std::memcmp(header.name, kFileHeader.name, sizeof header.name) == 0 &&
-           header.typeID == kFileHeader.typeID && header.version == kFileHeader.version &&
-           header.preset == kFileHeader.preset && header.frame == kFileHeader.frame &&
-           header.flags == kFileHeader.flags && header.size == kFileHeader.size && header.crc == kFileHeader.crc;
+    u8 found[SInfoFileBlock::HeaderBytes];
+    u8 expected[SInfoFileBlock::HeaderBytes];
+    WriteInfoFileBlock(expected, InfoFileHeader);
+    return file->ReadBytes(found, sizeof found) && std::memcmp(found, expected, sizeof found) == 0;
 }
 
 /// To the end of a block's data; false when that lies behind the end of the file.
@@ -102,7 +90,7 @@ bool WithFile(IFileSystem* fileSystem, const CString& path, u32 mode, Operation&
 
 }  // namespace
 
-bool CreateInfoFile(TSharedPtr<IFile> file) { return WriteInfoFileBlock(file, kFileHeader); }
+bool CreateInfoFile(TSharedPtr<IFile> file) { return WriteInfoFileBlock(file, InfoFileHeader); }
 
 bool SaveInfoFile(TSharedPtr<IFile> file, CReduceObjectArray& array, u32 flags) {
     if (!CreateInfoFile(file)) return false;

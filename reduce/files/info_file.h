@@ -13,6 +13,18 @@ namespace ovix::reduce {
 /// The directory of a file: its block headers in order.
 using InfoFileDirectory = TArray<SInfoFileBlock>;
 
+/// The file header; a reader requires every field of it.
+inline constexpr SInfoFileBlock InfoFileHeader = {.name = "QUOR KRT-LM File",
+                                                  .typeID = "{9C3C13F6-1A10-49C5-86C9-ACF8A928DCC6}"_guid,
+                                                  .version = 4096,
+                                                  .preset = IReduceObject::NoPreset,
+                                                  .frame = IReduceObject::NoFrame,
+                                                  .flags = 0,
+                                                  .size = 0,
+                                                  .crc = 0,
+                                                  .headerOffset = 0,
+                                                  .dataOffset = 0};
+
 /// Writes the file header at the current position.
 OVIX_REDUCE_API bool CreateInfoFile(TSharedPtr<IFile> file);
 

@@ -1,11 +1,23 @@
 #include "reduce/files/info_file_block.h"
 
-#include "core/mem_file.h"
+#include "core/record.h"
 #include "reduce/files/object_block.h"
 
 namespace ovix::reduce {
 
 namespace {
+
+constexpr TRecordField<SInfoFileBlock> kFields[] = {
+    CharsField<&SInfoFileBlock::name>(0, "name"),
+    Field<&SInfoFileBlock::typeID>(32, "type id"),
+    Field<&SInfoFileBlock::version>(48, "version", EStored::Hex),
+    Field<&SInfoFileBlock::preset>(52, "preset"),
+    Field<&SInfoFileBlock::frame>(53, "frame"),
+    Field<&SInfoFileBlock::flags>(61, "flags"),
+    Field<&SInfoFileBlock::size>(65, "size"),
+    Field<&SInfoFileBlock::crc>(73, "CRC-32", EStored::Hex),
+};
+static_assert(RecordEnd(kFields) == SInfoFileBlock::HeaderBytes && IsGapless(kFields));
 
 /// All of an object's header but its name.
 bool FillFromObject(SInfoFileBlock& block, IReduceObject& object, u32 flags) {
@@ -27,29 +39,21 @@ bool InitInfoFileBlock(SInfoFileBlock& block, TSharedPtr<IReduceObject> object) 
     return true;
 }
 
+StoredLayout InfoFileBlockLayout() { return kLayoutOf<kFields>; }
+
 bool ReadInfoFileBlock(TSharedPtr<IFile> file, SInfoFileBlock& block) {
-    i8 preset = 0;
     block.headerOffset = file->GetPosition();
     block.dataOffset = block.headerOffset + SInfoFileBlock::HeaderBytes;
-    const bool read = file->GetFixedLengthString(block.name, SInfoFileBlock::NameBytes) &&
-                      file->GetGUID(block.typeID) && file->GetUInt32(block.version) && file->GetInt8(preset) &&
-                      file->GetUInt64(block.frame) && file->GetUInt32(block.flags) && file->GetUInt64(block.size) &&
-                      file->GetUInt32(block.crc);
-    block.preset = static_cast<u8>(preset);
-    return read;
+    return ReadFields<kFields>(*file, block);
 }
 
 bool WriteInfoFileBlock(TSharedPtr<IFile> file, const SInfoFileBlock& block) {
-    return file->PutFixedLengthString(block.name, SInfoFileBlock::NameBytes) && file->PutGUID(block.typeID) &&
-           file->PutUInt32(block.version) && file->PutInt8(static_cast<i8>(block.preset)) &&
-           file->PutUInt64(block.frame) && file->PutUInt32(block.flags) && file->PutUInt64(block.size) &&
-           file->PutUInt32(block.crc);
+    return WriteFields<kFields>(*file, block);
 }
 
 bool WriteInfoFileBlock(void* buffer, const SInfoFileBlock& block) {
-    CMemFile memory;
-    memory.Attach(static_cast<u8*>(buffer), SInfoFileBlock::HeaderBytes, false);
-    return WriteInfoFileBlock(BorrowShared<IFile>(memory), block);
+    SaveRecord(block, kFields, static_cast<u8*>(buffer));
+    return true;
 }
 
 bool WriteInfoFileBlock(TSharedPtr<IFile> file, TSharedPtr<IReduceObject> object) {
@@ -64,11 +68,7 @@ bool WriteObjectBlock(TSharedPtr<IFile> file, IReduceObject& object, u32 flags) 
 }
 
 bool WriteFreeInfoFileBlock(TSharedPtr<IFile> file, u64 size) {
-    SInfoFileBlock block = {};
-    block.preset = IReduceObject::NoPreset;
-    block.frame = IReduceObject::NoFrame;
-    block.size = size;
-    return WriteInfoFileBlock(file, block) && file->WriteZeros(size);
+    return WriteInfoFileBlock(file, FreeInfoFileBlock(size)) && file->WriteZeros(size);
 }
 
 }  // namespace ovix::reduce

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/file.h"
+#include "core/stored_layout.h"
 #include "reduce/objects/reduce_object.h"
 
 namespace ovix::reduce {
@@ -31,6 +32,23 @@ struct SInfoFileBlock {
     u64 dataOffset;    ///< where the data stand; set by readers
 };
 
+/// What a header holds in the file.
+OVIX_REDUCE_API StoredLayout InfoFileBlockLayout();
+
+/// The header of a free block: reserved space of `size` bytes that every reader passes over.
+constexpr SInfoFileBlock FreeInfoFileBlock(u64 size) {
+    return {.name = {},
+            .typeID = CGUID::Empty,
+            .version = 0,
+            .preset = IReduceObject::NoPreset,
+            .frame = IReduceObject::NoFrame,
+            .flags = 0,
+            .size = size,
+            .crc = 0,
+            .headerOffset = 0,
+            .dataOffset = 0};
+}
+
 /// Fills a header from an object; the offsets stay 0. False when the object cannot be saved.
 OVIX_REDUCE_API bool InitInfoFileBlock(SInfoFileBlock& block, TSharedPtr<IReduceObject> object);
 
@@ -42,7 +60,7 @@ OVIX_REDUCE_API bool WriteInfoFileBlock(TSharedPtr<IFile> file, const SInfoFileB
 OVIX_REDUCE_API bool WriteInfoFileBlock(void* buffer, const SInfoFileBlock& block);
 /// Writes an object's header and data, both with the flags 0.
 OVIX_REDUCE_API bool WriteInfoFileBlock(TSharedPtr<IFile> file, TSharedPtr<IReduceObject> object);
-/// Writes a free block: reserved space of `size` zero bytes that every reader passes over.
+/// Writes a free block of zeros.
 OVIX_REDUCE_API bool WriteFreeInfoFileBlock(TSharedPtr<IFile> file, u64 size);
 
 }  // namespace ovix::reduce

@@ -1,11 +1,11 @@
 #include "reduce/files/pixels_header.h"
 
 #include <bit>
+#include <cstring>
 #include <iterator>
 
 #include "core/pixel_types.h"
 #include "core/record.h"
-#include "reduce/files/info_file_block.h"
 #include "reduce/objects/source_info_reduce_object.h"
 
 namespace ovix::reduce {
@@ -14,27 +14,48 @@ static_assert(std::endian::native == std::endian::little, "SPixelsHeader is stor
 
 namespace {
 
-constexpr SInfoFileBlock kPixelsBlock = {"Pixels",
-                                         PixelsBlockTypeID,
-                                         SPixelsHeader::Version,
-                                         IReduceObject::NoPreset,
-                                         IReduceObject::NoFrame,
-                                         BlockValid,
-                                         SInfoFileBlock::ToEndOfFile,
-                                         0,
-                                         0,
-                                         0};
-
-/// The record of the oldest files. Bytes 18 to 25 are not read.
-constexpr u32 kOldestBytes = 44;
-constexpr TRecordField<SPixelsHeader> kOldestFields[] = {
-    Field<&SPixelsHeader::pixelType>(0),    Field<&SPixelsHeader::pixelWidth>(16),
-    Field<&SPixelsHeader::width>(26),       Field<&SPixelsHeader::height>(28),
-    Field<&SPixelsHeader::frameWidth>(30),  Field<&SPixelsHeader::frameHeight>(32),
-    Field<&SPixelsHeader::packetWidth>(34), Field<&SPixelsHeader::packetHeight>(36),
-    Field<&SPixelsHeader::packetExtra>(38), Field<&SPixelsHeader::frameSize>(40),
+constexpr TRecordField<SFrameBlockEntry> kFrameBlockFields[] = {
+    Field<&SFrameBlockEntry::id>(0, "id"),
+    Field<&SFrameBlockEntry::used>(16, "use"),
+    Field<&SFrameBlockEntry::rest>(20, "rest"),
 };
-static_assert(RecordEnd(kOldestFields) == kOldestBytes);
+
+constexpr TRecordField<SPixelsHeader> kFields[] = {
+    Field<&SPixelsHeader::size>(0, "size"),
+    Field<&SPixelsHeader::version>(4, "version", EStored::Hex),
+    Field<&SPixelsHeader::sizeAgain>(8, "second size"),
+    Field<&SPixelsHeader::pixelType>(12, "pixel type"),
+    Field<&SPixelsHeader::pixelWidth>(28, "bytes per pixel"),
+    Field<&SPixelsHeader::width>(30, "width"),
+    Field<&SPixelsHeader::height>(32, "height"),
+    Field<&SPixelsHeader::frameWidth>(34, "width of a frame"),
+    Field<&SPixelsHeader::frameHeight>(36, "height of a frame"),
+    Field<&SPixelsHeader::packetWidth>(38, "width of a packet"),
+    Field<&SPixelsHeader::packetHeight>(40, "height of a packet"),
+    Field<&SPixelsHeader::packetExtra>(42, "third packet value"),
+    Field<&SPixelsHeader::frameSize>(44, "frame size"),
+    Field<&SPixelsHeader::frameSize2>(48, "second frame size"),
+    Field<&SPixelsHeader::reserved1>(52, "reserved bytes"),
+    SubRecords<&SPixelsHeader::frameBlocks, kFrameBlockFields>(128, "frame block"),
+    Field<&SPixelsHeader::reserved2>(384, "reserved bytes"),
+};
+static_assert(RecordEnd(kFields) == sizeof(SPixelsHeader) && IsGapless(kFields));
+
+constexpr TRecordField<SPixelsHeader> kFieldsV0[] = {
+    Field<&SPixelsHeader::pixelType>(0, "pixel type"),
+    Field<&SPixelsHeader::pixelWidth>(16, "bytes per pixel"),
+    Field<&SPixelsHeader::width>(26, "width"),
+    Field<&SPixelsHeader::height>(28, "height"),
+    Field<&SPixelsHeader::frameWidth>(30, "width of a frame"),
+    Field<&SPixelsHeader::frameHeight>(32, "height of a frame"),
+    Field<&SPixelsHeader::packetWidth>(34, "width of a packet"),
+    Field<&SPixelsHeader::packetHeight>(36, "height of a packet"),
+    Field<&SPixelsHeader::packetExtra>(38, "third packet value"),
+    Field<&SPixelsHeader::frameSize>(40, "frame size"),
+};
+static_assert(RecordEnd(kFieldsV0) == sizeof(SPixelsHeaderV0));
+
+bool IsOldest(u32 blockVersion) { return blockVersion < SPixelsHeader::Version; }
 
 /// Products of stored sizes keep 32 bits.
 u32 FrameBytes(u32 pixelWidth, u32 height, u32 width) { return pixelWidth * height * width; }
@@ -83,7 +104,7 @@ bool InitPixelsHeader(SPixelsHeader& header, TSharedPtr<CSourceInfoReduceObject>
 }
 
 bool WritePixelsHeader(TSharedPtr<IFile> file, const SPixelsHeader& header) {
-    return WriteInfoFileBlock(file, kPixelsBlock) && file->WriteBytes(&header, sizeof header);
+    return WriteInfoFileBlock(file, PixelsBlock) && file->WriteBytes(&header, sizeof header);
 }
 
 bool WritePixelsHeader(TSharedPtr<IFile> file, TSharedPtr<CSourceInfoReduceObject> source, bool unpacked) {
@@ -104,13 +125,23 @@ bool WritePixelsHeader(TSharedPtr<IFile> file, TSharedPtr<CSourceInfoReduceObjec
 }
 
 bool ReadPixelsHeader(TSharedPtr<IFile> file, u32 blockVersion, SPixelsHeader& header) {
-    if (blockVersion >= SPixelsHeader::Version) return file->ReadBytes(&header, sizeof header);
-    u8 record[kOldestBytes];
+    if (!IsOldest(blockVersion)) return file->ReadBytes(&header, sizeof header);
+    u8 record[sizeof(SPixelsHeaderV0)];
     if (!file->ReadBytes(record, sizeof record)) return false;
-    header = EmptyHeader(kOldestBytes, SPixelsHeader::VersionOldest);
-    LoadRecord(header, kOldestFields, record);
+    header = EmptyHeader(sizeof record, SPixelsHeader::VersionOldest);
+    LoadRecord(header, kFieldsV0, record);
     header.frameSize2 = header.frameSize;
     return true;
+}
+
+StoredLayout PixelsHeaderLayout(u32 blockVersion) {
+    return IsOldest(blockVersion) ? StoredLayout(kLayoutOf<kFieldsV0>) : kLayoutOf<kFields>;
+}
+
+void StorePixelsHeader(const SPixelsHeader& header, u32 blockVersion, void* record) {
+    u8* bytes = static_cast<u8*>(record);
+    std::memset(bytes, 0, PixelsHeaderBytes(blockVersion));
+    IsOldest(blockVersion) ? SaveRecord(header, kFieldsV0, bytes) : SaveRecord(header, kFields, bytes);
 }
 
 }  // namespace ovix::reduce

@@ -2,8 +2,7 @@
 
 #include <cstddef>
 
-#include "core/file.h"
-#include "reduce/api.h"
+#include "reduce/files/info_file_block.h"
 
 namespace ovix::reduce {
 
@@ -54,6 +53,47 @@ struct OVIX_REDUCE_API SPixelsHeader {
 static_assert(sizeof(SPixelsHeader) == 512 && offsetof(SPixelsHeader, pixelType) == 12 &&
               offsetof(SPixelsHeader, frameSize) == 44 && offsetof(SPixelsHeader, frameBlocks) == 128);
 
+/// The record of the oldest files, likewise as it stands in memory.
+struct SPixelsHeaderV0 {
+    GUID pixelType;
+    u16 pixelWidth;
+    u8 notRead[8];
+    u16 width;
+    u16 height;
+    u16 frameWidth;
+    u16 frameHeight;
+    u16 packetWidth;
+    u16 packetHeight;
+    u16 packetExtra;
+    u32 frameSize;
+};
+static_assert(sizeof(SPixelsHeaderV0) == 44 && offsetof(SPixelsHeaderV0, width) == 26 &&
+              offsetof(SPixelsHeaderV0, frameSize) == 40);
+
+/// The type id of the "Pixels" block, which no class registers.
+inline constexpr GUID PixelsBlockTypeID = "{48A16EF9-457E-47E8-9F70-5495781A1B64}"_guid;
+
+/// The header of the "Pixels" block.
+inline constexpr SInfoFileBlock PixelsBlock = {.name = "Pixels",
+                                               .typeID = PixelsBlockTypeID,
+                                               .version = SPixelsHeader::Version,
+                                               .preset = IReduceObject::NoPreset,
+                                               .frame = IReduceObject::NoFrame,
+                                               .flags = BlockValid,
+                                               .size = SInfoFileBlock::ToEndOfFile,
+                                               .crc = 0,
+                                               .headerOffset = 0,
+                                               .dataOffset = 0};
+
+/// Bytes of the record in the form that the version of the "Pixels" block names: 512, or 44 of the oldest files.
+constexpr u32 PixelsHeaderBytes(u32 blockVersion) {
+    return blockVersion >= SPixelsHeader::Version ? sizeof(SPixelsHeader) : sizeof(SPixelsHeaderV0);
+}
+/// What the record holds in that form.
+OVIX_REDUCE_API StoredLayout PixelsHeaderLayout(u32 blockVersion);
+/// The record in that form, in a buffer of `PixelsHeaderBytes`.
+OVIX_REDUCE_API void StorePixelsHeader(const SPixelsHeader& header, u32 blockVersion, void* record);
+
 /// Fills a header from a source info; always true. `unpacked` means that frames go to the file as the camera delivers
 /// them, whatever the source says on packeting.
 OVIX_REDUCE_API bool InitPixelsHeader(SPixelsHeader& header, TSharedPtr<CSourceInfoReduceObject> source, bool unpacked);
@@ -69,8 +109,5 @@ OVIX_REDUCE_API bool WritePixelsHeader(TSharedPtr<IFile> file, TSharedPtr<CSourc
 /// Reads the record at the current position, in the form that the version of the "Pixels" block names. The record is
 /// not validated. False when it is cut off.
 OVIX_REDUCE_API bool ReadPixelsHeader(TSharedPtr<IFile> file, u32 blockVersion, SPixelsHeader& header);
-
-/// The type id of the "Pixels" block, which no class registers.
-inline constexpr GUID PixelsBlockTypeID = "{48A16EF9-457E-47E8-9F70-5495781A1B64}"_guid;
 
 }  // namespace ovix::reduce

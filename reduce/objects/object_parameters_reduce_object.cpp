@@ -1,6 +1,8 @@
 #include "reduce/objects/object_parameters_reduce_object.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include "core/record.h"
 
@@ -10,30 +12,45 @@ namespace {
 
 using CParameters = CObjectParametersReduceObject;
 
+constexpr float kLeastShare = 0.001f;  ///< the models divide by these
+constexpr float kHottest = 1e6f;       ///< kelvin
+constexpr float kFarthest = 1e6f;      ///< metres
+
+constexpr SObjectParameter kParameters[] = {
+    {"emissivity", "emissivity", "", &CParameters::emissivity, kLeastShare, 1, 9},
+    {"distance", "distance", "m", &CParameters::distance, 0, kFarthest, 13},
+    {"reflected-temp", "reflected temperature", "K", &CParameters::reflectedTemp, 0, kHottest, 17},
+    {"atmosphere-temp", "atmosphere temperature", "K", &CParameters::atmosphereTemp, 0, kHottest, 21},
+    {"ext-optics-temp", "external optics temperature", "K", &CParameters::extOpticsTemp, 0, kHottest, 25},
+    {"ext-optics-trans", "external optics transmission", "", &CParameters::extOpticsTrans, kLeastShare, 1, 29},
+    {"atmosphere-trans", "atmosphere transmission", "", &CParameters::atmosphereTrans, 0, 1, 33},
+    {"humidity", "relative humidity", "", &CParameters::relativeHumidity, 0, 1, 41},
+};
+
+template <std::size_t kIndex>
+constexpr auto ParameterField() {
+    constexpr const SObjectParameter& parameter = kParameters[kIndex];
+    return Field<parameter.member>(parameter.recordOffset, parameter.name);
+}
+
 constexpr u32 kRecordSize = 96;
 constexpr u32 kFromSource = 8;
 
+/// The record behind its size and its version; the form older than 0x10001 is nothing but these.
 constexpr TRecordField<CParameters> kFields[] = {
     Field<&CParameters::fromSource>(kFromSource),
-    Field<&CParameters::emissivity>(9),
-    Field<&CParameters::distance>(13),
-    Field<&CParameters::reflectedTemp>(17),
-    Field<&CParameters::atmosphereTemp>(21),
-    Field<&CParameters::extOpticsTemp>(25),
-    Field<&CParameters::extOpticsTrans>(29),
-    Field<&CParameters::atmosphereTrans>(33),
+    ParameterField<0>(),
+    ParameterField<1>(),
+    ParameterField<2>(),
+    ParameterField<3>(),
+    ParameterField<4>(),
+    ParameterField<5>(),
+    ParameterField<6>(),
     Field<&CParameters::estimatedAtmosphereTrans>(37),
-    Field<&CParameters::relativeHumidity>(41),
+    ParameterField<7>(),
     Field<&CParameters::parameterMask>(45),
 };
-static_assert(RecordEnd(kFields) == 49 && RecordEnd(kFields) <= kRecordSize);
-
-/// The form older than 0x10001.
-using OldStream =
-    TMemberStream<&CParameters::fromSource, &CParameters::emissivity, &CParameters::distance,
-                  &CParameters::reflectedTemp, &CParameters::atmosphereTemp, &CParameters::extOpticsTemp,
-                  &CParameters::extOpticsTrans, &CParameters::atmosphereTrans, &CParameters::estimatedAtmosphereTrans,
-                  &CParameters::relativeHumidity, &CParameters::parameterMask>;
+static_assert(RecordEnd(kFields) == 49 && RecordEnd(kFields) <= kRecordSize && IsGapless(kFields));
 
 }  // namespace
 
@@ -43,7 +60,7 @@ CObjectParametersReduceObject::CObjectParametersReduceObject() {
 }
 
 bool CObjectParametersReduceObject::Load(TSharedPtr<IFile> file, u32 blockVersion, u32) {
-    if (blockVersion < 0x10001) return OldStream::Read(*file, *this);
+    if (blockVersion < 0x10001) return ReadFields<kFields>(*file, *this);
     u8 record[kRecordSize];
     if (!ReadRecord(*file, record, 0x20000)) return false;
     LoadRecord(*this, kFields, record);
@@ -59,13 +76,11 @@ bool CObjectParametersReduceObject::Save(TSharedPtr<IFile> file, u32 flags) {
 }
 
 bool CObjectParametersReduceObject::Equals(const CObjectParametersReduceObject* other) const {
-    const auto same = [&](float CParameters::*value) {
-        return static_cast<double>(std::fabs(this->*value - other->*value)) < 1e-8;
-    };
-    return same(&CParameters::emissivity) && same(&CParameters::distance) && same(&CParameters::reflectedTemp) &&
-           same(&CParameters::atmosphereTemp) && same(&CParameters::extOpticsTemp) &&
-           same(&CParameters::extOpticsTrans) && same(&CParameters::atmosphereTrans) &&
-           same(&CParameters::relativeHumidity);
+    return std::all_of(std::begin(kParameters), std::end(kParameters), [&](const SObjectParameter& parameter) {
+        return static_cast<double>(std::fabs(this->*parameter.member - other->*parameter.member)) < 1e-8;
+    });
 }
+
+std::span<const SObjectParameter> ObjectParameters() { return kParameters; }
 
 }  // namespace ovix::reduce

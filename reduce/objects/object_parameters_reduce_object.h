@@ -1,5 +1,7 @@
 #pragma once
 
+#include <span>
+
 #include "reduce/objects/typed_reduce_object.h"
 
 namespace ovix::reduce {
@@ -33,5 +35,22 @@ class OVIX_REDUCE_API CObjectParametersReduceObject : public TReduceObject<CObje
     /// Everything but `version`.
     void CopyTo(CObjectParametersReduceObject* other) const { other->CopyFrom(*this); }
 };
+
+/// One of the eight values that a model takes from the scene: all that programs need to ask for it, to show it and to
+/// hold it within sense. The library itself takes every number.
+struct SObjectParameter {
+    const char* key;   ///< "reflected-temp", as an option or in a file
+    const char* name;  ///< in words: "reflected temperature"
+    const char* unit;  ///< "K", "m", or "" of a fraction
+    float CObjectParametersReduceObject::*member;
+    float lowest;  ///< a model gives sense within these, both inclusive
+    float highest;
+    u32 recordOffset;  ///< in the stored record
+
+    float Default() const { return CObjectParametersReduceObject().*member; }
+};
+
+/// In the order of the stored record.
+OVIX_REDUCE_API std::span<const SObjectParameter> ObjectParameters();
 
 }  // namespace ovix::reduce

@@ -14,77 +14,77 @@ constexpr u8 kOldPresets = 4;
 constexpr u32 kPresetSize = 128;
 
 // What is patched in place.
-constexpr u32 kFixedPreset = 78;
 constexpr u32 kPacketWidth = 127;
 constexpr u32 kPacketHeight = 129;
 constexpr u32 kPacketExtra = 131;
 constexpr u32 kPresets = 1024;
 constexpr u32 kPresetEnabled = 0;
 constexpr u32 kPresetFrameCount = 15;
+static_assert(CInfo::FrameCountOffset(2) == kPresets + 2 * kPresetSize + kPresetFrameCount);
 
 constexpr TRecordField<SPreset> kPresetFields[] = {
-    Field<&SPreset::enabled>(kPresetEnabled),
-    Field<&SPreset::valueA>(1),
-    Field<&SPreset::flagA>(9),
-    Field<&SPreset::scale>(10),
-    Field<&SPreset::flagB>(14),
-    Field<&SPreset::frameCount>(kPresetFrameCount),
-    Field<&SPreset::flagC>(19),
-    Field<&SPreset::valueB>(20),
-    Field<&SPreset::valueC>(28),
+    Field<&SPreset::enabled>(kPresetEnabled, "use"),
+    Field<&SPreset::valueA>(1, "value A"),
+    Field<&SPreset::flagA>(9, "flag A"),
+    Field<&SPreset::scale>(10, "scale"),
+    Field<&SPreset::flagB>(14, "flag B"),
+    Field<&SPreset::frameCount>(kPresetFrameCount, "frames"),
+    Field<&SPreset::flagC>(19, "flag C"),
+    Field<&SPreset::valueB>(20, "value B"),
+    Field<&SPreset::valueC>(28, "value C"),
 };
 static_assert(RecordEnd(kPresetFields) == 36);
 
 constexpr TRecordField<RECT> kRectFields[] = {
-    Field<&RECT::left>(0),
-    Field<&RECT::top>(4),
-    Field<&RECT::right>(8),
-    Field<&RECT::bottom>(12),
+    Field<&RECT::left>(0, "left"),
+    Field<&RECT::top>(4, "top"),
+    Field<&RECT::right>(8, "right"),
+    Field<&RECT::bottom>(12, "bottom"),
 };
 
 constexpr TRecordField<CInfo> kFields[] = {
-    Field<&CInfo::sourceBits>(8),
-    TextField<&CInfo::cameraName, 64>(12),
-    Field<&CInfo::flagA>(76),
-    Field<&CInfo::flagB>(77),
-    Field<&CInfo::fixedPreset>(kFixedPreset),
-    Field<&CInfo::sourceKind>(79),
-    Field<&CInfo::width>(80),
-    Field<&CInfo::height>(82),
-    SubRecords<&CInfo::frameRect, kRectFields>(84),
-    Field<&CInfo::frameRectSet>(100),
-    Field<&CInfo::pixelType>(101),
-    Field<&CInfo::sourceValue>(117),
-    ByteField<&CInfo::baseUnit>(121),
-    ByteField<&CInfo::baseTempType>(122),
-    Field<&CInfo::frameWidth>(123),
-    Field<&CInfo::frameHeight>(125),
-    Field<&CInfo::packetWidth>(kPacketWidth),
-    Field<&CInfo::packetHeight>(kPacketHeight),
-    Field<&CInfo::packetExtra>(kPacketExtra),
-    Field<&CInfo::time>(133),
-    Field<&CInfo::hasIdentity>(141),
-    TextField<&CInfo::text0, 32>(142),
-    TextField<&CInfo::text1, 16>(174),
-    TextField<&CInfo::text2, 16>(190),
-    TextField<&CInfo::text3, 32>(206),
-    TextField<&CInfo::text4, 16>(238),
-    TextField<&CInfo::text5, 16>(254),
-    TextField<&CInfo::text6, 32>(270),
-    TextField<&CInfo::text7, 16>(302),
-    TextField<&CInfo::text8, 16>(318),
-    TextField<&CInfo::text9, 32>(334),
-    TextField<&CInfo::text10, 16>(366),
-    TextField<&CInfo::text11, 16>(382),
-    TextField<&CInfo::text12, 32>(398),
-    Field<&CInfo::rangeALow>(430),
-    Field<&CInfo::rangeAHigh>(438),
-    Field<&CInfo::rangeASet>(446),
-    Field<&CInfo::rangeBLow>(447),
-    Field<&CInfo::rangeBHigh>(455),
-    Field<&CInfo::rangeBSet>(463),
-    Field<&CInfo::presetCount>(464),
-    SubRecords<&CInfo::presets, kPresetFields, kPresetSize>(kPresets),
+    Field<&CInfo::sourceBits>(8, "source bits"),
+    TextField<&CInfo::cameraName, 64>(12, "camera name"),
+    Field<&CInfo::flagA>(76, "flag A"),
+    Field<&CInfo::flagB>(77, "flag B"),
+    Field<&CInfo::fixedPreset>(CInfo::FixedPresetOffset, "fixed preset"),
+    Field<&CInfo::sourceKind>(79, "source kind"),
+    Field<&CInfo::width>(80, "width"),
+    Field<&CInfo::height>(82, "height"),
+    SubRecords<&CInfo::frameRect, kRectFields>(84, "the frame rectangle"),
+    Field<&CInfo::frameRectSet>(100, "use of the frame rectangle"),
+    Field<&CInfo::pixelType>(101, "pixel type"),
+    Field<&CInfo::sourceValue>(117, "source value"),
+    ByteField<&CInfo::baseUnit>(121, "unit"),
+    ByteField<&CInfo::baseTempType>(122, "temperature scale"),
+    Field<&CInfo::frameWidth>(123, "width of a frame"),
+    Field<&CInfo::frameHeight>(125, "height of a frame"),
+    Field<&CInfo::packetWidth>(kPacketWidth, "width of a packet"),
+    Field<&CInfo::packetHeight>(kPacketHeight, "height of a packet"),
+    Field<&CInfo::packetExtra>(kPacketExtra, "third packet value"),
+    Field<&CInfo::time>(133, "time"),
+    Field<&CInfo::hasIdentity>(141, "use of the texts"),
+    TextField<&CInfo::text0, 32>(142, "text 0"),
+    TextField<&CInfo::text1, 16>(174, "text 1"),
+    TextField<&CInfo::text2, 16>(190, "text 2"),
+    TextField<&CInfo::text3, 32>(206, "text 3"),
+    TextField<&CInfo::text4, 16>(238, "text 4"),
+    TextField<&CInfo::text5, 16>(254, "text 5"),
+    TextField<&CInfo::text6, 32>(270, "text 6"),
+    TextField<&CInfo::text7, 16>(302, "text 7"),
+    TextField<&CInfo::text8, 16>(318, "text 8"),
+    TextField<&CInfo::text9, 32>(334, "text 9"),
+    TextField<&CInfo::text10, 16>(366, "text 10"),
+    TextField<&CInfo::text11, 16>(382, "text 11"),
+    TextField<&CInfo::text12, 32>(398, "text 12"),
+    Field<&CInfo::rangeALow>(430, "low end of range A"),
+    Field<&CInfo::rangeAHigh>(438, "high end of range A"),
+    Field<&CInfo::rangeASet>(446, "use of range A"),
+    Field<&CInfo::rangeBLow>(447, "low end of range B"),
+    Field<&CInfo::rangeBHigh>(455, "high end of range B"),
+    Field<&CInfo::rangeBSet>(463, "use of range B"),
+    Field<&CInfo::presetCount>(464, "presets"),
+    SubRecords<&CInfo::presets, kPresetFields, kPresetSize>(kPresets, "preset"),
 };
 static_assert(RecordEnd(kFields) == CInfo::RecordSize);
 static_assert(kOldRecordSize == kPresets + kOldPresets * kPresetSize);
@@ -117,6 +117,8 @@ CSourceInfoReduceObject::CSourceInfoReduceObject() {
     version = 0x20000;
     presets[0].enabled = true;
 }
+
+StoredLayout CSourceInfoReduceObject::RecordLayout() { return kLayoutOf<kFields>; }
 
 void CSourceInfoReduceObject::Default() {
     const RECT keptRect = frameRect;
@@ -164,7 +166,7 @@ bool CSourceInfoReduceObject::UpdateNumFrames(void* record, u32 size, const u32*
     u8* bytes = static_cast<u8*>(record);
     for (u8 i = 0; i < n; ++i) {
         u8* presetRecord = bytes + kPresets + i * kPresetSize;
-        if (bytes[kFixedPreset] == 0) presetRecord[kPresetEnabled] = counts[i] >= 1 ? 1 : 0;
+        if (bytes[CInfo::FixedPresetOffset] == 0) presetRecord[kPresetEnabled] = counts[i] >= 1 ? 1 : 0;
         StoreLittle(presetRecord + kPresetFrameCount, counts[i]);
     }
     return true;

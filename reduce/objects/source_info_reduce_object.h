@@ -3,6 +3,7 @@
 #include "core/date_time.h"
 #include "core/pixel_types.h"
 #include "core/rect.h"
+#include "core/stored_layout.h"
 #include "reduce/objects/gps_data.h"
 #include "reduce/objects/typed_reduce_object.h"
 
@@ -19,6 +20,9 @@ class OVIX_REDUCE_API CSourceInfoReduceObject : public TReduceObject<CSourceInfo
     static constexpr u32 MaxPresets = 8;
     /// Bytes of the stored record.
     static constexpr u32 RecordSize = 2048;
+    /// Where the record says `fixedPreset`, and how many frames a preset has.
+    static constexpr u32 FixedPresetOffset = 78;
+    static constexpr u32 FrameCountOffset(u32 preset) { return 1024 + preset * 128 + 15; }
 
     struct SPresetInfo {
         bool enabled = false;  ///< the preset is in use
@@ -68,6 +72,9 @@ class OVIX_REDUCE_API CSourceInfoReduceObject : public TReduceObject<CSourceInfo
     SGPSData gps;  ///< position of the recording; not stored
 
     CSourceInfoReduceObject();
+
+    /// What the stored record holds behind its size and its version.
+    static StoredLayout RecordLayout();
 
     /// Leaves `frameRect`, `frameRectSet` and `pixelType`: they describe the stream and outlive a reset.
     void Default() override;

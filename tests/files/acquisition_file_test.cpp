@@ -106,6 +106,35 @@ TEST(AcquisitionFile, ReadsTheOldestRecord) {
     EXPECT_EQ(std::memcmp(&header, expected.bytes.data(), 512), 0);
 }
 
+/// The layouts say where the members stand: a record of which each byte is another one goes through them unchanged.
+TEST(PixelsHeader, LayoutsAreThoseOfTheRecordsInMemory) {
+    SPixelsHeader header;
+    for (u32 i = 0; i < sizeof header; ++i) reinterpret_cast<u8*>(&header)[i] = static_cast<u8>(i ^ i >> 8);
+    u8 record[512];
+    StorePixelsHeader(header, 0x10001, record);
+    EXPECT_EQ(std::memcmp(record, &header, sizeof record), 0);
+    ASSERT_EQ(PixelsHeaderBytes(0x10000), 44u);
+    StorePixelsHeader(header, 0x10000, record);
+    SPixelsHeaderV0 oldest;
+    std::memcpy(&oldest, record, sizeof oldest);
+    EXPECT_EQ(oldest.pixelType, header.pixelType);
+    EXPECT_EQ(oldest.notRead[7], 0);
+    EXPECT_EQ(oldest.width, header.width);
+    EXPECT_EQ(oldest.packetExtra, header.packetExtra);
+    EXPECT_EQ(oldest.frameSize, header.frameSize);
+    for (const auto& [version, offset] : {std::pair{0x10001u, 36u}, {0x10000u, 32u}}) {
+        SPixelsHeader other = header;
+        other.frameHeight++;
+        u8 changed[512];
+        StorePixelsHeader(header, version, record);
+        StorePixelsHeader(other, version, changed);
+        const auto parts = DifferingParts(PixelsHeaderLayout(version), record, changed);
+        ASSERT_EQ(parts.size(), 1u);
+        EXPECT_EQ(parts[0].offset, offset);
+        EXPECT_EQ(parts[0].name, "height of a frame");
+    }
+}
+
 TEST(PixelsHeader, FrameBlocksAreAddedOnceAndAtMostEightTimes) {
     SPixelsHeader header = {};
     header.frameBlocks[1].used = 1;  // a zero id in use is not free

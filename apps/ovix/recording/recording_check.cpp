@@ -7,7 +7,6 @@
 #include <cstring>
 
 #include "apps/ovix/recording/stored_frames.h"
-#include "apps/ovix/recording/stored_parts.h"
 
 namespace ovix::app {
 
@@ -22,16 +21,6 @@ using HeaderBytes = std::array<u8, SInfoFileBlock::HeaderBytes>;
 HeaderBytes BytesOf(const SInfoFileBlock& block) {
     HeaderBytes bytes;
     reduce::WriteInfoFileBlock(bytes.data(), block);
-    return bytes;
-}
-
-/// The header with which a library's own block begins, as the library writes it.
-template <class Write>
-HeaderBytes WrittenHeader(Write&& write) {
-    CMemFile memory;
-    write(BorrowShared<IFile>(memory));
-    HeaderBytes bytes;
-    std::copy_n(memory.GetData(), bytes.size(), bytes.begin());
     return bytes;
 }
 
@@ -160,13 +149,17 @@ void CRecordingCheck::Find(SFinding finding) {
     report_(finding);
 }
 
-void CRecordingCheck::CheckFileHeader() {
-    const HeaderBytes expected = WrittenHeader(reduce::CreateInfoFile);
-    CompareParts(BlockHeaderParts(), expected.data(), HeaderAt(file_, 0).data(),
-                 [&](const SStoredPart& part, std::string wanted, std::string found) {
-                     Find({part.offset, fmt::format("{} in the file header", part.name), wanted, found});
-                 });
+void CRecordingCheck::FindDifferences(StoredLayout layout, u64 at, const std::string& of, const u8* expected,
+                                      const u8* found) {
+    for (const SStoredPart& part : DifferingParts(layout, expected, found))
+        Find({at + part.offset, part.name + of, part.Text(expected), part.Text(found)});
 }
+
+void CRecordingCheck::CheckHeader(const SInfoFileBlock& expected, u64 at, const std::string& of) {
+    FindDifferences(reduce::InfoFileBlockLayout(), at, of, BytesOf(expected).data(), HeaderAt(file_, at).data());
+}
+
+void CRecordingCheck::CheckFileHeader() { CheckHeader(reduce::InfoFileHeader, 0, " in the file header"); }
 
 void CRecordingCheck::CheckBlocks() {
     bool hasSource = false;
@@ -185,16 +178,8 @@ void CRecordingCheck::CheckBlock(const SInfoFileBlock& block) {
     const std::string name = BlockText(block);
     const bool isFree = block.typeID == CGUID::Empty && !block.name[0];
     const SLoaded loaded = Load(file_, block);
-    HeaderBytes expected = BytesOf(ExpectedHeader(file_, block, loaded));
-    if (isFree) {
-        expected = WrittenHeader([](const TSharedPtr<IFile>& file) { reduce::WriteFreeInfoFileBlock(file, 0); });
-        StoreLittle(expected.data() + 65, block.size);
-    }
-    CompareParts(
-        BlockHeaderParts(), expected.data(), HeaderAt(file_, block.headerOffset).data(),
-        [&](const SStoredPart& part, std::string wanted, std::string found) {
-            Find({block.headerOffset + part.offset, fmt::format("{} of block {}", part.name, name), wanted, found});
-        });
+    CheckHeader(isFree ? reduce::FreeInfoFileBlock(block.size) : ExpectedHeader(file_, block, loaded),
+                block.headerOffset, " of block " + name);
     const u32 crc = isFree ? block.crc : file_.CrcOf(block);
     if (crc != block.crc) {
         Find({block.dataOffset, fmt::format("CRC-32 of the data of block {}", name), fmt::format("0x{:08X}", block.crc),
@@ -207,23 +192,16 @@ void CRecordingCheck::CheckBlock(const SInfoFileBlock& block) {
 
 void CRecordingCheck::CheckPixels() {
     const SInfoFileBlock& block = file_.PixelsBlock();
-    HeaderBytes header =
-        WrittenHeader([](const TSharedPtr<IFile>& file) { reduce::WritePixelsHeader(file, SPixelsHeader{}); });
-    if (block.version == SPixelsHeader::VersionOldest) StoreLittle(header.data() + 48, block.version);
-    CompareParts(BlockHeaderParts(), header.data(), HeaderAt(file_, block.headerOffset).data(),
-                 [&](const SStoredPart& part, std::string wanted, std::string found) {
-                     Find({block.headerOffset + part.offset, fmt::format("{} of the block of the pixels", part.name),
-                           wanted, found});
-                 });
+    SInfoFileBlock header = reduce::PixelsBlock;
+    if (block.version == SPixelsHeader::VersionOldest) header.version = block.version;
+    CheckHeader(header, block.headerOffset, " of the block of the pixels");
     const auto source = LoadSourceInfo(file_);
-    const SPixelsHeader expected = ExpectedPixels(file_, source.ptr());
-    const bool isOldest = file_.PixelsRecordSize() != sizeof(SPixelsHeader);  // whose parts stand elsewhere
-    CompareParts(PixelsRecordParts(), reinterpret_cast<const u8*>(&expected),
-                 reinterpret_cast<const u8*>(&file_.Pixels()),
-                 [&](const SStoredPart& part, std::string wanted, std::string found) {
-                     Find({block.dataOffset + (isOldest ? 0 : part.offset),
-                           fmt::format("{} in the pixels record", part.name), wanted, found});
-                 });
+    u8 expected[sizeof(SPixelsHeader)];
+    u8 found[sizeof(SPixelsHeader)];
+    reduce::StorePixelsHeader(ExpectedPixels(file_, source.ptr()), block.version, expected);
+    reduce::StorePixelsHeader(file_.Pixels(), block.version, found);
+    FindDifferences(reduce::PixelsHeaderLayout(block.version), block.dataOffset, " in the pixels record", expected,
+                    found);
 }
 
 void CRecordingCheck::CheckFrames() {
@@ -257,7 +235,7 @@ void CRecordingCheck::CheckCounts(const u32* counts) {
         if (!source) continue;
         for (u32 p = 0; p < CFrameCounts::kPresets; ++p) {
             const u32 stored = source->presets[p].frameCount;
-            const u64 place = block.size == SourceInfo::RecordSize ? 1024 + 128 * p + 15 : 0;
+            const u64 place = block.size == SourceInfo::RecordSize ? SourceInfo::FrameCountOffset(p) : 0;
             if (stored != counts[p]) {
                 const char* hint = stored ? "" : " (none in a recording that was never finished)";
                 Find({block.dataOffset + place, fmt::format("frames of preset {} in the source info{}", p, hint),

@@ -30,6 +30,8 @@ class CRecordingCheck {
 
   private:
     void Find(SFinding finding);
+    void FindDifferences(StoredLayout layout, u64 at, const std::string& of, const u8* expected, const u8* found);
+    void CheckHeader(const reduce::SInfoFileBlock& expected, u64 at, const std::string& of);
     void CheckFileHeader();
     void CheckBlocks();
     void CheckBlock(const reduce::SInfoFileBlock& block);

@@ -14,23 +14,22 @@ using reduce::SPixelsHeader;
 
 namespace {
 
-constexpr char kMagic[] = "QUOR KRT-LM File";
-constexpr char kPixels[] = "Pixels";
-constexpr u32 kOldestRecord = 44;
+constexpr std::string_view kMagic = reduce::InfoFileHeader.name;
+constexpr std::size_t kMarkBytes = 48;
 
 /// The start of the pixels' block header, by which it can be found anywhere: name and type id.
 std::vector<u8> PixelsMark() {
-    std::vector<u8> mark(48);
-    std::memcpy(mark.data(), kPixels, sizeof kPixels);
-    StoreGuid(mark.data() + 32, reduce::PixelsBlockTypeID);
-    return mark;
+    std::vector<u8> header(SInfoFileBlock::HeaderBytes);
+    reduce::WriteInfoFileBlock(header.data(), reduce::PixelsBlock);
+    header.resize(kMarkBytes);
+    return header;
 }
 
 }  // namespace
 
 bool CRecordingFile::Recognises(const CInputFile& input) {
-    u8 start[sizeof kMagic - 1];
-    return input.ReadAt(0, start) == sizeof start && std::memcmp(start, kMagic, sizeof start) == 0;
+    u8 start[kMagic.size()];
+    return input.ReadAt(0, start) == sizeof start && std::memcmp(start, kMagic.data(), sizeof start) == 0;
 }
 
 CRecordingFile::CRecordingFile(std::shared_ptr<const CInputFile> input) : input_(std::move(input)) {
@@ -38,7 +37,8 @@ CRecordingFile::CRecordingFile(std::shared_ptr<const CInputFile> input) : input_
     if (!blocks_.size()) return;
     const SInfoFileBlock& last = blocks_[blocks_.size() - 1];
     // Either mark of the block will do, so that damage of the other can be told from its lack.
-    const bool isPixels = last.typeID == reduce::PixelsBlockTypeID || std::strcmp(last.name, kPixels) == 0;
+    const bool isPixels =
+        last.typeID == reduce::PixelsBlockTypeID || std::strcmp(last.name, reduce::PixelsBlock.name) == 0;
     if (isPixels && last.size == SInfoFileBlock::ToEndOfFile) ReadPixels(last);
 }
 
@@ -50,11 +50,11 @@ void CRecordingFile::FindBreak() {
         break_->offset = 0;
         break_->problem = "the file header is damaged";
         if (input_->Size() <= SInfoFileBlock::HeaderBytes) return;
-        CMemFile whole;
+        u8 whole[SInfoFileBlock::HeaderBytes];
         u8 found[SInfoFileBlock::HeaderBytes];
-        reduce::CreateInfoFile(BorrowShared<IFile>(whole));
+        reduce::WriteInfoFileBlock(whole, reduce::InfoFileHeader);
         input_->ReadAt(0, found);
-        if (std::memcmp(found, whole.GetData(), sizeof found) != 0) return;
+        if (std::memcmp(found, whole, sizeof found) != 0) return;
     }
     u64 end = SInfoFileBlock::HeaderBytes;
     if (blocks_.size()) {
@@ -87,9 +87,7 @@ void CRecordingFile::ReadPixels(const SInfoFileBlock& block) {
                     .found = fmt::format("the end of the file after {}", input_->Size() - block.dataOffset)};
 }
 
-u32 CRecordingFile::PixelsRecordSize() const {
-    return pixelsBlock_.version >= SPixelsHeader::Version ? u32{sizeof(SPixelsHeader)} : kOldestRecord;
-}
+u32 CRecordingFile::PixelsRecordSize() const { return reduce::PixelsHeaderBytes(pixelsBlock_.version); }
 
 bool CRecordingFile::FindPixelsBehindBreak() {
     const std::vector<u8> mark = PixelsMark();

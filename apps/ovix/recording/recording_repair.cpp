@@ -9,7 +9,6 @@
 #include "apps/ovix/recording/library_file.h"
 #include "apps/ovix/recording/recording_check.h"
 #include "apps/ovix/recording/stored_frames.h"
-#include "apps/ovix/recording/stored_parts.h"
 
 namespace ovix::app {
 
@@ -18,12 +17,6 @@ using reduce::SPixelsHeader;
 using SourceInfo = reduce::CSourceInfoReduceObject;
 
 namespace {
-
-u32 CrcOf(const std::vector<u8>& bytes) {
-    CCalcCRC32File sum;
-    sum.Write(bytes.data(), static_cast<u32>(bytes.size()));
-    return sum.GetCRC();
-}
 
 /// A source info as far as the pixels record knows the source.
 TSharedPtr<SourceInfo> InfoFromPixels(const SPixelsHeader& pixels) {
@@ -87,16 +80,19 @@ class CRepair {
             return block.typeID == SourceInfo::typeID && EndsInside(block) && IsWholeBlock(file_, block);
         });
         const TSharedPtr<SourceInfo> source = isWhole ? LoadSourceInfo(file_) : TSharedPtr<SourceInfo>();
-        const bool isOldest = file_.PixelsRecordSize() != sizeof(SPixelsHeader);  // whose parts stand elsewhere
         const SPixelsHeader& found = file_.Pixels();
         SPixelsHeader pixels = ExpectedPixels(file_, source.ptr());
         pixels.frameSize2 = found.frameSize2;
-        CompareParts(PixelsRecordParts(), reinterpret_cast<const u8*>(&pixels), reinterpret_cast<const u8*>(&found),
-                     [&](const SStoredPart& part, const std::string& wanted, const std::string& there) {
-                         say_(fmt::format("offset {}: {} in the pixels record was {}; made {}",
-                                          file_.PixelsBlock().dataOffset + (isOldest ? 0 : part.offset), part.name,
-                                          there, wanted));
-                     });
+        const u32 version = file_.PixelsBlock().version;
+        u8 wanted[sizeof pixels];
+        u8 there[sizeof pixels];
+        reduce::StorePixelsHeader(pixels, version, wanted);
+        reduce::StorePixelsHeader(found, version, there);
+        for (const SStoredPart& part : DifferingParts(reduce::PixelsHeaderLayout(version), wanted, there)) {
+            say_(fmt::format("offset {}: {} in the pixels record was {}; made {}",
+                             file_.PixelsBlock().dataOffset + part.offset, part.name, part.Text(there),
+                             part.Text(wanted)));
+        }
         file_.SetPixels(pixels);
     }
 
@@ -115,7 +111,8 @@ class CRepair {
         bool fixedPreset = false;
         for (const SInfoFileBlock& block : file_.Blocks()) {
             const std::vector<u8> record = file_.DataOf(block, SourceInfo::RecordSize);
-            if (block.typeID == SourceInfo::typeID && record.size() > 78) fixedPreset = record[78] != 0;
+            if (block.typeID == SourceInfo::typeID && record.size() > SourceInfo::FixedPresetOffset)
+                fixedPreset = record[SourceInfo::FixedPresetOffset] != 0;
         }
         CStoredFrames frames(file_, fixedPreset);
         ForEachGood(
@@ -181,11 +178,10 @@ class CRepair {
         u8 found[SInfoFileBlock::HeaderBytes];
         reduce::WriteInfoFileBlock(wanted, mended);
         reduce::WriteInfoFileBlock(found, block);
-        CompareParts(BlockHeaderParts(), wanted, found,
-                     [&](const SStoredPart& part, const std::string& right, const std::string& there) {
-                         say_(fmt::format("offset {}: {} of block {} was {}; made {}", block.headerOffset + part.offset,
-                                          part.name, BlockText(mended), there, right));
-                     });
+        for (const SStoredPart& part : DifferingParts(reduce::InfoFileBlockLayout(), wanted, found)) {
+            say_(fmt::format("offset {}: {} of block {} was {}; made {}", block.headerOffset + part.offset, part.name,
+                             BlockText(mended), part.Text(found), part.Text(wanted)));
+        }
         return mended;
     }
 

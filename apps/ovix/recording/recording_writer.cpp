@@ -33,12 +33,6 @@ void WithStoredInfo(const TSharedPtr<IFile>& file, Use&& use) {
     }
 }
 
-u32 CrcOf(const std::vector<u8>& bytes) {
-    CCalcCRC32File sum;
-    sum.Write(bytes.data(), static_cast<u32>(bytes.size()));
-    return sum.GetCRC();
-}
-
 }  // namespace
 
 CRecordingWriter::CRecordingWriter(TSharedPtr<IFile> file, reduce::CReduceObjectArray& objects,
