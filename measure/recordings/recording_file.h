@@ -8,7 +8,6 @@
 
 #include "measure/finding.h"
 #include "measure/sources/bytes.h"
-#include "measure/sources/frame_forms.h"
 #include "reduce/reduce.h"
 
 namespace ovix::measure {

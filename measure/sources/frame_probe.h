@@ -6,7 +6,7 @@
 
 #include "measure/error.h"
 #include "measure/sources/frame_format.h"
-#include "measure/sources/frame_forms.h"
+#include "reduce/reduce.h"
 #include "reduce/reduce.h"
 
 namespace ovix::measure {
