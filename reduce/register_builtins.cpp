@@ -3,14 +3,9 @@
 // The first step asks for the filter factory, whose creation loads the plug-ins. So plug-ins register before any
 // built-in class, and as the first registrant of a name keeps it, a plug-in can replace a built-in one.
 
-#include "reduce/convert/curlew_converter.h"
-#include "reduce/convert/curlew_factory_cal_reduce_object.h"
-#include "reduce/convert/merlin_converter.h"
-#include "reduce/convert/merlin_factory_cal_reduce_object.h"
-#include "reduce/convert/rgb_converter.h"
-#include "reduce/convert/temperature_converter.h"
-#include "reduce/convert/tern_converter.h"
-#include "reduce/convert/tern_factory_cal_reduce_object.h"
+#include "reduce/convert/factory_calibrations.h"
+#include "reduce/convert/factory_converters.h"
+#include "reduce/convert/uncalibrated_converters.h"
 #include "reduce/convert/user_converter.h"
 #include "reduce/filters/curlew_camera_info_reduce_object.h"
 #include "reduce/filters/dunlin_camera_info_reduce_object.h"

@@ -2,8 +2,8 @@
 
 #include "bench/support/data.h"
 #include "reduce/convert/convert_context.h"
-#include "reduce/convert/curlew_converter.h"
-#include "reduce/convert/curlew_factory_cal_reduce_object.h"
+#include "reduce/convert/factory_calibrations.h"
+#include "reduce/convert/factory_converters.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/reduce_object_array.h"
 #include "reduce/objects/source_info_reduce_object.h"

@@ -1,10 +1,9 @@
 #include <tbb/global_control.h>
 
 #include "bench/support/data.h"
+#include "reduce/convert/factory_calibrations.h"
+#include "reduce/convert/factory_converters.h"
 #include "reduce/convert/meas_conv.h"
-#include "reduce/convert/merlin_converter.h"
-#include "reduce/convert/tern_converter.h"
-#include "reduce/convert/tern_factory_cal_reduce_object.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/reduce_object_array.h"
 

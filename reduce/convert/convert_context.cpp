@@ -5,7 +5,7 @@
 
 #include "core/convert_array.h"
 #include "reduce/convert/converter_factory.h"
-#include "reduce/convert/scene.h"
+#include "reduce/convert/radiometry.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/reduce_object_array.h"
 #include "reduce/objects/source_info_reduce_object.h"
@@ -206,6 +206,10 @@ bool CConvertContext::ConvertBack(float in, float& out, u8& status, u8 preset) {
     out = in;
     status = 0;
     return true;
+}
+
+bool CConvertContext::GetCalibratedRange(float& lower, float& upper, u8 preset) const {
+    return converter_ && converter_->GetCalibratedRange(lower, upper, preset);
 }
 
 bool CConvertContext::canChangeObjectParameters() const {

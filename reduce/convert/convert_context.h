@@ -89,6 +89,10 @@ class OVIX_REDUCE_API CConvertContext {
     /// From the wanted unit back to the base.
     bool ConvertBack(float in, float& out, u8& status, u8 preset);
 
+    /// The calibrated range in the unit and scale of the last `Update`, see `IConverter::GetCalibratedRange`; false
+    /// without a converter. 255 means the active preset.
+    bool GetCalibratedRange(float& lower, float& upper, u8 preset) const;
+
     bool canChangeObjectParameters() const;
     /// Hands a changed scene to the converter without an `Update`.
     bool ChangeObjectParameters(CObjectParametersReduceObject* params);

@@ -134,6 +134,8 @@ bool IConverter::OutputToBase(float in, float& out, u8& status, u8) {
     return true;
 }
 
+bool IConverter::GetCalibratedRange(float&, float&, u8) const { return false; }
+
 u32 IConverter::CalcNumPixels(u16 w, u16, SArea area) { return static_cast<u32>(CountPixels(SRectangle{w, area})); }
 u32 IConverter::CalcNumPixels(u16 w, u16, const TArray<SScanLine>& lines) {
     return static_cast<u32>(CountPixels(SLines{w, lines}));

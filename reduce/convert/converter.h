@@ -90,6 +90,11 @@ class OVIX_REDUCE_API IConverter {
     virtual bool BaseToOutput(float in, float& out, u8& status, u8 preset);
     virtual bool OutputToBase(float in, float& out, u8& status, u8 preset);
 
+    /// The calibrated range in the output unit and scale, as the scene and the detector let it be seen: the results
+    /// that lie strictly between have the status 0. False, with nothing written, where there is none, which is the
+    /// default: a base converted to itself, colour channels, a user's calibration, limits switched off.
+    virtual bool GetCalibratedRange(float& lower, float& upper, u8 preset) const;
+
     /// The number of pixels that a selection visits. Width and height are not used.
     static u32 CalcNumPixels(u16 w, u16 h, SArea area);
     static u32 CalcNumPixels(u16 w, u16 h, const TArray<SScanLine>& lines);

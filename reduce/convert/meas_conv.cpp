@@ -3,16 +3,18 @@
 #include <algorithm>
 #include <cmath>
 
-#include "reduce/convert/atmosphere.h"
-#include "reduce/convert/kelvin_scale.h"
+#include "reduce/convert/signal_model-inl.h"
+#include "reduce/convert/signal_runs.h"
+#include "reduce/convert/temperatures_simd.h"
 #include "reduce/pixels/radiance.h"
 
 namespace ovix::reduce {
 
+template class TSignalModel<SObjectParams, SCalibParams>;
+
 namespace {
 
 constexpr i32 kTopCount = 65535;
-constexpr double kNoPowOfCount = 100000.0;
 
 constexpr double kLowWave = 8.0;  // micrometres
 constexpr double kHighWave = 12.0;
@@ -27,7 +29,7 @@ double PowOf(const SAdjustParams& adjust, i32 img) {
     const i32 d = WrappingDifference(count, adjust.nonlinearOffset);
     const float q = static_cast<float>(d) * adjust.nonlinearGain;  // single precision
     const double den = 1.0 - q;
-    if (adjust.nonlinearGain > 0 && den < 0.0001) return kNoPowOfCount;
+    if (adjust.nonlinearGain > 0 && den < 0.0001) return kNoPow;
     return static_cast<double>(d) * adjust.gain / den + adjust.offset;
 }
 
@@ -40,7 +42,7 @@ i32 CountOf(float value) {
 }  // namespace
 
 CMeasConv::CMeasConv(const SAdjustParams* adjust, const SObjectParams* object, const SCalibParams* calib)
-    : TSignalModel(CRadianceFit(kLowWave, kHighWave, CRadianceFit::EWays::Forward)) {
+    : TSignalModel(kLowWave, kHighWave, false) {
     init(adjust, object, calib);
 }
 
@@ -73,6 +75,9 @@ void CMeasConv::doUpdateUflwOflw() {
 
 double CMeasConv::imgToPow(i32 img) const { return PowOf(adjust_, img); }
 
+u16 CMeasConv::powToImg(double pow) const { return powToImg(pow, adjust_.offset, double{adjust_.gain}); }
+u16 CMeasConv::tempToImg(double kelvin) const { return powToImg(objSigToPow(tempToObjSig(kelvin))); }
+
 u16 CMeasConv::powToImg(double pow, i32 offset, double gain) const {
     if (pow == 0.0) return 0;
     double r;
@@ -92,7 +97,7 @@ u16 CMeasConv::powToImg(double pow, i32 offset, double gain) const {
 float CMeasConv::tempToRad(float celsius) { return static_cast<float>(Radiance(celsius, kLowWave, kHighWave, 1.0)); }
 
 double CMeasConv::clipPow(double pow, u8* status) const {
-    const u8 flags = clipOn_ ? limits_.Apply(pow) : u8{0};
+    const u8 flags = clipOn_ ? Limit(pow, limits_) : u8{0};
     if (status) *status = flags;
     return pow;
 }
@@ -108,88 +113,77 @@ struct CMeasConv::SKernel {
     SLimitRule limits;
     double K1;
     double K2;
+    SSignalUnit to;
+    bool keepsOutput;  ///< the status alone is made
 
-    /// `finish(out[i], object signal)` for each count; see the header for what a status changes.
-    template <class CountAt, class Finish>
-    void Loop(u32 count, CountAt countAt, float* out, u8* status, Finish finish) const {
-        const SKernel self = *this;
-        if (!status) {
-            for (u32 i = 0; i < count; ++i) finish(out[i], PowOf(self.adjust, countAt(i)) * self.K1 - self.K2);
-            return;
+    /// A block; see the header for what a status changes.
+    template <class Count>
+    void operator()(const Count* counts, u32 n, float* out, u8* status) const {
+        double signals[kSignalBlock];
+        if (status) {
+            Limited(counts, n, signals, status);
+        } else {
+            for (u32 i = 0; i < n; ++i) signals[i] = PowOf(adjust, counts[i]) * K1 - K2;
         }
-        for (u32 i = 0; i < count; ++i) {
-            const i32 img = countAt(i);
+        if (!keepsOutput) to.ValuesOf(signals, n, out);
+    }
+
+    template <class Count>
+    void Limited(const Count* counts, u32 n, double* signals, u8* status) const {
+        const SKernel self = *this;
+        for (u32 i = 0; i < n; ++i) {
+            const i32 img = counts[i];
             const int beyond = img == 0 ? 32 : img > kTopCount ? 4 : img < 1 ? 2 : 0;
             double pow = PowOf(self.adjust, img);
-            status[i] = static_cast<u8>(beyond | (self.clipOn ? self.limits.Apply(pow) : 0));
-            finish(out[i], pow * self.K1 - self.K2);
+            status[i] = static_cast<u8>(beyond | (self.clipOn ? Limit(pow, self.limits) : 0));
+            signals[i] = pow * self.K1 - self.K2;
         }
     }
 
-    template <class Finish>
-    void Run(float* out, const float* in, u8* status, u32 count, Finish finish) const {
-        Loop(
-            count, [in](u32 i) { return CountOf(in[i]); }, out, status, finish);
+    void Run(float* out, const float* in, u8* status, u32 count) const {
+        ForEachBlockOf(count, [&](u32 at, u32 n) {
+            i32 counts[kSignalBlock];
+            std::transform(in + at, in + at + n, counts, CountOf);
+            (*this)(counts, n, out + at, status ? status + at : nullptr);
+        });
     }
-    template <class Finish>
-    void Run(float* out, const u16* in, u8* status, u32 count, Finish finish) const {
-        Loop(
-            count, [in](u32 i) { return i32{in[i]}; }, out, status, finish);
+    void Run(float* out, const u16* in, u8* status, u32 count) const {
+        keepsOutput ? RunEach(in, out, status, count, *this) : RunSignals(in, out, status, count, *this);
     }
-    template <class Finish>
-    void Run(u16 first, u16 last, float* out, u8* status, Finish finish) const {
-        const u32 count = first <= last ? u32{last} - first + 1 : 0;
-        Loop(
-            count, [first](u32 i) { return static_cast<i32>(first + i); }, out, status, finish);
-    }
+    void Run(u16 first, u16 last, float* out, u8* status) const { RunRange(first, last, out, status, *this); }
 };
 
-CMeasConv::SKernel CMeasConv::Kernel() const { return {adjust_, clipOn_, limits_, K1_, K2_}; }
-
-template <class... Span>
-void CMeasConv::RunTemp(ETempType scale, Span... span) const {
-    const SKelvinScale to = KelvinScale(scale);
-    if (!to.known) return Kernel().Run(span..., [](float&, double) {});  // the status alone
-    Kernel().Run(span..., [curve = Curve(), to](float& out, double signal) {
-        out = static_cast<float>(to.FromKelvin(curve.Temperature(signal)));
-    });
-}
-template <class... Span>
-void CMeasConv::RunObjectSignal(Span... span) const {
-    Kernel().Run(span..., [](float& out, double signal) { out = static_cast<float>(signal); });
-}
-template <class... Span>
-void CMeasConv::RunRadiance(Span... span) const {
-    Kernel().Run(span...,
-                 [fit = fit_.radiance()](float& out, double signal) { out = static_cast<float>(fit.At(signal)); });
+CMeasConv::SKernel CMeasConv::Kernel(EUnit unit, ETempType scale) const {
+    const bool keepsOutput = unit == TemperatureFactory && !KelvinScale(scale).known;
+    return {adjust_, clipOn_, limits_, K1_, K2_, In(unit, scale), keepsOutput};
 }
 
 void CMeasConv::imgToTemp(float* out, const float* in, u8* status, u32 count, ETempType scale) const {
-    RunTemp(scale, out, in, status, count);
+    Kernel(TemperatureFactory, scale).Run(out, in, status, count);
 }
 void CMeasConv::imgToTemp(float* out, const u16* in, u8* status, u32 count, ETempType scale) const {
-    RunTemp(scale, out, in, status, count);
+    Kernel(TemperatureFactory, scale).Run(out, in, status, count);
 }
 void CMeasConv::imgToTemp(u16 first, u16 last, float* out, u8* status, ETempType scale) const {
-    RunTemp(scale, first, last, out, status);
+    Kernel(TemperatureFactory, scale).Run(first, last, out, status);
 }
 void CMeasConv::imgToObjectSignal(float* out, const float* in, u8* status, u32 count) const {
-    RunObjectSignal(out, in, status, count);
+    Kernel(ObjectSignal).Run(out, in, status, count);
 }
 void CMeasConv::imgToObjectSignal(float* out, const u16* in, u8* status, u32 count) const {
-    RunObjectSignal(out, in, status, count);
+    Kernel(ObjectSignal).Run(out, in, status, count);
 }
 void CMeasConv::imgToObjectSignal(u16 first, u16 last, float* out, u8* status) const {
-    RunObjectSignal(first, last, out, status);
+    Kernel(ObjectSignal).Run(first, last, out, status);
 }
 void CMeasConv::imgToRadiance(float* out, const float* in, u8* status, u32 count) const {
-    RunRadiance(out, in, status, count);
+    Kernel(RadianceFactory).Run(out, in, status, count);
 }
 void CMeasConv::imgToRadiance(float* out, const u16* in, u8* status, u32 count) const {
-    RunRadiance(out, in, status, count);
+    Kernel(RadianceFactory).Run(out, in, status, count);
 }
 void CMeasConv::imgToRadiance(u16 first, u16 last, float* out, u8* status) const {
-    RunRadiance(first, last, out, status);
+    Kernel(RadianceFactory).Run(first, last, out, status);
 }
 
 }  // namespace ovix::reduce

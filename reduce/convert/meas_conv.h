@@ -48,6 +48,8 @@ struct SCalibParams {
     float lowerTemp = 0;
 };
 
+extern template class OVIX_REDUCE_API TSignalModel<SObjectParams, SCalibParams>;
+
 /// The radiometric formula of the Curlew family: from a raw detector value, *img*, to pow, object signal, temperature
 /// and radiance, and back. Temperatures are in kelvin, radiances those of the band from 8 to 12 micrometres.
 ///
@@ -68,9 +70,9 @@ class OVIX_REDUCE_API CMeasConv : public TSignalModel<SObjectParams, SCalibParam
     /// 0 for the count 0; all others are limited to 1 to 65535.
     double imgToPow(i32 img) const;
     /// 0 for 0, else 1 to 65535. The linear form rounds, the nonlinear one truncates.
-    u16 powToImg(double pow) const { return powToImg(pow, adjust_.offset, double{adjust_.gain}); }
+    u16 powToImg(double pow) const;
     u16 powToImg(double pow, i32 offset, double gain) const;
-    u16 tempToImg(double kelvin) const { return powToImg(objSigToPow(tempToObjSig(kelvin))); }
+    u16 tempToImg(double kelvin) const;
     /// The radiance of a black body at so many degrees Celsius.
     static float tempToRad(float celsius);
     /// The limit rule; null is allowed. Status 0 with limits off.
@@ -82,7 +84,8 @@ class OVIX_REDUCE_API CMeasConv : public TSignalModel<SObjectParams, SCalibParam
     //
     // With a null status no limit is applied at all. With one, a count of 0 has the status 32, one beyond 1 to 65535
     // has 2 or 4, and the limits of pow add theirs: so a zero count ends with 34 at the lower limit. A scale that is
-    // none of the four leaves `out` as it was; the status is written all the same.
+    // none of the four leaves `out` as it was; the status is written all the same. Many counts of few values, as a
+    // frame has them, go through a table that is made in the call.
 
     void imgToTemp(float* out, const float* in, u8* status, u32 count, ETempType scale) const;
     void imgToTemp(float* out, const u16* in, u8* status, u32 count, ETempType scale) const;
@@ -100,14 +103,7 @@ class OVIX_REDUCE_API CMeasConv : public TSignalModel<SObjectParams, SCalibParam
 
   private:
     struct SKernel;
-    SKernel Kernel() const;
-    // `span` is what a buffer form takes beside the scale.
-    template <class... Span>
-    void RunTemp(ETempType scale, Span... span) const;
-    template <class... Span>
-    void RunObjectSignal(Span... span) const;
-    template <class... Span>
-    void RunRadiance(Span... span) const;
+    SKernel Kernel(EUnit unit, ETempType scale = Celsius) const;
 
     SAdjustParams adjust_;
 };

@@ -4,12 +4,9 @@
 #include <cmath>
 
 #include "core/least_squares.h"
-#include "reduce/convert/atmosphere.h"
-#include "reduce/convert/integer_rounding.h"
-#include "reduce/convert/kelvin_scale.h"
-#include "reduce/convert/optical_path.h"
-#include "reduce/convert/parallel_for.h"
-#include "reduce/convert/planck_curve.h"
+#include "reduce/convert/radiometry.h"
+#include "reduce/convert/signal_runs.h"
+#include "reduce/convert/temperatures_simd.h"
 #include "reduce/pixels/radiance_law.h"
 
 namespace ovix::reduce {
@@ -30,7 +27,7 @@ void ApplyPolynomial(const SRadianceLaw& law, const u16* signals, u32 count, dou
     if (!ApplyLaw(law, counts, nullptr, radiances)) std::fill_n(radiances, count, 0.0);
 }
 
-constexpr auto kRadianceItself = [](float radiance) { return radiance; };
+constexpr auto kOnAllProcessors = [](u32 count, const auto& body) { ParallelFor(count, body); };
 
 }  // namespace
 
@@ -59,7 +56,7 @@ void CMrlConv::ReInit(const CObjectParametersReduceObject& params) {
     }
     const SPlanckCurve curve = CurveOf(cal_);
     K2_ = SOpticalPath{obj_.emissivity, usedAtmTao_, obj_.extOpticsTrans}.Surroundings(
-        curve.Signal(obj_.reflectedTemp), curve.Signal(obj_.atmosphereTemp), curve.Signal(obj_.extOpticsTemp));
+        SignalOf(curve, obj_.reflectedTemp), SignalOf(curve, obj_.atmosphereTemp), SignalOf(curve, obj_.extOpticsTemp));
     kPath_ = 1 / (obj_.extOpticsTrans * usedAtmTao_);
 }
 
@@ -104,21 +101,43 @@ double CMrlConv::Inverse(float value) const {
     return sum;
 }
 
+bool CMrlConv::GetCalibratedRange(EUnit unit, ETempType scale, float& lower, float& upper) const {
+    const float low = static_cast<float>(limits_.lower), high = static_cast<float>(limits_.upper);
+    const bool isTemperature = unit == TemperatureFactory;
+    if (!(low < high) || (!isTemperature && unit != RadianceFactory)) return false;
+    lower = isTemperature ? RadianceToTemperature(low, nullptr, scale) : low;
+    upper = isTemperature ? RadianceToTemperature(high, nullptr, scale) : high;
+    return true;
+}
+
 /// The one chain of all forms, for a block at most.
-void CMrlConv::Radiances(const u16* signals, float* out, u8* status, u32 count) const {
+void CMrlConv::Radiances(const u16* signals, u32 count, float* out, u8* status) const {
     double radiances[kRunBlock];
+    static_assert(kSignalBlock <= kRunBlock);
     ApplyPolynomial(Law(), signals, count, radiances);
     for (u32 i = 0; i < count; ++i) {
         double value = static_cast<float>(radiances[i]);
-        const u8 flags = limits_.Apply(value);
+        const u8 flags = Limit(value, limits_);
         out[i] = static_cast<float>(value);
         if (status) status[i] = flags;
     }
 }
 
+/// `RadianceToTemperature` of those.
+void CMrlConv::Temperatures(const u16* signals, u32 count, float* out, u8* status, ETempType scale) const {
+    Radiances(signals, count, out, status);
+    double compensated[kSignalBlock];
+    std::transform(out, out + count, compensated,
+                   [e = obj_.emissivity, K2 = K2_](float radiance) { return radiance / e - K2; });
+    simd::Temperatures(CurveOf(cal_), KelvinScale(Kelvin), compensated, out, count);
+    if (scale == Kelvin) return;
+    std::transform(out, out + count, out,
+                   [to = KelvinScale(scale)](float kelvin) { return static_cast<float>(to.FromKelvin(kelvin)); });
+}
+
 float CMrlConv::SignalToRadiance(u16 signal, u8* status) const {
     float radiance = 0;
-    Radiances(&signal, &radiance, status, 1);
+    Radiances(&signal, 1, &radiance, status);
     return radiance;
 }
 
@@ -128,18 +147,18 @@ float CMrlConv::SignalToTemperature(u16 signal, u8* status, ETempType scale) con
 
 float CMrlConv::RadianceToTemperature(float radiance, u8*, ETempType scale) const {
     const float compensated = radiance / obj_.emissivity;
-    const float kelvin = static_cast<float>(CurveOf(cal_).Temperature(compensated - K2_));
+    const float kelvin = static_cast<float>(KelvinOf(CurveOf(cal_), compensated - K2_));
     return static_cast<float>(KelvinScale(scale).FromKelvin(kelvin));
 }
 
 float CMrlConv::TemperatureToRadiance(float value, u8*, ETempType scale) const {
     const float kelvin = static_cast<float>(KelvinScale(scale).ToKelvin(value));
-    return static_cast<float>((CurveOf(cal_).Signal(kelvin) + K2_) * obj_.emissivity);
+    return static_cast<float>((SignalOf(CurveOf(cal_), kelvin) + K2_) * obj_.emissivity);
 }
 
 u16 CMrlConv::RadianceToSignal(float radiance, u8* status) const {
     double limited = radiance;
-    const u8 flags = limits_.Apply(limited);
+    const u8 flags = Limit(limited, limits_);
     if (status) *status = flags;
     const double r = static_cast<float>(limited);
     switch (cal_.degree) {
@@ -158,41 +177,19 @@ u16 CMrlConv::TemperatureToSignal(float value, u8* status, ETempType scale) cons
     return RadianceToSignal(TemperatureToRadiance(value, nullptr, scale), status);
 }
 
-template <class Finish>
-void CMrlConv::RunBuffer(const u16* in, float* out, u8* status, u32 count, const Finish& finish) const {
-    ParallelFor(count, [&](u32 first, u32 last) {
-        for (u32 at = first, n = 0; at < last; at += n) {
-            n = std::min(kRunBlock, last - at);
-            Radiances(in + at, out + at, status ? status + at : nullptr, n);
-            std::transform(out + at, out + at + n, out + at, finish);
-        }
-    });
-}
-
-template <class Finish>
-void CMrlConv::RunRange(u16 first, u16 last, float* out, u8* status, const Finish& finish) const {
-    u16 signals[kRunBlock];
-    for (u32 at = first, n = 0; at <= last; at += n) {
-        n = std::min(kRunBlock, u32{last} + 1 - at);
-        for (u32 i = 0; i < n; ++i) signals[i] = static_cast<u16>(at + i);
-        Radiances(signals, out, status, n);
-        std::transform(out, out + n, out, finish);
-        out += n;
-        if (status) status += n;
-    }
-}
-
 void CMrlConv::SignalToRadiance(const u16* in, float* out, u8* status, u32 count) const {
-    RunBuffer(in, out, status, count, kRadianceItself);
+    RunSignals(
+        in, out, status, count, [this](auto... block) { Radiances(block...); }, kOnAllProcessors);
 }
 void CMrlConv::SignalToTemperature(const u16* in, float* out, u8* status, u32 count, ETempType scale) const {
-    RunBuffer(in, out, status, count, [=, this](float r) { return RadianceToTemperature(r, nullptr, scale); });
+    RunSignals(
+        in, out, status, count, [=, this](auto... block) { Temperatures(block..., scale); }, kOnAllProcessors);
 }
 void CMrlConv::SignalToRadiance(u16 first, u16 last, float* out, u8* status) const {
-    RunRange(first, last, out, status, kRadianceItself);
+    RunRange(first, last, out, status, [this](auto... block) { Radiances(block...); });
 }
 void CMrlConv::SignalToTemperature(u16 first, u16 last, float* out, u8* status, ETempType scale) const {
-    RunRange(first, last, out, status, [=, this](float r) { return RadianceToTemperature(r, nullptr, scale); });
+    RunRange(first, last, out, status, [=, this](auto... block) { Temperatures(block..., scale); });
 }
 
 }  // namespace ovix::reduce

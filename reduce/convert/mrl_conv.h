@@ -2,8 +2,8 @@
 
 #include "core/typed_data.h"
 #include "reduce/api.h"
-#include "reduce/convert/limit_rule.h"
-#include "reduce/convert/merlin_factory_cal_reduce_object.h"
+#include "reduce/convert/factory_calibrations.h"
+#include "reduce/convert/model_state.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
 
 namespace ovix::reduce {
@@ -31,6 +31,10 @@ class OVIX_REDUCE_API CMrlConv {
     /// The transmission in force: that of the object parameters unless it is 0, else that of the atmosphere's formula.
     double getUsedAtmTao() const { return usedAtmTao_; }
 
+    /// The calibrated range as values of `RadianceFactory`, or of `TemperatureFactory` in `scale`: what lies strictly
+    /// between has the status 0. False, with nothing written, for any other unit and where no value is inside.
+    bool GetCalibratedRange(EUnit unit, ETempType scale, float& lower, float& upper) const;
+
     // Single values.
 
     float SignalToRadiance(u16 signal, u8* status) const;
@@ -43,7 +47,8 @@ class OVIX_REDUCE_API CMrlConv {
     u16 TemperatureToSignal(float value, u8* status, ETempType scale) const;
 
     // Buffers of `count` elements, over all processors, and all signals from `first` to `last` inclusive, on the
-    // caller's thread. The results are those of the single values.
+    // caller's thread. The results are those of the single values. Many signals of few values, as a frame has them, go
+    // through a table that is made in the call.
 
     void SignalToRadiance(const u16* in, float* out, u8* status, u32 count) const;
     void SignalToTemperature(const u16* in, float* out, u8* status, u32 count, ETempType scale) const;
@@ -55,11 +60,8 @@ class OVIX_REDUCE_API CMrlConv {
     void CalcLimits();
     void FitInverse();
     double Inverse(float value) const;
-    void Radiances(const u16* signals, float* out, u8* status, u32 count) const;
-    template <class Finish>
-    void RunBuffer(const u16* in, float* out, u8* status, u32 count, const Finish& finish) const;
-    template <class Finish>
-    void RunRange(u16 first, u16 last, float* out, u8* status, const Finish& finish) const;
+    void Radiances(const u16* signals, u32 count, float* out, u8* status) const;
+    void Temperatures(const u16* signals, u32 count, float* out, u8* status, ETempType scale) const;
 
     CMerlinFactoryCalReduceObject cal_;
     CObjectParametersReduceObject obj_;

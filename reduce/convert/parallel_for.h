@@ -14,7 +14,8 @@ void ParallelFor(u32 count, void (*part)(const void* body, u32 first, u32 last),
 /// them, cut by the scheduler, and comes back when all are done. Below 2 there is nothing to share: the caller's thread
 /// does it. `body` touches only what belongs to its numbers and raises nothing; the result is that of one thread.
 ///
-/// A library built with `-DOVIX_PARALLEL=serial` has one thread here too.
+/// A child that was forked off a process that has worked here before does everything on the caller's thread, and so
+/// does a library built with `-DOVIX_PARALLEL=serial`. No setting of the scheduler is changed.
 template <class Body>
 void ParallelFor(u32 count, const Body& body) {
     detail::ParallelFor(

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/numeric_cast.h"
+#include "reduce/convert/parallel_for.h"
 
 namespace ovix::reduce {
 
@@ -27,8 +28,14 @@ bool CTableConverter::UpdateTable(u8 preset) {
         std::fill_n(table.values.get(), size, 0.0f);  // a scale that is none of the four leaves them alone
     }
     if (!table.status) table.status.Allocate(size);
-    table.valid = RangeToOutput(0, topSignal_, table.values, table.status, preset);
-    return table.valid;
+    // The first entry says for all whether the model knows the unit.
+    table.valid = RangeToOutput(0, 0, table.values, table.status, preset);
+    if (!table.valid) return false;
+    ParallelFor(size, [&](u32 first, u32 last) {
+        RangeToOutput(static_cast<u16>(first), static_cast<u16>(last - 1), table.values + first, table.status + first,
+                      preset);
+    });
+    return true;
 }
 
 bool CTableConverter::RangeFromTable(u16 first, u16 last, float* out, u8* status, u8 preset, int span) {
@@ -79,6 +86,35 @@ bool CTableConverter::OutputToBase(float in, float& out, u8& status, u8 preset) 
     if (!OutputToSignal(in, signal, status, preset)) return false;
     out = signal;
     return true;
+}
+
+CPresetTableConverter::CPresetTableConverter(u16 topSignal, u8 presetCount) : CTableConverter(topSignal, presetCount) {}
+
+bool CPresetTableConverter::UpdateLUT(u8 preset) { return UpdateTable(preset); }
+
+template <class... Form>
+bool CPresetTableConverter::ByMap(STypedData in, const u8* presetMap, STypedData out, u8* status, const Form&... form) {
+    return ThroughTables([](u8) { return true; }, in, presetMap, out, status, form...);
+}
+
+bool CPresetTableConverter::BaseToOutput(STypedData in, const u8* presetMap, u16 w, u16 h, SArea area,
+                                         const u8* areaMask, u32 stride, STypedData out, u8* status) {
+    return ByMap(in, presetMap, out, status, w, h, area, areaMask, stride);
+}
+bool CPresetTableConverter::BaseToOutput(STypedData in, const u8* presetMap, u16 w, u16 h,
+                                         const TArray<SScanLine>& lines, STypedData out, u8* status) {
+    return ByMap(in, presetMap, out, status, w, h, lines);
+}
+bool CPresetTableConverter::BaseToOutput(STypedData in, const u8* presetMap, u16 w, u16 h, SArea area, STypedData out,
+                                         u8* status) {
+    return ByMap(in, presetMap, out, status, w, h, area);
+}
+bool CPresetTableConverter::BaseToOutput(STypedData in, const u8* presetMap, const u32* indices, u32 count,
+                                         STypedData out, u8* status) {
+    return ByMap(in, presetMap, out, status, indices, count);
+}
+bool CPresetTableConverter::BaseToOutput(STypedData in, const u8* presetMap, STypedData out, u8* status, u32 count) {
+    return ByMap(in, presetMap, out, status, count);
 }
 
 }  // namespace ovix::reduce

@@ -6,12 +6,13 @@
 #include "core/convert_array.h"
 #include "core/math.h"
 #include "core/visit.h"
-#include "reduce/convert/atmosphere.h"
-#include "reduce/convert/integer_rounding.h"
-#include "reduce/convert/kelvin_scale.h"
+#include "reduce/convert/signal_model-inl.h"
+#include "reduce/convert/signal_runs.h"
 #include "reduce/pixels/radiance.h"
 
 namespace ovix::reduce {
+
+template class TSignalModel<_object_par_t, _cal_param_t>;
 
 namespace {
 
@@ -21,7 +22,15 @@ constexpr double kLowWave = 3.0;  // micrometres
 constexpr double kHighWave = 5.0;
 
 constexpr u16 kTopSignal = CTrnMeasConv::kSignals - 1;
-constexpr u32 kBlock = 512;
+
+double PowOf(const STernDetector& detector, double count) {
+    const double v = detector.compensates ? count * detector.driftGain + detector.driftOffset : count;
+    return detector.adjusts ? (v - detector.offset) * detector.gain : v;
+}
+double CountOf(const STernDetector& detector, double pow) {
+    const double v = detector.adjusts ? pow / detector.gain + detector.offset : pow;
+    return detector.compensates ? (v - detector.driftOffset) / detector.driftGain : v;
+}
 
 template <class T>
 u16 SignalOf(T pixel) {
@@ -36,10 +45,9 @@ template <class Result>
 void ForEachSignal(STypedData out, STypedData in, u8* status, u32 count, const Result& result) {
     const FConvertSpan store = ConvertSpanFunction(Flt64, out.type);
     if (!store || !IsNumeric(in.type)) return;
-    u16 signals[kBlock];
-    double results[kBlock];
-    for (u32 at = 0, n = 0; at < count; at += n) {
-        n = std::min(kBlock, count - at);
+    ForEachBlockOf(count, [&](u32 at, u32 n) {
+        u16 signals[kSignalBlock];
+        double results[kSignalBlock];
         Visit(in.type, [&]<class T>(TElement<T>) {
             const T* pixels = static_cast<const T*>(in.data) + at;
             for (u32 i = 0; i < n; ++i) signals[i] = SignalOf(pixels[i]);
@@ -50,7 +58,7 @@ void ForEachSignal(STypedData out, STypedData in, u8* status, u32 count, const R
             if (status) status[at + i] = flags;
         }
         store(results, static_cast<u8*>(out.data) + at * ElementSize(out.type), n);
-    }
+    });
 }
 
 }  // namespace
@@ -59,7 +67,7 @@ CTrnMeasConv::CTrnMeasConv() : CTrnMeasConv(nullptr, nullptr, nullptr, nullptr) 
 
 CTrnMeasConv::CTrnMeasConv(const _adjust_par_t* adjust, const _tdrift_par_t* tdrift, const _object_par_t* object,
                            const _cal_param_t* calib)
-    : TSignalModel(CRadianceFit(kLowWave, kHighWave, CRadianceFit::EWays::Both)) {
+    : TSignalModel(kLowWave, kHighWave, true) {
     init(adjust, tdrift, object, calib, true);
 }
 
@@ -106,26 +114,30 @@ double CTrnMeasConv::doCalcAtmTao() const {
 
 void CTrnMeasConv::doUpdateUflwOflw() {
     SPowSpan span = CalcPowSpan();
-    const double high = detector_.Pow(65535.0);
+    const double high = PowOf(detector_, 65535.0);
     if (!(high > span.top)) span.top = high;
     if (!(span.bottom > kNoData)) span.bottom = kNoData;
     SetPowLimits(span);
 }
 
-double CTrnMeasConv::imgToPow(i32 img) const { return img == 0 ? kNoData : detector_.Pow(std::clamp(img, 1, 65535)); }
+double CTrnMeasConv::imgToPow(i32 img) const {
+    return img == 0 ? kNoData : PowOf(detector_, std::clamp(img, 1, 65535));
+}
 
 u16 CTrnMeasConv::powToImg(double pow) const {
     if (pow == kNoData) return 0;
-    const u32 img = static_cast<u32>(TruncateTo<i32>(detector_.Count(pow) + 0.5));
+    const u32 img = static_cast<u32>(TruncateTo<i32>(CountOf(detector_, pow) + 0.5));
     if (img > 65535) return 65535;  // a negative count has become a great one, deliberately
     return img ? static_cast<u16>(img) : u16{1};
 }
+
+u16 CTrnMeasConv::tempToImg(double kelvin) const { return powToImg(objSigToPow(tempToObjSig(kelvin))); }
 
 float CTrnMeasConv::tempToRad(float celsius) { return static_cast<float>(Radiance(celsius, kLowWave, kHighWave, 1.0)); }
 
 double CTrnMeasConv::clipPow(double pow, int* code) const {
     constexpr int kCodes[] = {1, 4, 3, 0, 2};  // of the status bits
-    const u8 flags = clipOn_ ? limits_.Apply(pow) : u8{0};
+    const u8 flags = clipOn_ ? Limit(pow, limits_) : u8{0};
     if (code) *code = kCodes[flags];
     return pow;
 }
@@ -140,94 +152,97 @@ struct CTrnMeasConv::SKernel {
     SLimitRule limits;
     double K1;
     double K2;
+    SSignalUnit to;
 
-    double ObjectSignal(u16 img, u8& flags) const {
-        double pow = img ? detector.Pow(img) : kNoData;
-        flags = static_cast<u8>((img ? 0 : 32) | (clipOn ? limits.Apply(pow) : 0));
+    double ObjectSignalOf(u16 img, u8& flags) const {
+        double pow = img ? PowOf(detector, img) : kNoData;
+        flags = static_cast<u8>((img ? 0 : 32) | (clipOn ? Limit(pow, limits) : 0));
         return pow * K1 - K2;
     }
-    double ObjectSignal(u16 img, u8* status) const {
+    double ValueOf(u16 img, u8* status) const {
         u8 unwanted = 0;
-        return ObjectSignal(img, status ? *status : unwanted);
+        return to.ValueOf(ObjectSignalOf(img, status ? *status : unwanted));
+    }
+
+    /// A block of signals of any 16 bits.
+    void operator()(const u16* counts, u32 n, float* out, u8* status) const {
+        const SKernel self = *this;
+        double signals[kSignalBlock];
+        for (u32 i = 0; i < n; ++i) {
+            u8 flags = 0;
+            signals[i] = self.ObjectSignalOf(counts[i], flags);
+            if (status) status[i] = flags;
+        }
+        to.ValuesOf(signals, n, out);
+    }
+
+    void Run(STypedData out, STypedData in, u8* status, u32 count) const {
+        if (in.type == UInt16 && out.type == Flt32) {  // as a frame is
+            return RunSignals(static_cast<const u16*>(in.data), static_cast<float*>(out.data), status, count,
+                              [this](const u16* counts, u32 n, float* values, u8* flags) {
+                                  u16 limited[kSignalBlock];
+                                  std::transform(counts, counts + n, limited,
+                                                 [](u16 img) { return std::min(img, kTopSignal); });
+                                  (*this)(limited, n, values, flags);
+                              });
+        }
+        ForEachSignal(out, in, status, count,
+                      [this](u32, u16 img, u8& flags) { return to.ValueOf(ObjectSignalOf(img, flags)); });
     }
 };
 
-CTrnMeasConv::SKernel CTrnMeasConv::Kernel() const { return {detector_, clipOn_, limits_, K1_, K2_}; }
-
-auto CTrnMeasConv::TemperatureOf(ETempType scale) const {
-    return
-        [curve = Curve(), to = KelvinScale(scale)](double signal) { return to.FromKelvin(curve.Temperature(signal)); };
+CTrnMeasConv::SKernel CTrnMeasConv::Kernel(EUnit unit, ETempType scale) const {
+    return {detector_, clipOn_, limits_, K1_, K2_, In(unit, scale)};
 }
 
-double CTrnMeasConv::imgToObjectSignal(u16 img, u8* status) const { return Kernel().ObjectSignal(img, status); }
+double CTrnMeasConv::imgToObjectSignal(u16 img, u8* status) const { return Kernel(ObjectSignal).ValueOf(img, status); }
 double CTrnMeasConv::imgToTemp(u16 img, u8* status, ETempType scale) const {
-    return TemperatureOf(scale)(imgToObjectSignal(img, status));
+    return Kernel(TemperatureFactory, scale).ValueOf(img, status);
 }
-double CTrnMeasConv::imgToRad(u16 img, u8* status) const { return fit_.radiance().At(imgToObjectSignal(img, status)); }
+double CTrnMeasConv::imgToRad(u16 img, u8* status) const { return Kernel(RadianceFactory).ValueOf(img, status); }
 
 u16 CTrnMeasConv::objectSignalToImg(double signal, u8* status) const {
     const double pow = objSigToPow(signal);
     const bool none = K1_ > 0 && pow == kNoData;
-    const u32 img = none ? 0 : static_cast<u32>(RoundToInteger(detector_.Count(pow)));
+    const u32 img = none ? 0 : static_cast<u32>(RoundToInteger(CountOf(detector_, pow)));
     if (status) *status = none ? 32 : img > 65535 ? 4 : img == 0 ? 2 : 0;
     if (none) return 0;
     return static_cast<u16>(std::clamp(img, 1u, 65535u));
 }
 u16 CTrnMeasConv::radToImg(double radiance, u8* status) const {
-    return objectSignalToImg(fit_.signal().At(radiance), status);
+    return objectSignalToImg(At(fit_.signal, radiance), status);
 }
 u16 CTrnMeasConv::tempToImg(double value, u8* status, ETempType scale) const {
     return objectSignalToImg(tempToObjSig(KelvinScale(scale).ToKelvin(value)), status);
 }
 
-template <class ValueOf>
-void CTrnMeasConv::RunRange(u16 first, u16 last, float* out, u8* status, const ValueOf& valueOf) const {
-    const SKernel kernel = Kernel();
-    const u32 count = first <= last ? u32{last} - first + 1 : 0;
-    for (u32 i = 0; i < count; ++i) {
-        u8 flags = 0;
-        out[i] = static_cast<float>(valueOf(kernel.ObjectSignal(static_cast<u16>(first + i), flags)));
-        if (status) status[i] = flags;
-    }
-}
-
 void CTrnMeasConv::imgToTemp(u16 first, u16 last, float* out, u8* status, ETempType scale) const {
-    RunRange(first, last, out, status, TemperatureOf(scale));
+    RunRange(first, last, out, status, Kernel(TemperatureFactory, scale));
 }
 void CTrnMeasConv::imgToRad(u16 first, u16 last, float* out, u8* status) const {
-    RunRange(first, last, out, status, [fit = fit_.radiance()](double signal) { return fit.At(signal); });
+    RunRange(first, last, out, status, Kernel(RadianceFactory));
 }
 void CTrnMeasConv::imgToObjectSignal(u16 first, u16 last, float* out, u8* status) const {
-    RunRange(first, last, out, status, [](double signal) { return signal; });
-}
-
-template <class ValueOf>
-void CTrnMeasConv::RunTyped(STypedData out, STypedData in, u8* status, u32 count, const ValueOf& valueOf) const {
-    ForEachSignal(out, in, status, count, [kernel = Kernel(), valueOf](u32, u16 img, u8& flags) {
-        return valueOf(kernel.ObjectSignal(img, flags));
-    });
+    RunRange(first, last, out, status, Kernel(ObjectSignal));
 }
 
 void CTrnMeasConv::imgToTemp(STypedData out, STypedData in, u8* status, u32 count, ETempType scale) const {
-    RunTyped(out, in, status, count, TemperatureOf(scale));
+    Kernel(TemperatureFactory, scale).Run(out, in, status, count);
 }
 void CTrnMeasConv::imgToRad(STypedData out, STypedData in, u8* status, u32 count) const {
-    RunTyped(out, in, status, count, [fit = fit_.radiance()](double signal) { return fit.At(signal); });
+    Kernel(RadianceFactory).Run(out, in, status, count);
 }
 void CTrnMeasConv::imgToObjectSignal(STypedData out, STypedData in, u8* status, u32 count) const {
-    RunTyped(out, in, status, count, [](double signal) { return signal; });
+    Kernel(ObjectSignal).Run(out, in, status, count);
 }
 
 void CTrnMeasConv::updateLUT() {
     const auto tables = std::make_shared<STables>();
-    const auto temperatureOf = TemperatureOf(Celsius);
-    const SKernel kernel = Kernel();
-    for (u32 img = 0; img < kSignals; ++img) {
-        const double signal = kernel.ObjectSignal(static_cast<u16>(img), tables->status[img]);
-        tables->objectSignal[img] = static_cast<float>(signal);
-        tables->celsius[img] = static_cast<float>(temperatureOf(signal));
-        tables->radiance[img] = static_cast<float>(fit_.radiance().At(tables->objectSignal[img]));
-    }
+    RunRange(0, kTopSignal, tables->celsius, tables->status, Kernel(TemperatureFactory, Celsius));
+    RunRange(0, kTopSignal, tables->objectSignal, nullptr, Kernel(ObjectSignal));
+    // Of the table that was narrowed, not of the signals.
+    std::transform(tables->objectSignal, tables->objectSignal + kSignals, tables->radiance,
+                   [fit = fit_.radiance](float signal) { return static_cast<float>(At(fit, signal)); });
     tables_ = tables;
 }
 

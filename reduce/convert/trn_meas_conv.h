@@ -4,7 +4,6 @@
 
 #include "core/typed_data.h"
 #include "reduce/convert/signal_model.h"
-#include "reduce/convert/tern_detector.h"
 
 namespace ovix::reduce {
 
@@ -77,6 +76,8 @@ struct _imageinfo_t {
     float dewarTemp = 0;
 };
 
+extern template class OVIX_REDUCE_API TSignalModel<_object_par_t, _cal_param_t>;
+
 /// The radiometric formula of the Tern family: from a count of 14 bits, *img*, to pow, object signal, temperature and
 /// radiance, and back. Temperatures are in kelvin where nothing else is said, radiances those of the band from 3 to 5
 /// micrometres. One model serves one preset.
@@ -114,7 +115,7 @@ class OVIX_REDUCE_API CTrnMeasConv : public TSignalModel<_object_par_t, _cal_par
     double imgToPow(i32 img) const;
     /// 0 for -1, else 1 to 65535, rounded. What comes out negative is 65535.
     u16 powToImg(double pow) const;
-    u16 tempToImg(double kelvin) const { return powToImg(objSigToPow(tempToObjSig(kelvin))); }
+    u16 tempToImg(double kelvin) const;
     /// The radiance of a black body at so many degrees Celsius.
     static float tempToRad(float celsius);
 
@@ -188,13 +189,7 @@ class OVIX_REDUCE_API CTrnMeasConv : public TSignalModel<_object_par_t, _cal_par
         u8 status[kSignals];
     };
 
-    // `valueOf` makes a value of an object signal.
-    SKernel Kernel() const;
-    auto TemperatureOf(ETempType scale) const;
-    template <class ValueOf>
-    void RunRange(u16 first, u16 last, float* out, u8* status, const ValueOf& valueOf) const;
-    template <class ValueOf>
-    void RunTyped(STypedData out, STypedData in, u8* status, u32 count, const ValueOf& valueOf) const;
+    SKernel Kernel(EUnit unit, ETempType scale = Celsius) const;
 
     _adjust_par_t adjust_;
     _tdrift_par_t tdrift_;

@@ -3,8 +3,8 @@
 #include <optional>
 
 #include "core/rcal_file.h"
+#include "reduce/convert/converter_factory.h"
 #include "reduce/convert/table_converter.h"
-#include "reduce/convert/typed_converter.h"
 #include "reduce/pixels/radiance_params.h"
 #include "reduce/pixels/temperature_params.h"
 

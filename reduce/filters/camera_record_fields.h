@@ -1,6 +1,6 @@
 #pragma once
 
-#include "reduce/convert/curlew_factory_cal_reduce_object.h"
+#include "reduce/convert/factory_calibrations.h"
 #include "reduce/filters/frame_questions.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/date_time.h"
-#include "reduce/convert/curlew_factory_cal_reduce_object.h"
+#include "reduce/convert/factory_calibrations.h"
 #include "reduce/filters/curlew_camera_info_reduce_object.h"
 #include "reduce/objects/frame_info_reduce_object.h"
 #include "reduce/objects/object_parameters_reduce_object.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "reduce/convert/tern_factory_cal_reduce_object.h"
+#include "reduce/convert/factory_calibrations.h"
 #include "reduce/filters/frame_types.h"
 #include "reduce/filters/header_line_registration.h"
 #include "reduce/filters/osprey_frame_info_reduce_object.h"

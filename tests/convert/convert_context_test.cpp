@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "reduce/convert/converter.h"
-#include "reduce/convert/curlew_factory_cal_reduce_object.h"
+#include "reduce/convert/factory_calibrations.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/reduce_object_array.h"
 #include "reduce/objects/source_info_reduce_object.h"
@@ -124,6 +124,7 @@ TEST_F(ConvertContext, ConvertsInAllForms) {
     ASSERT_TRUE(Update({true}));
     test::SFormsImage().Check(convert, {counts.begin(), counts.end()}, false);
     float value = 0;
+    EXPECT_FALSE(context.GetCalibratedRange(value, out[0], 255));
     EXPECT_TRUE(context.Convert(5.5f, value, status[0], 255));
     EXPECT_EQ(value, 5.5f);
     EXPECT_EQ(status[0], 0);
@@ -143,6 +144,9 @@ TEST_F(ConvertContext, ConvertsInAllForms) {
     EXPECT_EQ(value, kelvin[30000]);
     EXPECT_TRUE(context.ConvertBack(value, value, status[0], 255));
     EXPECT_EQ(value, 30000.0f);
+    EXPECT_TRUE(context.GetCalibratedRange(value, out[0], 255));
+    EXPECT_LT(value, 253.15f);
+    EXPECT_GT(out[0], 473.15f);
     const CConvertContext copy = context;
     EXPECT_EQ(copy.converter(), context.converter());
 }

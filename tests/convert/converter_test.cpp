@@ -3,8 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "reduce/convert/converter_factory.h"
-#include "reduce/convert/curlew_factory_cal_reduce_object.h"
-#include "reduce/convert/typed_converter.h"
+#include "reduce/convert/factory_calibrations.h"
 #include "reduce/objects/reduce_object_array.h"
 #include "reduce/objects/source_info_reduce_object.h"
 

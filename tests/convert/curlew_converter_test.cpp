@@ -1,12 +1,12 @@
-#include "reduce/convert/curlew_converter.h"
+#include "reduce/convert/factory_converters.h"
 
 #include <gtest/gtest.h>
 
 #include <numeric>
 #include <vector>
 
-#include "reduce/convert/curlew_factory_cal_reduce_object.h"
-#include "reduce/convert/scene.h"
+#include "reduce/convert/factory_calibrations.h"
+#include "reduce/convert/radiometry.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/reduce_object_array.h"
 #include "support/curlew_camera.h"
@@ -16,6 +16,7 @@ namespace ovix::reduce {
 namespace {
 
 using test::CCurlewReference;
+using test::Real;
 using test::SScene;
 
 class CurlewConverter : public ::testing::Test {
@@ -74,6 +75,11 @@ TEST_F(CurlewConverter, TableIsTheFormulaAtEveryEntry) {
             ASSERT_NEAR(table[static_cast<u32>(i)], static_cast<double>(expected), 1e-4) << i;
             ASSERT_EQ(status[static_cast<u32>(i)], i ? flags : 34) << i;
         }
+        const auto end = [&](Real pow) {
+            const Real signal = pow * reference.K1 - reference.K2;
+            return unit == ObjectSignal ? signal : reference.Kelvin(signal) * 1.8L - 459.67L;
+        };
+        test::ExpectRange(converter, table, status, end(reference.lower), end(reference.upper));
     }
     EXPECT_EQ(params->estimatedAtmosphereTrans, static_cast<float>(reference.tau));
 
@@ -83,7 +89,11 @@ TEST_F(CurlewConverter, TableIsTheFormulaAtEveryEntry) {
     float value = 0;
     u8 status = 0;
     EXPECT_FALSE(converter.SignalToOutput(20000, value, status, 255));  // no value form
+    float upper = 0;
+    EXPECT_TRUE(converter.GetCalibratedRange(value, upper, 255));
+    EXPECT_GT(upper, value);
     ASSERT_TRUE(Update(Counts));
+    EXPECT_FALSE(converter.GetCalibratedRange(value, upper, 255));
     EXPECT_FALSE(converter.UpdateLUT());
     EXPECT_FALSE(converter.BaseToOutput(In(), {&value, Flt32}, nullptr, 1));
 }

@@ -1,4 +1,4 @@
-#include "reduce/convert/curlew_factory_cal_reduce_object.h"
+#include "reduce/convert/factory_calibrations.h"
 
 #include <gtest/gtest.h>
 

@@ -6,8 +6,9 @@
 #include <numeric>
 #include <vector>
 
-#include "reduce/convert/scene.h"
+#include "reduce/convert/radiometry.h"
 #include "support/curlew_camera.h"
+#include "support/simd_targets.h"
 
 namespace ovix::reduce {
 namespace {
@@ -221,6 +222,31 @@ TEST(MeasConv, TemperatureBuffersInEveryScale) {
     EXPECT_EQ(status[2], 99);
     model.imgToTemp(9, 8, out, status, Kelvin);
     EXPECT_EQ(out[0], -1.0f);
+}
+
+TEST(MeasConv, AllProcessorsGiveTheBitsOfTheSingleValues) {
+    // A frame of few values goes through a table, one of many does not.
+    std::vector<u16> few(5000), many(65536);
+    for (u32 i = 0; i < 5000; ++i) few[i] = static_cast<u16>(15000 + i * i % 2500);
+    std::iota(many.begin(), many.end(), u16{0});
+    for (const SScene& scene : {SScene{.emissivity = 0.8f}, SScene{.emissivity = 0.02f}}) {
+        SCurlewConstants camera;
+        camera.planckF = scene.emissivity < 0.5f ? 1.3f : 1.0f;
+        const CMeasConv model = Model(camera, scene);
+        test::ForEachTarget([&] {
+            for (const std::vector<u16>& counts : {few, many}) {
+                std::vector<float> out(counts.size());
+                std::vector<u8> status(counts.size());
+                model.imgToTemp(out.data(), counts.data(), status.data(), static_cast<u32>(counts.size()), Fahrenheit);
+                for (u32 i = 0; i < counts.size(); ++i) {
+                    u8 flags = 0;
+                    const float expected = static_cast<float>(model.imgToTemp(counts[i], &flags) * 1.8 - 459.67);
+                    ASSERT_EQ(out[i], expected) << counts[i];
+                    ASSERT_EQ(status[i], counts[i] ? flags : flags | 32);
+                }
+            }
+        });
+    }
 }
 
 TEST(MeasConv, Radiance) {

@@ -1,4 +1,4 @@
-#include "reduce/convert/merlin_factory_cal_reduce_object.h"
+#include "reduce/convert/factory_calibrations.h"
 
 #include <gtest/gtest.h>
 

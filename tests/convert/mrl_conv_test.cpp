@@ -1,11 +1,15 @@
 #include "reduce/convert/mrl_conv.h"
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <limits>
+#include <thread>
 #include <vector>
 
-#include "reduce/convert/scene.h"
+#include "reduce/convert/radiometry.h"
 #include "support/merlin_camera.h"
 
 namespace ovix::reduce {
@@ -172,6 +176,34 @@ TEST(MrlConv, AllFormsGiveTheBitsOfOneThread) {
         EXPECT_EQ(out[0], model.SignalToRadiance(65535, nullptr));
         EXPECT_EQ(out[1], -1.0f);
     }
+}
+
+TEST(MrlConv, AForkedChildConvertsAlone) {
+    const CMrlConv model = Model({}, kScenes[2]);
+    std::vector<u16> in(200000);
+    for (u32 i = 0; i < in.size(); ++i) in[i] = static_cast<u16>(i);
+    const auto convert = [&] {
+        std::vector<float> out(in.size());
+        model.SignalToTemperature(in.data(), out.data(), nullptr, static_cast<u32>(in.size()), Kelvin);
+        return out;
+    };
+    const std::vector<float> expected = convert();
+    std::atomic<bool> done = false;
+    std::thread load([&] {
+        while (!done) convert();
+    });
+    for (int i = 0; i < 50; ++i) {
+        const pid_t child = fork();
+        if (child == 0) {
+            alarm(60);  // ends a child that waits for threads which it has not
+            _exit(convert() == expected ? 0 : 1);
+        }
+        int ended = -1;
+        waitpid(child, &ended, 0);
+        EXPECT_EQ(ended, 0);
+    }
+    done = true;
+    load.join();
 }
 
 TEST(MrlConv, ScalesOfTemperature) {

@@ -1,4 +1,4 @@
-#include "reduce/convert/preset_table_converter.h"
+#include "reduce/convert/table_converter.h"
 
 #include <gtest/gtest.h>
 
@@ -6,10 +6,9 @@
 #include <vector>
 
 #include "reduce/convert/converter_factory.h"
-#include "reduce/convert/merlin_converter.h"
-#include "reduce/convert/scene.h"
-#include "reduce/convert/tern_converter.h"
-#include "reduce/convert/tern_factory_cal_reduce_object.h"
+#include "reduce/convert/factory_calibrations.h"
+#include "reduce/convert/factory_converters.h"
+#include "reduce/convert/radiometry.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/reduce_object_array.h"
 #include "support/merlin_camera.h"
@@ -47,6 +46,11 @@ struct STern {
         const test::CTernReference reference(Camera(preset), scene, true);
         return static_cast<double>(reference.Kelvin(reference.ObjectSignal(signal, status)) - 273.15L);
     }
+    static std::pair<double, double> Range(int preset, const SScene& scene) {
+        const test::CTernReference r(Camera(preset), scene, true);
+        const auto celsius = [&](test::Real pow) { return static_cast<double>(r.Kelvin(pow * r.K1 - r.K2) - 273.15L); };
+        return {celsius(r.lower), celsius(r.upper)};
+    }
 };
 
 struct SMerlin {
@@ -62,6 +66,10 @@ struct SMerlin {
     static double Celsius(int preset, const SScene& scene, int signal, int& status) {
         const test::CMerlinReference reference(Camera(preset), scene);
         return static_cast<double>(reference.Kelvin(reference.Limited(static_cast<u16>(signal), status)) - 273.15L);
+    }
+    static std::pair<double, double> Range(int preset, const SScene& scene) {
+        const test::CMerlinReference r(Camera(preset), scene);
+        return {static_cast<double>(r.Kelvin(r.lower) - 273.15L), static_cast<double>(r.Kelvin(r.upper) - 273.15L)};
     }
 };
 
@@ -133,6 +141,8 @@ TYPED_TEST(PresetTableConverter, TablesAreTheFormulaAtEveryEntry) {
         ASSERT_EQ(out, table[i]);
         ASSERT_EQ(single, flags);
     }
+    const auto [lower, upper] = TypeParam::Range(2, scene);
+    test::ExpectRange(this->converter, table, status, lower, upper);
     EXPECT_FALSE((this->Update(Counts, {2}) && this->converter.UpdateLUT(2)));
     EXPECT_EQ((this->Update(ObjectSignal, {2}) && this->converter.UpdateLUT(2)), (std::is_same_v<TypeParam, STern>));
     ASSERT_TRUE(this->Update(RadianceFactory, {2}));

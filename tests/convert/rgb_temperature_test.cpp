@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "reduce/convert/rgb_converter.h"
-#include "reduce/convert/temperature_converter.h"
+#include "reduce/convert/uncalibrated_converters.h"
 #include "reduce/objects/reduce_object_array.h"
 
 namespace ovix::reduce {

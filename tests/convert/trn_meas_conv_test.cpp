@@ -6,7 +6,7 @@
 #include <numeric>
 #include <vector>
 
-#include "reduce/convert/scene.h"
+#include "reduce/convert/radiometry.h"
 #include "support/pixel_buffers.h"
 #include "support/tern_camera.h"
 

@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-#include "reduce/convert/tern_factory_cal_reduce_object.h"
+#include "reduce/convert/factory_calibrations.h"
 #include "reduce/filters/osprey_frame_info_reduce_object.h"
 #include "reduce/objects/frame_info_reduce_object.h"
 #include "support/header_line_frames.h"

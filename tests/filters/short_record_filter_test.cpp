@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "core/pixel_types.h"
-#include "reduce/convert/curlew_factory_cal_reduce_object.h"
+#include "reduce/convert/factory_calibrations.h"
 #include "reduce/filters/curlew_camera_info_reduce_object.h"
 #include "reduce/filters/filter_factory.h"
 #include "reduce/objects/frame_info_reduce_object.h"

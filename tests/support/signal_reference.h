@@ -64,6 +64,19 @@ inline Real Surroundings(const SScene& s, Real tau, auto signal) {
     return x > 0 && x < 1 ? withAir + (1 - x) / (x * tau * e) * signal(s.extOpticsTemp) : withAir;
 }
 
+/// The calibrated range that a converter states: all results strictly inside have the status 0 and no others, and its
+/// ends in the output scale are those expected.
+inline void ExpectRange(const auto& converter, const auto& values, const auto& status, Real low, Real high) {
+    float lower = -1, upper = -1;
+    ASSERT_TRUE(converter.GetCalibratedRange(lower, upper, 255));
+    EXPECT_NEAR(lower, static_cast<double>(low), 1e-4);
+    EXPECT_NEAR(upper, static_cast<double>(high), 1e-4);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        EXPECT_EQ(status[i] == 0, lower < values[i] && values[i] < upper) << i;
+    }
+    EXPECT_FALSE(converter.GetCalibratedRange(lower, upper, 7));  // not enabled
+}
+
 /// Scene, curve and limits; a family adds how a count becomes pow and calls `SetLimits`.
 template <class Constants>
 class TSignalReference {
