@@ -1,7 +1,6 @@
 #include "reduce/pixels/abate.h"
 
-#include "reduce/pixels/mapped_correction.h"
-#include "reduce/pixels/nuc_corrector.h"
+#include "reduce/pixels/nuc_kernel.h"
 #include "reduce/pixels/simd/merge_simd.h"
 
 namespace ovix::reduce {
@@ -10,6 +9,8 @@ namespace {
 
 constexpr u32 kBlock = 2048;
 static_assert(kBlock <= simd::kMovedBlock);
+/// What a further preset is corrected for where any of it is pending.
+constexpr u32 kPiece = 128;
 
 /// The correction of counts, which rounds. That of floats is the one of `ApplyNUC`.
 class CMergeCorrector {
@@ -77,14 +78,32 @@ class TMerge {
         T* destination = static_cast<T*>(call_.destination) + first;
         T* values = inPlace_ ? room : destination;
         u8* status = call_.status ? call_.status + first : statusRoom;
-        bool pending = true;
-        for (u32 i = 0; i < walk_.count && pending; ++i) {
-            const u8 preset = walk_.presets[i];
-            T corrected[kBlock];
-            const simd::SMergeStep step{preset, i == 0, i + 1 == walk_.count, walk_.fromLast, call_.thresholds[preset]};
-            pending = simd::TakePending(Corrected(preset, first, count, corrected), step, values, status, count);
+        bool pending = Take(0, first, count, values, status);
+        for (u32 i = 1; i < walk_.count && pending; ++i) {
+            pending = TakeWherePending(i, first, count, values, status);
         }
         if (inPlace_) std::memcpy(destination, room, count * sizeof(T));
+    }
+
+    /// Only the pieces in which a pixel is pending are corrected, neighbours together.
+    bool TakeWherePending(u32 step, u32 first, u32 count, T* values, u8* status) const {
+        bool pending = false;
+        for (u32 at = 0, end = 0; at < count; at = end + kPiece) {
+            end = at;
+            while (end < count && simd::AnyPending(status + end, std::min(kPiece, count - end))) end += kPiece;
+            const u32 n = std::min(end, count) - at;
+            if (n) pending |= Take(step, first + at, n, values + at, status + at);
+        }
+        return pending;
+    }
+
+    /// The pending pixels of a stretch take the preset at a step of the walk. Answers whether any is pending still.
+    bool Take(u32 step, u32 first, u32 count, T* values, u8* status) const {
+        const u8 preset = walk_.presets[step];
+        T corrected[kBlock];
+        return simd::TakePending(Corrected(preset, first, count, corrected),
+                                 {preset, step == 0, step + 1 == walk_.count, walk_.fromLast, call_.thresholds[preset]},
+                                 values, status, count);
     }
 
     /// The corrected pixels of a preset: in `room`, or in place where there is nothing to correct.

@@ -1,8 +1,7 @@
 #include "reduce/pixels/apply_nuc.h"
 
 #include "core/visit.h"
-#include "reduce/pixels/mapped_correction.h"
-#include "reduce/pixels/nuc_corrector.h"
+#include "reduce/pixels/nuc_kernel.h"
 
 namespace ovix::reduce {
 

@@ -1,8 +1,7 @@
 #include "reduce/pixels/get_image_data.h"
 
 #include "core/convert_array.h"
-#include "core/visit.h"
-#include "reduce/pixels/selection.h"
+#include "reduce/pixels/parts.h"
 
 namespace ovix::reduce {
 
@@ -14,12 +13,6 @@ struct SMove {
     STypedData destination;
 
     FConvertSpan Convert() const { return ConvertSpanFunction(source.type, destination.type); }
-    const u8* SourceAt(std::size_t index) const {
-        return static_cast<const u8*>(source.data) + index * ElementSize(source.type);
-    }
-    u8* DestinationAt(std::size_t n) const {
-        return static_cast<u8*>(destination.data) + n * ElementSize(destination.type);
-    }
 };
 
 /// Repeats the first of `count` elements of `size` bytes over all of them.
@@ -34,7 +27,7 @@ void Extract(const Selection& selection, const SMove& move, const u8* sourceStat
     const std::size_t size = ElementSize(move.source.type);
     ForEachRun(selection, [&](const auto& run) {
         SElementScratch scratch;
-        convert(ViewElements(run, move.source.data, size, scratch), move.DestinationAt(run.out), run.count);
+        convert(ViewElements(run, move.source.data, size, scratch), ElementAt(move.destination, run.out), run.count);
         if (!destinationStatus) return;
         if (sourceStatus) {
             std::memcpy(destinationStatus + run.out, ViewElements(run, sourceStatus, 1, scratch), run.count);
@@ -54,8 +47,8 @@ void ExtractFirstColumn(const Lines& lines, const SMove& move, const u8* sourceS
         const u32 count = CountPixels(line);
         if (!count) return;
         const std::size_t rowStart = std::size_t{line.row} * lines.width;
-        convert(move.SourceAt(rowStart), move.DestinationAt(out), 1);
-        Repeat(move.DestinationAt(out), ElementSize(move.destination.type), count);
+        convert(ElementAt(move.source, rowStart), ElementAt(move.destination, out), 1);
+        Repeat(ElementAt(move.destination, out), ElementSize(move.destination.type), count);
         std::memset(destinationStatus + out, sourceStatus[rowStart], count);
         out += count;
     });

@@ -1,6 +1,6 @@
 #include "reduce/pixels/get_stats_lut.h"
 
-#include "reduce/pixels/lut_index.h"
+#include "reduce/pixels/lut_kernel.h"
 #include "reduce/pixels/parts.h"
 #include "reduce/pixels/stats_calculator.h"
 #include "reduce/pixels/stats_route.h"

@@ -17,6 +17,11 @@ STypedData ViewOf(const Run& run, STypedData frame, SElementScratch& scratch) {
     return {const_cast<void*>(ViewElements(run, frame.data, ElementSize(frame.type), scratch)), frame.type};
 }
 
+/// Element i of a buffer.
+inline u8* ElementAt(STypedData data, std::size_t i) {
+    return static_cast<u8*>(data.data) + i * ElementSize(data.type);
+}
+
 /// The types of radiances and temperatures in buffers.
 constexpr bool IsFloating(EDataType type) { return type == Flt32 || type == Flt64; }
 

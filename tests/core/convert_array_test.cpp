@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <vector>
 
 #include "core/numeric_cast.h"
 #include "tests/support/pixel_buffers.h"
@@ -55,6 +56,19 @@ TEST(ConvertArray, MovesBetweenAllPairsOfTypes) {
         }
         EXPECT_EQ(dest[2], 77);
     });
+}
+
+TEST(ConvertArray, TruncatesOneByOneWhereABlockHoldsValuesBeyond32Bits) {
+    std::vector<float> source(1000);
+    for (u32 i = 0; i < 1000; ++i) source[i] = static_cast<float>(i) * 70.5f - 200;
+    source[300] = 4294967296.0f + 1024;  // 32 bits would give 0
+    source[999] = -kInf;
+    std::vector<u16> dest(1000);
+    ASSERT_TRUE(ConvertArray({dest.data(), UInt16}, {source.data(), Flt32}, 1000));
+    for (u32 i = 0; i < 1000; ++i) {
+        const double whole = std::trunc(source[i]);
+        EXPECT_EQ(dest[i], std::isinf(whole) ? 0 : static_cast<u16>(static_cast<i64>(whole))) << i;
+    }
 }
 
 TEST(ConvertArray, RefusesWhatIsNotNumeric) {

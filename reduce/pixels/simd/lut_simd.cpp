@@ -4,7 +4,7 @@
 #include <chrono>
 #include <cstring>
 
-#include "reduce/pixels/lut_index.h"
+#include "reduce/pixels/formulas.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "reduce/pixels/simd/lut_simd.cpp"

@@ -1,6 +1,6 @@
 #include "reduce/pixels/simd/merge_simd.h"
 
-#include "reduce/pixels/merge_formula.h"
+#include "reduce/pixels/formulas.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "reduce/pixels/simd/merge_simd.cpp"
@@ -136,6 +136,16 @@ bool TakePendingFloats(const float* corrected, const SMergeStep& step, float* va
     return TakeAny(corrected, step, values, status, count);
 }
 
+bool AnyPending(const u8* status, std::size_t count) {
+    const hn::ScalableTag<u8> d;
+    auto seen = hn::Zero(d);
+    u8 rest = 0;
+    std::size_t i = 0;
+    for (; i + hn::Lanes(d) <= count; i += hn::Lanes(d)) seen = hn::Or(seen, hn::LoadU(d, status + i));
+    for (; i < count; ++i) rest |= status[i];
+    return (rest & kPending) || !hn::AllTrue(d, hn::Lt(seen, hn::Set(d, kPending)));
+}
+
 }  // namespace ovix::reduce::simd::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
@@ -145,6 +155,7 @@ namespace ovix::reduce::simd {
 HWY_EXPORT(CorrectForMerge);
 HWY_EXPORT(TakePendingCounts);
 HWY_EXPORT(TakePendingFloats);
+HWY_EXPORT(AnyPending);
 
 void CorrectForMerge(const u16* x, const float* gain, const i16* offset, u16* dest, std::size_t count,
                      const TLimits<float>* limits) {
@@ -156,6 +167,8 @@ bool TakePending(const u16* corrected, const SMergeStep& step, u16* values, u8* 
 bool TakePending(const float* corrected, const SMergeStep& step, float* values, u8* status, std::size_t count) {
     return HWY_DYNAMIC_DISPATCH(TakePendingFloats)(corrected, step, values, status, count);
 }
+
+bool AnyPending(const u8* status, std::size_t count) { return HWY_DYNAMIC_DISPATCH(AnyPending)(status, count); }
 
 }  // namespace ovix::reduce::simd
 #endif

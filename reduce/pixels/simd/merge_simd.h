@@ -3,7 +3,7 @@
 #include <cstddef>
 
 #include "core/types.h"
-#include "reduce/pixels/limits.h"
+#include "reduce/pixels/formulas.h"
 
 /// Steps of the merging of presets in the widest registers that the processor has, chosen at run time.
 namespace ovix::reduce::simd {
@@ -30,5 +30,8 @@ struct SMergeStep {
 /// Gives every pending pixel the value and the number of this preset. Answers whether any is pending still.
 bool TakePending(const u16* corrected, const SMergeStep& step, u16* values, u8* status, std::size_t count);
 bool TakePending(const float* corrected, const SMergeStep& step, float* values, u8* status, std::size_t count);
+
+/// Whether any of at least one pixel is pending.
+bool AnyPending(const u8* status, std::size_t count);
 
 }  // namespace ovix::reduce::simd

@@ -3,10 +3,10 @@
 #include <cstddef>
 
 #include "core/types.h"
-#include "reduce/pixels/limits.h"
+#include "reduce/pixels/formulas.h"
 
-/// The correction of the most frequent types, fused to one loop, in the widest registers that the processor has, chosen
-/// at run time.
+/// The correction of the most frequent types, fused to one loop, and the pixels that a replacement map moves: in the
+/// widest registers that the processor has, chosen at run time.
 namespace ovix::reduce::simd {
 
 /// Gain and, when `offset` is not null, offset; then the cast and, when `limits` is not null, the clip. Limits of
@@ -18,5 +18,18 @@ void Correct(const u16* x, const float* gain, const i16* offset, float* dest, st
              const TLimits<float>* limits);
 void Correct(const float* x, const float* gain, const i16* offset, float* dest, std::size_t count,
              const TLimits<float>* limits);
+
+/// Pixels that are looked at in one call, at most.
+inline constexpr u32 kMovedBlock = 4096;
+
+/// The room for what a call finds: the widest register may be stored behind the last one.
+struct SMovedPixels {
+    u32 places[kMovedBlock + 64];
+    u32 count;
+};
+
+/// Finds the pixels of a block that a replacement map moves: those i below `count` with map[i] != first + i, where
+/// `first` is the frame index of the block's first pixel.
+void FindMoved(const u32* map, u32 first, u32 count, SMovedPixels& moved);
 
 }  // namespace ovix::reduce::simd

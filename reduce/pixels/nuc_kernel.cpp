@@ -1,11 +1,10 @@
-#include "reduce/pixels/nuc_corrector.h"
+#include "reduce/pixels/nuc_kernel.h"
 
 #include <algorithm>
 #include <cstring>
 
 #include "core/visit.h"
-#include "reduce/pixels/limits.h"
-#include "reduce/pixels/nuc_formula.h"
+#include "reduce/pixels/formulas.h"
 #include "reduce/pixels/simd/nuc_simd.h"
 
 namespace ovix::reduce {
