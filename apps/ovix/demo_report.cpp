@@ -1,14 +1,15 @@
-#include "apps/ovix/demo_report.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cmath>
 
 #include "apps/ovix/cli/console.h"
+#include "apps/ovix/demo.h"
 #include "apps/ovix/output/frame_writer.h"
 #include "apps/ovix/pipeline/scene_json.h"
+#include "apps/ovix/scene.h"
 #include "apps/ovix/text_table.h"
+#include "apps/ovix/units.h"
 
 namespace ovix::app {
 namespace {
@@ -24,6 +25,21 @@ TSharedPtr<Object> Find(const SDemoFrame& frame, int preset) {
 std::string Degrees(double kelvin, ETempType scale) {
     const double tenths = std::round(10 * CMath::ConvertTemperature(kelvin, Kelvin, scale));
     return fmt::format("{:.1f}", tenths / 10 + 0.0);  // no minus before a zero
+}
+
+/// The values that the temperatures rest on, each with its unit in its key.
+Json DescribeScene(const SDemoFrame& frame) {
+    const auto scene = Find<reduce::CObjectParametersReduceObject>(frame, -1);
+    return scene ? SceneJson(*scene) : Json::object();
+}
+
+/// The same for a reader, in one line.
+std::string CaptionOf(const SDemoFrame& frame, ETempType scale) {
+    const auto scene = Find<reduce::CObjectParametersReduceObject>(frame, -1);
+    if (!scene) return {};
+    return fmt::format("{}  ·  emissivity {:.2f}  ·  distance {:.1f} m  ·  reflected {} {}", frame.pixelType,
+                       scene->emissivity, scene->distance, Degrees(scene->reflectedTemp, scale),
+                       UnitText(TemperatureFactory, scale).symbol);
 }
 
 /// A heading, a line under it and the content.
@@ -75,6 +91,28 @@ CTextTable FiguresTable(const SDemoReport& report) {
     return table;
 }
 
+/// A table whose rows say what was measured, a fact about it, and its agreement.
+class CAgreementTable {
+  public:
+    CAgreementTable(const char* what, CTextTable::SColumn fact)
+        : table_({{what, CTextTable::Left},
+                  std::move(fact),
+                  {"Good (px)", CTextTable::Right},
+                  {"Greatest (K)", CTextTable::Right},
+                  {"RMS (K)", CTextTable::Right},
+                  {"Replaced (px)", CTextTable::Right},
+                  {"Greatest (K)", CTextTable::Right},
+                  {"Flagged (px)", CTextTable::Right}}) {}
+    void Row(const std::string& what, const std::string& fact, const SAgreement& a) {
+        table_.Row({what, fact, fmt::format("{}", a.good), fmt::format("{:.4f}", a.max), fmt::format("{:.4f}", a.rms),
+                    fmt::format("{}", a.replaced), fmt::format("{:.2f}", a.replacedMax), fmt::format("{}", a.flagged)});
+    }
+    std::string Text() const { return table_.Text(); }
+
+  private:
+    CTextTable table_;
+};
+
 CAgreementTable AgreementTable(const SDemoReport& report) {
     CAgreementTable table("Form", {"Frame (bytes)", CTextTable::Right});
     for (const SDemoFrame& frame : report.frames) {
@@ -85,14 +123,81 @@ CAgreementTable AgreementTable(const SDemoReport& report) {
     return table;
 }
 
+std::string PresetText(const SPresetDemo& demo, ETempType scale) {
+    const auto range = [&](float low, float high) {
+        const auto degrees = [&](float celsius) { return CMath::ConvertTemperature(celsius, Celsius, scale); };
+        return fmt::format("{:.0f} to {:.0f}", degrees(low), degrees(high));
+    };
+    CAgreementTable table("Integration time",
+                          {fmt::format("Calibrated ({})", UnitText(TemperatureFactory, scale).symbol)});
+    for (std::size_t preset = 0; preset < demo.presets.size(); ++preset) {
+        const SPresetAlone& alone = demo.presets[preset];
+        table.Row(fmt::format("{} ms (preset {})", alone.milliseconds, preset), range(alone.low, alone.high),
+                  alone.agreement);
+    }
+    table.Row("merged", range(demo.presets.front().low, demo.presets.back().high), demo.merged);
+    std::string shares;
+    for (std::size_t preset = 0; preset < demo.presets.size(); ++preset)
+        shares +=
+            fmt::format("{}{:.1f} % from preset {}", preset ? ", " : "", 100 * demo.presets[preset].share, preset);
+    return table.Text() +
+           fmt::format(
+               "\nAlone, the longer one saturates in the hot bearing and the shorter one cannot measure what is "
+               "cool. The merged frame takes {}.\n",
+               shares);
+}
+
+Json Document(const SAgreement& agreement) {
+    return {{"goodPixels", agreement.good},
+            {"maximumDifferenceKelvin", agreement.max},
+            {"rmsDifferenceKelvin", agreement.rms},
+            {"replacedPixels", agreement.replaced},
+            {"flaggedPixels", agreement.flagged}};
+}
+
+Json PresetDocument(const SPresetDemo& demo) {
+    Json list = Json::array();
+    for (const SPresetAlone& alone : demo.presets) {
+        Json json = Document(alone.agreement);
+        json.update({{"integrationMilliseconds", alone.milliseconds},
+                     {"lowCelsius", alone.low},
+                     {"highCelsius", alone.high},
+                     {"shareOfMerged", alone.share}});
+        list.push_back(std::move(json));
+    }
+    Json json = Document(demo.merged);
+    json["agrees"] = demo.merged.Holds();
+    return {{"presets", std::move(list)}, {"merged", std::move(json)}};
+}
+
+std::string UserText(const SUserCalibrationDemo& demo, const SAgreement& factory) {
+    CAgreementTable table("Calibration", {"From"});
+    table.Row("factory", "the frame", factory);
+    table.Row("user", fmt::format("{} points", demo.points), demo.agreement);
+    return table.Text() + fmt::format(
+                              "\nThe polynomial of order {} from counts to radiance leaves residuals of {:.3f} K "
+                              "RMS, {:.3f} K at most.\n",
+                              demo.order, demo.rms, demo.largest);
+}
+
+Json UserDocument(const SUserCalibrationDemo& demo) {
+    Json json = Document(demo.agreement);
+    json.update({{"points", demo.points},
+                 {"order", demo.order},
+                 {"rmsResidualKelvin", demo.rms},
+                 {"largestResidualKelvin", demo.largest},
+                 {"agrees", demo.agreement.Holds()}});
+    return json;
+}
+
 std::string TextOf(const SDemoReport& report) {
     const SDemoFrame& first = report.frames.front();
     std::string text =
         Section("The frame as the camera sent it", MetadataTable(first, report.options).Text()).substr(1);
     text += Section("Statistics", FiguresTable(report).Text());
     text += Section("Measured temperatures against those of the scene", AgreementTable(report).Text());
-    text += Section("Two integration times, merged by preset", report.presets.Text(report.options.scale));
-    text += Section("A user calibration, fitted to the scene", report.user.Text(first.agreement));
+    text += Section("Two integration times, merged by preset", PresetText(report.presets, report.options.scale));
+    text += Section("A user calibration, fitted to the scene", UserText(report.user, first.agreement));
     text +=
         fmt::format("\n{} of a form, of the merged frame or by the user calibration is {} K or more from the scene.\n",
                     report.Agrees() ? "All agree: no good pixel" : "They do not agree: a good pixel", kDemoLimitKelvin);
@@ -142,8 +247,8 @@ Json JsonOf(const SDemoReport& report) {
             {"parameters", DescribeScene(report.frames.front())},
             {"statistics", figures},
             {"frames", frames},
-            {"presets", report.presets.Document()},
-            {"userCalibration", report.user.Document()},
+            {"presets", PresetDocument(report.presets)},
+            {"userCalibration", UserDocument(report.user)},
             {"files", files}};
 }
 
@@ -155,17 +260,33 @@ bool SDemoReport::Agrees() const {
                        [](const SDemoFrame& frame) { return frame.agreement.Holds() && frame.recorded.Holds(); });
 }
 
-Json DescribeScene(const SDemoFrame& frame) {
-    const auto scene = Find<reduce::CObjectParametersReduceObject>(frame, -1);
-    return scene ? SceneJson(*scene) : Json::object();
-}
-
-std::string CaptionOf(const SDemoFrame& frame, ETempType scale) {
-    const auto scene = Find<reduce::CObjectParametersReduceObject>(frame, -1);
-    if (!scene) return {};
-    return fmt::format("{}  ·  emissivity {:.2f}  ·  distance {:.1f} m  ·  reflected {} {}", frame.pixelType,
-                       scene->emissivity, scene->distance, Degrees(scene->reflectedTemp, scale),
-                       UnitText(TemperatureFactory, scale).symbol);
+std::vector<std::filesystem::path> WritePictures(const SDemoReport& report) {
+    const SDemoFrame& frame = report.frames.front();
+    const SDemoOptions& options = report.options;
+    const SSeries series{.width = options.width,
+                         .height = options.height,
+                         .frames = 1,
+                         .unit = UnitText(TemperatureFactory, options.scale),
+                         .title = "Motor with a hot bearing and a cool pipe",
+                         .parameters = DescribeScene(frame)};
+    const SPicture picture{
+        .frame = 0, .values = frame.values, .status = frame.status, .caption = CaptionOf(frame, options.scale)};
+    const SWriteOptions how{
+        .overwrite = options.overwrite, .range = std::nullopt, .marks = SceneRegions(options.width, options.height)};
+    std::vector<std::filesystem::path> written;
+    const auto write = [&](const char* name, const SPicture& shown) {
+        written.push_back(options.directory / name);
+        const auto writer = MakeFrameWriter(written.back(), series, how);
+        writer->Add(shown);
+        writer->Finish();
+    };
+    for (const char* name : {"motor.png", "motor.tif", "motor.npy"}) write(name, picture);
+    SPicture merged = picture;
+    merged.values = report.presets.values;
+    merged.status = report.presets.status;
+    merged.caption = "merged from two integration times";
+    write("motor-merged.png", merged);
+    return written;
 }
 
 void PrintReport(const SDemoReport& report) {

@@ -4,7 +4,7 @@
 
 #include "app_files.h"
 #include "apps/ovix/app_error.h"
-#include "apps/ovix/demo_report.h"
+#include "apps/ovix/json.h"
 #include "apps/ovix/units.h"
 
 namespace ovix::app {

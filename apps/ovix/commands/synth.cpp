@@ -10,14 +10,50 @@
 #include "apps/ovix/input/pixel_type_names.h"
 #include "apps/ovix/output/frame_writer.h"
 #include "apps/ovix/output/output_file.h"
+#include "apps/ovix/recording/library_file.h"
 #include "apps/ovix/scene.h"
 #include "apps/ovix/synth/synth.h"
-#include "apps/ovix/synth/table_files.h"
 #include "core/core.h"
 
 namespace ovix::app {
 
 namespace {
+
+/// One output as the library opens it by a path; which path does not matter.
+class COneFile final : public IFileSystem {
+  public:
+    explicit COneFile(COutputFile& output) : output_(output) {}
+    TSharedPtr<IFile> Open(const CString&, u32) override { return MakeShared<CLibraryOutput>(output_); }
+    CDirectoryListing List(const CString&, const CString&) override { return {}; }
+
+  private:
+    COutputFile& output_;
+};
+
+/// The tables of a correction as files of one stem: STEM.mvg, .mvo and .mvb, those that there are.
+class CTableFiles {
+  public:
+    /// Writes them beside their places. Throws `CFault`, and leaves nothing, when one cannot be written.
+    CTableFiles(const reduce::CCorrectionReduceObject& tables, const std::string& stem, bool overwrite) {
+        const auto add = [&](const char* extension, auto save, auto... table) {
+            COutputFile& file = *files_.emplace_back(std::make_unique<COutputFile>(stem + extension, overwrite));
+            COneFile place(file);
+            if (!save(&place, L"", static_cast<u16>(tables.width), static_cast<u16>(tables.height), u16{0}, table...))
+                throw CFault({.exit = ExitFile, .file = file.Target().string(), .problem = "cannot write"});
+        };
+        if (tables.gain) add(".mvg", CNormFile::SaveGainTable, tables.gain);
+        if (tables.offset) add(".mvo", CNormFile::SaveOffsetTable, tables.offset);
+        if (tables.map) add(".mvb", CNormFile::SaveBadPixelTable, tables.mask, tables.map);
+    }
+
+    /// Puts all of them into their places.
+    void Commit() {
+        for (const auto& file : files_) file->Commit();
+    }
+
+  private:
+    std::vector<std::unique_ptr<COutputFile>> files_;
+};
 
 class CSynthCommand final : public ICommand {
   public:

@@ -84,14 +84,15 @@ u32 CDetector::Neighbour(u32 pixel) const {
     return pixel;
 }
 
-void CDetector::Read(std::span<const float> even, u64 frame, std::vector<u16>& raw) const {
-    raw.resize(even.size());
+std::vector<u16> CDetector::Read(std::span<const float> even, u64 frame) const {
+    std::vector<u16> raw(even.size());
     for (std::size_t i = 0; i < even.size(); ++i) {
         const double noise = noise_ ? kNoiseCounts * Bell(Random(seed_, ForNoise, frame + 1, i)) : 0.0;
         const double count = (double{even[i]} + noise - offset_[i]) / gain_[i];
         raw[i] = static_cast<u16>(std::clamp(std::floor(count + 0.5), 0.0, static_cast<double>(full_)));
         if (bad_[i]) raw[i] = i % 2 ? full_ : u16{0};
     }
+    return raw;
 }
 
 TSharedPtr<reduce::CCorrectionReduceObject> CDetector::Correction() const {
@@ -111,6 +112,13 @@ TSharedPtr<reduce::CCorrectionReduceObject> CDetector::Correction() const {
     }
     correction->valid = true;
     return correction;
+}
+
+std::vector<u16> CPlainResponse::Counts(std::span<const float> kelvin, u64 frame) const {
+    std::vector<float> even;
+    even.reserve(kelvin.size());
+    for (const float temperature : kelvin) even.push_back(response_(temperature));
+    return detector_.Read(even, frame);
 }
 
 }  // namespace ovix::app

@@ -2,29 +2,43 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-
 #include "apps/ovix/fault.h"
-#include "apps/ovix/synth/byte_fields.h"
+#include "apps/ovix/synth/frame_fields.h"
 
 namespace ovix::app {
+namespace {
 
-CHeaderLineSynth::CHeaderLineSynth(const SSynthOptions& options, u32 headerBytes, WriteHeader write,
-                                   CPlainResponse::Response response)
-    : options_(options), headerBytes_(headerBytes), write_(write), camera_(options, response) {
+class CHeaderLineSynth final : public ISynthesizer {
+  public:
+    CHeaderLineSynth(const SSynthOptions& options, u32 headerBytes, WriteHeader write,
+                     CPlainResponse::Response response)
+        : options_(options), headerBytes_(headerBytes), write_(write), camera_(options, response) {}
+
+    std::vector<u8> Frame(u64 number, std::span<const float> kelvin) const override {
+        std::vector<u8> bytes(headerBytes_);
+        write_(bytes.data(), options_, number);
+        bytes.resize(2 * std::size_t{options_.width});  // cut or filled up with zeros
+        AppendCounts(bytes, camera_.Counts(kelvin, number), false);
+        return bytes;
+    }
+    TSharedPtr<reduce::CCorrectionReduceObject> Correction() const override { return camera_.Correction(); }
+
+  private:
+    SSynthOptions options_;
+    u32 headerBytes_;
+    WriteHeader write_;
+    CPlainResponse camera_;
+};
+
+}  // namespace
+
+std::unique_ptr<ISynthesizer> MakeHeaderLineSynth(const SSynthOptions& options, u32 headerBytes, WriteHeader write,
+                                                  CPlainResponse::Response response) {
     const u64 bytes = 2u * u64{options.width} * (options.height + 1u);
     if (bytes < headerBytes)
         throw UsageFault(fmt::format("{} x {} pixels and a header line make {} bytes; the header alone has {}",
                                      options.width, options.height, bytes, headerBytes));
-}
-
-std::vector<u8> CHeaderLineSynth::Frame(u64 number, std::span<const float> kelvin) {
-    std::vector<u8> header(headerBytes_);
-    write_(header.data(), options_, number);
-    header.resize(2 * std::size_t{options_.width});  // cut or filled up with zeros
-    const std::vector<u8> image = CountBytes(camera_.Counts(kelvin, number), false);
-    header.insert(header.end(), image.begin(), image.end());
-    return header;
+    return std::make_unique<CHeaderLineSynth>(options, headerBytes, write, response);
 }
 
 }  // namespace ovix::app

@@ -1,14 +1,11 @@
-#include "apps/ovix/synth/k410_synth.h"
-
 #include <charls/charls.h>
 #include <fmt/format.h>
 
 #include <algorithm>
 
 #include "apps/ovix/fault.h"
-#include "apps/ovix/synth/byte_fields.h"
+#include "apps/ovix/synth/frame_fields.h"
 #include "apps/ovix/synth/record_camera.h"
-#include "apps/ovix/synth/video.h"
 
 namespace ovix::app {
 namespace {
@@ -72,7 +69,7 @@ class CK410Synth final : public ISynthesizer {
   public:
     explicit CK410Synth(const SSynthOptions& options) : options_(options), camera_(options) {}
 
-    std::vector<u8> Frame(u64 number, std::span<const float> kelvin) override {
+    std::vector<u8> Frame(u64 number, std::span<const float> kelvin) const override {
         const GUID& type = options_.type;
         if (type == kBGR) return BGRPicture(kelvin, options_.width, options_.height);
         if (IsVideo(type)) return YuvPicture(kelvin, type == kUYVY ? kUYVYPlaces : kYUY2Places);
@@ -83,12 +80,12 @@ class CK410Synth final : public ISynthesizer {
     }
 
   private:
-    std::vector<u8> CompressedFrame(u64 number, std::span<const float> kelvin) {
+    std::vector<u8> CompressedFrame(u64 number, std::span<const float> kelvin) const {
         std::vector<u8> bytes = CompressedImage(options_, camera_.Counts(kelvin, number));
         AppendContainer(bytes, camera_, number, false);
         return bytes;
     }
-    std::vector<u8> PlainFrame(u64 number, std::span<const float> kelvin) {
+    std::vector<u8> PlainFrame(u64 number, std::span<const float> kelvin) const {
         const bool swapped = options_.form.ends_with("-swapped");
         std::vector<u16> counts = camera_.Counts(kelvin, number);
         if (options_.type == kGigEFlipped) std::reverse(counts.begin(), counts.end());

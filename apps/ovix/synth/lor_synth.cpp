@@ -1,10 +1,7 @@
-#include "apps/ovix/synth/lor_synth.h"
-
 #include <cmath>
 
-#include "apps/ovix/synth/byte_fields.h"
+#include "apps/ovix/synth/frame_fields.h"
 #include "apps/ovix/synth/header_line_synth.h"
-#include "apps/ovix/synth/synth_clock.h"
 
 namespace ovix::app {
 namespace {
@@ -68,10 +65,14 @@ std::vector<SSynthForm> FormsSB() {
 }  // namespace
 
 SSynthFamily LORRASynthFamily() {
-    return {L"LOR-RA", FormsRA, MakeSynth<THeaderLineSynth<kHeaderBytes, Write>, FormsRA>};
+    return {L"LOR-RA", FormsRA, [](const SSynthOptions& options) {
+                return MakeHeaderLineSynth(WithForm(options, FormsRA()), kHeaderBytes, Write);
+            }};
 }
 SSynthFamily LORSBSynthFamily() {
-    return {L"LOR-SB", FormsSB, MakeSynth<THeaderLineSynth<kBytesWithLens, WriteSB>, FormsSB>};
+    return {L"LOR-SB", FormsSB, [](const SSynthOptions& options) {
+                return MakeHeaderLineSynth(WithForm(options, FormsSB()), kBytesWithLens, WriteSB);
+            }};
 }
 
 }  // namespace ovix::app

@@ -1,9 +1,7 @@
-#include "apps/ovix/synth/mvfalcon_synth.h"
-
 #include <cmath>
 
+#include "apps/ovix/synth/frame_fields.h"
 #include "apps/ovix/synth/header_line_synth.h"
-#include "apps/ovix/synth/synth_clock.h"
 
 namespace ovix::app {
 namespace {
@@ -74,7 +72,9 @@ std::vector<SSynthForm> Forms() { return {{kFrame, "header-line", "a header line
 }  // namespace
 
 SSynthFamily MVFalconSynthFamily() {
-    return {L"MVFalcon", Forms, MakeSynth<THeaderLineSynth<kHeaderBytes, Write>, Forms>};
+    return {L"MVFalcon", Forms, [](const SSynthOptions& options) {
+                return MakeHeaderLineSynth(WithForm(options, Forms()), kHeaderBytes, Write);
+            }};
 }
 
 }  // namespace ovix::app

@@ -1,9 +1,7 @@
-#include "apps/ovix/synth/osprey_synth.h"
-
 #include <cmath>
 
+#include "apps/ovix/synth/frame_fields.h"
 #include "apps/ovix/synth/header_line_synth.h"
-#include "apps/ovix/synth/synth_clock.h"
 
 namespace ovix::app {
 namespace {
@@ -39,7 +37,9 @@ std::vector<SSynthForm> Forms() { return {{kFrame, "header-line", "a header line
 }  // namespace
 
 SSynthFamily OspreySynthFamily() {
-    return {L"Osprey", Forms, MakeSynth<THeaderLineSynth<kHeaderBytes, Write, PlanckResponse>, Forms>};
+    return {L"Osprey", Forms, [](const SSynthOptions& options) {
+                return MakeHeaderLineSynth(WithForm(options, Forms()), kHeaderBytes, Write, PlanckResponse);
+            }};
 }
 
 }  // namespace ovix::app

@@ -1,13 +1,14 @@
 #include "apps/ovix/synth/record_camera.h"
 
-#include "apps/ovix/synth/byte_fields.h"
+#include <algorithm>
+
+#include "apps/ovix/output/palette.h"
+#include "apps/ovix/synth/frame_fields.h"
 
 namespace ovix::app {
 namespace {
 
-constexpr u16 kFullCount = 16383;            ///< the detector's converter has 14 bits
-constexpr u32 kFirstSecond = 1'768'478'400;  ///< 2026-01-15 12:00:00 UTC, in Unix seconds
-constexpr u32 kMillisecondsPerFrame = 20;
+constexpr u16 kFullCount = 16383;  ///< the detector's converter has 14 bits
 
 /// About 130 counts a kelvin at room temperature.
 const reduce::SAdjustParams kAdjust = {.offset = 5000, .gain = 0.5f, .imgMin = 16, .imgMax = kFullCount};
@@ -34,6 +35,23 @@ const reduce::SCalibParams kCalib = {.planckR = 515000.0f,
                                      .upperTemp = 363.15f,
                                      .lowerTemp = 273.15f};
 
+SColour ColourOf(float kelvin) {
+    constexpr float kBlack = 283.15f;
+    constexpr float kWhite = 358.15f;
+    return PaletteColour(kelvin, kBlack, kWhite);
+}
+
+/// Red, green and blue to luma and the two differences of colour, in the usual studio range.
+struct SYuv {
+    explicit SYuv(SColour c)
+        : y(static_cast<u8>((66 * c.red + 129 * c.green + 25 * c.blue + 128) / 256 + 16)),
+          u(static_cast<u8>((-38 * c.red - 74 * c.green + 112 * c.blue + 128) / 256 + 128)),
+          v(static_cast<u8>((112 * c.red - 94 * c.green - 18 * c.blue + 128) / 256 + 128)) {}
+    u8 y;
+    u8 u;
+    u8 v;
+};
+
 }  // namespace
 
 CRecordCamera::CRecordCamera(const SSynthOptions& options)
@@ -42,14 +60,14 @@ CRecordCamera::CRecordCamera(const SSynthOptions& options)
       model_(&kAdjust, &kObject, &kCalib),
       detector_(options, kFullCount) {}
 
-const std::vector<u16>& CRecordCamera::Counts(std::span<const float> kelvin, u64 frame) {
-    even_.clear();
+std::vector<u16> CRecordCamera::Counts(std::span<const float> kelvin, u64 frame) const {
+    std::vector<float> even;
+    even.reserve(kelvin.size());
     for (const float temperature : kelvin) {  // with the fraction, which the noise still needs
         const double pow = model_.objSigToPow(model_.tempToObjSig(temperature));
-        even_.push_back(static_cast<float>(pow / kAdjust.gain - kAdjust.offset));
+        even.push_back(static_cast<float>(pow / kAdjust.gain - kAdjust.offset));
     }
-    detector_.Read(even_, frame, counts_);
-    return counts_;
+    return detector_.Read(even, frame);
 }
 
 void CRecordCamera::AppendRecord(std::vector<u8>& bytes, u32 size, u64 frame, bool swapped) const {
@@ -74,11 +92,37 @@ void CRecordCamera::AppendRecord(std::vector<u8>& bytes, u32 size, u64 frame, bo
     record.PutRow<u16>(784, {kAdjust.imgMin, kAdjust.imgMax, kAdjust.nonlinearOn});
     record.Put<float>(792, kAdjust.nonlinearGain);
     record.Put<i32>(796, kAdjust.nonlinearOffset);
-    const u64 milliseconds = frame * kMillisecondsPerFrame;
-    record.Put<u32>(900, kFirstSecond + static_cast<u32>(milliseconds / 1000));
+    const u64 milliseconds = SSynthTime(frame).UnixMilliseconds();
+    record.Put<u32>(900, static_cast<u32>(milliseconds / 1000));
     record.Put<u32>(904, static_cast<u32>(milliseconds % 1000));
     record.Put<u32>(968, 0);   // no mark so far
     record.Put<u16>(1130, 0);  // a valid frame
+}
+
+std::vector<u8> YuvPicture(std::span<const float> kelvin, SYuvPlaces places) {
+    std::vector<u8> bytes(kelvin.size() * 2);
+    for (std::size_t i = 0; i + 1 < kelvin.size(); i += 2) {
+        const SYuv first(ColourOf(kelvin[i]));
+        const SYuv second(ColourOf(kelvin[i + 1]));
+        u8* pair = &bytes[i * 2];
+        pair[places.y0] = first.y;
+        pair[places.u] = first.u;
+        pair[places.y1] = second.y;
+        pair[places.v] = first.v;
+    }
+    return bytes;
+}
+
+std::vector<u8> BGRPicture(std::span<const float> kelvin, u16 width, u16 height) {
+    std::vector<u8> bytes;
+    bytes.reserve(kelvin.size() * 3);
+    for (u32 y = height; y-- > 0;) {
+        for (u32 x = 0; x < width; ++x) {
+            const SColour c = ColourOf(kelvin[y * width + x]);
+            for (const u8 channel : {c.blue, c.green, c.red}) bytes.push_back(channel);
+        }
+    }
+    return bytes;
 }
 
 }  // namespace ovix::app

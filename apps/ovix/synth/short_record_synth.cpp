@@ -1,8 +1,5 @@
-#include "apps/ovix/synth/short_record_synth.h"
-
-#include "apps/ovix/synth/byte_fields.h"
+#include "apps/ovix/synth/frame_fields.h"
 #include "apps/ovix/synth/record_camera.h"
-#include "apps/ovix/synth/video.h"
 
 namespace ovix::app {
 namespace {
@@ -20,7 +17,7 @@ class CShortRecordSynth final : public ISynthesizer {
   public:
     explicit CShortRecordSynth(const SSynthOptions& options) : options_(options), camera_(options) {}
 
-    std::vector<u8> Frame(u64 number, std::span<const float> kelvin) override {
+    std::vector<u8> Frame(u64 number, std::span<const float> kelvin) const override {
         if (IsVideo()) return YuvPicture(kelvin, kUYVYPlaces);
         std::vector<u8> bytes = CountBytes(camera_.Counts(kelvin, number), false);
         camera_.AppendRecord(bytes, kRecordBytes, number, options_.form == "big-endian");

@@ -4,13 +4,6 @@
 
 #include "apps/ovix/cli/choice.h"
 #include "apps/ovix/fault.h"
-#include "apps/ovix/synth/k410_synth.h"
-#include "apps/ovix/synth/lapwing_synth.h"
-#include "apps/ovix/synth/lor_synth.h"
-#include "apps/ovix/synth/mvfalcon_synth.h"
-#include "apps/ovix/synth/osprey_synth.h"
-#include "apps/ovix/synth/short_record_synth.h"
-#include "apps/ovix/synth/wren_synth.h"
 
 namespace ovix::app {
 
