@@ -11,12 +11,13 @@ struct SStatusFlag {
     const char* text;  ///< for a reader
 };
 
+inline constexpr u8 kStatusOutside = 1;
 inline constexpr u8 kStatusUnder = 2;
 inline constexpr u8 kStatusOver = 4;
 inline constexpr u8 kStatusNoData = 32;
 
 inline constexpr SStatusFlag kStatusFlags[] = {
-    {1, "outsideCalibration", "outside the calibrated range"},
+    {kStatusOutside, "outsideCalibration", "outside the calibrated range"},
     {kStatusUnder, "underflow", "below the range"},
     {kStatusOver, "overflow", "above the range"},
     {8, "excluded8", "not counted (8)"},

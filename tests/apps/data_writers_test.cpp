@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <thread>
 
 #include "app_files.h"
 #include "apps/ovix/app_error.h"
@@ -29,8 +30,9 @@ SSeries Series(u16 width, u16 height, u64 frames) {
     return series;
 }
 
-void Write(const std::filesystem::path& target, const SSeries& series, const std::vector<SPicture>& pictures) {
-    const auto writer = MakeFrameWriter(target, series, {});
+void Write(const std::filesystem::path& target, const SSeries& series, const std::vector<SPicture>& pictures,
+           int compression = 1) {
+    const auto writer = MakeFrameWriter(target, series, {.compression = compression});
     for (const SPicture& picture : pictures) writer->Add(picture);
     writer->Finish();
 }
@@ -133,7 +135,10 @@ std::vector<SPage> ReadTiff(const std::filesystem::path& path) {
     return pages;
 }
 
-TEST(TiffWriter, PagesReadBack) {
+class TiffWriter : public testing::TestWithParam<int> {};
+INSTANTIATE_TEST_SUITE_P(Compression, TiffWriter, testing::Values(0, 1, 6, 12));
+
+TEST_P(TiffWriter, PagesReadBack) {
     test::CTestFolder folder;
     constexpr u16 kWidth = 500;
     constexpr u16 kHeight = 301;  // more than two strips, the last of them short
@@ -144,7 +149,7 @@ TEST(TiffWriter, PagesReadBack) {
     std::vector<u8> status(frames[0].size());
     status[12] = 4;
     Write(PathIn(folder, "a.tif"), Series(kWidth, kHeight, 3),
-          {{0, frames[0], status, ""}, {5, frames[1], status, ""}, {6, frames[2], status, ""}});
+          {{0, frames[0], status, ""}, {5, frames[1], status, ""}, {6, frames[2], status, ""}}, GetParam());
     EXPECT_EQ(NamesIn(folder), (Names{"a.status.tif", "a.tif"}));
 
     const std::vector<SPage> pages = ReadTiff(PathIn(folder, "a.tif"));
@@ -153,7 +158,7 @@ TEST(TiffWriter, PagesReadBack) {
         EXPECT_EQ(pages[f].width, kWidth);
         EXPECT_EQ(pages[f].bits, 32);
         EXPECT_EQ(pages[f].format, SAMPLEFORMAT_IEEEFP);
-        EXPECT_EQ(pages[f].compression, COMPRESSION_ADOBE_DEFLATE);
+        EXPECT_EQ(pages[f].compression, GetParam() ? COMPRESSION_ADOBE_DEFLATE : COMPRESSION_NONE);
         EXPECT_LE(pages[f].predictor, PREDICTOR_NONE);
         ASSERT_EQ(pages[f].pixels.size(), frames[f].size() * 4);
         EXPECT_EQ(std::memcmp(pages[f].pixels.data(), frames[f].data(), pages[f].pixels.size()), 0);
@@ -171,13 +176,55 @@ TEST(TiffWriter, PagesReadBack) {
     EXPECT_EQ(flags[2].pixels[12], 4);
 }
 
-TEST(TiffWriter, BigOnlyWhenMuchIsToCome) {
+TEST(TiffWriterSize, BigOnlyWhenMuchIsToCome) {
     const std::vector<float> values(1024 * 1024);
     for (const auto& [frames, version] : {std::pair<u64, char>{512, 42}, {513, 43}}) {  // of 4 MiB each
         test::CTestFolder folder;
         Write(PathIn(folder, "a.tif"), Series(1024, 1024, frames), {{0, values, {}, ""}});
         EXPECT_EQ(ReadText(PathIn(folder, "a.tif"))[2], version);
     }
+}
+
+/// Frames may be encoded in any order, ahead of what is written, and by several threads at a time.
+TEST(FrameWriter, EncodesFramesIndependently) {
+    constexpr u64 kFrames = 6;
+    std::vector<std::vector<float>> values(kFrames, std::vector<float>(64 * 20));
+    std::vector<std::vector<u8>> status(kFrames, std::vector<u8>(64 * 20));
+    std::vector<SPicture> pictures;
+    for (u64 f = 0; f < kFrames; ++f) {
+        for (std::size_t i = 0; i < values[f].size(); ++i) {
+            values[f][i] = std::sin(static_cast<float>(i * (f + 1)));
+            status[f][i] = i % 97 == f ? 1 : 0;
+        }
+        pictures.push_back({f, values[f], status[f], "t" + std::to_string(f)});
+    }
+    for (const char* name : {"a.npy", "a.csv", "a.tif", "a.png"}) {
+        test::CTestFolder expected, got;
+        const SWriteOptions options{.range = std::pair(-1.0f, 1.0f)};
+        const auto inOrder = MakeFrameWriter(PathIn(expected, name), Series(64, 20, kFrames), options);
+        for (const SPicture& picture : pictures) inOrder->Add(picture);
+        inOrder->Finish();
+
+        const auto writer = MakeFrameWriter(PathIn(got, name), Series(64, 20, kFrames), options);
+        std::vector<SEncodedFrame> encoded(kFrames);
+        {
+            std::vector<std::jthread> threads;
+            for (u64 f = kFrames; f-- > 0;) threads.emplace_back([&, f] { encoded[f] = writer->Encode(pictures[f]); });
+        }
+        for (u64 f = 0; f < kFrames; ++f) writer->Append(pictures[f], encoded[f]);
+        writer->Finish();
+        ASSERT_EQ(NamesIn(got), NamesIn(expected));
+        for (const std::string& file : NamesIn(got))
+            EXPECT_TRUE(ReadText(PathIn(got, file.c_str())) == ReadText(PathIn(expected, file.c_str()))) << file;
+    }
+}
+
+TEST(FrameWriter, CountsEachFlagOfTheStatus) {
+    std::vector<u8> status(1000);
+    std::fill(status.begin() + 100, status.begin() + 700, 1);  // through whole blocks and across their edges
+    status[0] = 32, status[299] = 3, status[999] = 4;
+    EXPECT_EQ(CountStatus(status).dump(),
+              R"({"good":398,"outsideCalibration":600,"underflow":1,"overflow":1,"noData":1})");
 }
 
 TEST(FrameWriter, WritesNothingWithoutFinishOrFrames) {

@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 #include <png.h>
 
+#include <array>
 #include <cmath>
 #include <limits>
 
 #include "app_files.h"
+#include "apps/ovix/output/frame_writer.h"
 
 namespace ovix::app {
 namespace {
@@ -14,14 +16,22 @@ namespace {
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
-/// CIE lightness by the definition, from sRGB.
-double Lightness(SColour c) {
+/// CIELAB by the definition, from sRGB under the white D65.
+std::array<double, 3> Lab(SColour c) {
     const auto linear = [](u8 channel) {
         const double v = channel / 255.0;
         return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
     };
-    const double y = 0.2126 * linear(c.red) + 0.7152 * linear(c.green) + 0.0722 * linear(c.blue);
-    return y > 216.0 / 24389 ? 116 * std::cbrt(y) - 16 : y * 24389 / 27;
+    const double r = linear(c.red), g = linear(c.green), b = linear(c.blue);
+    const auto f = [](double t) { return t > 216.0 / 24389 ? std::cbrt(t) : (t * 24389 / 27 + 16) / 116; };
+    const double x = f((0.4124 * r + 0.3576 * g + 0.1805 * b) / 0.9505), y = f(0.2126 * r + 0.7152 * g + 0.0722 * b),
+                 z = f((0.0193 * r + 0.1192 * g + 0.9505 * b) / 1.089);
+    return {116 * y - 16, 500 * (x - y), 200 * (y - z)};
+}
+double Lightness(SColour c) { return Lab(c)[0]; }
+double Difference(SColour a, SColour b) {
+    const auto from = Lab(a), to = Lab(b);
+    return std::hypot(from[0] - to[0], from[1] - to[1], from[2] - to[2]);
 }
 
 TEST(Palette, LightnessGoesOneWay) {
@@ -33,7 +43,21 @@ TEST(Palette, LightnessGoesOneWay) {
         for (int i = 1; i < 256; ++i)
             EXPECT_GT(way * (lightness(i) - lightness(i - 1)), kRounding) << palette.name << " " << i;
     }
-    for (int i = 0; i < 256; ++i) EXPECT_NEAR(Lightness(ColourOf(kInferno[i])), 98.0 * i / 255, 6) << i;
+    for (u32 i = 0; i < 256; ++i)
+        EXPECT_NEAR(Lightness(ColourOf(Palettes().front().colours[i])), 98.0 * i / 255, 6) << i;
+}
+
+/// Whatever palette is shown, these are told from it at a glance: by more than 25 in the CIELAB space, where 2 can just
+/// be seen side by side.
+TEST(Palette, WhatItCannotSayLooksLikeNoneOfIt) {
+    const SColour special[] = {kBelowColour, kAboveColour, kUnderColour, kOverColour, kNoDataColour};
+    for (const SColour& colour : special) {
+        for (const SPalette& palette : Palettes())
+            for (const u32 entry : palette.colours)
+                ASSERT_GT(Difference(colour, ColourOf(entry)), 25) << palette.name << std::hex << " " << entry;
+        for (const SColour& other : special)
+            EXPECT_TRUE(other == colour || Difference(colour, other) > 25);
+    }
 }
 
 TEST(ColourScale, KindsOfPixels) {
@@ -42,9 +66,9 @@ TEST(ColourScale, KindsOfPixels) {
         u8 status;
         EPixelKind kind;
     } cases[] = {
-        {15, 0, PixelShown},       {10, 1, PixelShown},         {20, 8 | 16, PixelShown},      {9.99f, 0, PixelUnder},
-        {15, 2, PixelUnder},       {-kInfinity, 0, PixelUnder}, {20.1f, 0, PixelOver},         {15, 4 | 1, PixelOver},
-        {kInfinity, 0, PixelOver}, {kNaN, 0, PixelNoData},      {15, 32 | 2 | 4, PixelNoData},
+        {15, 0, PixelShown},        {10, 1, PixelUncalibrated},  {20, 8 | 16, PixelShown},      {9.99f, 0, PixelBelow},
+        {15, 2, PixelUnder},        {-kInfinity, 0, PixelBelow}, {20.1f, 0, PixelAbove},        {15, 4 | 1, PixelOver},
+        {kInfinity, 0, PixelAbove}, {kNaN, 0, PixelNoData},      {15, 32 | 2 | 4, PixelNoData}, {9, 1, PixelBelow},
     };
     for (const auto& c : cases) EXPECT_EQ(KindOf(c.value, c.status, {10, 20}), c.kind) << c.value << " " << +c.status;
 }
@@ -58,6 +82,13 @@ TEST(ColourScale, RangeLooksAtWhatIsShown) {
     expectRange({3, -2, kNaN, kInfinity, -kInfinity, 7}, {}, -2, 7);
     expectRange({3, -2, 9, 100, 7}, {0, 2, 1, 4, 32}, 3, 9);
     expectRange({5, 5}, {}, 4.5f, 5.5f);
+    for (std::size_t size : {31u, 32u, 33u, 100u}) {  // wherever they stand in a long row
+        std::vector<float> values(size, 20);
+        values.front() = 1e30f, values[size / 2] = 7, values.back() = 91;
+        std::vector<u8> status(size);
+        status.front() = 4;
+        expectRange(values, status, 7, 91);
+    }
     expectRange({kNaN}, {}, 0, 1);
     expectRange({}, {}, 0, 1);
     expectRange({1e9f}, {}, 1e9f - 1000, 1e9f + 1000);
@@ -91,14 +122,16 @@ SSeries Series(u16 width, u16 height) {
     return series;
 }
 
+SLook Look(SRange range, std::span<const SRegion> marks = {}) { return {range, Palettes().front(), marks}; }
+
 /// The palette is sampled, not computed with: entry 255 x share, which the test knows from a share of its own.
-SColour Entry(double share) { return ColourOf(kInferno[std::lround(255 * share)]); }
+SColour Entry(double share) { return ColourOf(Palettes()[0].colours[static_cast<u32>(std::lround(255 * share))]); }
 
 TEST(ThermalPicture, PixelsAndBarShareOnePalette) {
     const SSeries series = Series(4, 2);
-    const std::vector<float> values{10, 12.5f, 20, 30, 9, 31, 15, kNaN};
-    const std::vector<u8> status{0, 0, 0, 1, 0, 0, 32, 0};
-    const SThermalPicture drawn = DrawThermalPicture(series, {0, values, status, "caption"}, {10, 30}, {});
+    const std::vector<float> values{10, 12.5f, 20, 30, 9, 31, 15, 29};
+    const std::vector<u8> status{0, 0, 0, 0, 0, 0, 32, 4};
+    const SThermalPicture drawn = DrawThermalPicture(series, {0, values, status, "caption"}, Look({10, 30}));
     const auto at = [&](int x, int y) {
         return drawn.canvas.At(drawn.image.x + x * drawn.scale + drawn.scale / 2,
                                drawn.image.y + y * drawn.scale + drawn.scale / 2);
@@ -108,10 +141,10 @@ TEST(ThermalPicture, PixelsAndBarShareOnePalette) {
     EXPECT_EQ(at(1, 0), Entry(0.125));
     EXPECT_EQ(at(2, 0), Entry(0.5));
     EXPECT_EQ(at(3, 0), Entry(1));
-    EXPECT_EQ(at(0, 1), kUnderColour);
-    EXPECT_EQ(at(1, 1), kOverColour);
+    EXPECT_EQ(at(0, 1), kBelowColour);
+    EXPECT_EQ(at(1, 1), kAboveColour);
     EXPECT_EQ(at(2, 1), kNoDataColour);
-    EXPECT_EQ(at(3, 1), kNoDataColour);
+    EXPECT_EQ(at(3, 1), kOverColour);
 
     const SBox& bar = drawn.bar;
     const auto barAt = [&](int row) { return drawn.canvas.At(bar.x + bar.width / 2, bar.y + row); };
@@ -125,12 +158,50 @@ TEST(ThermalPicture, PixelsAndBarShareOnePalette) {
     EXPECT_NE(drawn.canvas.At(bar.x + bar.width + 2, middle), drawn.canvas.At(bar.x + bar.width + 2, middle - 3));
 }
 
+TEST(ThermalPicture, HatchesWhatIsNotCalibrated) {
+    const std::vector<float> values{20, 20};
+    const std::vector<u8> status{0, 1};
+    const SThermalPicture drawn = DrawThermalPicture(Series(2, 1), {0, values, status, ""}, Look({10, 30}));
+    const auto plainPixels = [&](int x) {
+        int plain = 0;
+        for (int i = 0; i < drawn.scale; ++i)
+            plain +=
+                drawn.canvas.At(drawn.image.x + x * drawn.scale + i, drawn.image.y + drawn.scale / 2) == Entry(0.5);
+        return plain;
+    };
+    EXPECT_EQ(plainPixels(0), drawn.scale);
+    EXPECT_LT(plainPixels(1), drawn.scale * 9 / 10);
+    EXPECT_GT(plainPixels(1), drawn.scale / 2);
+}
+
+/// Wherever the region lies and whatever it is called, the drawing right of the picture's part stays the same.
+TEST(ThermalPicture, NamesNeverCoverTheBar) {
+    const std::vector<float> values(160 * 120, 25.0f);
+    const SPicture picture{0, values, {}, ""};
+    const SThermalPicture plain = DrawThermalPicture(Series(160, 120), picture, Look({25, 26}));
+    for (const char* name : {"a name that is far longer than all of the picture is wide, so that it cannot end in it",
+                             "\u0645\u062d\u0645\u0644", "\u8f74\u627f", "short", "\xFF\xFE", "two\nlines"}) {
+        for (const SRegion& mark : {SRegion{name, 150, 60, 10, 10}, SRegion{name, 159, 0, 1, 1}}) {
+            const SThermalPicture drawn = DrawThermalPicture(Series(160, 120), picture, Look({25, 26}, {&mark, 1}));
+            u32 changed = 0;
+            for (int y = 0; y < plain.canvas.Height(); ++y) {
+                for (int x = 0; x < plain.canvas.Width(); ++x) {
+                    const bool same = drawn.canvas.At(x, y) == plain.canvas.At(x, y);
+                    ASSERT_TRUE(same || x < plain.bar.x - 3) << name << " " << x << " " << y;
+                    changed += !same;
+                }
+            }
+            EXPECT_GT(changed, 150u) << name;
+        }
+    }
+}
+
 TEST(ThermalPicture, AnySizeCanBeDrawn) {
     for (const auto& [width, height] : {std::pair<u16, u16>{1, 1}, {1, 700}, {900, 1}, {641, 3}, {2000, 1500}}) {
         const std::vector<float> values(std::size_t{width} * height, 25.0f);
         const SSeries series = Series(width, height);
         const std::vector<SRegion> marks{{"all", 0, 0, width, height}};
-        const SThermalPicture drawn = DrawThermalPicture(series, {0, values, {}, "caption"}, {25, 26}, marks);
+        const SThermalPicture drawn = DrawThermalPicture(series, {0, values, {}, "caption"}, Look({25, 26}, marks));
         EXPECT_EQ(drawn.image.width, width * drawn.scale);
         EXPECT_LE(drawn.image.x + drawn.image.width, drawn.bar.x);
         EXPECT_LE(drawn.image.y + drawn.image.height, drawn.canvas.Height());
@@ -148,7 +219,7 @@ std::vector<u8> ReadPng(const std::filesystem::path& path, png_image& image) {
     return pixels;
 }
 
-TEST(PngWriter, ReadsBackAsDrawnAndKeepsItsRange) {
+TEST(PngWriter, ReadsBackAsDrawnInOneRangeForAll) {
     test::CTestFolder folder;
     SSeries series = Series(32, 16);
     std::vector<float> values(512);
@@ -160,7 +231,8 @@ TEST(PngWriter, ReadsBackAsDrawnAndKeepsItsRange) {
     single->Add({0, values, {}, ""});
     single->Finish();
     series.frames = 2;
-    const auto several = MakeFrameWriter(test::PathIn(folder, "s.png"), series, {});
+    EXPECT_THROW(MakeFrameWriter(test::PathIn(folder, "s.png"), series, {})->Encode({3, values, {}, ""}), CAppError);
+    const auto several = MakeFrameWriter(test::PathIn(folder, "s.png"), series, {.range = std::pair(0.0f, 511.0f)});
     several->Add({3, values, {}, ""});
     several->Add({12, hotter, {}, ""});
     several->Finish();
@@ -173,12 +245,16 @@ TEST(PngWriter, ReadsBackAsDrawnAndKeepsItsRange) {
     } cases[] = {{"one.png", 1, {0, values, {}, ""}}, {"s-000012.png", 2, {12, hotter, {}, ""}}};
     for (const auto& [name, frames, picture] : cases) {
         series.frames = frames;
-        const SThermalPicture drawn = DrawThermalPicture(series, picture, {0, 511}, {});
+        const SThermalPicture drawn = DrawThermalPicture(series, picture, Look({0, 511}));
         png_image image;
         const std::vector<u8> pixels = ReadPng(test::PathIn(folder, name), image);
         ASSERT_EQ(image.width, static_cast<u32>(drawn.canvas.Width()));
         ASSERT_EQ(image.height, static_cast<u32>(drawn.canvas.Height()));
-        EXPECT_EQ(std::memcmp(pixels.data(), drawn.canvas.Pixels().data(), pixels.size()), 0) << name;
+        const u8* next = pixels.data();
+        for (int y = 0; y < drawn.canvas.Height(); ++y) {
+            for (int x = 0; x < drawn.canvas.Width(); ++x, next += 3)
+                ASSERT_EQ((SColour{next[0], next[1], next[2]}), drawn.canvas.At(x, y)) << name;
+        }
     }
 }
 

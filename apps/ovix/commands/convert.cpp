@@ -4,6 +4,7 @@
 #include <cmath>
 #include <filesystem>
 
+#include "apps/ovix/cli/choice.h"
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/measure_arguments.h"
 #include "apps/ovix/cli/measure_loop.h"
@@ -25,23 +26,22 @@ namespace {
 class CValueRange {
   public:
     void Add(const SMeasuredFrame& frame) {
-        for (std::size_t i = 0; i < frame.values.size(); ++i) {
-            if (!std::isfinite(frame.values[i])) continue;
-            Widen(any_, frame.values[i]);
-            if (!frame.status[i]) Widen(good_, frame.values[i]);
-        }
+        Widen(good_, Extremes(frame.values, frame.status, 0xFF));
+        if (!good_) Widen(any_, Extremes(frame.values, frame.status, 0));
     }
-    std::optional<std::pair<float, float>> Ends() const { return good_ ? good_ : any_; }
+    std::optional<std::pair<float, float>> Ends() const {
+        const std::optional<SRange>& range = good_ ? good_ : any_;
+        return range ? std::optional(std::pair(range->low, range->high)) : std::nullopt;
+    }
 
   private:
-    static void Widen(std::optional<std::pair<float, float>>& ends, float value) {
-        if (!ends) ends.emplace(value, value);
-        ends->first = std::min(ends->first, value);
-        ends->second = std::max(ends->second, value);
+    static void Widen(std::optional<SRange>& ends, const std::optional<SRange>& by) {
+        if (!by) return;
+        ends = ends ? SRange{std::min(ends->low, by->low), std::max(ends->high, by->high)} : *by;
     }
 
-    std::optional<std::pair<float, float>> good_;
-    std::optional<std::pair<float, float>> any_;
+    std::optional<SRange> good_;
+    std::optional<SRange> any_;
 };
 
 class CConvertCommand final : public ICommand {
@@ -69,6 +69,15 @@ class CConvertCommand final : public ICommand {
                         "read twice)")
             ->type_name("LO,HI")
             ->group(group);
+        verb.add_option("--palette", palette_,
+                        "colours of pictures: inferno (the default), magma, viridis, cividis, grey or grey-inverted")
+            ->type_name("NAME")
+            ->group(group);
+        verb.add_option("--compression", options_.compression,
+                        "of .tif and .png: 0 none, 1 quick (the default), up to 12 small")
+            ->check(CLI::Range(0, 12))
+            ->type_name("LEVEL")
+            ->group(group);
         verb.add_option("--roi", regions_, "a region to be marked in pictures: x,y,w,h or name=x,y,w,h")
             ->type_name("REGION")
             ->allow_extra_args(false)
@@ -80,6 +89,7 @@ class CConvertCommand final : public ICommand {
     EExit Run() override {
         const SMeasureOptions measureOptions = measure_.Options();
         if (!range_.empty()) options_.range = ParseRange("--range", range_);
+        if (!palette_.empty()) options_.palette = PaletteOf("--palette", palette_);
         const auto source = source_.Open();
         CFrameLoop frames = source_.Frames(*source);
         const SFrameFormat& format = source->Format();
@@ -97,7 +107,7 @@ class CConvertCommand final : public ICommand {
         if (IsPicture() && !options_.range && series.frames > 1) {
             CValueRange range;
             loop.RunAhead([&](const SMeasuredFrame& frame) { range.Add(frame); });
-            options_.range = range.Ends();
+            options_.range = range.Ends().value_or(std::pair{0.0f, 1.0f});
         }
         CValueRange range;
         std::unique_ptr<IFrameWriter> writer;
@@ -120,6 +130,11 @@ class CConvertCommand final : public ICommand {
     }
 
   private:
+    static const SPalette* PaletteOf(const char* option, const std::string& name) {
+        std::vector<std::pair<std::string, const SPalette*>> words;
+        for (const SPalette& palette : Palettes()) words.emplace_back(palette.name, &palette);
+        return ParseChoice<const SPalette*>(option, name, words);
+    }
     /// What was written: of several pictures the pattern of their names.
     std::string Written(const SSeries& series) const {
         if (!IsPicture() || series.frames == 1) return output_;
@@ -152,6 +167,7 @@ class CConvertCommand final : public ICommand {
     CMeasureArguments measure_;
     std::string output_;
     std::string range_;
+    std::string palette_;
     std::vector<std::string> regions_;
     SWriteOptions options_;
     bool mergePresets_ = false;

@@ -1,78 +1,98 @@
 #include "apps/ovix/output/canvas.h"
 
-#include <algorithm>
-#include <cmath>
+#include <fmt/format.h>
+#include <pango/pangocairo.h>
 
-#include "apps/ovix/output/stroke_font.h"
+#include <algorithm>
+#include <new>
+
+#include "apps/ovix/fault.h"
 
 namespace ovix::app {
 namespace {
 
-u8 Mix(u8 ground, u8 colour, float share) {
-    const auto from = static_cast<float>(ground);
-    return static_cast<u8>(std::lround(from + (static_cast<float>(colour) - from) * share));
+constexpr double kCapitalOfEm = 0.729;  ///< of the usual sans serif fonts
+
+template <class T>
+using Object = std::unique_ptr<T, decltype(&g_object_unref)>;
+
+template <class T>
+Object<T> Own(T* object) {
+    if (!object) throw std::bad_alloc();
+    return {object, g_object_unref};
 }
 
-float DistanceToPiece(SPenPoint p, SPenPoint a, SPenPoint b) {
-    const float dx = b.x - a.x;
-    const float dy = b.y - a.y;
-    const float length = dx * dx + dy * dy;
-    const float along = length > 0 ? std::clamp(((p.x - a.x) * dx + (p.y - a.y) * dy) / length, 0.0f, 1.0f) : 0.0f;
-    return std::hypot(p.x - a.x - along * dx, p.y - a.y - along * dy);
+/// A line of text that is laid out. Edges are smoothed the same way on every machine, whatever its screen wants.
+Object<PangoLayout> LayOut(const std::string& text, double size, double room) {
+    const auto context = Own(pango_font_map_create_context(pango_cairo_font_map_get_default()));
+    cairo_font_options_t* options = cairo_font_options_create();
+    cairo_font_options_set_antialias(options, CAIRO_ANTIALIAS_GRAY);
+    cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_NONE);
+    cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
+    pango_cairo_context_set_font_options(context.get(), options);
+    cairo_font_options_destroy(options);
+
+    auto layout = Own(pango_layout_new(context.get()));
+    PangoFontDescription* font = pango_font_description_from_string("Sans");
+    pango_font_description_set_absolute_size(font, size / kCapitalOfEm * PANGO_SCALE);
+    pango_layout_set_font_description(layout.get(), font);
+    pango_font_description_free(font);
+    pango_layout_set_single_paragraph_mode(layout.get(), TRUE);
+    char* valid = g_utf8_make_valid(text.data(), static_cast<gssize>(text.size()));
+    pango_layout_set_text(layout.get(), valid, -1);
+    g_free(valid);
+    int width = 0;
+    pango_layout_get_size(layout.get(), &width, nullptr);
+    if (width > room * PANGO_SCALE) {
+        pango_layout_set_ellipsize(layout.get(), PANGO_ELLIPSIZE_END);
+        pango_layout_set_width(layout.get(), static_cast<int>(std::max(room, 0.0) * PANGO_SCALE));
+    }
+    return layout;
 }
 
-/// How much of each pixel of a rectangle the pen covers. The strokes of a text overlap, so the greatest share counts.
-class CCoverage {
-  public:
-    CCoverage(int left, int top, int width, int height)
-        : left_(left),
-          top_(top),
-          width_(width),
-          height_(height),
-          share_(static_cast<std::size_t>(width) * static_cast<std::size_t>(height)) {}
+void SetColour(cairo_t* cairo, SColour colour, double strength = 1) {
+    cairo_set_source_rgba(cairo, colour.red / 255.0, colour.green / 255.0, colour.blue / 255.0, strength);
+}
 
-    void Piece(SPenPoint a, SPenPoint b, float pen) {
-        const float reach = pen + 1;
-        const int x0 = std::max(0, static_cast<int>(std::floor(std::min(a.x, b.x) - reach)) - left_);
-        const int x1 = std::min(width_ - 1, static_cast<int>(std::ceil(std::max(a.x, b.x) + reach)) - left_);
-        const int y0 = std::max(0, static_cast<int>(std::floor(std::min(a.y, b.y) - reach)) - top_);
-        const int y1 = std::min(height_ - 1, static_cast<int>(std::ceil(std::max(a.y, b.y) + reach)) - top_);
-        for (int y = y0; y <= y1; ++y) {
-            for (int x = x0; x <= x1; ++x) {
-                const SPenPoint centre{static_cast<float>(x + left_) + 0.5f, static_cast<float>(y + top_) + 0.5f};
-                float& share = At(x, y);
-                share = std::max(share, std::clamp(pen + 0.5f - DistanceToPiece(centre, a, b), 0.0f, 1.0f));
-            }
-        }
-    }
-    float& At(int x, int y) {
-        return share_[static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) + static_cast<std::size_t>(x)];
-    }
-
-  private:
-    int left_;
-    int top_;
-    int width_;
-    int height_;
-    std::vector<float> share_;
-};
+/// The layout's top left corner for a text whose baseline begins at a point.
+void MoveToBaseline(cairo_t* cairo, PangoLayout* layout, double x, double y) {
+    cairo_move_to(cairo, x, y - static_cast<double>(pango_layout_get_baseline(layout)) / PANGO_SCALE);
+}
 
 }  // namespace
 
-CCanvas::CCanvas(int width, int height, SColour ground)
-    : width_(width),
-      height_(height),
-      pixels_(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), ground) {}
+struct CCanvas::SDrawing {
+    SDrawing(int width, int height)
+        : surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height), cairo_surface_destroy),
+          cairo(cairo_create(surface.get()), cairo_destroy) {}
 
-void CCanvas::Set(int x, int y, SColour colour) {
-    if (x >= 0 && y >= 0 && x < width_ && y < height_) pixels_[Index(x, y)] = colour;
+    std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> surface;
+    std::unique_ptr<cairo_t, decltype(&cairo_destroy)> cairo;
+};
+
+CCanvas::CCanvas(int width, int height, SColour ground)
+    : width_(width), height_(height), drawing_(new SDrawing(width, height), [](SDrawing* drawing) { delete drawing; }) {
+    switch (cairo_status(drawing_->cairo.get())) {
+        case CAIRO_STATUS_SUCCESS:
+            break;
+        case CAIRO_STATUS_INVALID_SIZE:
+            throw CFault({.problem = fmt::format("a picture of {} x {} pixels cannot be drawn", width, height)});
+        default:
+            throw std::bad_alloc();
+    }
+    Fill(0, 0, width, height, ground);
+}
+
+u32* CCanvas::PixelsOf(int y) const {
+    unsigned char* bytes = cairo_image_surface_get_data(drawing_->surface.get());
+    return reinterpret_cast<u32*>(bytes + std::ptrdiff_t{y} * cairo_image_surface_get_stride(drawing_->surface.get()));
 }
 
 void CCanvas::Fill(int x, int y, int width, int height, SColour colour) {
+    const int left = std::clamp(x, 0, width_), right = std::clamp(x + width, left, width_);
+    const u32 pixel = u32{colour.red} << 16 | u32{colour.green} << 8 | colour.blue;
     for (int row = std::max(y, 0); row < std::min(y + height, height_); ++row) {
-        for (int column = std::max(x, 0); column < std::min(x + width, width_); ++column) {
-            pixels_[Index(column, row)] = colour;
-        }
+        std::fill(PixelsOf(row) + left, PixelsOf(row) + right, pixel);
     }
 }
 
@@ -83,40 +103,32 @@ void CCanvas::Frame(int x, int y, int width, int height, int thickness, SColour 
     Fill(x + width - thickness, y, thickness, height, colour);
 }
 
-float CCanvas::TextWidth(const std::string& text, float size) { return WriteWithPen(text).width * size; }
-
-void CCanvas::Text(float x, float y, float size, const std::string& text, SColour colour) {
-    Draw(x, y, size, size * 0.065f, text, colour, 1.0f);
+double CCanvas::TextWidth(const std::string& text, double size) {
+    int width = 0;
+    pango_layout_get_size(LayOut(text, size, kNoLimit).get(), &width, nullptr);
+    return static_cast<double>(width) / PANGO_SCALE;
 }
 
-void CCanvas::TextOnPicture(float x, float y, float size, const std::string& text, SColour colour) {
-    Draw(x, y, size, size * 0.065f + std::max(1.5f, size * 0.15f), text, ColourOf(0x000000), 0.55f);
-    Text(x, y, size, text, colour);
+void CCanvas::Text(double x, double y, double size, const std::string& text, SColour colour, double room) {
+    const auto layout = LayOut(text, size, room);
+    cairo_surface_mark_dirty(drawing_->surface.get());  // pixels are also filled past it
+    SetColour(drawing_->cairo.get(), colour);
+    MoveToBaseline(drawing_->cairo.get(), layout.get(), x, y);
+    pango_cairo_show_layout(drawing_->cairo.get(), layout.get());
+    cairo_surface_flush(drawing_->surface.get());
 }
 
-void CCanvas::Draw(float x, float y, float size, float pen, const std::string& text, SColour colour, float strength) {
-    const SPenText written = WriteWithPen(text);
-    const int margin = static_cast<int>(std::ceil(pen)) + 2;
-    const int left = static_cast<int>(std::floor(x)) - margin;
-    const int top = static_cast<int>(std::floor(y - size * 1.2f)) - margin;
-    const int width = static_cast<int>(std::ceil(written.width * size)) + 2 * margin + 1;
-    const int height = static_cast<int>(std::ceil(size * 1.7f)) + 2 * margin + 1;
-    CCoverage coverage(left, top, width, height);
-    const auto place = [&](SPenPoint p) { return SPenPoint{x + p.x * size, y + p.y * size}; };
-    for (const PenStroke& stroke : written.strokes) {
-        for (std::size_t i = 1; i < stroke.size(); ++i) coverage.Piece(place(stroke[i - 1]), place(stroke[i]), pen);
-    }
-    for (int row = 0; row < height; ++row) {
-        for (int column = 0; column < width; ++column) {
-            const float share = coverage.At(column, row) * strength;
-            const int px = left + column;
-            const int py = top + row;
-            if (share <= 0 || px < 0 || py < 0 || px >= width_ || py >= height_) continue;
-            SColour& ground = pixels_[Index(px, py)];
-            ground = {Mix(ground.red, colour.red, share), Mix(ground.green, colour.green, share),
-                      Mix(ground.blue, colour.blue, share)};
-        }
-    }
+void CCanvas::TextOnPicture(double x, double y, double size, const std::string& text, SColour colour, double room) {
+    const auto layout = LayOut(text, size, room);
+    cairo_surface_mark_dirty(drawing_->surface.get());
+    MoveToBaseline(drawing_->cairo.get(), layout.get(), x, y);
+    pango_cairo_layout_path(drawing_->cairo.get(), layout.get());
+    SetColour(drawing_->cairo.get(), ColourOf(0x000000), 0.6);
+    cairo_set_line_join(drawing_->cairo.get(), CAIRO_LINE_JOIN_ROUND);
+    cairo_set_line_width(drawing_->cairo.get(), std::max(3.0, size * 0.3));
+    cairo_stroke(drawing_->cairo.get());
+    cairo_surface_flush(drawing_->surface.get());
+    Text(x, y, size, text, colour, room);
 }
 
 }  // namespace ovix::app

@@ -1,63 +1,96 @@
-#include "apps/ovix/output/csv_writer.h"
-
 #include <fmt/format.h>
 
+#include <bit>
 #include <charconv>
+#include <cstring>
 
-#include "apps/ovix/output/data_writer.h"
+#include "apps/ovix/output/file_kinds.h"
 #include "apps/ovix/output/output_file.h"
 
 namespace ovix::app {
 namespace {
 
+constexpr std::size_t kLongestText = 15;  ///< "-1.1754944e-38" and a comma ahead
+
+/// The texts of values, each behind a comma. A frame has few different values, as many at most as its camera has
+/// counts: so a text that was made is kept and copied.
+template <class T>
+class TTexts {
+  public:
+    TTexts() : kept_(kPlaces) {}
+
+    /// Room for `kLongestText` bytes has to be at `next`; answers where the text ends.
+    char* Put(char* next, T value) {
+        const u32 bits =
+            std::is_same_v<T, float> ? std::bit_cast<u32>(static_cast<float>(value)) : static_cast<u32>(value);
+        SText& text = kept_[bits * 0x9E3779B1u >> (32 - kPlaceBits)];
+        if (text.size == 0 || text.bits != bits) {
+            text.bytes[0] = ',';
+            const char* end = std::to_chars(text.bytes + 1, text.bytes + sizeof text.bytes, value).ptr;
+            text.size = static_cast<u8>(end - text.bytes);
+            text.bits = bits;
+        }
+        std::memcpy(next, text.bytes, sizeof text.bytes);
+        return next + text.size;
+    }
+
+  private:
+    static constexpr int kPlaceBits = std::is_same_v<T, float> ? 14 : 8;
+    static constexpr std::size_t kPlaces = std::size_t{1} << kPlaceBits;
+    struct SText {
+        u32 bits = 0;
+        char bytes[kLongestText] = {};
+        u8 size = 0;
+    };
+    std::vector<SText> kept_;
+};
+
 template <class T>
 class TCsvFile {
   public:
-    TCsvFile(const std::filesystem::path& target, const SSeries& series, bool overwrite)
-        : file_(target, overwrite), width_(series.width), height_(series.height) {
-        text_ = "frame,row";
-        for (unsigned x = 0; x < width_; ++x) text_ += fmt::format(",x{} [{}]", x, series.unit.symbol);
-        EndLine();
+    static constexpr bool kDescribesFrames = false;
+
+    TCsvFile(const std::filesystem::path& target, const SSeries& series, const SWriteOptions& options)
+        : file_(target, options.overwrite) {
+        std::string head = "frame,row";
+        for (unsigned x = 0; x < series.width; ++x) head += fmt::format(",x{} [{}]", x, series.unit.symbol);
+        head += '\n';
+        file_.Write(head.data(), head.size());
     }
 
-    void Add(const SPicture& picture, std::span<const T> plane) {
-        for (unsigned y = 0; y < height_; ++y) {
-            Append(picture.frame);
-            text_ += ',';
-            Append(y);
-            for (T value : plane.subspan(std::size_t{y} * width_, width_)) {
-                text_ += ',';
-                Append(value);
-            }
-            EndLine();
+    static SEncodedFrame::Pieces Encode(const SSeries& series, const SWriteOptions&, u64 frame,
+                                        std::span<const T> plane) {
+        constexpr std::size_t kLongestStart = 40;
+        const std::string start = fmt::format("{},", frame);
+        TTexts<T> texts;
+        std::vector<u8> bytes(series.height * (kLongestStart + series.width * kLongestText));
+        char* const first = reinterpret_cast<char*>(bytes.data());
+        char* next = first;
+        for (unsigned y = 0; y < series.height; ++y) {
+            next = std::copy(start.begin(), start.end(), next);
+            next = std::to_chars(next, next + kLongestStart, y).ptr;
+            for (const T value : plane.subspan(std::size_t{y} * series.width, series.width))
+                next = texts.Put(next, value);
+            *next++ = '\n';
         }
+        bytes.resize(static_cast<std::size_t>(next - first));
+        return {std::move(bytes)};
+    }
+    void Append(std::span<const T>, const SEncodedFrame::Pieces& pieces, const Json&) {
+        for (const auto& piece : pieces) file_.Write(piece.data(), piece.size());
     }
     void Complete() {}
     void Commit() { file_.Commit(); }
 
   private:
-    template <class Value>
-    void Append(Value value) {
-        char digits[32];
-        text_.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
-    }
-    void EndLine() {
-        text_ += '\n';
-        file_.Write(text_.data(), text_.size());
-        text_.clear();
-    }
-
     COutputFile file_;
-    unsigned width_;
-    unsigned height_;
-    std::string text_;
 };
 
 }  // namespace
 
 std::unique_ptr<IFrameWriter> MakeCsvWriter(const std::filesystem::path& target, const SSeries& series,
-                                            bool overwrite) {
-    return std::make_unique<TDataWriter<TCsvFile>>(target, series, overwrite);
+                                            const SWriteOptions& options) {
+    return std::make_unique<TDataWriter<TCsvFile>>(target, series, options);
 }
 
 }  // namespace ovix::app

@@ -1,14 +1,30 @@
 #include "apps/ovix/output/frame_writer.h"
 
 #include <fmt/format.h>
+#include <libdeflate.h>
 
-#include "apps/ovix/app_error.h"
-#include "apps/ovix/output/csv_writer.h"
-#include "apps/ovix/output/npy_writer.h"
-#include "apps/ovix/output/png_writer.h"
-#include "apps/ovix/output/tiff_writer.h"
+#include <algorithm>
+#include <new>
+
+#include "apps/ovix/fault.h"
+#include "apps/ovix/output/file_kinds.h"
+#include "apps/ovix/status_flags.h"
 
 namespace ovix::app {
+namespace {
+
+/// Adds a block to a histogram. Nearly all blocks hold one byte all through, as the compiler's vectors see at once.
+void AddToHistogram(std::span<const u8> block, u64 (&ofByte)[256]) {
+    u8 differs = 0;
+    for (const u8 byte : block) differs |= static_cast<u8>(byte ^ block[0]);
+    if (differs == 0) {
+        ofByte[block[0]] += block.size();
+    } else {
+        for (const u8 byte : block) ++ofByte[byte];
+    }
+}
+
+}  // namespace
 
 IFrameWriter::~IFrameWriter() = default;
 
@@ -16,13 +32,49 @@ std::unique_ptr<IFrameWriter> MakeFrameWriter(const std::filesystem::path& targe
                                               const SWriteOptions& options) {
     const CString extension(target.extension().c_str());
     if (extension.EqualsNoCase(L".png")) return MakePngWriter(target, series, options);
-    if (extension.EqualsNoCase(L".npy")) return MakeNpyWriter(target, series, options.overwrite);
-    if (extension.EqualsNoCase(L".csv")) return MakeCsvWriter(target, series, options.overwrite);
+    if (extension.EqualsNoCase(L".npy")) return MakeNpyWriter(target, series, options);
+    if (extension.EqualsNoCase(L".csv")) return MakeCsvWriter(target, series, options);
     if (extension.EqualsNoCase(L".tif") || extension.EqualsNoCase(L".tiff")) {
-        return MakeTiffWriter(target, series, options.overwrite);
+        return MakeTiffWriter(target, series, options);
     }
     throw CAppError(ExitUsage, fmt::format("{}: an output ends in .png, .tif, .npy or .csv, not in \"{}\"",
                                            target.string(), target.extension().string()));
+}
+
+std::vector<u8> Deflated(std::span<const u8> bytes, int level) {
+    const std::unique_ptr<libdeflate_compressor, decltype(&libdeflate_free_compressor)> compressor(
+        libdeflate_alloc_compressor(level), libdeflate_free_compressor);
+    if (!compressor) throw std::bad_alloc();
+    std::vector<u8> packed(libdeflate_zlib_compress_bound(compressor.get(), bytes.size()));
+    packed.resize(libdeflate_zlib_compress(compressor.get(), bytes.data(), bytes.size(), packed.data(), packed.size()));
+    return packed;
+}
+
+Json DescribeSeries(const SSeries& series) {
+    return {{"schema", kSchemaVersion},       {"title", series.title}, {"quantity", series.unit.quantity},
+            {"unit", series.unit.symbol},     {"width", series.width}, {"height", series.height},
+            {"parameters", series.parameters}};
+}
+
+Json DescribeFrame(const SPicture& picture) {
+    Json frame{{"frame", picture.frame}};
+    if (!picture.caption.empty()) frame["caption"] = picture.caption;
+    if (!picture.status.empty()) frame["status"] = CountStatus(picture.status);
+    return frame;
+}
+
+Json CountStatus(std::span<const u8> status) {
+    constexpr std::size_t kBlock = 128;
+    u64 ofByte[256] = {};
+    for (std::size_t i = 0; i < status.size(); i += kBlock)
+        AddToHistogram(status.subspan(i, std::min(kBlock, status.size() - i)), ofByte);
+    Json counts{{"good", ofByte[0]}};
+    for (const SStatusFlag& flag : kStatusFlags) {
+        u64 pixels = 0;
+        for (unsigned byte = 0; byte < 256; ++byte) pixels += byte & flag.bit ? ofByte[byte] : 0;
+        if (pixels > 0) counts[flag.key] = pixels;
+    }
+    return counts;
 }
 
 }  // namespace ovix::app

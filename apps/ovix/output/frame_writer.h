@@ -4,9 +4,11 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "apps/ovix/json.h"
+#include "apps/ovix/output/palette.h"
 #include "apps/ovix/region.h"
 #include "apps/ovix/units.h"
 
@@ -33,29 +35,66 @@ struct SPicture {
 
 struct SWriteOptions {
     bool overwrite = false;
-    /// Pictures: the values at the ends of the palette. Without it, those of the first frame hold for all.
-    std::optional<std::pair<float, float>> range;
-    /// Pictures: the regions to be drawn.
-    std::vector<SRegion> marks;
+    /// Of TIFF and PNG: from 0, no compression, over 1, quick, to 12, small. The pixels are the same. On frames of a
+    /// microbolometer with noise, the levels above 1 save 1 % and take three times as long and more.
+    int compression = 1;
+    // Of pictures.
+    const SPalette* palette = &Palettes().front();
+    /// The values at the ends of the palette; several frames need it said, one has its own lowest and highest.
+    std::optional<std::pair<float, float>> range = {};
+    std::vector<SRegion> marks = {};  ///< regions to be drawn
+};
+
+/// What `IFrameWriter::Encode` makes of a frame. What is in it is the format's own matter.
+struct SEncodedFrame {
+    using Pieces = std::vector<std::vector<u8>>;
+    Pieces values;
+    Pieces status;
+    Json description;
 };
 
 /// Writes frames one after the other; memory does not grow with their number. A file appears in `Finish`, whole,
-/// and not at all without it; but of several PNG files each appears as soon as it is drawn. Failures throw `CAppError`.
+/// and not at all without it; but of several PNG files each appears as soon as it is appended. Failures throw
+/// `CAppError`.
+///
+/// A frame goes in two steps, so that the first, which costs nearly all of the time, can be done on many threads.
 class IFrameWriter {
   public:
     virtual ~IFrameWriter();
-    virtual void Add(const SPicture& picture) = 0;
+    /// Depends on the picture and on what the writer was made of, and on nothing else: any number of threads may do it
+    /// at a time, in any order, also while another one appends.
+    virtual SEncodedFrame Encode(const SPicture& picture) const = 0;
+    /// The next frame of the output, with what `Encode` made of it. By one thread at a time.
+    virtual void Append(const SPicture& picture, const SEncodedFrame& encoded) = 0;
+    /// Both steps.
+    void Add(const SPicture& picture) { Append(picture, Encode(picture)); }
     virtual void Finish() = 0;
 };
 
 /// The writer that belongs to the extension: `.png`, `.tif` or `.tiff`, `.npy`, `.csv`, in any case of letters.
 /// Another extension is wrong usage.
 ///
+/// - NPY 1.0: little-endian 32-bit floats of shape (height, width), or (frames, height, width) when several frames are
+///   asked for. A JSON file beside it (`out.json`) holds what `DescribeSeries` says and, under "frames", a
+///   `DescribeFrame` for each.
+/// - TIFF with a page of 32-bit floats for each frame, by Deflate without a predictor, so that every reader opens it.
+///   `ImageDescription` is JSON in ASCII: that of a page says what `DescribeFrame` does, that of the first also what
+///   `DescribeSeries` does. BigTIFF when more than 2 GiB of pixels are to come.
+/// - CSV: a table for spreadsheets and scripts, one line for each row of each frame: the number of the frame, the row,
+///   then the pixels from left to right. The head names them with their unit: `frame,row,x0 [°C],x1 [°C]`. Numbers are
+///   the shortest texts that read back to the same value.
+/// - PNG: a picture for the eye: palette, colour bar with the unit, title and caption, the marked regions, and a legend
+///   for what the palette does not show, where it occurs.
+///
 /// Several frames go to one file, but for PNG, where each has its own: `out.png` becomes `out-000012.png` for frame 12.
 /// The status bytes of TIFF, NPY and CSV go to a file beside: `out.status.npy`.
 std::unique_ptr<IFrameWriter> MakeFrameWriter(const std::filesystem::path& target, const SSeries& series,
                                               const SWriteOptions& options);
 
+/// What is written once: schema, title, quantity and unit, size, parameters.
+Json DescribeSeries(const SSeries& series);
+/// What is written for each frame: its number, caption, and the status bytes by flag where there are any.
+Json DescribeFrame(const SPicture& picture);
 /// How many pixels bear each flag of the status byte, by the flag's name, and how many none ("good").
 Json CountStatus(std::span<const u8> status);
 

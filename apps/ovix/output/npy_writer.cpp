@@ -1,13 +1,10 @@
-#include "apps/ovix/output/npy_writer.h"
-
 #include <fmt/format.h>
 
 #include <bit>
 #include <cstring>
 
-#include "apps/ovix/output/data_writer.h"
+#include "apps/ovix/output/file_kinds.h"
 #include "apps/ovix/output/output_file.h"
-#include "apps/ovix/output/series_json.h"
 
 namespace ovix::app {
 namespace {
@@ -35,13 +32,17 @@ std::string Header(const char* descr, const std::string& shape) {
 template <class T>
 class TNpyFile {
   public:
-    TNpyFile(const std::filesystem::path& target, const SSeries& series, bool overwrite)
-        : file_(target, overwrite),
+    static constexpr bool kDescribesFrames = true;
+
+    TNpyFile(const std::filesystem::path& target, const SSeries& series, const SWriteOptions& options)
+        : file_(target, options.overwrite),
           plane_(fmt::format("{}, {}", series.height, series.width)),
           several_(series.frames > 1) {
         WriteHeader();
     }
-    void Add(const SPicture&, std::span<const T> plane) {
+    /// The plane is written as it lies in memory.
+    static SEncodedFrame::Pieces Encode(const SSeries&, const SWriteOptions&, u64, std::span<const T>) { return {}; }
+    void Append(std::span<const T> plane, const SEncodedFrame::Pieces&, const Json&) {
         file_.Write(plane.data(), plane.size_bytes());
         ++frames_;
     }
@@ -69,8 +70,8 @@ class CDescription {
         head.erase(head.rfind("\n}"));
         Write(head + ",\n  \"frames\": [");
     }
-    void Add(const SPicture& picture) {
-        Write((first_ ? "\n    " : ",\n    ") + JsonText(DescribeFrame(picture)));
+    void Append(const Json& frame) {
+        Write((first_ ? "\n    " : ",\n    ") + JsonText(frame));
         first_ = false;
     }
     void Complete() { Write("\n  ]\n}\n"); }
@@ -85,12 +86,12 @@ class CDescription {
 
 class CNpyWriter : public TDataWriter<TNpyFile> {
   public:
-    CNpyWriter(const std::filesystem::path& target, const SSeries& series, bool overwrite)
-        : TDataWriter(target, series, overwrite),
-          description_(std::filesystem::path(target).replace_extension(".json"), series, overwrite) {}
-    void Add(const SPicture& picture) override {
-        TDataWriter::Add(picture);
-        description_.Add(picture);
+    CNpyWriter(const std::filesystem::path& target, const SSeries& series, const SWriteOptions& options)
+        : TDataWriter(target, series, options),
+          description_(std::filesystem::path(target).replace_extension(".json"), series, options.overwrite) {}
+    void Append(const SPicture& picture, const SEncodedFrame& encoded) override {
+        TDataWriter::Append(picture, encoded);
+        description_.Append(encoded.description);
     }
     void Finish() override {
         description_.Complete();
@@ -105,8 +106,8 @@ class CNpyWriter : public TDataWriter<TNpyFile> {
 }  // namespace
 
 std::unique_ptr<IFrameWriter> MakeNpyWriter(const std::filesystem::path& target, const SSeries& series,
-                                            bool overwrite) {
-    return std::make_unique<CNpyWriter>(target, series, overwrite);
+                                            const SWriteOptions& options) {
+    return std::make_unique<CNpyWriter>(target, series, options);
 }
 
 }  // namespace ovix::app

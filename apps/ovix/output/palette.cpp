@@ -1,14 +1,23 @@
 #include "apps/ovix/output/palette.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <limits>
+
+#include "apps/ovix/status_flags.h"
 
 namespace ovix::app {
+namespace {
 
-// The maps "inferno", "magma" and "viridis" of Nathaniel J. Smith and Stefan van der Walt, which are in the public
-// domain (CC0), and "cividis" of Jamie R. Nuñez, Christopher R. Anderton and Ryan S. Renslow (PLOS ONE 13, e0199239).
+using Entries = std::array<u32, 256>;
+
+// The maps "inferno", "magma" and "viridis" of Nathaniel J. Smith and Stefan van der Walt and "cividis" of Jamie R.
+// Nunez, Christopher R. Anderton and Ryan S. Renslow, which their authors gave to the public domain (CC0).
 // clang-format off
-const u32 kInferno[256] = {
+constexpr Entries kInferno = {
     0x000004, 0x010005, 0x010106, 0x010108, 0x02010A, 0x02020C, 0x02020E, 0x030210, 0x040312, 0x040314, 0x050417, 0x060419,
     0x07051B, 0x08051D, 0x09061F, 0x0A0722, 0x0B0724, 0x0C0826, 0x0D0829, 0x0E092B, 0x10092D, 0x110A30, 0x120A32, 0x140B34,
     0x150B37, 0x160B39, 0x180C3C, 0x190C3E, 0x1B0C41, 0x1C0C43, 0x1E0C45, 0x1F0C48, 0x210C4A, 0x230C4C, 0x240C4F, 0x260C51,
@@ -32,7 +41,7 @@ const u32 kInferno[256] = {
     0xF2EA69, 0xF1EC6D, 0xF1ED71, 0xF1EF75, 0xF1F179, 0xF2F27D, 0xF2F482, 0xF3F586, 0xF3F68A, 0xF4F88E, 0xF5F992, 0xF6FA96,
     0xF8FB9A, 0xF9FC9D, 0xFAFDA1, 0xFCFFA4,
 };
-static constexpr u32 kMagma[256] = {
+constexpr Entries kMagma = {
     0x000004, 0x010005, 0x010106, 0x010108, 0x020109, 0x02020B, 0x02020D, 0x03030F, 0x030312, 0x040414, 0x050416, 0x060518,
     0x06051A, 0x07061C, 0x08071E, 0x090720, 0x0A0822, 0x0B0924, 0x0C0926, 0x0D0A29, 0x0E0B2B, 0x100B2D, 0x110C2F, 0x120D31,
     0x130D34, 0x140E36, 0x150E38, 0x160F3B, 0x180F3D, 0x19103F, 0x1A1042, 0x1C1044, 0x1D1147, 0x1E1149, 0x20114B, 0x21114E,
@@ -56,7 +65,7 @@ static constexpr u32 kMagma[256] = {
     0xFDE2A3, 0xFDE3A5, 0xFDE5A7, 0xFDE7A9, 0xFDE9AA, 0xFDEBAC, 0xFCECAE, 0xFCEEB0, 0xFCF0B2, 0xFCF2B4, 0xFCF4B6, 0xFCF6B8,
     0xFCF7B9, 0xFCF9BB, 0xFCFBBD, 0xFCFDBF,
 };
-static constexpr u32 kViridis[256] = {
+constexpr Entries kViridis = {
     0x440154, 0x440256, 0x450457, 0x450559, 0x46075A, 0x46085C, 0x460A5D, 0x460B5E, 0x470D60, 0x470E61, 0x471063, 0x471164,
     0x471365, 0x481467, 0x481668, 0x481769, 0x48186A, 0x481A6C, 0x481B6D, 0x481C6E, 0x481D6F, 0x481F70, 0x482071, 0x482173,
     0x482374, 0x482475, 0x482576, 0x482677, 0x482878, 0x482979, 0x472A7A, 0x472C7A, 0x472D7B, 0x472E7C, 0x472F7D, 0x46307E,
@@ -80,7 +89,7 @@ static constexpr u32 kViridis[256] = {
     0xD8E219, 0xDAE319, 0xDDE318, 0xDFE318, 0xE2E418, 0xE5E419, 0xE7E419, 0xEAE51A, 0xECE51B, 0xEFE51C, 0xF1E51D, 0xF4E61E,
     0xF6E620, 0xF8E621, 0xFBE723, 0xFDE725,
 };
-static constexpr u32 kCividis[256] = {
+constexpr Entries kCividis = {
     0x00224E, 0x00234F, 0x002451, 0x002553, 0x002554, 0x002656, 0x002758, 0x002859, 0x00285B, 0x00295D, 0x002A5F, 0x002A61,
     0x002B62, 0x002C64, 0x002C66, 0x002D68, 0x002E6A, 0x002E6C, 0x002F6D, 0x00306F, 0x003070, 0x003170, 0x003171, 0x013271,
     0x053371, 0x083370, 0x0C3470, 0x0F3570, 0x123570, 0x143670, 0x163770, 0x18376F, 0x1A386F, 0x1C396F, 0x1E3A6F, 0x203A6F,
@@ -106,31 +115,104 @@ static constexpr u32 kCividis[256] = {
 };
 // clang-format on
 
-namespace {
+constexpr Entries Greys(bool inverted) {
+    Entries greys{};
+    for (u32 i = 0; i < greys.size(); ++i) greys[inverted ? 255 - i : i] = i << 16 | i << 8 | i;
+    return greys;
+}
+constexpr Entries kGrey = Greys(false);
+constexpr Entries kGreyInverted = Greys(true);
 
-struct SGrey {
-    u32 colours[256];
-
-    constexpr explicit SGrey(bool inverted) : colours() {
-        for (u32 i = 0; i < 256; ++i) colours[i] = (inverted ? 255 - i : i) * 0x010101;
-    }
-};
-
-constexpr SGrey kGrey(false);
-constexpr SGrey kGreyInverted(true);
-
-constexpr SPalette kPalettes[] = {
-    {"inferno", kInferno}, {"magma", kMagma},       {"viridis", kViridis},
-    {"cividis", kCividis}, {"grey", kGrey.colours}, {"grey-inverted", kGreyInverted.colours},
-};
+constexpr SPalette kPalettes[] = {{"inferno", kInferno}, {"magma", kMagma}, {"viridis", kViridis},
+                                  {"cividis", kCividis}, {"grey", kGrey},   {"grey-inverted", kGreyInverted}};
 
 }  // namespace
 
 std::span<const SPalette> Palettes() { return kPalettes; }
 
-SColour PaletteColour(float value, float low, float high) {
-    const double width = double{high} - low;  // which a float need not hold
-    return ColourOf(kInferno[std::lround(255 * std::clamp((double{value} - low) / width, 0.0, 1.0))]);
+SColour SPalette::At(double share) const {
+    return ColourOf(colours[static_cast<u32>(255 * std::clamp(share, 0.0, 1.0) + 0.5)]);
+}
+
+EPixelKind KindOf(float value, u8 status, SRange range) {
+    if (status & kStatusNoData || std::isnan(value)) return PixelNoData;
+    if (status & kStatusUnder) return PixelUnder;
+    if (status & kStatusOver) return PixelOver;
+    if (value < range.low) return PixelBelow;
+    if (value > range.high) return PixelAbove;
+    return status & kStatusOutside ? PixelUncalibrated : PixelShown;
+}
+
+SColour ColourOfPixel(const SPalette& palette, float value, EPixelKind kind, SRange range) {
+    switch (kind) {
+        case PixelBelow:
+            return kBelowColour;
+        case PixelAbove:
+            return kAboveColour;
+        case PixelUnder:
+            return kUnderColour;
+        case PixelOver:
+            return kOverColour;
+        case PixelNoData:
+            return kNoDataColour;
+        default:
+            return palette.At((double{value} - range.low) / (double{range.high} - range.low));
+    }
+}
+
+std::optional<SRange> Extremes(std::span<const float> values, std::span<const u8> status, u8 without) {
+    constexpr std::size_t kLanes = 32;
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    constexpr float kGreatest = std::numeric_limits<float>::max();
+    float low[kLanes], high[kLanes];
+    std::fill(low, low + kLanes, kInfinity);
+    std::fill(high, high + kLanes, -kInfinity);
+    // Lanes that do not depend on each other, and no branch: this is what the compiler makes vectors of.
+    const auto add = [&](const float* value, const u8* flags, std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i) {
+            const bool counts = std::abs(value[i]) <= kGreatest && !(flags[i] & without);
+            const float below = counts ? value[i] : kInfinity, above = counts ? value[i] : -kInfinity;
+            low[i] = below < low[i] ? below : low[i];
+            high[i] = above > high[i] ? above : high[i];
+        }
+    };
+    static constexpr u8 kGood[kLanes] = {};
+    const auto flagsAt = [&](std::size_t i) { return status.empty() ? kGood : status.data() + i; };
+    std::size_t i = 0;
+    for (; i + kLanes <= values.size(); i += kLanes) add(values.data() + i, flagsAt(i), kLanes);
+    add(values.data() + i, flagsAt(i), values.size() - i);
+    const SRange range{*std::min_element(low, low + kLanes), *std::max_element(high, high + kLanes)};
+    return range.low <= range.high ? std::optional(range) : std::nullopt;
+}
+
+SRange RangeBetween(float low, float high) {
+    if (low < high) return {low, high};
+    const float half = std::max(0.5f, std::abs(low) * 1e-6f);
+    return {low - half, low + half};
+}
+
+SRange RangeOfPixels(std::span<const float> values, std::span<const u8> status) {
+    const auto found = Extremes(values, status, kStatusNoData | kStatusUnder | kStatusOver);
+    return found ? RangeBetween(found->low, found->high) : SRange{0, 1};
+}
+
+std::vector<STick> Ticks(SRange range, int wanted) {
+    constexpr double kSlack = 1e-3;  // of a step: the ends of the range are floats, seldom round themselves
+    const double low = range.low;
+    const double high = range.high;
+    const double rough = (high - low) / std::max(wanted, 1) * (1 - kSlack);
+    const double decade = std::pow(10.0, std::floor(std::log10(rough)));
+    double step = 10 * decade;
+    for (double times : {5, 2, 1}) step = rough <= times * decade ? times * decade : step;
+    const bool plain = std::max(std::abs(low), std::abs(high)) < 1e7 && step > 0.9e-5;
+    const int decimals = std::max(0, static_cast<int>(-std::floor(std::log10(step) + 1e-9)));
+    std::vector<STick> ticks;
+    for (double n = std::ceil(low / step - kSlack); n * step <= high + kSlack * step; ++n) {
+        const double value = n * step + 0.0;  // no minus before a zero
+        ticks.push_back({value, plain ? fmt::format("{:.{}f}", value, decimals) : fmt::format("{:.4g}", value)});
+    }
+    if (ticks.empty()) ticks.push_back({low, fmt::format("{:.6g}", low)});
+    return ticks;
 }
 
 }  // namespace ovix::app

@@ -29,46 +29,43 @@ struct SMeasures {
     int letter = 10;
 };
 
-std::string Fit(std::string text, float size, float room) {
-    if (CCanvas::TextWidth(text, size) <= room) return text;
-    while (!text.empty() && CCanvas::TextWidth(text + "…", size) > room) {
-        while (!text.empty() && (text.back() & 0xC0) == 0x80) text.pop_back();
-        if (!text.empty()) text.pop_back();
+/// What each pixel is, and how many are of each kind.
+struct SKinds {
+    SKinds(const SPicture& picture, SRange range) : ofPixel(picture.values.size()) {
+        for (std::size_t i = 0; i < ofPixel.size(); ++i) {
+            const EPixelKind kind =
+                KindOf(picture.values[i], picture.status.empty() ? u8{0} : picture.status[i], range);
+            ofPixel[i] = static_cast<u8>(kind);
+            ++count[kind];
+        }
     }
-    return text + "…";
-}
+    std::string Share(EPixelKind kind) const {
+        const double percent = 100.0 * static_cast<double>(count[kind]) / static_cast<double>(ofPixel.size());
+        return percent < 0.1 ? fmt::format("{} px", count[kind]) : fmt::format("{:.1f} %", percent);
+    }
+
+    std::vector<u8> ofPixel;
+    u64 count[PixelKinds] = {};
+};
+
+/// What the colours outside the palette mean.
+struct SMeaning {
+    EPixelKind kind;
+    const char* text;
+};
+constexpr SMeaning kMeanings[] = {{PixelBelow, "below the palette"},
+                                  {PixelAbove, "above the palette"},
+                                  {PixelUncalibrated, "not calibrated"},
+                                  {PixelUnder, "below the camera\u2019s range"},
+                                  {PixelOver, "above the camera\u2019s range"},
+                                  {PixelNoData, "no data"}};
 
 struct SLegendEntry {
-    SColour colour;
+    EPixelKind kind;
     std::string text;
+    int x;     ///< of the sample, from the left end
+    int line;  ///< from 0
 };
-
-/// How many pixels are of each kind that has a colour of its own.
-struct SKinds {
-    u64 of[4] = {};
-    u64 all = 0;
-
-    std::string Share(EPixelKind kind) const {
-        const double percent = 100.0 * static_cast<double>(of[kind]) / static_cast<double>(all);
-        return percent < 0.1 ? fmt::format("{} px", of[kind]) : fmt::format("{:.1f} %", percent);
-    }
-    std::vector<SLegendEntry> Legend() const {
-        std::vector<SLegendEntry> legend;
-        if (of[PixelUnder]) legend.push_back({kUnderColour, "under  " + Share(PixelUnder)});
-        if (of[PixelOver]) legend.push_back({kOverColour, "over  " + Share(PixelOver)});
-        if (of[PixelNoData]) legend.push_back({kNoDataColour, "no data  " + Share(PixelNoData)});
-        return legend;
-    }
-};
-
-SKinds CountKinds(const SPicture& picture, SRange range) {
-    SKinds kinds;
-    kinds.all = picture.values.size();
-    for (std::size_t i = 0; i < picture.values.size(); ++i) {
-        ++kinds.of[KindOf(picture.values[i], picture.status.empty() ? u8{0} : picture.status[i], range)];
-    }
-    return kinds;
-}
 
 /// A frame of a sequence bears its number.
 std::string CaptionOf(const SSeries& series, const SPicture& picture) {
@@ -79,61 +76,73 @@ std::string CaptionOf(const SSeries& series, const SPicture& picture) {
 /// Draws one picture, part by part.
 class CDrawing {
   public:
-    CDrawing(const SSeries& series, const SPicture& picture, SRange range)
+    CDrawing(const SSeries& series, const SPicture& picture, const SLook& look)
         : series_(series),
           picture_(picture),
-          range_(range),
+          look_(look),
+          range_(look.range),
           caption_(CaptionOf(series, picture)),
           m_(series),
-          kinds_(CountKinds(picture, range)),
-          ticks_(Ticks(range, std::max(BarHeight() / m_.Letters(5), 2))),
+          kinds_(picture, look.range),
+          ticks_(Ticks(range_, std::max(BarHeight() / m_.Letters(5), 2))),
           out_(Lay()) {}
 
-    SThermalPicture Draw(const std::vector<SRegion>& marks) {
+    SThermalPicture Draw() {
         DrawHead();
         DrawImage();
-        for (const SRegion& mark : marks) DrawMark(mark);
+        for (const SRegion& mark : look_.marks) DrawMark(mark);
         DrawBar();
         DrawFoot();
         return std::move(out_);
     }
 
   private:
-    float Size() const { return static_cast<float>(m_.letter); }
+    double Size() const { return m_.letter; }
     int ImageHeight() const { return series_.height * m_.scale; }
     int BarHeight() const { return std::max(ImageHeight(), m_.Letters(14)); }
 
-    SThermalPicture Lay() const {
+    SThermalPicture Lay() {
         const int edge = m_.Letters(1.8);
         const int head = m_.Letters(4.4);
-        float labels = 0;
+        double labels = 0;
         for (const STick& tick : ticks_) labels = std::max(labels, CCanvas::TextWidth(tick.label, Size()));
-        const int imageRoom = std::max(series_.width * m_.scale, m_.Letters(30));
         const SBox image{edge, head, series_.width * m_.scale, ImageHeight()};
-        SBox bar{edge + imageRoom + m_.Letters(1.8), head, m_.Letters(1.9), BarHeight()};
+        SBox bar{edge + ImageRoom() + m_.Letters(1.8), head, m_.Letters(1.9), BarHeight()};
         const int labelRoom = m_.Letters(1.4) + static_cast<int>(std::ceil(labels));
         const int unitRoom = static_cast<int>(std::ceil(CCanvas::TextWidth(series_.unit.Label(), Size())));
         const int width = bar.x + std::max(bar.width + labelRoom, std::min(unitRoom, m_.Letters(16))) + edge;
-        const int foot = (caption_.empty() ? 0 : m_.Letters(2.4)) + (HasLegend() ? m_.Letters(2.4) : 0);
+        LayLegend(width - 2 * edge);
+        const int legendLines = legend_.empty() ? 0 : legend_.back().line + 1;
+        const int foot = (caption_.empty() ? 0 : m_.Letters(2.4)) + legendLines * m_.Letters(2.4);
         const int height = head + BarHeight() + foot + m_.Letters(foot ? 1.4 : 1.8);
-        if (kinds_.of[PixelOver]) {
+        if (kinds_.count[PixelAbove]) {
             bar.y += Cap();
             bar.height -= Cap();
         }
-        if (kinds_.of[PixelUnder]) bar.height -= Cap();
+        if (kinds_.count[PixelBelow]) bar.height -= Cap();
         return {CCanvas(width, height, kGround), image, bar, m_.scale};
     }
-    /// The block in the colour of under or over at an end of the bar, with the gap before it.
+    /// The block in the colour of what lies beyond at an end of the bar, with the gap before it.
     int Cap() const { return m_.Letters(1.5); }
     int CapGap() const { return m_.Letters(0.35); }
-    bool HasLegend() const { return kinds_.of[PixelShown] != kinds_.all; }
+    /// As wide as the image, and as wide as its title and the names in it need.
+    int ImageRoom() const { return std::max(series_.width * m_.scale, m_.Letters(30)); }
+    /// One entry behind the other, in as many lines as they need.
+    void LayLegend(int room) {
+        int x = 0, line = 0;
+        for (const SMeaning& meaning : kMeanings) {
+            if (!kinds_.count[meaning.kind]) continue;
+            const std::string text = fmt::format("{}  {}", meaning.text, kinds_.Share(meaning.kind));
+            const int width = m_.Letters(1.7) + static_cast<int>(std::ceil(CCanvas::TextWidth(text, Size())));
+            if (x > 0 && x + width > room) x = 0, ++line;
+            legend_.push_back({meaning.kind, text, x, line});
+            x += width + m_.Letters(2.2);
+        }
+    }
 
     void DrawHead() {
-        const auto baseline = static_cast<float>(m_.Letters(2.9));
-        const float left = static_cast<float>(out_.image.x);
-        const float right = static_cast<float>(out_.bar.x);
-        out_.canvas.Text(left, baseline, Size() * 1.15f, Fit(series_.title, Size() * 1.15f, right - left - Size()),
-                         kInk);
+        const int baseline = m_.Letters(2.9), left = out_.image.x, right = out_.bar.x;
+        out_.canvas.Text(left, baseline, Size() * 1.15, series_.title, kInk, right - left - Size());
         out_.canvas.Text(right, baseline, Size(), series_.unit.Label(), kInk);
     }
 
@@ -146,13 +155,24 @@ class CDrawing {
 
     void DrawImage() {
         DrawEdge(out_.image);
+        std::size_t i = 0;
         for (int y = 0; y < series_.height; ++y) {
-            for (int x = 0; x < series_.width; ++x) {
-                const auto i = static_cast<std::size_t>(y) * series_.width + static_cast<std::size_t>(x);
-                const float value = picture_.values[i];
-                const EPixelKind kind = KindOf(value, picture_.status.empty() ? u8{0} : picture_.status[i], range_);
-                out_.canvas.Fill(out_.image.x + x * m_.scale, out_.image.y + y * m_.scale, m_.scale, m_.scale,
-                                 ColourOfPixel(value, kind, range_));
+            for (int x = 0; x < series_.width; ++x, ++i) {
+                const auto kind = static_cast<EPixelKind>(kinds_.ofPixel[i]);
+                const SColour colour = ColourOfPixel(look_.palette, picture_.values[i], kind, range_);
+                const SBox box{out_.image.x + x * m_.scale, out_.image.y + y * m_.scale, m_.scale, m_.scale};
+                out_.canvas.Fill(box.x, box.y, box.width, box.height, colour);
+                if (kind == PixelUncalibrated) Hatch(box, colour);
+            }
+        }
+    }
+    /// Slanted lines over a colour, dark on light and light on dark, that go on from one box to the next.
+    void Hatch(const SBox& box, SColour ground) {
+        const int distance = std::max(5, m_.letter / 2);
+        const bool light = 2 * ground.red + 5 * ground.green + ground.blue > 8 * 110;
+        for (int y = box.y; y < box.y + box.height; ++y) {
+            for (int x = box.x; x < box.x + box.width; ++x) {
+                if ((x + y) % distance < Line()) out_.canvas.Fill(x, y, 1, 1, light ? kShadow : kMarkColour);
             }
         }
     }
@@ -165,15 +185,19 @@ class CDrawing {
         out_.canvas.Frame(box.x - line, box.y - line, box.width + 2 * line, box.height + 2 * line, line, kShadow);
         out_.canvas.Frame(box.x + line, box.y + line, box.width - 2 * line, box.height - 2 * line, line, kShadow);
         out_.canvas.Frame(box.x, box.y, box.width, box.height, line, kMarkColour);
-        const bool roomAbove = box.y - m_.Letters(2) > out_.image.y;
-        const int baseline = roomAbove ? box.y - m_.Letters(0.7) : box.y + m_.Letters(1.8);
-        out_.canvas.TextOnPicture(static_cast<float>(box.x + (roomAbove ? 0 : m_.Letters(0.8))),
-                                  static_cast<float>(baseline), Size(), mark.name, kMarkColour);
+        DrawName(mark.name, box);
     }
 
-    float ValueAtBarRow(int row) const {
-        const float share = static_cast<float>(row) / static_cast<float>(std::max(1, out_.bar.height - 1));
-        return range_.high + (range_.low - range_.high) * share;
+    /// Above its box, or inside where there is no room above; never over the colour bar.
+    void DrawName(const std::string& name, const SBox& box) {
+        const bool roomAbove = box.y - m_.Letters(2) > out_.image.y;
+        const int lowest = out_.image.y + out_.image.height - m_.Letters(0.5);
+        const int baseline = roomAbove ? box.y - m_.Letters(0.7) : std::min(box.y + m_.Letters(1.8), lowest);
+        const double room = ImageRoom() - m_.Letters(0.8);
+        const double width = std::min(CCanvas::TextWidth(name, Size()), room);
+        const double left = box.x + (roomAbove ? 0 : m_.Letters(0.8));
+        out_.canvas.TextOnPicture(std::clamp(left, 0.0 + out_.image.x, out_.image.x + room - width), baseline, Size(),
+                                  name, kMarkColour, room);
     }
 
     void DrawBar() {
@@ -181,56 +205,55 @@ class CDrawing {
         DrawEdge(bar);
         for (int row = 0; row < bar.height; ++row) {
             out_.canvas.Fill(bar.x, bar.y + row, bar.width, 1,
-                             PaletteColour(ValueAtBarRow(row), range_.low, range_.high));
+                             look_.palette.At(1 - static_cast<double>(row) / std::max(1, bar.height - 1)));
         }
         const int block = Cap() - CapGap();
-        if (kinds_.of[PixelOver]) out_.canvas.Fill(bar.x, bar.y - Cap(), bar.width, block, kOverColour);
-        if (kinds_.of[PixelUnder]) {
-            out_.canvas.Fill(bar.x, bar.y + bar.height + CapGap(), bar.width, block, kUnderColour);
+        if (kinds_.count[PixelAbove]) out_.canvas.Fill(bar.x, bar.y - Cap(), bar.width, block, kAboveColour);
+        if (kinds_.count[PixelBelow]) {
+            out_.canvas.Fill(bar.x, bar.y + bar.height + CapGap(), bar.width, block, kBelowColour);
         }
         const int right = bar.x + bar.width;
         for (const STick& tick : ticks_) {
             const double share = (range_.high - tick.value) / (double{range_.high} - range_.low);
             const int y = bar.y + static_cast<int>(std::lround(share * (bar.height - 1)));
             out_.canvas.Fill(right, y - Line() / 2, m_.Letters(0.5), Line(), kDimInk);
-            out_.canvas.Text(static_cast<float>(right + m_.Letters(1.0)), static_cast<float>(y) + Size() * 0.5f, Size(),
-                             tick.label, kInk);
+            out_.canvas.Text(right + m_.Letters(1.0), y + Size() * 0.5, Size(), tick.label, kInk);
         }
     }
 
     void DrawFoot() {
         int top = out_.image.y + BarHeight();
         const int left = out_.image.x;
-        const auto room = static_cast<float>(out_.canvas.Width() - 2 * left);
         if (!caption_.empty()) {
-            out_.canvas.Text(static_cast<float>(left), static_cast<float>(top + m_.Letters(2.3)), Size(),
-                             Fit(caption_, Size(), room), kDimInk);
+            out_.canvas.Text(left, top + m_.Letters(2.3), Size(), caption_, kDimInk, out_.canvas.Width() - 2 * left);
             top += m_.Letters(2.4);
         }
-        auto x = static_cast<float>(left);
-        for (const SLegendEntry& entry : kinds_.Legend()) {
-            out_.canvas.Fill(static_cast<int>(x), top + m_.Letters(1.3), m_.letter, m_.letter, entry.colour);
-            x += Size() * 1.7f;
-            out_.canvas.Text(x, static_cast<float>(top + m_.Letters(2.3)), Size(), entry.text, kInk);
-            x += CCanvas::TextWidth(entry.text, Size()) + Size() * 2.2f;
+        for (const SLegendEntry& entry : legend_) {
+            const int line = top + entry.line * m_.Letters(2.4);
+            const SBox sample{left + entry.x, line + m_.Letters(1.3), m_.letter, m_.letter};
+            const SColour colour = ColourOfPixel(look_.palette, (range_.low + range_.high) / 2, entry.kind, range_);
+            out_.canvas.Fill(sample.x, sample.y, sample.width, sample.height, colour);
+            if (entry.kind == PixelUncalibrated) Hatch(sample, colour);
+            out_.canvas.Text(sample.x + m_.Letters(1.7), line + m_.Letters(2.3), Size(), entry.text, kInk);
         }
     }
 
     const SSeries& series_;
     const SPicture& picture_;
+    const SLook& look_;
     SRange range_;
     std::string caption_;
     SMeasures m_;
     SKinds kinds_;
     std::vector<STick> ticks_;
+    std::vector<SLegendEntry> legend_;
     SThermalPicture out_;
 };
 
 }  // namespace
 
-SThermalPicture DrawThermalPicture(const SSeries& series, const SPicture& picture, SRange range,
-                                   const std::vector<SRegion>& marks) {
-    return CDrawing(series, picture, range).Draw(marks);
+SThermalPicture DrawThermalPicture(const SSeries& series, const SPicture& picture, const SLook& look) {
+    return CDrawing(series, picture, look).Draw();
 }
 
 }  // namespace ovix::app

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "apps/ovix/output/canvas.h"
-#include "apps/ovix/output/colour_scale.h"
 #include "apps/ovix/output/frame_writer.h"
 
 namespace ovix::app {
@@ -21,9 +20,16 @@ struct SThermalPicture {
     int scale;   ///< pixels of the picture for one of the frame, in both directions
 };
 
+/// How a picture is to look.
+struct SLook {
+    SRange range;
+    const SPalette& palette;
+    std::span<const SRegion> marks;  ///< regions to be drawn with their names
+};
+
 /// The frame in the palette's colours, to its right the colour bar with numbers, above the title and the unit, below
-/// the caption and, where they occur, what the colours outside the palette mean.
-SThermalPicture DrawThermalPicture(const SSeries& series, const SPicture& picture, SRange range,
-                                   const std::vector<SRegion>& marks);
+/// the caption and, where they occur, what the colours outside the palette mean. The name of a region stands inside the
+/// picture's part of the drawing, wherever the region lies.
+SThermalPicture DrawThermalPicture(const SSeries& series, const SPicture& picture, const SLook& look);
 
 }  // namespace ovix::app

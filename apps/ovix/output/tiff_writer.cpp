@@ -1,14 +1,11 @@
-#include "apps/ovix/output/tiff_writer.h"
-
 #include <tiffio.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <exception>
 
-#include "apps/ovix/output/data_writer.h"
+#include "apps/ovix/output/file_kinds.h"
 #include "apps/ovix/output/output_file.h"
-#include "apps/ovix/output/series_json.h"
 
 namespace ovix::app {
 namespace {
@@ -58,8 +55,12 @@ struct STiffStream {
 template <class T>
 class TTiffFile {
   public:
-    TTiffFile(const std::filesystem::path& target, const SSeries& series, bool overwrite)
-        : stream_{COutputFile(target, overwrite), 0, nullptr}, series_(series) {
+    static constexpr bool kDescribesFrames = true;
+
+    TTiffFile(const std::filesystem::path& target, const SSeries& series, const SWriteOptions& options)
+        : stream_{COutputFile(target, options.overwrite), 0, nullptr},
+          series_(series),
+          compressed_(options.compression > 0) {
         TIFFSetErrorHandler(nullptr);
         TIFFSetWarningHandler(nullptr);
         const u64 bytes = series.frames * series.width * series.height * sizeof(T);
@@ -74,14 +75,28 @@ class TTiffFile {
     TTiffFile(const TTiffFile&) = delete;
     TTiffFile& operator=(const TTiffFile&) = delete;
 
-    void Add(const SPicture& picture, std::span<const T> plane) {
-        const u32 rows = DescribePage(picture);
+    /// The strips as they stand in the file; none where they stand there as in memory.
+    static SEncodedFrame::Pieces Encode(const SSeries& series, const SWriteOptions& options, u64,
+                                        std::span<const T> plane) {
+        SEncodedFrame::Pieces strips;
+        if (options.compression == 0) return strips;
+        for (u32 y = 0; y < series.height; y += RowsOfStrip(series)) {
+            const std::span<const T> strip = StripAt(series, plane, y);
+            strips.push_back(
+                Deflated({reinterpret_cast<const u8*>(strip.data()), strip.size_bytes()}, options.compression));
+        }
+        return strips;
+    }
+    void Append(std::span<const T> plane, const SEncodedFrame::Pieces& strips, const Json& description) {
+        DescribePage(description);
+        const u32 rows = RowsOfStrip(series_);
         for (u32 y = 0, strip = 0; y < series_.height; y += rows, ++strip) {
-            const auto part = plane.subspan(std::size_t{y} * series_.width,
-                                            std::size_t{std::min(rows, series_.height - y)} * series_.width);
-            // libtiff takes its data unqualified, and leaves it alone where no predictor is used.
-            Require(TIFFWriteEncodedStrip(tiff_, strip, const_cast<T*>(part.data()),
-                                          static_cast<tmsize_t>(part.size_bytes())) >= 0);
+            if (compressed_) {
+                Write(strip, strips[strip].data(), strips[strip].size());
+            } else {
+                const std::span<const T> part = StripAt(series_, plane, y);
+                Write(strip, part.data(), part.size_bytes());
+            }
         }
         Require(TIFFWriteDirectory(tiff_) == 1);
         first_ = false;
@@ -94,8 +109,18 @@ class TTiffFile {
     void Commit() { stream_.file.Commit(); }
 
   private:
-    u32 DescribePage(const SPicture& picture) {
-        const u32 rows = std::clamp<u32>(kStripBytes / static_cast<u32>(series_.width * sizeof(T)), 1, series_.height);
+    static u32 RowsOfStrip(const SSeries& series) {
+        return std::clamp<u32>(kStripBytes / static_cast<u32>(series.width * sizeof(T)), 1, series.height);
+    }
+    static std::span<const T> StripAt(const SSeries& series, std::span<const T> plane, u32 row) {
+        const u32 rows = std::min(RowsOfStrip(series), series.height - row);
+        return plane.subspan(std::size_t{row} * series.width, std::size_t{rows} * series.width);
+    }
+    /// libtiff takes its data unqualified, and leaves it alone.
+    void Write(u32 strip, const void* data, std::size_t size) {
+        Require(TIFFWriteRawStrip(tiff_, strip, const_cast<void*>(data), static_cast<tmsize_t>(size)) >= 0);
+    }
+    void DescribePage(const Json& description) {
         TIFFSetField(tiff_, TIFFTAG_IMAGEWIDTH, u32{series_.width});
         TIFFSetField(tiff_, TIFFTAG_IMAGELENGTH, u32{series_.height});
         TIFFSetField(tiff_, TIFFTAG_SAMPLESPERPIXEL, 1);
@@ -104,14 +129,13 @@ class TTiffFile {
                      std::is_floating_point_v<T> ? SAMPLEFORMAT_IEEEFP : SAMPLEFORMAT_UINT);
         TIFFSetField(tiff_, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
         TIFFSetField(tiff_, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-        TIFFSetField(tiff_, TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
-        TIFFSetField(tiff_, TIFFTAG_ROWSPERSTRIP, rows);
+        TIFFSetField(tiff_, TIFFTAG_COMPRESSION, compressed_ ? COMPRESSION_ADOBE_DEFLATE : COMPRESSION_NONE);
+        TIFFSetField(tiff_, TIFFTAG_ROWSPERSTRIP, RowsOfStrip(series_));
         if (series_.frames > 1) TIFFSetField(tiff_, TIFFTAG_SUBFILETYPE, FILETYPE_PAGE);
         Json text = first_ ? DescribeSeries(series_) : Json::object();
-        text.update(DescribeFrame(picture));
+        text.update(description);
         TIFFSetField(tiff_, TIFFTAG_IMAGEDESCRIPTION, JsonText(text, -1, true).c_str());
         if (first_) TIFFSetField(tiff_, TIFFTAG_SOFTWARE, "ovix " OVIX_VERSION);
-        return rows;
     }
     void Require(bool done) {
         if (stream_.failure) std::rethrow_exception(std::exchange(stream_.failure, nullptr));
@@ -120,6 +144,7 @@ class TTiffFile {
 
     STiffStream stream_;
     SSeries series_;
+    bool compressed_;
     TIFF* tiff_ = nullptr;
     bool first_ = true;
 };
@@ -127,8 +152,8 @@ class TTiffFile {
 }  // namespace
 
 std::unique_ptr<IFrameWriter> MakeTiffWriter(const std::filesystem::path& target, const SSeries& series,
-                                             bool overwrite) {
-    return std::make_unique<TDataWriter<TTiffFile>>(target, series, overwrite);
+                                             const SWriteOptions& options) {
+    return std::make_unique<TDataWriter<TTiffFile>>(target, series, options);
 }
 
 }  // namespace ovix::app

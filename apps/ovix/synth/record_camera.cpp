@@ -36,9 +36,9 @@ const reduce::SCalibParams kCalib = {.planckR = 515000.0f,
                                      .lowerTemp = 273.15f};
 
 SColour ColourOf(float kelvin) {
-    constexpr float kBlack = 283.15f;
-    constexpr float kWhite = 358.15f;
-    return PaletteColour(kelvin, kBlack, kWhite);
+    constexpr float kFirst = 283.15f;
+    constexpr float kLast = 358.15f;
+    return Palettes().front().At((double{kelvin} - kFirst) / (double{kLast} - kFirst));
 }
 
 /// Red, green and blue to luma and the two differences of colour, in the usual studio range.
@@ -57,18 +57,10 @@ struct SYuv {
 CRecordCamera::CRecordCamera(const SSynthOptions& options)
     : width_(options.width),
       height_(options.height),
-      model_(&kAdjust, &kObject, &kCalib),
+      response_([model = reduce::CMeasConv(&kAdjust, &kObject, &kCalib)](double kelvin) {
+          return model.objSigToPow(model.tempToObjSig(static_cast<float>(kelvin))) / kAdjust.gain - kAdjust.offset;
+      }),
       detector_(options, kFullCount) {}
-
-std::vector<u16> CRecordCamera::Counts(std::span<const float> kelvin, u64 frame) const {
-    std::vector<float> even;
-    even.reserve(kelvin.size());
-    for (const float temperature : kelvin) {  // with the fraction, which the noise still needs
-        const double pow = model_.objSigToPow(model_.tempToObjSig(temperature));
-        even.push_back(static_cast<float>(pow / kAdjust.gain - kAdjust.offset));
-    }
-    return detector_.Read(even, frame);
-}
 
 void CRecordCamera::AppendRecord(std::vector<u8>& bytes, u32 size, u64 frame, bool swapped) const {
     const std::size_t start = bytes.size();
