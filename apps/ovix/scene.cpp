@@ -22,6 +22,22 @@ constexpr double kPipeBend = 0.09;
 constexpr double kPipeRadius = 0.038;
 constexpr double kEdge = 0.004;  ///< optics are never quite sharp
 constexpr double kSecondsPerFrame = 0.02;
+constexpr double kTurn = 2 * std::numbers::pi;
+
+// The machine runs, stops, and runs again; the bearing follows, each time as a body does whose temperature tends to
+// another one. Kelvins are above the bearing's temperature at the start, to which a cycle comes back.
+constexpr double kRuns = 3;   ///< seconds
+constexpr double kStops = 4;  ///< seconds
+constexpr double kRunning = 9.5, kWarming = 1.0;
+constexpr double kStanding = -25, kCooling = 2.5;
+constexpr double kTurnsPerSecond = 0.8, kRunsDown = 0.5;
+
+// Billets on their way over the floor, from left to right.
+constexpr double kBilletY = 0.42;
+constexpr double kBilletStart = -0.78;  ///< just outside of what is always seen
+constexpr double kBilletSpeed = 0.9;
+constexpr double kBilletDistance = 1.8;
+constexpr double kBilletHalfWidth = 0.06, kBilletHalfHeight = 0.04;
 
 /// 1 well inside (a distance below 0), 0 well outside.
 double Inside(double distance) {
@@ -54,7 +70,7 @@ void AddPipe(double& kelvin, SPlace p) {
     const SPlace bend{kPipeX - kPipeBend, kPipeY + kPipeBend};
     double axis = std::min(p.x < bend.x ? std::abs(p.y - kPipeY) : 1e9, p.y > bend.y ? std::abs(p.x - kPipeX) : 1e9);
     if (p.x >= bend.x && p.y <= bend.y) axis = std::abs(ToDisc(p, bend, kPipeBend));
-    const double way = p.y > bend.y ? 0.9 + p.y : p.x;
+    const double way = p.y > bend.y ? 0.9 + p.y : std::max(p.x, -0.8);
     Cover(kelvin, axis - kPipeRadius, 284.0 + 0.9 * way + 2.2 * std::pow(axis / kPipeRadius, 2));
     for (const SPlace flange : {SPlace{-0.36, kPipeY}, SPlace{0.14, kPipeY}}) {
         Cover(kelvin, ToBox(p, flange, 0.014, kPipeRadius * 1.45, 0.004), 285.6);
@@ -72,30 +88,51 @@ void AddMotor(double& kelvin, SPlace p) {
     Cover(kelvin, ToBox(p, {0.145, 0.02}, 0.03, 0.15, 0.02), 327.5);
 }
 
-void AddShaftAndBearing(double& kelvin, SPlace p, double seconds) {
-    const double turned = 2 * std::numbers::pi * 0.8 * seconds;
+void AddShaft(double& kelvin, SPlace p) {
     const double decay = std::exp(-(p.x - kBearing.x) / 0.09);
     Cover(kelvin, ToBox(p, {0.31, 0.02}, 0.13, 0.022, 0.004), 308.0 + 34 * std::min(decay, 1.0));
-    const double ridges = 1.1 * std::cos(std::asin(std::clamp((p.y - 0.02) / 0.09, -1.0, 1.0)) * 10 + turned);
-    Cover(kelvin, ToBox(p, {0.415, 0.02}, 0.032, 0.09, 0.012), 305.5 + ridges);
-
-    const double warmedUp = 4.0 * (1 - std::exp(-seconds / 20));
-    const double distance = ToDisc(p, kBearing, 0);
-    Cover(kelvin, distance - 0.1, 331.0 + 10 * std::exp(-(distance - kBearingRadius) / 0.03));
-    const double balls = 1.6 * std::cos(9 * std::atan2(p.y - kBearing.y, p.x - kBearing.x) - turned);
-    const double load = 2.0 * (p.y - kBearing.y) / kBearingRadius;
-    Cover(kelvin, distance - kBearingRadius, 349.0 + warmedUp + balls + load);
-    Cover(kelvin, distance - 0.024, 341.0 + warmedUp);
 }
 
-double Kelvin(SPlace p, double seconds) {
+/// What stands still and keeps its temperature.
+double StillKelvin(SPlace p) {
     double kelvin = Wall(p);
     AddFloor(kelvin, p);
     AddPipe(kelvin, p);
     AddMotor(kelvin, p);
-    AddShaftAndBearing(kelvin, p, seconds);
+    AddShaft(kelvin, p);
     return kelvin;
 }
+
+/// What changes, at one moment.
+struct SMoment {
+    explicit SMoment(double seconds) : billets(kBilletStart + kBilletSpeed * seconds) {
+        const double hot = kRunning * (1 - std::exp(-kRuns / kWarming));
+        const double cold = kStanding + (hot - kStanding) * std::exp(-kStops / kCooling);
+        const double restart = kWarming * std::log((kRunning - cold) / kRunning);  // until the start's temperature
+        const double secondsRunDown = kRunsDown * (1 - std::exp(-kStops / kRunsDown));
+        const double cycle = kRuns + kStops + restart;
+        const double cycles = std::floor(seconds / cycle);
+        const double since = seconds - cycles * cycle;
+        double turning = cycles * (kRuns + secondsRunDown + restart);  // seconds at full speed
+        if (since < kRuns) {
+            heat = kRunning * (1 - std::exp(-since / kWarming));
+            turning += since;
+        } else if (since < kRuns + kStops) {
+            heat = kStanding + (hot - kStanding) * std::exp(-(since - kRuns) / kCooling);
+            turning += kRuns + kRunsDown * (1 - std::exp(-(since - kRuns) / kRunsDown));
+        } else {
+            heat = kRunning + (cold - kRunning) * std::exp(-(since - kRuns - kStops) / kWarming);
+            turning += since - kStops + secondsRunDown;
+        }
+        turned = kTurn * kTurnsPerSecond * turning;
+    }
+    double heat;     ///< of the bearing, kelvin above the start
+    double turned;   ///< by the shaft, radians
+    double billets;  ///< where the middle of one of them is
+};
+
+/// The billet's temperature tells how far it has come.
+double BilletKelvin(double middle) { return 300 + 52 * std::exp(-std::max(0.0, middle - kBilletStart) / 0.9); }
 
 /// Pixels for one unit of the scene.
 double Scale(u16 width, u16 height) { return std::min(width * 0.75, height * 1.0); }
@@ -113,19 +150,85 @@ SRegion RegionAround(const char* name, SPlace centre, double halfWidth, double h
 
 }  // namespace
 
-std::vector<float> RenderScene(u16 width, u16 height, u64 frame) {
+/// A pixel that sees the coupling, the bearing or its seat: shares of what covers what, and what does not change of it.
+struct CScene::SRotor {
+    SRotor(u32 at, SPlace p, double kelvin)
+        : pixel(at),
+          still(kelvin),
+          couplingShare(Inside(ToBox(p, {0.415, 0.02}, 0.032, 0.09, 0.012))),
+          ridge(std::asin(std::clamp((p.y - 0.02) / 0.09, -1.0, 1.0)) * 10) {
+        const double distance = ToDisc(p, kBearing, 0);
+        seatShare = Inside(distance - 0.1);
+        seatWarmth = std::exp(-(distance - kBearingRadius) / 0.03);
+        bearingShare = Inside(distance - kBearingRadius);
+        ball = 9 * std::atan2(p.y - kBearing.y, p.x - kBearing.x);
+        load = 2.0 * (p.y - kBearing.y) / kBearingRadius;
+        raceShare = Inside(distance - 0.024);
+    }
+    bool Sees() const { return couplingShare > 0 || seatShare > 0; }
+    double At(const SMoment& now) const {
+        double kelvin = still;
+        if (couplingShare > 0) kelvin += (305.5 + 1.1 * std::cos(ridge + now.turned) - kelvin) * couplingShare;
+        kelvin += (331.0 + (10 + now.heat) * seatWarmth - kelvin) * seatShare;
+        if (bearingShare > 0) {
+            const double balls = 1.6 * std::cos(ball - now.turned);
+            kelvin += (349.0 + now.heat + balls + load - kelvin) * bearingShare;
+        }
+        return kelvin + (341.0 + now.heat - kelvin) * raceShare;
+    }
+
+    u32 pixel;
+    double still;  ///< what it sees behind, kelvin
+    double couplingShare, ridge;
+    double seatShare, seatWarmth;
+    double bearingShare, ball, load;
+    double raceShare;
+};
+
+CScene::CScene(u16 width, u16 height) : width_(width), height_(height) {
     const double scale = Scale(width, height);
-    const double seconds = static_cast<double>(frame) * kSecondsPerFrame;
-    std::vector<float> kelvin;
-    kelvin.reserve(std::size_t{width} * height);
+    still_.reserve(std::size_t{width} * height);
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
             const SPlace place{(x + 0.5 - width / 2.0) / scale, (y + 0.5 - height / 2.0) / scale};
-            kelvin.push_back(static_cast<float>(Kelvin(place, seconds)));
+            const double kelvin = StillKelvin(place);
+            const SRotor rotor(static_cast<u32>(still_.size()), place, kelvin);
+            if (rotor.Sees()) rotors_.push_back(rotor);
+            still_.push_back(static_cast<float>(kelvin));
         }
     }
+}
+
+CScene::~CScene() = default;
+
+std::vector<float> CScene::Render(u64 frame) const {
+    const SMoment now(static_cast<double>(frame) * kSecondsPerFrame);
+    std::vector<float> kelvin = still_;
+    for (const SRotor& rotor : rotors_) kelvin[rotor.pixel] = static_cast<float>(rotor.At(now));
+
+    // The billets are an endless row; those that are in the picture are drawn.
+    const double edge = width_ / 2.0 / Scale(width_, height_) + kBilletHalfWidth + kEdge;
+    const double first = now.billets - std::floor((now.billets + edge) / kBilletDistance) * kBilletDistance;
+    for (double middle = first; middle < edge; middle += kBilletDistance) AddBillet(kelvin, middle);
     return kelvin;
 }
+
+void CScene::AddBillet(std::vector<float>& kelvin, double middle) const {
+    const SRegion box =
+        RegionAround("", {middle, kBilletY}, kBilletHalfWidth + kEdge, kBilletHalfHeight + kEdge, width_, height_);
+    const double scale = Scale(width_, height_), own = BilletKelvin(middle);
+    for (int y = box.y; y < box.y + box.height; ++y) {
+        for (int x = box.x; x < box.x + box.width; ++x) {
+            const SPlace place{(x + 0.5 - width_ / 2.0) / scale, (y + 0.5 - height_ / 2.0) / scale};
+            float& pixel = kelvin[static_cast<std::size_t>(y) * width_ + static_cast<std::size_t>(x)];
+            double covered = pixel;
+            Cover(covered, ToBox(place, {middle, kBilletY}, kBilletHalfWidth, kBilletHalfHeight, 0.01), own);
+            pixel = static_cast<float>(covered);
+        }
+    }
+}
+
+std::vector<float> RenderScene(u16 width, u16 height, u64 frame) { return CScene(width, height).Render(frame); }
 
 std::vector<SRegion> SceneRegions(u16 width, u16 height) {
     return {RegionAround("bearing", kBearing, 0.08, 0.08, width, height),

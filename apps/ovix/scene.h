@@ -6,11 +6,34 @@
 
 namespace ovix::app {
 
-/// A warm machine with a hot bearing and a cool pipe before a wall, with a temperature at every point. The scene is
-/// told in shares of the picture, so that it looks the same at every size; from frame to frame the shaft turns and the
-/// bearing warms a little.
+/// A warm machine with a hot bearing and a cool pipe before a wall, with a temperature at every point and every moment.
+/// It is told in shares of the picture, so that it looks the same at every size. Frames are 20 ms apart. The machine
+/// runs for three seconds, in which the shaft turns and the bearing warms up; it stops for four, in which it cools down
+/// by 27 K; and runs again. Meanwhile hot billets pass below it, one every two seconds, and cool on their way.
 
-/// The temperatures in kelvin of width times height pixels, row by row; within 283 to 363 K.
+/// All temperatures of the scene lie between these, in kelvin.
+inline constexpr float kSceneColdest = 283;
+inline constexpr float kSceneHottest = 363;
+
+/// What does not change is worked out once for all frames. Any number of threads may render at a time.
+class CScene {
+  public:
+    CScene(u16 width, u16 height);
+    ~CScene();
+    /// The temperatures in kelvin of width times height pixels, row by row.
+    std::vector<float> Render(u64 frame) const;
+
+  private:
+    struct SRotor;
+    void AddBillet(std::vector<float>& kelvin, double middle) const;
+
+    u16 width_;
+    u16 height_;
+    std::vector<float> still_;
+    std::vector<SRotor> rotors_;
+};
+
+/// One frame of the scene.
 std::vector<float> RenderScene(u16 width, u16 height, u64 frame);
 
 /// "bearing", "pipe" and "housing": three regions that show the hottest part, the coolest and the body. For pictures of

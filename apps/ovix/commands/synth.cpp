@@ -1,12 +1,15 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <thread>
 
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/suggestion.h"
 #include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/fault.h"
+#include "apps/ovix/in_order.h"
 #include "apps/ovix/input/pixel_type_names.h"
 #include "apps/ovix/output/frame_writer.h"
 #include "apps/ovix/output/output_file.h"
@@ -154,22 +157,35 @@ class CSynthCommand final : public ICommand {
         series.frames = count;
         series.unit = UnitText(TemperatureFactory, Kelvin);
         series.title = "scene of " + output_;
-        SWriteOptions write;
-        write.overwrite = overwrite_;
+        const SWriteOptions write{.overwrite = overwrite_, .range = std::pair(kSceneColdest, kSceneHottest)};
         return MakeFrameWriter(truth_, series, write);
     }
 
-    static u64 WriteFrames(ISynthesizer& camera, const SSynthOptions& options, u64 count, COutputFile& dump,
+    struct SMade {
+        std::vector<float> kelvin;
+        std::vector<u8> frame;
+        SEncodedFrame truth;
+    };
+
+    static u64 WriteFrames(const ISynthesizer& camera, const SSynthOptions& options, u64 count, COutputFile& dump,
                            IFrameWriter* truth) {
+        const CScene scene(options.width, options.height);
+        const std::vector<u8> good(std::size_t{options.width} * options.height);
+        const auto picture = [&](u64 number, const std::vector<float>& kelvin) {
+            return SPicture{.frame = number, .values = kelvin, .status = good, .caption = {}};
+        };
+        const auto make = [&](u64 number) {
+            SMade made{scene.Render(number), {}, {}};
+            made.frame = camera.Frame(number, made.kelvin);
+            if (truth) made.truth = truth->Encode(picture(number, made.kelvin));
+            return made;
+        };
         CProgress progress("frame", count);
-        for (u64 i = 0; i < count; ++i) {
-            progress.Show(i);
-            const std::vector<float> kelvin = RenderScene(options.width, options.height, i);
-            const std::vector<u8> frame = camera.Frame(i, kelvin);
-            dump.Write(frame.data(), frame.size());
-            const std::vector<u8> good(kelvin.size());
-            if (truth) truth->Add({.frame = i, .values = kelvin, .status = good, .caption = {}});
-        }
+        MakeInOrder(count, std::max(1u, std::thread::hardware_concurrency()), make, [&](u64 number, const SMade& made) {
+            progress.Show(number);
+            dump.Write(made.frame.data(), made.frame.size());
+            if (truth) truth->Append(picture(number, made.kelvin), made.truth);
+        });
         return dump.Size();
     }
 

@@ -70,6 +70,9 @@ void CDetector::MakeBadPixels() {
         if (bad_[i] && Neighbour(i) == i) checked[i] = 0;
     }
     bad_ = checked;
+    for (u32 i = 0; i < pixels; ++i) {
+        if (bad_[i]) badPixels_.push_back(i);
+    }
 }
 
 u32 CDetector::Neighbour(u32 pixel) const {
@@ -89,9 +92,9 @@ std::vector<u16> CDetector::Read(std::span<const float> even, u64 frame) const {
     for (std::size_t i = 0; i < even.size(); ++i) {
         const double noise = noise_ ? kNoiseCounts * Bell(Random(seed_, ForNoise, frame + 1, i)) : 0.0;
         const double count = (double{even[i]} + noise - offset_[i]) / gain_[i];
-        raw[i] = static_cast<u16>(std::clamp(std::floor(count + 0.5), 0.0, static_cast<double>(full_)));
-        if (bad_[i]) raw[i] = i % 2 ? full_ : u16{0};
+        raw[i] = static_cast<u16>(std::clamp(count + 0.5, 0.0, static_cast<double>(full_)));
     }
+    for (const u32 i : badPixels_) raw[i] = i % 2 ? full_ : u16{0};
     return raw;
 }
 
@@ -114,11 +117,15 @@ TSharedPtr<reduce::CCorrectionReduceObject> CDetector::Correction() const {
     return correction;
 }
 
-std::vector<u16> CPlainResponse::Counts(std::span<const float> kelvin, u64 frame) const {
-    std::vector<float> even;
-    even.reserve(kelvin.size());
-    for (const float temperature : kelvin) even.push_back(response_(temperature));
-    return detector_.Read(even, frame);
+CResponse::CResponse(Formula formula) : formula_(std::move(formula)) {
+    for (u32 step = 0; step <= kSteps; ++step)
+        table_.push_back(static_cast<float>(formula_(double{kFirst} + step / double{kPerKelvin})));
+}
+
+std::vector<float> CResponse::At(std::span<const float> kelvin) const {
+    std::vector<float> counts(kelvin.size());
+    for (std::size_t i = 0; i < kelvin.size(); ++i) counts[i] = At(kelvin[i]);
+    return counts;
 }
 
 }  // namespace ovix::app

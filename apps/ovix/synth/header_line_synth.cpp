@@ -10,9 +10,8 @@ namespace {
 
 class CHeaderLineSynth final : public ISynthesizer {
   public:
-    CHeaderLineSynth(const SSynthOptions& options, u32 headerBytes, WriteHeader write,
-                     CPlainResponse::Response response)
-        : options_(options), headerBytes_(headerBytes), write_(write), camera_(options, response) {}
+    CHeaderLineSynth(const SSynthOptions& options, u32 headerBytes, WriteHeader write, CResponse::Formula response)
+        : options_(options), headerBytes_(headerBytes), write_(write), camera_(options, std::move(response)) {}
 
     std::vector<u8> Frame(u64 number, std::span<const float> kelvin) const override {
         std::vector<u8> bytes(headerBytes_);
@@ -33,12 +32,12 @@ class CHeaderLineSynth final : public ISynthesizer {
 }  // namespace
 
 std::unique_ptr<ISynthesizer> MakeHeaderLineSynth(const SSynthOptions& options, u32 headerBytes, WriteHeader write,
-                                                  CPlainResponse::Response response) {
+                                                  CResponse::Formula response) {
     const u64 bytes = 2u * u64{options.width} * (options.height + 1u);
     if (bytes < headerBytes)
         throw UsageFault(fmt::format("{} x {} pixels and a header line make {} bytes; the header alone has {}",
                                      options.width, options.height, bytes, headerBytes));
-    return std::make_unique<CHeaderLineSynth>(options, headerBytes, write, response);
+    return std::make_unique<CHeaderLineSynth>(options, headerBytes, write, std::move(response));
 }
 
 }  // namespace ovix::app

@@ -11,6 +11,6 @@ using WriteHeader = void (*)(u8* header, const SSynthOptions& options, u64 frame
 /// than the header, with as much of it as there is room for. Throws wrong usage for an image so small that the decoder
 /// would read the header beyond the frame.
 std::unique_ptr<ISynthesizer> MakeHeaderLineSynth(const SSynthOptions& options, u32 headerBytes, WriteHeader write,
-                                                  CPlainResponse::Response response = CPlainResponse::Linear);
+                                                  CResponse::Formula response = CPlainResponse::Linear);
 
 }  // namespace ovix::app

@@ -9,7 +9,7 @@ namespace {
 constexpr GUID kFrame = "{1A3CAA37-2D15-4D6D-B4FE-B1FC2332D49A}"_guid;
 constexpr u32 kHeaderBytes = 192;
 
-float PlanckResponse(float kelvin) { return static_cast<float>(500 + 3e8 / std::expm1(3597 / double{kelvin})); }
+double PlanckResponse(double kelvin) { return 500 + 3e8 / std::expm1(3597 / kelvin); }
 
 void Write(u8* header, const SSynthOptions& options, u64 frame) {
     const SSynthTime time(frame);

@@ -11,7 +11,9 @@ class CRecordCamera {
     explicit CRecordCamera(const SSynthOptions& options);
 
     /// What the detector gives for temperatures in kelvin.
-    std::vector<u16> Counts(std::span<const float> kelvin, u64 frame) const;
+    std::vector<u16> Counts(std::span<const float> kelvin, u64 frame) const {
+        return detector_.Read(response_.At(kelvin), frame);
+    }
     /// Appends the first `size` bytes of the record: 20 ms lie between frames. `swapped` is the other byte order,
     /// big-endian.
     void AppendRecord(std::vector<u8>& bytes, u32 size, u64 frame, bool swapped) const;
@@ -20,7 +22,7 @@ class CRecordCamera {
   private:
     u16 width_;
     u16 height_;
-    reduce::CMeasConv model_;
+    CResponse response_;
     CDetector detector_;
 };
 
