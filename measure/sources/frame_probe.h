@@ -7,7 +7,6 @@
 #include "measure/error.h"
 #include "measure/sources/frame_format.h"
 #include "reduce/reduce.h"
-#include "reduce/reduce.h"
 
 namespace ovix::measure {
 

@@ -146,7 +146,7 @@ bool CCurlewConverter::SignalToOutput(u16 first, u16 last, float* out, u8* statu
 
 bool CCurlewConverter::SignalToOutput(u16 signal, float& out, u8& status, u8 preset) {
     if (!ResolvePreset(preset) || outputUnit != TemperatureFactory) return false;
-    out = static_cast<float>(KelvinScale(outputTempType).FromKelvin(meas_.imgToTemp(signal, &status)));
+    out = static_cast<float>(TemperatureScale(outputTempType).FromKelvin(meas_.imgToTemp(signal, &status)));
     return true;
 }
 
@@ -154,7 +154,7 @@ bool CCurlewConverter::OutputToSignal(float value, u16& signal, u8& status, u8 p
     if (!ResolvePreset(preset)) return false;
     status = 0;
     if (outputUnit != TemperatureFactory) return false;
-    signal = meas_.tempToImg(static_cast<float>(KelvinScale(outputTempType).ToKelvin(value)));
+    signal = meas_.tempToImg(static_cast<float>(TemperatureScale(outputTempType).ToKelvin(value)));
     return true;
 }
 
@@ -247,6 +247,8 @@ bool CMerlinConverter::ChangeObjectParameters(CObjectParametersReduceObject* par
         return true;
     });
 }
+
+void CMerlinConverter::PrepareTable(u8 preset) { meas_[preset].PrepareRanges(); }
 
 bool CMerlinConverter::RangeToOutput(u16 first, u16 last, float* out, u8* status, u8 preset) {
     return Range(meas_[preset], outputUnit, outputTempType, first, last, out, status);

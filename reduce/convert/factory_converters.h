@@ -112,6 +112,8 @@ class OVIX_REDUCE_API CMerlinConverter : public TConverter<CMerlinConverter, CPr
     bool RangeToOutput(u16 first, u16 last, float* out, u8* status, u8 preset) override;
 
   private:
+    void PrepareTable(u8 preset) override;
+
     CMrlConv meas_[kPresets];
 };
 

@@ -5,8 +5,8 @@
 
 #include "reduce/convert/signal_model-inl.h"
 #include "reduce/convert/signal_runs.h"
-#include "reduce/convert/temperatures_simd.h"
 #include "reduce/pixels/radiance.h"
+#include "reduce/pixels/simd/model_simd.h"
 
 namespace ovix::reduce {
 
@@ -22,10 +22,15 @@ constexpr double kHighWave = 12.0;
 i32 WrappingSum(i32 a, i32 b) { return static_cast<i32>(static_cast<u32>(a) + static_cast<u32>(b)); }
 i32 WrappingDifference(i32 a, i32 b) { return static_cast<i32>(static_cast<u32>(a) - static_cast<u32>(b)); }
 
-double PowOf(const SAdjustParams& adjust, i32 img) {
-    if (img == 0) return 0.0;
+double LinearPowOf(const SAdjustParams& adjust, i32 img) {
     const i32 count = std::clamp(img, 1, kTopCount);
-    if (!adjust.nonlinearOn) return static_cast<double>(WrappingSum(count, adjust.offset)) * adjust.gain;
+    const double pow = static_cast<double>(WrappingSum(count, adjust.offset)) * adjust.gain;
+    return img == 0 ? 0.0 : pow;
+}
+
+double PowOf(const SAdjustParams& adjust, i32 img) {
+    if (img == 0 || !adjust.nonlinearOn) return LinearPowOf(adjust, img);
+    const i32 count = std::clamp(img, 1, kTopCount);
     const i32 d = WrappingDifference(count, adjust.nonlinearOffset);
     const float q = static_cast<float>(d) * adjust.nonlinearGain;  // single precision
     const double den = 1.0 - q;
@@ -119,25 +124,29 @@ struct CMeasConv::SKernel {
     /// A block; see the header for what a status changes.
     template <class Count>
     void operator()(const Count* counts, u32 n, float* out, u8* status) const {
-        double signals[kSignalBlock];
+        double values[kSignalBlock];
+        Pows(counts, n, values);
         if (status) {
-            Limited(counts, n, signals, status);
-        } else {
-            for (u32 i = 0; i < n; ++i) signals[i] = PowOf(adjust, counts[i]) * K1 - K2;
+            if (clipOn) {
+                simd::LimitAll(limits, values, status, n);
+            } else {
+                std::fill_n(status, n, u8{0});
+            }
+            for (u32 i = 0; i < n; ++i) status[i] = static_cast<u8>(status[i] | Beyond(counts[i]));
         }
-        if (!keepsOutput) to.ValuesOf(signals, n, out);
+        if (keepsOutput) return;
+        std::transform(values, values + n, values, [k1 = K1, k2 = K2](double pow) { return pow * k1 - k2; });
+        to.ValuesOf(values, n, out);
     }
 
+    static u8 Beyond(i32 img) { return img == 0 ? 32 : img > kTopCount ? 4 : img < 1 ? 2 : 0; }
+
     template <class Count>
-    void Limited(const Count* counts, u32 n, double* signals, u8* status) const {
-        const SKernel self = *this;
-        for (u32 i = 0; i < n; ++i) {
-            const i32 img = counts[i];
-            const int beyond = img == 0 ? 32 : img > kTopCount ? 4 : img < 1 ? 2 : 0;
-            double pow = PowOf(self.adjust, img);
-            status[i] = static_cast<u8>(beyond | (self.clipOn ? Limit(pow, self.limits) : 0));
-            signals[i] = pow * self.K1 - self.K2;
-        }
+    void Pows(const Count* counts, u32 n, double* pows) const {
+        const SAdjustParams a = adjust;
+        const auto each = [=](auto powOf) { std::transform(counts, counts + n, pows, powOf); };
+        a.nonlinearOn ? each([=](i32 img) { return PowOf(a, img); })
+                      : each([=](i32 img) { return LinearPowOf(a, img); });
     }
 
     void Run(float* out, const float* in, u8* status, u32 count) const {
@@ -154,7 +163,7 @@ struct CMeasConv::SKernel {
 };
 
 CMeasConv::SKernel CMeasConv::Kernel(EUnit unit, ETempType scale) const {
-    const bool keepsOutput = unit == TemperatureFactory && !KelvinScale(scale).known;
+    const bool keepsOutput = unit == TemperatureFactory && !TemperatureScale(scale).known;
     return {adjust_, clipOn_, limits_, K1_, K2_, In(unit, scale), keepsOutput};
 }
 

@@ -4,15 +4,6 @@
 /// the library, so that its results do not depend on how a program that includes this is compiled.
 namespace ovix::reduce {
 
-/// The limits of a measured quantity. A value strictly between `lower` and `upper` is good; beyond them it keeps its
-/// value until the limits cut it.
-struct SLimitRule {
-    double lower = 0;      ///< of the calibrated range; a value at it is outside
-    double upper = 0;      ///< of the calibrated range; a value at it is outside
-    double underflow = 0;  ///< values below become this
-    double overflow = 0;   ///< values above become this
-};
-
 /// A Planck curve in three constants: R / (exp(B / T) - F) is the signal of a black body at T kelvin.
 struct SPlanckCurve {
     double R = 0;

@@ -6,8 +6,8 @@
 #include "core/least_squares.h"
 #include "reduce/convert/radiometry.h"
 #include "reduce/convert/signal_runs.h"
-#include "reduce/convert/temperatures_simd.h"
 #include "reduce/pixels/radiance_law.h"
+#include "reduce/pixels/simd/model_simd.h"
 
 namespace ovix::reduce {
 
@@ -15,6 +15,8 @@ namespace {
 
 /// What a file says beyond it has no coefficients.
 constexpr i32 kHighestDegree = 6;
+
+constexpr u32 kPreparedSignals = 16384;  ///< those of a table
 
 /// The end of a range widened by a part of its size, but at least by so many degrees. In single precision.
 float Margin(float celsius, float least, float divisor) { return std::max(least, std::abs(celsius / divisor)); }
@@ -43,6 +45,12 @@ void CMrlConv::Init(const CMerlinFactoryCalReduceObject& calibration, const CObj
     ReInit(params);
     CalcLimits();
     if (changed && cal_.degree >= 2) FitInverse();
+    if (changed) unscaled_.reset();
+}
+
+void CMrlConv::PrepareRanges() {
+    const SRadianceLaw law = Law();
+    if (!unscaled_ && TakesPowers(law)) unscaled_ = UnscaledRadiances(law, kPreparedSignals);
 }
 
 void CMrlConv::ReInit(const CObjectParametersReduceObject& params) {
@@ -114,13 +122,15 @@ bool CMrlConv::GetCalibratedRange(EUnit unit, ETempType scale, float& lower, flo
 void CMrlConv::Radiances(const u16* signals, u32 count, float* out, u8* status) const {
     double radiances[kRunBlock];
     static_assert(kSignalBlock <= kRunBlock);
-    ApplyPolynomial(Law(), signals, count, radiances);
-    for (u32 i = 0; i < count; ++i) {
-        double value = static_cast<float>(radiances[i]);
-        const u8 flags = Limit(value, limits_);
-        out[i] = static_cast<float>(value);
-        if (status) status[i] = flags;
+    if (unscaled_ && std::all_of(signals, signals + count, [](u16 s) { return s < kPreparedSignals; })) {
+        std::transform(signals, signals + count, radiances, [this](u16 signal) { return unscaled_[signal] * kPath_; });
+    } else {
+        ApplyPolynomial(Law(), signals, count, radiances);
     }
+    u8 unwanted[kSignalBlock];
+    std::transform(radiances, radiances + count, radiances, [](double r) { return static_cast<float>(r); });
+    simd::LimitAll(limits_, radiances, status ? status : unwanted, count);
+    std::transform(radiances, radiances + count, out, [](double r) { return static_cast<float>(r); });
 }
 
 /// `RadianceToTemperature` of those.
@@ -129,10 +139,10 @@ void CMrlConv::Temperatures(const u16* signals, u32 count, float* out, u8* statu
     double compensated[kSignalBlock];
     std::transform(out, out + count, compensated,
                    [e = obj_.emissivity, K2 = K2_](float radiance) { return radiance / e - K2; });
-    simd::Temperatures(CurveOf(cal_), KelvinScale(Kelvin), compensated, out, count);
+    TemperaturesOf(CurveOf(cal_), TemperatureScale(Kelvin), compensated, count, out);
     if (scale == Kelvin) return;
     std::transform(out, out + count, out,
-                   [to = KelvinScale(scale)](float kelvin) { return static_cast<float>(to.FromKelvin(kelvin)); });
+                   [to = TemperatureScale(scale)](float kelvin) { return static_cast<float>(to.FromKelvin(kelvin)); });
 }
 
 float CMrlConv::SignalToRadiance(u16 signal, u8* status) const {
@@ -148,11 +158,11 @@ float CMrlConv::SignalToTemperature(u16 signal, u8* status, ETempType scale) con
 float CMrlConv::RadianceToTemperature(float radiance, u8*, ETempType scale) const {
     const float compensated = radiance / obj_.emissivity;
     const float kelvin = static_cast<float>(KelvinOf(CurveOf(cal_), compensated - K2_));
-    return static_cast<float>(KelvinScale(scale).FromKelvin(kelvin));
+    return static_cast<float>(TemperatureScale(scale).FromKelvin(kelvin));
 }
 
 float CMrlConv::TemperatureToRadiance(float value, u8*, ETempType scale) const {
-    const float kelvin = static_cast<float>(KelvinScale(scale).ToKelvin(value));
+    const float kelvin = static_cast<float>(TemperatureScale(scale).ToKelvin(value));
     return static_cast<float>((SignalOf(CurveOf(cal_), kelvin) + K2_) * obj_.emissivity);
 }
 

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <memory>
+
 #include "core/typed_data.h"
 #include "reduce/api.h"
 #include "reduce/convert/factory_calibrations.h"
-#include "reduce/convert/model_state.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
+#include "reduce/pixels/radiance_params.h"
 
 namespace ovix::reduce {
 
@@ -27,6 +29,10 @@ class OVIX_REDUCE_API CMrlConv {
     void Init(const CMerlinFactoryCalReduceObject& calibration, const CObjectParametersReduceObject& params);
     /// Another scene. The limits stay.
     void ReInit(const CObjectParametersReduceObject& params);
+    /// For who is about to convert all signals in one scene after the other: what a polynomial of the fifth degree or
+    /// higher says of the signals of 14 bits but for the scene is computed once, and serves until the polynomial is
+    /// another one. No result changes by it.
+    void PrepareRanges();
 
     /// The transmission in force: that of the object parameters unless it is 0, else that of the atmosphere's formula.
     double getUsedAtmTao() const { return usedAtmTao_; }
@@ -70,6 +76,7 @@ class OVIX_REDUCE_API CMrlConv {
     double kPath_ = 0;        ///< 1 over what the air and the external optics let through
     SLimitRule limits_;       ///< of radiance
     double inverse_[7] = {};  ///< polynomial from radiance over kPath to signal
+    std::shared_ptr<const double[]> unscaled_;
 };
 
 }  // namespace ovix::reduce

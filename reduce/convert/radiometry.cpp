@@ -1,9 +1,13 @@
 #include "reduce/convert/radiometry.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "core/least_squares.h"
+#include "reduce/convert/parallel_for.h"
 #include "reduce/pixels/radiance.h"
+#include "reduce/pixels/radiance_law.h"
+#include "reduce/pixels/simd/model_simd.h"
 
 namespace ovix::reduce {
 
@@ -22,6 +26,43 @@ bool FitParabola(TArray<double>& from, TArray<double>& to, SParabola& parabola) 
 }
 
 }  // namespace
+
+void TemperaturesOf(const SPlanckCurve& curve, const STemperatureScale& to, const double* signals, u32 count,
+                    float* values) {
+    if (!(curve.B >= 0)) {  // no curve: there the ways differ in the sign of a zero
+        std::transform(signals, signals + count, values,
+                       [&](double s) { return static_cast<float>(to.FromKelvin(KelvinOf(curve, s))); });
+        return;
+    }
+    const double R = curve.R, F = curve.F, floor = FloorOf(curve);
+    for (u32 at = 0, n = 0; at < count; at += n) {
+        n = std::min(kSignalBlock, count - at);
+        double x[kSignalBlock];
+        std::transform(signals + at, signals + at + n, x, [=](double signal) {
+            const double argument = R / signal + F;
+            return !(signal > 0) ? std::numeric_limits<double>::infinity() : argument > floor ? argument : floor;
+        });
+        simd::LogQuotients({curve.B, 1.0, to.factor, to.offset}, x, values + at, n);
+    }
+}
+
+bool TakesPowers(const SRadianceLaw& law) { return law.order > 4; }
+
+std::shared_ptr<const double[]> UnscaledRadiances(SRadianceLaw law, u32 count) {
+    law.scale = 1.0;
+    const std::shared_ptr<double[]> radiances(new double[count]);
+    ParallelFor(count, [&](u32 first, u32 last) {
+        for (u32 at = first, n = 0; at < last; at += n) {
+            n = std::min(kSignalBlock, last - at);
+            double block[kSignalBlock];
+            for (u32 i = 0; i < n; ++i) block[i] = at + i;
+            SCounts counts;
+            counts.Load({block, Flt64}, n, EPowers::Double);
+            ApplyLaw(law, counts, nullptr, radiances.get() + at);
+        }
+    });
+    return radiances;
+}
 
 bool MakeFit(SRadianceFit& fit, const SPlanckCurve& curve, float lowKelvin, float highKelvin) {
     const i32 low = WholeCelsius(lowKelvin);

@@ -1,60 +1,31 @@
 #pragma once
 
 #include <cmath>
+#include <memory>
 
 #include "core/numeric_cast.h"
-#include "core/typed_data.h"
+#include "core/temperature_scale.h"
 #include "reduce/convert/model_state.h"
 
 /// The formulas that the measurement models share.
 namespace ovix::reduce {
 
-/// How a temperature scale stands to kelvin: value = kelvin * factor - offset. For a scale that is none of the four
-/// `known` is false and the numbers are those of kelvin; what that means is each caller's own affair.
-struct SKelvinScale {
-    double factor = 1.0;
-    double offset = 0.0;
-    bool known = true;
+struct SRadianceLaw;
 
-    double FromKelvin(double kelvin) const { return kelvin * factor - offset; }
-    double ToKelvin(double value) const { return (value + offset) / factor; }
-};
+/// Signals that go through the steps of a model together, in cache.
+inline constexpr u32 kSignalBlock = 512;
 
-constexpr SKelvinScale KelvinScale(ETempType type) {
-    switch (type) {
-        case Celsius:
-            return {1.0, 273.15};
-        case Fahrenheit:
-            return {1.8, 459.67};
-        case Kelvin:
-            return {};
-        case Rankine:
-            return {1.8, 0.0};
-        default:
-            return {1.0, 0.0, false};
-    }
-}
+/// Whether a law asks for the power function, which costs far more than all other steps together.
+bool TakesPowers(const SRadianceLaw& law);
+/// What such a law says of the first `count` of the counts but for its scale, on all processors: times the scale these
+/// are its radiances, bit by bit.
+std::shared_ptr<const double[]> UnscaledRadiances(SRadianceLaw law, u32 count);
 
 /// The nearest whole number, halves away from zero; beyond +-1e18, where halves no longer exist, the value is taken as
 /// it stands. NaN and what 64 bits do not hold give the least one.
 constexpr i64 RoundToInteger(double value) {
     if (value > -1e18 && value < 1e18) value += value < 0 ? -0.5 : 0.5;
     return TruncateTo<i64>(value);
-}
-
-/// The one rule of all conversions with a status. Its bits: 0 strictly inside the calibrated range, 4 overflow, 2
-/// underflow, else 1 with the value kept.
-inline u8 Limit(double& value, const SLimitRule& limits) {
-    if (value > limits.lower && value < limits.upper) return 0;
-    if (value > limits.overflow) {
-        value = limits.overflow;
-        return 4;
-    }
-    if (value < limits.underflow) {
-        value = limits.underflow;
-        return 2;
-    }
-    return 1;
 }
 
 /// What keeps a curve 0.02 percent away from its pole, so that no signal gives a negative or infinite temperature: the
@@ -76,6 +47,11 @@ inline double KelvinOf(const SPlanckCurve& curve, double signal) {
     const double floor = FloorOf(curve);
     return curve.B / std::log(x > floor ? x : floor);
 }
+
+/// Object signals to temperatures in a scale, narrowed, in the widest registers that the processor has, with the bits
+/// of `to.FromKelvin(KelvinOf(curve, signal))`.
+void TemperaturesOf(const SPlanckCurve& curve, const STemperatureScale& to, const double* signals, u32 count,
+                    float* values);
 
 /// The curve of a calibration that has its constants under these names.
 template <class Calib>

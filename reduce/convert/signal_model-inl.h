@@ -5,7 +5,6 @@
 
 #include "reduce/convert/radiometry.h"
 #include "reduce/convert/signal_model.h"
-#include "reduce/convert/temperatures_simd.h"
 
 /// The bodies of `TSignalModel`, for the two models that instantiate it.
 namespace ovix::reduce {
@@ -16,7 +15,7 @@ inline constexpr double kLeastPow = 1e-06;
 /// Object signals as values of a unit: `RadianceFactory`, `TemperatureFactory`, `ObjectSignal`.
 struct SSignalUnit {
     EUnit unit;
-    SKelvinScale scale;
+    STemperatureScale scale;
     SPlanckCurve curve;
     SParabola radiance;
 
@@ -26,7 +25,7 @@ struct SSignalUnit {
     }
     /// The same narrowed, for a block.
     void ValuesOf(const double* signals, u32 count, float* values) const {
-        if (unit == TemperatureFactory) return simd::Temperatures(curve, scale, signals, values, count);
+        if (unit == TemperatureFactory) return TemperaturesOf(curve, scale, signals, count, values);
         const SParabola fit = radiance;
         const auto each = [=](auto f) {
             std::transform(signals, signals + count, values, [=](double s) { return static_cast<float>(f(s)); });
@@ -127,7 +126,7 @@ double TSignalModel<Object, Calib>::tempToObjSig(double kelvin) const {
 
 template <class Object, class Calib>
 SSignalUnit TSignalModel<Object, Calib>::In(EUnit unit, ETempType scale) const {
-    return {unit, KelvinScale(scale), CurveOf(calib_), fit_.radiance};
+    return {unit, TemperatureScale(scale), CurveOf(calib_), fit_.radiance};
 }
 
 template <class Object, class Calib>

@@ -5,14 +5,13 @@
 #include <new>
 
 #include "reduce/convert/parallel_for.h"
+#include "reduce/convert/radiometry.h"
 #include "reduce/pixels/apply_lut.h"
 #include "reduce/pixels/simd/lut_simd.h"
 
 /// The buffer forms of the measurement models, told once: a model gives `block(signals, n, out, status)`, the results
 /// of at most `kSignalBlock` signals in cache, where `status` may be null.
 namespace ovix::reduce {
-
-inline constexpr u32 kSignalBlock = 512;
 
 /// Calls `part(at, n)` for stretches of at most a block that together are `count`.
 template <class Part>

@@ -12,6 +12,8 @@ CTableConverter::CTableConverter(u16 topSignal, u8 tableCount) : topSignal_(topS
 bool CTableConverter::canChangeObjectParameters() const { return true; }
 bool CTableConverter::canUseLUT() const { return true; }
 
+void CTableConverter::PrepareTable(u8) {}
+
 bool CTableConverter::ResolvePreset(u8& preset) const {
     if (preset == 255) preset = activePreset;
     return preset < PresetCount && presets[preset] && TableOf(preset) < tableCount_;
@@ -28,6 +30,7 @@ bool CTableConverter::UpdateTable(u8 preset) {
         std::fill_n(table.values.get(), size, 0.0f);  // a scale that is none of the four leaves them alone
     }
     if (!table.status) table.status.Allocate(size);
+    PrepareTable(preset);
     // The first entry says for all whether the model knows the unit.
     table.valid = RangeToOutput(0, 0, table.values, table.status, preset);
     if (!table.valid) return false;

@@ -48,6 +48,9 @@ class OVIX_REDUCE_API CTableConverter : public IConverter {
     /// unit that it does not know. `status` may be null.
     virtual bool RangeToOutput(u16 first, u16 last, float* out, u8* status, u8 preset) = 0;
 
+    /// Before a table is filled: the place to make what serves many scenes.
+    virtual void PrepareTable(u8 preset);
+
     /// Puts the active preset in the place of 255; false when the preset meant is not enabled, and
     /// when the family does not have it.
     bool ResolvePreset(u8& preset) const;

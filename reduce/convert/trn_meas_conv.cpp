@@ -9,6 +9,7 @@
 #include "reduce/convert/signal_model-inl.h"
 #include "reduce/convert/signal_runs.h"
 #include "reduce/pixels/radiance.h"
+#include "reduce/pixels/simd/model_simd.h"
 
 namespace ovix::reduce {
 
@@ -166,14 +167,13 @@ struct CTrnMeasConv::SKernel {
 
     /// A block of signals of any 16 bits.
     void operator()(const u16* counts, u32 n, float* out, u8* status) const {
-        const SKernel self = *this;
-        double signals[kSignalBlock];
-        for (u32 i = 0; i < n; ++i) {
-            u8 flags = 0;
-            signals[i] = self.ObjectSignalOf(counts[i], flags);
-            if (status) status[i] = flags;
-        }
-        to.ValuesOf(signals, n, out);
+        double values[kSignalBlock];
+        u8 flags[kSignalBlock] = {};
+        std::transform(counts, counts + n, values, [d = detector](u16 img) { return img ? PowOf(d, img) : kNoData; });
+        if (clipOn) simd::LimitAll(limits, values, flags, n);
+        for (u32 i = 0; status && i < n; ++i) status[i] = static_cast<u8>(flags[i] | (counts[i] ? 0 : 32));
+        std::transform(values, values + n, values, [k1 = K1, k2 = K2](double pow) { return pow * k1 - k2; });
+        to.ValuesOf(values, n, out);
     }
 
     void Run(STypedData out, STypedData in, u8* status, u32 count) const {
@@ -213,7 +213,7 @@ u16 CTrnMeasConv::radToImg(double radiance, u8* status) const {
     return objectSignalToImg(At(fit_.signal, radiance), status);
 }
 u16 CTrnMeasConv::tempToImg(double value, u8* status, ETempType scale) const {
-    return objectSignalToImg(tempToObjSig(KelvinScale(scale).ToKelvin(value)), status);
+    return objectSignalToImg(tempToObjSig(TemperatureScale(scale).ToKelvin(value)), status);
 }
 
 void CTrnMeasConv::imgToTemp(u16 first, u16 last, float* out, u8* status, ETempType scale) const {

@@ -1,13 +1,17 @@
 #include "reduce/convert/user_converter.h"
 
+#include <algorithm>
 #include <cstring>
+#include <utility>
 
+#include "reduce/convert/radiometry.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/reduce_object_array.h"
 #include "reduce/objects/source_info_reduce_object.h"
 #include "reduce/pixels/counts_to_radiance.h"
 #include "reduce/pixels/counts_to_temperature.h"
 #include "reduce/pixels/radiance.h"
+#include "reduce/pixels/radiance_law.h"
 #include "reduce/pixels/radiance_to_temperature.h"
 #include "reduce/pixels/rcal_reduce_object.h"
 #include "reduce/pixels/to_radiance.h"
@@ -22,16 +26,19 @@ const double* DataOrNull(const TArray<double>& values) { return values.size() ? 
 }  // namespace
 
 void CUserConverter::SPreset::Read(const CRCalFile& cal, int preset, const CSourceInfoReduceObject* source) {
-    SPreset fresh;
-    fresh.pixelBackgrounds = std::move(pixelBackgrounds);
-    fresh.backgroundCRC = backgroundCRC;
-    *this = std::move(fresh);
+    SPreset former = std::exchange(*this, {});
+    pixelBackgrounds = std::move(former.pixelBackgrounds);
+    backgroundCRC = former.backgroundCRC;
     cal.GetPolyOrder(preset, order);
     cal.GetCoefficients(preset, coefficients);
     cal.GetTempPolyOrder(preset, tempOrder);
     cal.GetTempCoefficients(preset, tempCoefficients);
     cal.GetLookup(preset, radiances, temperatures);
     cal.GetBackgroundValue(preset, background);
+    if (order == former.order &&
+        std::equal(coefficients.begin(), coefficients.end(), former.coefficients.begin(), former.coefficients.end())) {
+        unscaled = former.unscaled;
+    }
     if (!ReadPixelBackgrounds(cal, preset, source)) {
         pixelBackgrounds.Destroy();
         backgroundCRC.reset();
@@ -147,13 +154,27 @@ bool CUserConverter::ToTemperature(STypedData out, STypedData in, const SPreset&
     return ToTemperaturePlanck(out, in, form..., common_.highWave, common_.lowWave, scale, common_.tempType);
 }
 
+void CUserConverter::PrepareTable(u8 p) {
+    SPreset& preset = calibration_[p];
+    const SRadianceLaw law = RecordLaw(preset.ToRadiance(), false, common_);
+    if (!preset.unscaled && TakesPowers(law)) preset.unscaled = UnscaledRadiances(law, 65536);
+}
+
 bool CUserConverter::RangeToOutput(u16 first, u16 last, float* out, u8* status, u8 p) {
     if (last < first) return true;
     const SPreset& preset = calibration_[p];
-    CountsToRadiance(first, last, out, status, false, 0, 0, 0, 0, preset.coefficients.data(), preset.order,
-                     preset.background, common_.radianceScale);
+    const u32 count = u32{last} - first + 1;
+    if (preset.unscaled) {
+        const double* unscaled = preset.unscaled.get() + first;
+        std::transform(unscaled, unscaled + count, out,
+                       [scale = common_.radianceScale](double r) { return static_cast<float>(r * scale); });
+        if (status) std::memset(status, 0, count);
+    } else {
+        CountsToRadiance(first, last, out, status, false, 0, 0, 0, 0, preset.coefficients.data(), preset.order,
+                         preset.background, common_.radianceScale);
+    }
     const STypedData table{out, Flt32};
-    if (outputUnit == TemperatureUser) ToTemperature(table, table, preset, u32{last} - first + 1);
+    if (outputUnit == TemperatureUser) ToTemperature(table, table, preset, count);
     return true;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 
 #include "core/rcal_file.h"
@@ -82,6 +83,9 @@ class OVIX_REDUCE_API CUserConverter : public TConverter<CUserConverter, CTableC
     bool RangeToOutput(u16 first, u16 last, float* out, u8* status, u8 preset) override;
 
   private:
+    /// Where the polynomial takes powers: what it says of all counts, whatever the scene is.
+    void PrepareTable(u8 preset) override;
+
     /// What the calibration says of one preset.
     struct SPreset {
         i32 order = 0;
@@ -93,6 +97,7 @@ class OVIX_REDUCE_API CUserConverter : public TConverter<CUserConverter, CTableC
         TArray<double> tempCoefficients;
         TArray<double> radiances;
         TArray<double> temperatures;
+        std::shared_ptr<const double[]> unscaled;  ///< see `PrepareTable`
 
         void Read(const CRCalFile& cal, int preset, const CSourceInfoReduceObject* source);
         bool ReadPixelBackgrounds(const CRCalFile& cal, int preset, const CSourceInfoReduceObject* source);

@@ -21,7 +21,7 @@ bool Convert(STypedData source, STypedData destination, const u8* presets, const
         const SLaws laws = lawsOf(preset);
         double values[kRunBlock];
         if (!RadiancesOf(part, source, laws.radiance, EPowers::Double, values)) return;
-        StoreBlock(destination, part.out, values, ApplyLaw(laws.temperature, values, part.count, values));
+        StoreTemperatures(laws.temperature, values, part.count, destination, part.out);
     });
     return true;
 }

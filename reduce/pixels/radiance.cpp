@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "core/math.h"
 #include "core/numeric_cast.h"
 #include "reduce/pixels/radiance_law.h"
 #include "reduce/pixels/table_lookup.h"
@@ -23,19 +24,6 @@ double SnapToStep(double wave) { return static_cast<double>(TruncateTo<i64>(wave
 double SpectralRadiance(double wave, double kelvin) {
     const double wave5 = wave * wave * wave * wave * wave;
     return kC1 / ((std::exp(kC2 / (wave * kelvin)) - 1) * wave5);
-}
-
-double ToCelsius(double temperature, ETempType type) {
-    switch (type) {
-        case Fahrenheit:
-            return (temperature - 32) / 1.8;
-        case Kelvin:
-            return temperature - 273.15;
-        case Rankine:
-            return temperature / 1.8 - 273.15;
-        default:
-            return temperature;
-    }
 }
 
 }  // namespace
@@ -86,8 +74,8 @@ bool CountsToRadiance(u16 first, u16 last, float* out, u8* status, bool check, d
 bool ToRadianceLookup(double& radiance, double temperature, const double* radiances, const double* temperatures,
                       i32 count, bool clampResult, double scale, ETempType type) {
     if (count < 2) return false;
-    const STableValue found =
-        Interpolate(temperatures, radiances, static_cast<u32>(count), ToCelsius(temperature, type));
+    const STableValue found = Interpolate(temperatures, radiances, static_cast<u32>(count),
+                                          CMath::ConvertTemperature(temperature, type, Celsius));
     radiance = found.value * scale;
     return found.inside || clampResult;
 }

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "reduce/pixels/simd/model_simd.h"
+
 namespace ovix::reduce {
 
 namespace {
@@ -72,21 +74,14 @@ bool ApplyDifference(const SRadianceLaw& law, const double* c, const double* bac
     return backgrounds ? fill([=](u32 i) { return backgrounds[i]; }) : fill([=](u32) { return single; });
 }
 
+/// Held against the limits as it is in the destination's type.
 template <class D>
-void StoreChecked(D* to, u8* status, const double* radiances, u32 count, const SRadianceLimits& limits) {
+void StoreChecked(D* to, u8* status, const double* radiances, u32 count, const SLimitRule& limits) {
     for (u32 i = 0; i < count; ++i) {
-        to[i] = static_cast<D>(radiances[i]);
-        const double v = to[i];
-        if (v > limits.warnLow && v < limits.warnHigh) continue;
-        u8 flag = 1;
-        if (v > limits.clipHigh) {
-            to[i] = static_cast<D>(limits.clipHigh);
-            flag = 4;
-        } else if (v < limits.clipLow) {
-            to[i] = static_cast<D>(limits.clipLow);
-            flag = 2;
-        }
-        if (status) status[i] |= flag;
+        double value = static_cast<D>(radiances[i]);
+        const u8 flags = Limit(value, limits);
+        to[i] = static_cast<D>(value);
+        if (status) status[i] |= flags;
     }
 }
 
@@ -120,7 +115,7 @@ bool ApplyLaw(const SRadianceLaw& law, const SCounts& counts, const double* back
 }
 
 void StoreRadiances(STypedData destination, u8* status, std::size_t at, const double* radiances, u32 count,
-                    const std::optional<SRadianceLimits>& limits) {
+                    const std::optional<SLimitRule>& limits) {
     if (!limits) return StoreBlock(destination, at, radiances, count);
     u8* flags = status ? status + at : nullptr;
     if (destination.type == Flt32) {

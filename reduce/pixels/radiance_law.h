@@ -8,21 +8,13 @@
 
 namespace ovix::reduce {
 
-/// Where a radiance is clean (strictly between the warning limits), and where it is cut.
-struct SRadianceLimits {
-    double warnLow;
-    double warnHigh;
-    double clipLow;
-    double clipHigh;
-};
-
 /// How the counts of one preset become radiance, see the order codes in radiance.h.
 struct SRadianceLaw {
     const double* coefficients;
     i32 order;
     CBackground background;
     double scale;
-    std::optional<SRadianceLimits> limits = {};
+    std::optional<SLimitRule> limits = {};
 };
 
 /// The law of a record. `pixelsAllowed` false passes its per-pixel backgrounds over.
@@ -52,7 +44,7 @@ bool ApplyLaw(const SRadianceLaw& law, const SCounts& counts, const double* back
 /// Writes radiances to `Flt32` or `Flt64`, from element `at` of the destination (and of the status) on, and holds them
 /// against the limits if there are any.
 void StoreRadiances(STypedData destination, u8* status, std::size_t at, const double* radiances, u32 count,
-                    const std::optional<SRadianceLimits>& limits);
+                    const std::optional<SLimitRule>& limits);
 
 /// The radiances of a part of a frame of counts. False, with nothing written, when the law's order is none.
 template <class Part>

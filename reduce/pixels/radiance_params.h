@@ -4,6 +4,15 @@
 
 namespace ovix::reduce {
 
+/// The limits of a measured quantity. A value strictly between `lower` and `upper` is good; beyond them it keeps its
+/// value until the limits cut it.
+struct SLimitRule {
+    double lower = 0;      ///< of the calibrated range; a value at it is outside
+    double upper = 0;      ///< of the calibrated range; a value at it is outside
+    double underflow = 0;  ///< values below become this
+    double overflow = 0;   ///< values above become this
+};
+
 /// How the counts of one preset become radiance. The arrays belong to the caller.
 struct SRadianceParams {
     const double* coefficients = nullptr;  ///< a[0] first

@@ -3,8 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <utility>
 
+#include "core/temperature_scale.h"
+#include "reduce/pixels/simd/model_simd.h"
 #include "reduce/pixels/table_lookup.h"
 
 namespace ovix::reduce {
@@ -81,59 +84,53 @@ u32 Apply(const STableModel& model, double scale, const double* radiances, u32 c
     return count;
 }
 
+/// A logarithm's argument for each radiance, and what becomes of the logarithm.
+struct SLogForm {
+    simd::SLogQuotient kelvin;
+    double x[kRunBlock];
+};
+
 /// Here the scale multiplies the numerator.
-u32 Apply(const SPlanckModel& model, double scale, const double* radiances, u32 count, double* out) {
+void Arguments(const SPlanckModel& model, double scale, const double* radiances, u32 count, SLogForm& form) {
     const double width = model.highWave - model.lowWave;
     const double w = width * 0.5 + model.lowWave;
     const double w5 = w * w * w * w * w;
     const double numerator = width * kC1 * scale;
-    return Each(radiances, count, out, [=](double r) { return kC2 / (std::log(numerator / (w5 * r) + 1.0) * w); });
+    form.kelvin.numerator = kC2;
+    form.kelvin.width = w;
+    Each(radiances, count, form.x, [=](double r) { return numerator / (w5 * r) + 1.0; });
 }
 
-u32 Apply(const SRBFModel& model, double scale, const double* radiances, u32 count, double* out) {
+/// A radiance that is not above the offset is 0 K.
+void Arguments(const SRBFModel& model, double scale, const double* radiances, u32 count, SLogForm& form) {
     const double limit = model.F <= 1.0 ? kLeastLog : model.F * kLeastLog;
-    return Each(radiances, count, out, [=](double r) {
+    form.kelvin.numerator = model.B;
+    form.kelvin.width = 1.0;
+    Each(radiances, count, form.x, [=](double r) {
         const double d = r / scale - model.O;
-        if (!(d > 0)) return 0.0;
         const double w = model.R / d + model.F;
-        return model.B / std::log(limit > w ? limit : w);
+        return !(d > 0) ? std::numeric_limits<double>::infinity() : limit > w ? limit : w;
     });
 }
 
-/// The final step from the model's native scale. An unknown scale means Celsius from both.
-void FromNative(const auto&, double* temperatures, u32 count, ETempType type) {
-    FromCelsius(temperatures, count, type);
+/// Of the models that yield kelvin. An unknown scale means Celsius.
+template <class Model>
+void MakeLogForm(const Model& model, double scale, ETempType type, const double* radiances, u32 count, SLogForm& form) {
+    const STemperatureScale to = TemperatureScale(TemperatureScale(type).known ? type : Celsius);
+    form.kelvin.factor = to.factor;
+    form.kelvin.offset = to.offset;
+    Arguments(model, scale, radiances, count, form);
 }
-void FromKelvin(double* temperatures, u32 count, ETempType type) {
-    const auto each = [=](const auto& f) { Each(temperatures, count, temperatures, f); };
-    switch (type) {
-        case Fahrenheit:
-            return each([](double k) { return k * 1.8 - 459.67; });
-        case Kelvin:
-            return;
-        case Rankine:
-            return each([](double k) { return k * 1.8; });
-        default:
-            return each([](double k) { return k - 273.15; });
-    }
-}
-void FromNative(const SPlanckModel&, double* t, u32 count, ETempType type) { FromKelvin(t, count, type); }
-void FromNative(const SRBFModel&, double* t, u32 count, ETempType type) { FromKelvin(t, count, type); }
+
+template <class Model>
+constexpr bool kTakesLogarithm = std::is_same_v<Model, SPlanckModel> || std::is_same_v<Model, SRBFModel>;
 
 }  // namespace
 
 void FromCelsius(double* temperatures, u32 count, ETempType type) {
-    const auto each = [=](const auto& f) { Each(temperatures, count, temperatures, f); };
-    switch (type) {
-        case Fahrenheit:
-            return each([](double c) { return c * 1.8 + 32.0; });
-        case Kelvin:
-            return each([](double c) { return c + 273.15; });
-        case Rankine:
-            return each([](double c) { return (c + 273.15) * 1.8; });
-        default:
-            return;
-    }
+    const STemperatureScale to = TemperatureScale(type);
+    if (type != Celsius && to.known)
+        Each(temperatures, count, temperatures, [=](double c) { return to.FromCelsius(c); });
 }
 
 STemperatureLaw RecordLaw(const STemperatureParams& params, bool tableAllowed, const SCommonParams& common) {
@@ -148,9 +145,35 @@ STemperatureLaw RecordLaw(const STemperatureParams& params, bool tableAllowed, c
 
 u32 ApplyLaw(const STemperatureLaw& law, const double* radiances, u32 count, double* temperatures) {
     return std::visit(
-        [&](const auto& model) {
-            const u32 done = Apply(model, law.scale, radiances, count, temperatures);
-            FromNative(model, temperatures, done, law.type);
+        [&]<class Model>(const Model& model) {
+            if constexpr (kTakesLogarithm<Model>) {
+                SLogForm form;
+                MakeLogForm(model, law.scale, law.type, radiances, count, form);
+                return Each(form.x, count, temperatures, [&](double x) { return form.kelvin.Of(x); });
+            } else {
+                const u32 done = Apply(model, law.scale, radiances, count, temperatures);
+                FromCelsius(temperatures, done, law.type);
+                return done;
+            }
+        },
+        law.model);
+}
+
+u32 StoreTemperatures(const STemperatureLaw& law, const double* radiances, u32 count, STypedData destination,
+                      std::size_t at) {
+    return std::visit(
+        [&]<class Model>(const Model& model) {
+            if constexpr (kTakesLogarithm<Model>) {
+                if (destination.type == Flt32) {
+                    SLogForm form;
+                    MakeLogForm(model, law.scale, law.type, radiances, count, form);
+                    simd::LogQuotients(form.kelvin, form.x, static_cast<float*>(destination.data) + at, count);
+                    return count;
+                }
+            }
+            double temperatures[kRunBlock];
+            const u32 done = ApplyLaw(law, radiances, count, temperatures);
+            StoreBlock(destination, at, temperatures, done);
             return done;
         },
         law.model);

@@ -56,6 +56,10 @@ STemperatureLaw RecordLaw(const STemperatureParams& params, bool tableAllowed, c
 /// has none. Both may be one array.
 u32 ApplyLaw(const STemperatureLaw& law, const double* radiances, u32 count, double* temperatures);
 
+/// The same narrowed, from element `at` of a destination of `Flt32` or `Flt64` on.
+u32 StoreTemperatures(const STemperatureLaw& law, const double* radiances, u32 count, STypedData destination,
+                      std::size_t at);
+
 /// The final step of the models that yield degrees Celsius. An unknown scale stays Celsius.
 void FromCelsius(double* temperatures, u32 count, ETempType type);
 
@@ -74,9 +78,7 @@ bool ConvertRadiances(STypedData destination, STypedData source, const u8* prese
         SElementScratch gathered;
         double values[kRunBlock];
         LoadBlock(ViewOf(part, source, gathered), part.count, values);
-        const u32 done = ApplyLaw(*law, values, part.count, values);
-        StoreBlock(destination, part.out, values, done);
-        whole = done == part.count;
+        whole = StoreTemperatures(*law, values, part.count, destination, part.out) == part.count;
     });
     return whole;
 }

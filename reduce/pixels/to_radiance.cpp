@@ -109,7 +109,7 @@ bool ToRadiance(STypedData destination, STypedData source, const u8* presets, u1
 bool ToRadiance(STypedData destination, STypedData source, u8* status, u32 count, double warnLow, double warnHigh,
                 double clipLow, double clipHigh, const double* coefficients, int order, CBackground background,
                 double scale) {
-    const SRadianceLimits limits{warnLow, warnHigh, clipLow, clipHigh};
+    const SLimitRule limits{warnLow, warnHigh, clipLow, clipHigh};
     return Convert(destination, status, source, nullptr, SWhole{count},
                    Limited(One(coefficients, order, background, scale), [=](u8) { return limits; }));
 }
@@ -117,7 +117,7 @@ bool ToRadiance(STypedData destination, STypedData source, u8* status, u32 count
 bool ToRadiance(STypedData destination, STypedData source, u8* status, const u32* indices, u32 count, double warnLow,
                 double warnHigh, double clipLow, double clipHigh, const double* coefficients, int order,
                 CBackground background, double scale) {
-    const SRadianceLimits limits{warnLow, warnHigh, clipLow, clipHigh};
+    const SLimitRule limits{warnLow, warnHigh, clipLow, clipHigh};
     return Convert(destination, status, source, nullptr, SIndexList{indices, count},
                    Limited(One(coefficients, order, background, scale), [=](u8) { return limits; }));
 }
@@ -126,7 +126,7 @@ bool ToRadiance(STypedData destination, STypedData source, u8* status, const u8*
                 const double* warnLows, const double* warnHighs, const double* clipLows, const double* clipHighs,
                 const double* const* coefficients, const i32* orders, CPresetBackgrounds backgrounds,
                 const double* scales) {
-    const auto limits = [=](u8 p) { return SRadianceLimits{warnLows[p], warnHighs[p], clipLows[p], clipHighs[p]}; };
+    const auto limits = [=](u8 p) { return SLimitRule{warnLows[p], warnHighs[p], clipLows[p], clipHighs[p]}; };
     return Convert(destination, status, source, presets, SWhole{count},
                    Limited(Each(coefficients, orders, backgrounds, scales), limits));
 }
@@ -135,7 +135,7 @@ bool ToRadiance(STypedData destination, STypedData source, u8* status, const u8*
                 const double* warnLows, const double* warnHighs, const double* clipLows, const double* clipHighs,
                 const double* const* coefficients, const i32* orders, CPresetBackgrounds backgrounds,
                 const double* scales) {
-    const auto limits = [=](u8 p) { return SRadianceLimits{warnLows[p], warnHighs[p], clipLows[p], clipHighs[p]}; };
+    const auto limits = [=](u8 p) { return SLimitRule{warnLows[p], warnHighs[p], clipLows[p], clipHighs[p]}; };
     return Convert(destination, status, source, presets, SIndexList{indices, count},
                    Limited(Each(coefficients, orders, backgrounds, scales), limits));
 }
