@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
+#include <new>
 
 #include "core/convert_array.h"
 #include "reduce/convert/converter_factory.h"
 #include "reduce/convert/radiometry.h"
+#include "reduce/convert/table_converter.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/reduce_object_array.h"
 #include "reduce/objects/source_info_reduce_object.h"
@@ -15,6 +18,10 @@
 #include "reduce/pixels/correction_cfg_reduce_object.h"
 #include "reduce/pixels/correction_reduce_object.h"
 #include "reduce/pixels/get_image_data.h"
+#include "reduce/pixels/get_stats.h"
+#include "reduce/pixels/lut_kernel.h"
+#include "reduce/pixels/nuc_kernel.h"
+#include "reduce/pixels/stats_route.h"
 
 namespace ovix::reduce {
 
@@ -146,6 +153,50 @@ bool CConvertContext::Abate(const STypedData* const frames, u32 count, STypedDat
     }
     return reduce::Abate(target.type, sources, count, target.data, presetMap, given, abateCfg_->order, abateCfg_->low,
                          abateCfg_->high, abateCfg_->mode, gains, offsets, maps, cfg.clip, cfg.minimum, cfg.maximum);
+}
+
+/// Through a frame in memory, where the conversion knows no table.
+bool CConvertContext::MeasureInSteps(STypedData in, u16 width, u16 height, STypedData out, u8* status, CStats& stats) {
+    const u32 count = u32{width} * height;
+    const std::unique_ptr<u8[]> room(new (std::nothrow) u8[std::size_t{count} * ElementSize(in.type)]);
+    STypedData corrected = in;
+    if (!room || !ApplyNUC(in, {room.get(), in.type}, count, corrected) || !Convert(corrected, out, status, count)) {
+        return false;
+    }
+    GetStats(stats, out, width, height, nullptr, 0, status);
+    return true;
+}
+
+bool CConvertContext::MeasureFrame(STypedData in, u16 width, u16 height, STypedData out, u8* status, CStats& stats) {
+    const u32 count = u32{width} * height;
+    if (!correctionCfg_ || static_cast<i32>(count) <= 0) return false;
+    if (!IsNumeric(in.type) || !IsNumeric(out.type) || out.type == UInt64) return false;
+    const CCorrectionCfgReduceObject& cfg = *correctionCfg_;
+    const CCorrectionReduceObject* correction = WantsNUC() ? corrections_[activePreset_].ptr() : nullptr;
+    const CNucCorrector correct(in.type, in.type, cfg.clip != 0, cfg.minimum, cfg.maximum);
+    if (correction && !correct.IsValid()) return false;
+    auto* tableConverter = dynamic_cast<CTableConverter*>(converter_.ptr());
+    const auto table = tableConverter ? tableConverter->TableInForce() : std::nullopt;
+    if (!table) return MeasureInSteps(in, width, height, out, status, stats);
+
+    const SEnabledTables enabled(correction, cfg);
+    const SCorrectionTables tables{enabled.gain, enabled.offset, enabled.map};
+    const std::size_t from = ElementSize(in.type), to = ElementSize(out.type);
+    const TFrameCorrection<CNucCorrector> frame(correct, in.data, from, from);
+    CLutKernel convert(in.type, out.type, table->values, status ? table->status : nullptr, 0, table->top);
+    CFrameTally tally(out.type, width, height, status != nullptr);
+    alignas(64) u8 corrected[kLutBlock * 8];
+    for (u32 at = 0, n = 0; at < count; at += n) {
+        n = std::min(kLutBlock, count - at);
+        const void* pixels = static_cast<const u8*>(in.data) + at * from;
+        if (correction) frame.Block(tables, at, n, corrected);
+        u8* results = static_cast<u8*>(out.data) + at * to;
+        u8* flags = status ? status + at : nullptr;
+        convert(correction ? corrected : pixels, results, flags, n);
+        tally.Add(results, flags, n);
+    }
+    tally.Finish(stats);
+    return true;
 }
 
 bool CConvertContext::Convert(STypedData in, STypedData out, u8* status, u32 count) {

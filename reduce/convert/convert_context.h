@@ -11,6 +11,7 @@ class CCorrectionCfgReduceObject;
 class CCorrectionReduceObject;
 class CObjectParametersReduceObject;
 class CReduceObjectArray;
+struct CStats;
 class IConverter;
 
 /// The front of the conversion pipeline, one for each stream of frames.
@@ -69,6 +70,18 @@ class OVIX_REDUCE_API CConvertContext {
     /// and target are of one type, `UInt16` or `Flt32`; otherwise false.
     bool Abate(const STypedData* const frames, u32 count, STypedData target, u8* presetMap);
 
+    /// A frame of one preset all the way in one pass: corrected where it has to be, converted, and counted. Each block
+    /// of pixels takes all three steps while it lies in the first-level cache, so this is about twice as fast as
+    ///
+    ///     context.ApplyNUC(in, corrected, pixels, corrected);      // a buffer of the type of `in`
+    ///     context.Convert(corrected, out, status, pixels);
+    ///     GetStats(stats, out, width, height, nullptr, 0, status);
+    ///
+    /// with the same bits in `out`, `status` (null where nobody wants it) and `stats`. `out` must not overlap `in`.
+    /// False before the first `Update`, for an empty frame, where a step cannot take the types, and when a frame in
+    /// memory is wanted between the steps (a conversion without a table) and there is none.
+    bool MeasureFrame(STypedData in, u16 width, u16 height, STypedData out, u8* status, CStats& stats);
+
     // Conversion of the selected pixels; arguments and buffers as for `IConverter::BaseToOutput`. Without a converter
     // the pixels are moved to `out` with a change of numeric type, and their status is 0.
 
@@ -107,6 +120,7 @@ class OVIX_REDUCE_API CConvertContext {
 
   private:
     bool WantsNUC() const;
+    bool MeasureInSteps(STypedData in, u16 width, u16 height, STypedData out, u8* status, CStats& stats);
     /// False, with nothing touched, when there is nothing to correct.
     bool Correct(STypedData in, STypedData out, u32 count);
 

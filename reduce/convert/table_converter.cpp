@@ -14,6 +14,12 @@ bool CTableConverter::canUseLUT() const { return true; }
 
 void CTableConverter::PrepareTable(u8) {}
 
+std::optional<CTableConverter::STableView> CTableConverter::TableInForce() {
+    if (!UpdateTable(activePreset)) return {};
+    const STable& table = tables_[TableOf(activePreset)];
+    return STableView{table.values, table.status, topSignal_};
+}
+
 bool CTableConverter::ResolvePreset(u8& preset) const {
     if (preset == 255) preset = activePreset;
     return preset < PresetCount && presets[preset] && TableOf(preset) < tableCount_;

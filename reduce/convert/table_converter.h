@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "core/shared_table.h"
 #include "core/visit.h"
 #include "reduce/convert/converter.h"
@@ -33,6 +35,16 @@ class OVIX_REDUCE_API CTableConverter : public IConverter {
     /// One value, truncated to a signal of 16 bits (a buffer rounds it).
     bool BaseToOutput(float in, float& out, u8& status, u8 preset) override;
     bool OutputToBase(float in, float& out, u8& status, u8 preset) override;
+
+    /// A table as it stands: the results of the signals from 0 to `top`, and their status.
+    struct STableView {
+        const float* values;
+        const u8* status;
+        u16 top;
+    };
+    /// The table that buffers without a preset map go through, brought up to date. It is the converter's, and holds
+    /// until that changes. Empty where such buffers take another way, and for a unit that the model does not know.
+    virtual std::optional<STableView> TableInForce();
 
   protected:
     /// `tableCount` is 1, for all presets, or the number of presets that have one of their own.

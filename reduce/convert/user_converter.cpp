@@ -137,6 +137,9 @@ bool CUserConverter::ChangeObjectParameters(CObjectParametersReduceObject* param
 bool CUserConverter::canChangeObjectParameters() const { return false; }  // deliberate: applications go by Update
 bool CUserConverter::canUseLUT() const { return !needIndices_; }
 bool CUserConverter::needIndicies() const { return needIndices_; }
+std::optional<CUserConverter::STableView> CUserConverter::TableInForce() {
+    return GoesThroughTables() ? CTableConverter::TableInForce() : std::nullopt;
+}
 bool CUserConverter::UpdateLUT(u8 preset) { return UpdateTable(preset); }
 
 /// By the model that serves all enabled presets.

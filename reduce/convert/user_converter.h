@@ -76,6 +76,7 @@ class OVIX_REDUCE_API CUserConverter : public TConverter<CUserConverter, CTableC
 
     /// Whether some enabled preset has a background for each pixel, so that a pixel's place matters.
     bool needIndicies() const;
+    std::optional<STableView> TableInForce() override;
     /// Builds the preset's table if it is not up to date. False for a preset beyond 7.
     bool UpdateLUT(u8 preset);
 

@@ -13,8 +13,10 @@
 #include "reduce/pixels/abate_cfg_reduce_object.h"
 #include "reduce/pixels/correction_cfg_reduce_object.h"
 #include "reduce/pixels/correction_reduce_object.h"
+#include "reduce/pixels/get_stats.h"
 #include "support/curlew_camera.h"
 #include "support/selection_forms.h"
+#include "support/stats_fields.h"
 
 namespace ovix::reduce {
 namespace {
@@ -179,6 +181,56 @@ TEST_F(ConvertContext, CorrectsTheActivePreset) {
     EXPECT_EQ(result.type, UInt16);
     ASSERT_TRUE(context.ApplyNUC({frame, UInt16}, {out, Flt32}, 3));  // this form always fills the buffer
     EXPECT_EQ(out[2], 300.0f);
+}
+
+TEST_F(ConvertContext, MeasuresAFrameAsTheThreeStepsDo) {
+    constexpr u16 kWidth = 71, kHeight = 67;  // two blocks and a rest
+    constexpr u32 kPixels = kWidth * kHeight;
+    std::vector<float> values(kPixels);
+    std::vector<u16> counts(kPixels);
+    for (u32 i = 0; i < kPixels; ++i) values[i] = counts[i] = static_cast<u16>(9000 + i * 40503 % 30000);
+    float nothing = 0;
+    CStats stats;
+    EXPECT_FALSE(
+        context.MeasureFrame({counts.data(), UInt16}, kWidth, kHeight, {values.data(), Flt32}, nullptr, stats));
+    AddCalibration();
+    const auto correction = array.GetCorrection(0, true);
+    correction->Create(kWidth, kHeight, 0, CorrectionGain | CorrectionOffset | CorrectionBadPixels);
+    for (u32 i = 0; i < kPixels; ++i) {
+        correction->gain[i] = 0.9f + 0.0001f * static_cast<float>(i % 1000);
+        correction->offset[i] = static_cast<i16>(i % 100);
+        correction->map[i] = i % 97 ? i : (i * 31) % kPixels;
+    }
+    for (const EUnit unit : {TemperatureFactory, Counts}) {
+        ASSERT_TRUE(context.SetUnit(unit, Kelvin));
+        ASSERT_TRUE(Update({true}));
+        const auto cfg = array.GetCorrectionCfg(false);
+        for (const int wanted : {3, 1, 0}) {
+            cfg->applyNUC = wanted & 1;
+            cfg->applyBadPixels = wanted & 2;
+            for (const STypedData in : {STypedData{counts.data(), UInt16}, STypedData{values.data(), Flt32}}) {
+                for (const bool withStatus : {true, false}) {
+                    std::vector<float> corrected(kPixels), steps(kPixels), chain(kPixels, -1.0f);
+                    std::vector<u8> stepFlags(kPixels), chainFlags(kPixels, 99);
+                    STypedData between;
+                    CStats stepStats, chainStats;
+                    u8* flags = withStatus ? stepFlags.data() : nullptr;
+                    ASSERT_TRUE(context.ApplyNUC(in, {corrected.data(), in.type}, kPixels, between));
+                    ASSERT_TRUE(context.Convert(between, {steps.data(), Flt32}, flags, kPixels));
+                    GetStats(stepStats, {steps.data(), Flt32}, kWidth, kHeight, nullptr, 0, flags);
+                    ASSERT_TRUE(context.MeasureFrame(in, kWidth, kHeight, {chain.data(), Flt32},
+                                                     withStatus ? chainFlags.data() : nullptr, chainStats));
+                    EXPECT_EQ(chain, steps) << unit << ", " << wanted;
+                    EXPECT_TRUE(!withStatus || chainFlags == stepFlags);
+                    test::ExpectSame(chainStats, stepStats);
+                }
+            }
+        }
+    }
+    const STypedData in{counts.data(), UInt16}, to{&nothing, Flt32};
+    EXPECT_FALSE(context.MeasureFrame(in, 0, kHeight, to, nullptr, stats));
+    EXPECT_FALSE(context.MeasureFrame({counts.data(), Opaque}, 1, 1, to, nullptr, stats));
+    EXPECT_FALSE(context.MeasureFrame(in, 1, 1, {&nothing, UInt64}, nullptr, stats));
 }
 
 TEST_F(ConvertContext, MergesPresets) {

@@ -112,6 +112,11 @@ TEST(MeasConv, CountsAndPow) {
         const double between = (img - 2000 + outward) * 0.25 / (1.0 - 2e-5 * (img - 2000 + outward)) + 7;
         EXPECT_EQ(bent.powToImg(between), img);
     }
+    curve.nonlinearGain = -1e-3f;  // no pole above the centre: what lies behind the one below is a number
+    bent.setAdjPar(&curve);
+    EXPECT_NEAR(bent.imgToPow(500), -1500 * 0.25 / (1.0 - 1.5) + 7, 1e-3);
+    curve.nonlinearGain = 2e-5f;
+    bent.setAdjPar(&curve);
     EXPECT_EQ(bent.powToImg(-20000.0), 1);   // behind the other pole
     EXPECT_EQ(bent.powToImg(1e300), 52000);  // the pole
 }
@@ -174,6 +179,7 @@ TEST(MeasConv, BuffersAndTheirStatus) {
         {0.9f, bottom, model.powToObjSig(0.0), 34, 32},
         {-0.9f, bottom, model.powToObjSig(0.0), 34, 32},
         {-1.0f, bottom, model.powToObjSig(model.imgToPow(1)), 2, 2},
+        {65535.0f, top, model.powToObjSig(model.imgToPow(65535)), 4, 0},
         {65536.0f, top, model.powToObjSig(model.imgToPow(65535)), 4, 4},
         {1e30f, top, model.powToObjSig(model.imgToPow(65535)), 4, 4},
         {std::numeric_limits<float>::quiet_NaN(), bottom, model.powToObjSig(model.imgToPow(1)), 2, 2},
@@ -274,6 +280,10 @@ TEST(MeasConv, Radiance) {
     model.imgToRadiance(again, signals, nullptr, 5);
     EXPECT_TRUE(std::equal(again, again + 5, radiance));
     EXPECT_FALSE(CMeasConv().InitRad(18000, 1450, 1));
+    bad.radFitLowTemp = -0.9f;  // -274 whole degrees is the last that counts
+    bad.radFitHighTemp = 300.0f;
+    model.setCalibPar(&bad);
+    EXPECT_TRUE(model.InitRad(17000, 1400, 1));
 }
 
 TEST(MeasConv, NothingToSee) {

@@ -1,0 +1,354 @@
+#include "reduce/convert/factory_converters.h"
+
+#include <gtest/gtest.h>
+#include <malloc.h>
+
+#include <numeric>
+#include <vector>
+
+#include "reduce/convert/factory_calibrations.h"
+#include "reduce/convert/radiometry.h"
+#include "reduce/objects/object_parameters_reduce_object.h"
+#include "reduce/objects/reduce_object_array.h"
+#include "support/curlew_camera.h"
+#include "support/merlin_camera.h"
+#include "support/selection_forms.h"
+#include "support/tern_camera.h"
+
+/// What the converters of the three families have in common, and where they differ.
+namespace ovix::reduce {
+namespace {
+
+using test::Real;
+using test::SScene;
+
+constexpr ETempType kNoScale = static_cast<ETempType>(7);
+
+template <class Reference>
+Real KelvinOf(const Reference& r, int signal, int& status) {
+    return r.Kelvin(r.ObjectSignal(signal, status));
+}
+Real KelvinOf(const test::CMerlinReference& r, int signal, int& status) {
+    return r.Kelvin(r.Limited(static_cast<u16>(signal), status));
+}
+template <class Reference>
+Real KelvinAt(const Reference& r, Real limit) {
+    return r.Kelvin(limit * r.K1 - r.K2);
+}
+Real KelvinAt(const test::CMerlinReference& r, Real limit) { return r.Kelvin(limit); }
+
+/// Cameras whose presets differ in gain; that of the first family has one calibration for all.
+struct SCurlew {
+    using Converter = CCurlewConverter;
+    using Cal = CCurlewFactoryCalReduceObject;
+    static constexpr u32 kSignals = 65536;
+    static constexpr int kTables = 1, kNoData = 34;
+    static constexpr u32 kSpanOfTables = 32768;
+
+    static test::CCurlewReference Reference(int, const SScene& scene) { return {{}, scene}; }
+    static void Fill(Cal& cal, int) {
+        test::SCurlewConstants().CopyAdjustTo(cal);
+        test::SCurlewConstants().CopyCalibTo(cal);
+    }
+};
+struct STern {
+    using Converter = CTernConverter;
+    using Cal = CTernFactoryCalReduceObject;
+    static constexpr u32 kSignals = 16384;
+    static constexpr int kTables = 4, kNoData = 34;
+    static constexpr u32 kSpanOfTables = 65535;  // ranges never take them
+
+    static test::STernConstants Camera(int preset) {
+        test::STernConstants camera;
+        camera.adjustGain -= 0.1f * static_cast<float>(preset);
+        return camera;
+    }
+    static test::CTernReference Reference(int preset, const SScene& scene) { return {Camera(preset), scene, true}; }
+    static void Fill(Cal& cal, int preset) {
+        const test::STernConstants camera = Camera(preset);
+        cal.adjustGain = camera.adjustGain, cal.adjustOffset = camera.adjustOffset;
+        cal.tdriftMode = camera.tdriftMode;
+        cal.frontPanelTemp = camera.frontPanelTemp, cal.airGapTemp = camera.airGapTemp;
+        cal.dewarTemp = camera.dewarTemp;
+        camera.CopyDriftTo(cal);
+        camera.CopyCalibTo(cal);
+    }
+};
+struct SMerlin {
+    using Converter = CMerlinConverter;
+    using Cal = CMerlinFactoryCalReduceObject;
+    static constexpr u32 kSignals = 16384;
+    static constexpr int kTables = 4, kNoData = 2;
+    static constexpr u32 kSpanOfTables = 8192;
+
+    static test::SMerlinConstants Camera(int preset) {
+        test::SMerlinConstants camera;
+        camera.c[1] -= 0.1 * preset;
+        if (preset == 2) camera.degree = 5, camera.c[2] = 2e-7, camera.c[5] = 1e-20;  // takes powers
+        return camera;
+    }
+    static test::CMerlinReference Reference(int preset, const SScene& scene) { return {Camera(preset), scene}; }
+    static void Fill(Cal& cal, int preset) { Camera(preset).CopyTo(cal); }
+};
+
+template <class Family>
+class FactoryConverter : public ::testing::Test {
+  protected:
+    static constexpr bool kIsCurlew = std::is_same_v<Family, SCurlew>, kIsTern = std::is_same_v<Family, STern>;
+    static constexpr bool kIsMerlin = std::is_same_v<Family, SMerlin>;
+    static constexpr u32 kSignals = Family::kSignals;
+
+    FactoryConverter() : counts(kSignals) { std::iota(counts.begin(), counts.end(), u16{0}); }
+    void AddPreset(u8 number, int likePreset) {
+        const auto cal = array.template Get<typename Family::Cal>(kIsCurlew ? u8{0} : number, true);
+        Family::Fill(*cal, likePreset);
+        cal->valid = true;
+    }
+    bool Update(EUnit unit, std::initializer_list<u8> enabled, ETempType scale = Celsius) {
+        bool presets[8] = {};
+        for (const u8 preset : enabled) presets[preset] = true;
+        return converter.Update(Counts, Celsius, array, unit, scale, presets, 8, 0);
+    }
+    STypedData In() { return {counts.data(), UInt16}; }
+    std::vector<float> Table(u8* status = nullptr) {
+        std::vector<float> out(kSignals, -1.0f);
+        EXPECT_TRUE(converter.BaseToOutput(In(), {out.data(), Flt32}, status, kSignals));
+        return out;
+    }
+    bool UpdateLUT(u8 preset) {
+        if constexpr (kIsCurlew) return converter.UpdateLUT();
+        if constexpr (!kIsCurlew) return converter.UpdateLUT(preset);
+    }
+
+    CReduceObjectArray array;
+    std::vector<u16> counts;
+    typename Family::Converter converter;
+};
+using Families = ::testing::Types<SCurlew, STern, SMerlin>;
+TYPED_TEST_SUITE(FactoryConverter, Families);
+
+TYPED_TEST(FactoryConverter, IsOfferedForAValidCalibration) {
+    using Converter = typename TypeParam::Converter;
+    TArray<EUnit> units{RGBAverage};
+    EXPECT_FALSE(Converter::SupportedUnits(units, Counts, this->array));
+    this->AddPreset(1, 0);
+    EXPECT_FALSE(Converter::SupportedUnits(units, RadianceFactory, this->array));
+    EXPECT_TRUE(Converter::SupportedUnits(units, Counts, this->array));
+    std::vector<EUnit> expected{RGBAverage, Counts, RadianceFactory, ObjectSignal, TemperatureFactory};
+    if (this->kIsMerlin) expected.erase(expected.begin() + 3);
+    EXPECT_TRUE(std::equal(units.begin(), units.end(), expected.begin(), expected.end()));
+    EXPECT_EQ(converterFactory()->ConverterGUIDForUnit(Counts, this->array, TemperatureFactory), Converter::kID);
+
+    EXPECT_EQ(this->Update(TemperatureFactory, {0, 1}), this->kIsCurlew);
+    EXPECT_TRUE(this->Update(TemperatureFactory, {1}));
+    EXPECT_EQ(this->converter.activePreset, 1);
+    this->array.template Get<typename TypeParam::Cal>(this->kIsCurlew ? 0 : 1, false)->valid = false;
+    // Only the family of one calibration asks here whether that is valid; presets 4 to 7 have no model in the others.
+    EXPECT_EQ(this->Update(TemperatureFactory, {1, 4, 7}), !this->kIsCurlew);
+    EXPECT_FALSE(Converter::SupportedUnits(units, Counts, this->array));
+}
+
+TYPED_TEST(FactoryConverter, TablesAreTheFormulaAtEveryEntry) {
+    const SScene scene{.emissivity = 0.85f, .distance = 12.0f, .reflectedTemp = 285.0f, .extOpticsTrans = 0.95f};
+    const auto params = this->array.GetObjectParameters(true);
+    CopyScene(*params, scene);
+    this->AddPreset(2, 2);
+    ASSERT_TRUE(this->Update(TemperatureFactory, {2}, Fahrenheit));
+    const auto reference = TypeParam::Reference(2, scene);
+    EXPECT_EQ(params->estimatedAtmosphereTrans, static_cast<float>(reference.tau));
+    std::vector<u8> status(this->kSignals);
+    const std::vector<float> table = this->Table(status.data());
+    const auto fahrenheit = [](Real kelvin) { return kelvin * 1.8L - 459.67L; };
+    for (u32 i = 0; i < this->kSignals; ++i) {
+        int flags = 0;
+        ASSERT_NEAR(table[i], static_cast<double>(fahrenheit(KelvinOf(reference, static_cast<int>(i), flags))), 1e-4)
+            << i;
+        ASSERT_EQ(status[i], i ? flags : TypeParam::kNoData) << i;
+        float out = 0;
+        u8 single = 99;
+        ASSERT_TRUE(this->converter.SignalToOutput(static_cast<u16>(i), out, single, 255));
+        ASSERT_EQ(out, table[i]);
+        ASSERT_EQ(single, i || !this->kIsCurlew ? status[i] : 2);
+    }
+    test::ExpectRange(this->converter, table, status, fahrenheit(KelvinAt(reference, reference.lower)),
+                      fahrenheit(KelvinAt(reference, reference.upper)));
+    ASSERT_TRUE(this->Update(RadianceFactory, {2}));
+    const std::vector<float> radiance = this->Table(status.data());
+    for (u32 i = 1; i < this->kSignals; ++i) ASSERT_TRUE(radiance[i] > radiance[i - 1] || status[i] & 6) << i;
+    float lower = 0, upper = 0;
+    EXPECT_TRUE(this->converter.GetCalibratedRange(lower, upper, 2));
+    EXPECT_LT(lower, upper);
+
+    EXPECT_EQ(this->Update(ObjectSignal, {2}) && this->UpdateLUT(2), !this->kIsMerlin);
+    EXPECT_EQ(this->converter.GetCalibratedRange(lower, upper, 2), !this->kIsMerlin);
+    EXPECT_FALSE(this->Update(Counts, {2}) && this->UpdateLUT(2));
+    EXPECT_FALSE(this->converter.GetCalibratedRange(lower, upper, 2));
+    EXPECT_FALSE(this->converter.BaseToOutput(this->In(), {&lower, Flt32}, nullptr, 1));
+    ASSERT_TRUE(this->Update(TemperatureFactory, {2}));
+    if (!this->kIsCurlew) {
+        EXPECT_FALSE(this->UpdateLUT(4));
+        EXPECT_FALSE(this->UpdateLUT(200));
+    }
+}
+
+TYPED_TEST(FactoryConverter, SingleValuesThereAndBack) {
+    this->AddPreset(0, 0);
+    this->AddPreset(1, 1);
+    for (const ETempType scale : {Celsius, Fahrenheit, Kelvin, Rankine, kNoScale}) {
+        for (const EUnit unit : {TemperatureFactory, RadianceFactory}) {
+            if (this->kIsCurlew && unit == RadianceFactory) continue;  // has no value form
+            ASSERT_TRUE(this->Update(unit, {0, 1, 5}, scale));
+            // Two fitted parabolas are not each other's inverse.
+            const float tolerance = unit == RadianceFactory && this->kIsTern ? 150 : this->kIsCurlew ? 0 : 1;
+            for (const u8 preset : std::initializer_list<u8>{0, 1, 255}) {
+                for (float signal = 5000; signal < 12000; signal += 371) {
+                    float out = 0, back = 0;
+                    u8 status = 99;
+                    ASSERT_TRUE(this->converter.BaseToOutput(signal + 0.9f, out, status, preset));  // truncated
+                    EXPECT_EQ(status, 0);
+                    ASSERT_TRUE(this->converter.OutputToBase(out, back, status, preset));
+                    EXPECT_NEAR(back, signal, tolerance);
+                    EXPECT_EQ(status, 0);
+                }
+            }
+        }
+    }
+    float out = 0;
+    u16 signal = 0;
+    u8 status = 0;
+    ASSERT_TRUE(this->Update(TemperatureFactory, {0, 1, 5}, kNoScale));
+    ASSERT_TRUE(this->converter.SignalToOutput(u16{9000}, out, status, 0));
+    int flags = 0;  // an unknown scale is kelvin, and without object parameters the scene the default one
+    EXPECT_NEAR(out, static_cast<double>(KelvinOf(TypeParam::Reference(0, {}), 9000, flags)), 1e-4);
+    for (const u8 preset : std::initializer_list<u8>{2, 5, 8, 254}) {  // off, or no model
+        if (preset == 5 && this->kIsCurlew) continue;
+        EXPECT_FALSE(this->converter.SignalToOutput(u16{9000}, out, status, preset)) << int{preset};
+        EXPECT_FALSE(this->converter.SignalToOutput(5, 6, &out, &status, preset)) << int{preset};
+        EXPECT_FALSE(this->converter.OutputToSignal(20, signal, status, preset)) << int{preset};
+    }
+    ASSERT_TRUE(this->Update(ObjectSignal, {0}));
+    EXPECT_FALSE(this->converter.OutputToSignal(5000, signal, status, 0));
+    EXPECT_EQ(this->converter.SignalToOutput(u16{9000}, out, status, 0), this->kIsTern);
+    ASSERT_TRUE(this->Update(RadianceFactory, {0}));
+    EXPECT_EQ(this->converter.SignalToOutput(u16{9000}, out, status, 0), !this->kIsCurlew);
+}
+
+TYPED_TEST(FactoryConverter, SelectsPixelsInAllForms) {
+    for (const u8 preset : std::initializer_list<u8>{0, 2}) this->AddPreset(preset, 0);
+    ASSERT_TRUE(this->Update(TemperatureFactory, {0, 2}));
+    const auto convert = [&](const auto&... arguments) { return this->converter.BaseToOutput(arguments...); };
+    test::SFormsImage().Check(convert, this->Table(), this->kIsCurlew);
+    // A buffer rounds, and takes numbers alone.
+    float in = 10100.5f, out = 0;
+    ASSERT_TRUE(this->converter.BaseToOutput({&in, Flt32}, {&out, Flt32}, nullptr, 1));
+    EXPECT_EQ(out, this->Table()[10101]);
+    EXPECT_FALSE(this->converter.BaseToOutput({&in, Opaque}, {&out, Flt32}, nullptr, 1));
+    EXPECT_FALSE(this->converter.BaseToOutput({&in, Flt32}, {&out, Opaque}, nullptr, 1));
+}
+
+TYPED_TEST(FactoryConverter, PixelsOfAMergedFrameGoByTheirOwnPreset) {
+    if (this->kIsCurlew) return;
+    for (const int preset : {0, 1, 3}) this->AddPreset(static_cast<u8>(preset), preset);
+    ASSERT_TRUE(this->Update(TemperatureFactory, {1, 3}));
+    std::vector<float> of[4];
+    for (const u8 preset : std::initializer_list<u8>{1, 3}) {
+        this->converter.activePreset = preset;
+        of[preset] = this->Table();
+    }
+    const u8 map[] = {1, 3, 3, 1, 1};
+    const u32 indices[] = {4, 1};
+    float out[5];
+    u8 status[5];
+    u16 pixels[] = {9000, 9001, 9002, 20000, 9004};  // the fourth is limited to the table
+    const STypedData in{pixels, UInt16}, to{out, Flt32};
+    ASSERT_TRUE(this->converter.BaseToOutput(in, map, to, status, 5u));
+    for (u32 i = 0; i < 5; ++i) EXPECT_EQ(out[i], of[map[i]][std::min<u32>(pixels[i], 16383)]) << i;
+    ASSERT_TRUE(this->converter.BaseToOutput(in, map, indices, 2u, to, nullptr));
+    EXPECT_EQ(out[0], of[1][9004]);
+    EXPECT_EQ(out[1], of[3][9001]);
+
+    // A preset that is not enabled has the table of a model without calibration; one without table ends the call before
+    // a pixel is written.
+    const u8 off[] = {1, 2}, none[] = {1, 4}, wild[] = {1, 255};
+    EXPECT_TRUE(this->converter.BaseToOutput(in, off, to, status, 2u));
+    EXPECT_EQ(out[1], -273.15f);
+    for (const u8* bad : {none, wild}) {
+        out[0] = -1;
+        EXPECT_FALSE(this->converter.BaseToOutput(in, bad, to, status, 2u));
+        EXPECT_EQ(out[0], -1.0f);
+        EXPECT_TRUE(this->converter.BaseToOutput(in, bad, to, status, 1u));  // only what is selected counts
+    }
+    EXPECT_FALSE(this->converter.BaseToOutput({pixels, Opaque}, map, to, status, 1u));
+    EXPECT_FALSE(this->converter.BaseToOutput(in, map, {out, Opaque}, status, 1u));
+}
+
+TYPED_TEST(FactoryConverter, AChangedSceneGivesTheTablesOfANewUpdate) {
+    this->AddPreset(2, 2);  // of the third family the polynomial that takes powers
+    const auto scene = this->array.GetObjectParameters(true);
+    for (const EUnit unit : {TemperatureFactory, RadianceFactory}) {
+        CopyScene(*scene, SScene{});
+        ASSERT_TRUE(this->Update(unit, {2}));
+        std::vector<float> turned = this->Table();
+        CObjectParametersReduceObject params;
+        for (const float emissivity : {0.8f, 0.4f}) {
+            params.reflectedTemp = 330.0f;  // the first two families take two values alone
+            params.emissivity = emissivity;
+            params.distance = 30.0f;
+            ASSERT_TRUE(this->converter.ChangeObjectParameters(&params));
+            turned = this->Table();
+        }
+        CopyScene(*scene, params);
+        if (!this->kIsMerlin) scene->reflectedTemp = 293.15f;
+        typename TypeParam::Converter fresh;
+        bool presets[8] = {false, false, true};
+        ASSERT_TRUE(fresh.Update(Counts, Celsius, this->array, unit, Celsius, presets, 8, 0));
+        std::vector<float> whole(this->kSignals);
+        ASSERT_TRUE(fresh.SignalToOutput(0, static_cast<u16>(this->kSignals - 2), whole.data(), nullptr, 2));
+        EXPECT_TRUE(std::equal(whole.begin(), whole.end() - 2, turned.begin()));
+    }
+    EXPECT_TRUE(this->converter.canChangeObjectParameters());
+    EXPECT_TRUE(this->converter.canUseLUT());
+}
+
+TYPED_TEST(FactoryConverter, RangesOfSignals) {
+    this->AddPreset(0, 0);
+    std::vector<float> out(65536), direct;
+    std::vector<u8> status(65536);
+    const auto written = [&](u32 first, u32 last) {
+        std::fill(out.begin(), out.end(), -1000.0f);
+        EXPECT_TRUE(this->converter.SignalToOutput(static_cast<u16>(first), static_cast<u16>(last), out.data(),
+                                                   status.data(), 0));
+        return static_cast<u32>(std::find(out.begin(), out.end(), -1000.0f) - out.begin());
+    };
+    ASSERT_TRUE(this->Update(TemperatureFactory, {0}));
+    const u32 span = std::min(TypeParam::kSpanOfTables, 16000u + (this->kIsCurlew ? 16768 : 0));
+    EXPECT_EQ(written(100, 100 + span), span + 1);  // by the formula
+    direct = out;
+    const bool takesTables = !this->kIsTern;
+    EXPECT_EQ(written(100, 101 + span), takesTables ? span + 1 : span + 2);
+    EXPECT_TRUE(std::equal(out.begin(), out.begin() + span + 1, direct.begin()));
+    EXPECT_EQ(written(100, 102), takesTables ? 2u : 3u);  // now that there is a table
+    EXPECT_EQ(written(5, 4), 0u);
+    if (this->kIsCurlew) return;
+    EXPECT_EQ(written(100, 16383), 16284u);
+    EXPECT_EQ(written(16383, 16384), 2u);
+}
+
+TEST(CurlewConverter, AnUnknownScaleLeavesTheTableAtZero) {
+    CReduceObjectArray array;
+    const auto cal = array.Get<CCurlewFactoryCalReduceObject>(0, true);
+    SCurlew::Fill(*cal, 0);
+    cal->valid = true;
+    CCurlewConverter converter;
+    bool presets[] = {true};
+    ASSERT_TRUE(converter.Update(Counts, Celsius, array, TemperatureFactory, kNoScale, presets, 1, 0));
+    u16 in[] = {0, 20000, 65535};
+    float out[3] = {-1, -1, -1};
+    mallopt(M_PERTURB, 0xA5);  // memory that nobody sets shows
+    EXPECT_TRUE(converter.BaseToOutput({in, UInt16}, {out, Flt32}, nullptr, 3));
+    mallopt(M_PERTURB, 0);
+    for (const float value : out) EXPECT_EQ(value, 0.0f);
+}
+
+}  // namespace
+}  // namespace ovix::reduce
