@@ -5,6 +5,7 @@
 
 #include "measure/error.h"
 #include "measure/finding.h"
+#include "measure/recordings/recording.h"
 #include "measure/sources/frame_format.h"
 #include "measure/sources/frame_numbers.h"
 #include "measure/sources/source.h"

@@ -13,7 +13,8 @@ namespace ovix::measure {
 inline void Append(std::string& text, std::string_view piece) { text += piece; }
 inline void Append(std::string& text, std::integral auto number) {
     char digits[24];
-    text.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+    const char* end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+    text.append(digits, static_cast<std::size_t>(end - digits));
 }
 
 /// Strings and whole numbers one behind the other: `Say("frame ", 3)`.

@@ -4,7 +4,6 @@
 #include <functional>
 #include <span>
 
-#include "measure/frame/options.h"
 #include "measure/sources/frame_numbers.h"
 #include "measure/sources/source.h"
 
@@ -15,12 +14,16 @@ struct SWriteOptions {
     bool overwrite = false;  ///< replace a file that is there
     bool keepPart = false;   ///< a recording that does not come to its end is left as FILE.part, for `Repair`
     bool checksums = false;  ///< write a CRC of each frame to a file beside the recording
+    std::optional<CSource> input = {};  ///< an output that is this very file is refused, whatever its names are
 };
 
-/// Writes a recording frame by frame, to FILE.part, which becomes FILE when it is finished.
+/// Writes a recording frame by frame, to FILE.part, which becomes FILE when it is finished. A process that is killed
+/// leaves a part that `RepairRecording` makes a recording of, with all frames that were added. One thread at a time.
 class OVIX_MEASURE_API CRecordingWriter {
   public:
-    /// `objects` is the metadata of the source, with a source info; all frames take `frameSize` bytes.
+    /// `objects` is the metadata of the source, with a source info, into which the packet goes that follows from the
+    /// frame size. All frames take `frameSize` bytes: a shorter one is filled up with zeros, which decoders pass over.
+    /// Throws `CError` (FileExists, also for a part that is there already; FileIsInput, FileUnwritable).
     CRecordingWriter(const std::filesystem::path& path, reduce::CReduceObjectArray& objects, const SFrameFormat& format,
                      u32 frameSize, const SWriteOptions& options);
     CRecordingWriter(CRecordingWriter&&) noexcept;
@@ -33,6 +36,8 @@ class OVIX_MEASURE_API CRecordingWriter {
     void Finish();
     u64 Count() const;
     u64 Bytes() const;
+    /// Where it is written until it is finished.
+    const std::filesystem::path& Part() const;
 
   private:
     struct SBody;
@@ -40,14 +45,23 @@ class OVIX_MEASURE_API CRecordingWriter {
 };
 
 /// Fills the array with what a recording of these frames says before its first frame: what the source says, and the
-/// metadata of the first frames, where the earlier ones prevail.
+/// metadata of the first frames, where the earlier ones prevail. Frames that would not do are passed over. The time is
+/// the first that a frame carries, else what the source says; 0 when nobody does.
 OVIX_MEASURE_API void GatherMetadata(const CSource& source, const CFrameNumbers& frames,
+                                     reduce::CReduceObjectArray& objects);
+
+/// The same for a source that is not numbered, of which the first frames were taken.
+OVIX_MEASURE_API void GatherMetadata(const CSource& source, std::span<const SRawFrame> firstFrames,
                                      reduce::CReduceObjectArray& objects);
 
 /// Holds everything in a recording that can be told in two ways against itself, all of its frames included. Findings
 /// come in the order of the file but for the counts, which come last; answers whether none of them is damage.
 OVIX_MEASURE_API bool CheckRecording(const std::filesystem::path& path,
                                      const std::function<void(const SFinding&)>& report);
+
+/// Makes the side file of sums for a recording that has none: a CRC-32 of each frame, against which every source holds
+/// the frames that it reads from then on. Throws `CError` for a recording that is not sound.
+OVIX_MEASURE_API void MakeChecksums(const std::filesystem::path& recording, bool overwrite = false);
 
 /// What became of a recording that was brought back.
 struct SRepaired {

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "measure/sources/input_file.h"
 #include "measure/text.h"
 
 namespace ovix::measure {
@@ -96,6 +97,16 @@ bool CRecordingFile::FindPixelsBehindBreak() {
         ++at;
     }
     return hasPixels_;
+}
+
+CRecordingFile OpenRecording(const std::filesystem::path& path) {
+    auto input = std::make_shared<CInputFile>(path);
+    if (CRecordingFile::Recognises(input->Get(0, CRecordingFile::MagicBytes))) return CRecordingFile(std::move(input));
+    throw CError({.id = EError::UnknownFormat,
+                  .file = input->Name(),
+                  .offset = 0,
+                  .expected = Say("a recording, which begins with \"", reduce::InfoFileHeader.name, "\""),
+                  .found = "something else"});
 }
 
 bool IsUnpacked(const SPixelsHeader& pixels) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -74,6 +75,9 @@ class CRecordingFile {
     reduce::SPixelsHeader pixels_ = {};
     bool hasPixels_ = false;
 };
+
+/// The recording of that name. Throws `CError` when it is none.
+CRecordingFile OpenRecording(const std::filesystem::path& path);
 
 /// Whether the packet is the frame as the camera delivers it.
 bool IsUnpacked(const reduce::SPixelsHeader& pixels);

@@ -27,8 +27,7 @@ u64 DividingSize(const IBytes& bytes, const CFrameProbe& probe, u64 smallest) {
     return 0;
 }
 
-u64 FindFrameSize(const IBytes& bytes, CFrameProbe& probe) {
-    const auto [smallest, tells] = LookAtFirst(probe, bytes.Get(0, probe.MostBytes()));
+u64 FindFrameSize(const IBytes& bytes, CFrameProbe& probe, u64 smallest, bool tells) {
     if (!tells) return smallest;
     if (const u64 size = DividingSize(bytes, probe, smallest)) return size;
     const u64 tail = MostTail(smallest);
@@ -62,29 +61,31 @@ std::unique_ptr<IFrameLayout> FindLayout(const IBytes& bytes, const SFrameFormat
     if (!frameSize && FormOf(format).ownLength) {
         auto frames = std::make_unique<COwnLengthFrames>(bytes);
         if (!frames->Find(0)) throw NoFrames(bytes, 0);
+        CheckEnds(bytes, *frames, probe, report);
         return frames;
     }
     u64 size = frameSize;
     if (!size && format.filter.empty()) size = u64{2} * format.PixelCount();
     try {
-        if (!size) size = FindFrameSize(bytes, probe);
-        if (frameSize && probe.Passes(bytes.Get(0, size))) LookAtFirst(probe, bytes.Get(0, size));
+        const std::vector<u8> first = bytes.Get(0, size ? size : probe.MostBytes());
+        if (!size || probe.Passes(first)) {
+            const auto [smallest, tells] = LookAtFirst(probe, first);
+            if (!size) size = FindFrameSize(bytes, probe, smallest, tells);
+            if (size > smallest)
+                report({.id = EFinding::Padding,
+                        .weight = EWeight::Note,
+                        .offset = smallest,
+                        .what = "bytes behind each frame that its decoder does not read",
+                        .found = Say(size - smallest, " of ", size)});
+        }
     } catch (const CError& error) {
         throw error.Of(bytes.Name(), 0);
     }
     auto frames = std::make_unique<CEqualFrames>(bytes, 0, size, size);
     if (!frames->Count()) throw NoFrames(bytes, size);
     frames->FindTears(probe, report);
-    if (const u64 cut = frames->CutBytes()) {
-        const u64 number = frames->Count();
-        report({.id = EFinding::FrameCut,
-                .weight = EWeight::Damage,
-                .frame = number,
-                .offset = bytes.Size() - cut,
-                .what = "the last frame is cut",
-                .expected = Say(size, " bytes"),
-                .found = Say(cut)});
-    }
+    frames->ReportCut(report);
+    CheckEnds(bytes, *frames, probe, report);
     return frames;
 }
 

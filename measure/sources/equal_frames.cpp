@@ -75,6 +75,17 @@ std::optional<SExtent> CEqualFrames::Find(u64 frame) const {
     return SExtent{stretch.offset + (frame - stretch.first) * step_, size_};
 }
 
+void CEqualFrames::ReportCut(const Report& report) const {
+    if (!CutBytes()) return;
+    report({.id = EFinding::FrameCut,
+            .weight = EWeight::Damage,
+            .frame = Count(),
+            .offset = end_ - CutBytes(),
+            .what = "the last frame is cut",
+            .expected = Say(step_, " bytes"),
+            .found = Say(CutBytes())});
+}
+
 void CEqualFrames::FindTears(const CFrameProbe& probe, const Report& report) {
     const CTearSearch search(bytes_, probe, step_, size_, end_);
     u64 start = stretches_.back().offset;

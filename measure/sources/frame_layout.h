@@ -43,6 +43,8 @@ class CEqualFrames final : public IFrameLayout {
     /// Bytes of a last frame that is cut; 0 when all are whole.
     u64 CutBytes() const { return (end_ - stretches_.back().offset) % step_; }
 
+    void ReportCut(const Report& report) const;
+
     u64 Count() const override { return stretches_.back().first + (end_ - stretches_.back().offset) / step_; }
     std::optional<SExtent> Find(u64 frame) const override;
     u64 FrameSize() const override { return size_; }
@@ -113,6 +115,10 @@ class COwnLengthFrames final : public IFrameLayout {
 /// Throws `CError` when there is not one whole frame.
 std::unique_ptr<IFrameLayout> FindLayout(const IBytes& bytes, const SFrameFormat& format, u32 frameSize,
                                          const Report& report);
+
+/// Looks at the first, the middle and the last frames: whether they pass their family's check, bear its mark, name the
+/// size that was asked for, and whether numbers and times go on from neighbour to neighbour.
+void CheckEnds(const IBytes& bytes, const IFrameLayout& layout, const CFrameProbe& probe, const Report& report);
 
 /// What the probe has to go by for frames of which the first is given: the smallest size m of rule 1, after rule 2.
 struct SFirstFrame {

@@ -76,6 +76,31 @@ u64 CFrameProbe::SmallestSize(std::span<const u8> bytes) const {
     return passes;
 }
 
+reduce::SFrameEvidence CFrameProbe::Evidence(std::span<const u8> frame) const {
+    reduce::SFrameEvidence evidence;
+    if (!format_.filter.empty())
+        reduce::GetFrameEvidence(name_, frame.data(), format_.pixelType, format_.width, format_.height,
+                                 static_cast<u32>(frame.size()), evidence);
+    return evidence;
+}
+
+CFrameProbe::SCarried CFrameProbe::Carried(std::span<const u8> frame) const {
+    const reduce::SFrameEvidence evidence = Evidence(frame);
+    std::vector<u8> copy(frame.begin(), frame.end());
+    reduce::CReduceObjectArray objects;
+    SCarried carried;
+    const auto preset = ParseMetadata(copy, objects);
+    const auto info = preset ? objects.GetFrameInfo(*preset, false) : TSharedPtr<reduce::CFrameInfoReduceObject>();
+    if (!info) return carried;
+    if (evidence.frameCounter) carried.counter = info->frameNumber;
+    if (evidence.time == reduce::EFrameTime::Full) carried.time = info->time;
+    return carried;
+}
+
+u64 CFrameProbe::CounterAfter(u64 counter) const {
+    return filter_ && counter == filter_->FrameCounterMaxValue(format_.pixelType) ? 0 : counter + 1;
+}
+
 std::optional<u32> CFrameProbe::Preset(std::span<const u8> frame) const {
     u32 counts[256] = {};  // a preset is a byte, whatever it says
     if (!filter_) return 0;
@@ -85,11 +110,13 @@ std::optional<u32> CFrameProbe::Preset(std::span<const u8> frame) const {
     return static_cast<u32>(std::find(std::begin(counts), std::end(counts), 1u) - std::begin(counts));
 }
 
-bool CFrameProbe::ParseMetadata(std::span<u8> frame, reduce::CReduceObjectArray& objects) const {
-    if (!filter_ || FaultOf(frame)) return false;
+std::optional<u8> CFrameProbe::ParseMetadata(std::span<u8> frame, reduce::CReduceObjectArray& objects) const {
     u8 preset = 0;
-    return filter_->ParseReduceObjects(frame.data(), format_.pixelType, format_.width, format_.height,
-                                       static_cast<u32>(frame.size()), objects, preset);
+    if (!filter_ || FaultOf(frame) ||
+        !filter_->ParseReduceObjects(frame.data(), format_.pixelType, format_.width, format_.height,
+                                     static_cast<u32>(frame.size()), objects, preset))
+        return {};
+    return preset;
 }
 
 u8* CFrameProbe::Copy(std::span<const u8> frame) const {

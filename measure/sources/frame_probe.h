@@ -35,8 +35,18 @@ class CFrameProbe {
 
     /// The preset for which a recording counts the frame; nothing when the decoder does not find it.
     std::optional<u32> Preset(std::span<const u8> frame) const;
-    /// The metadata of the frame; false for one that would not do.
-    bool ParseMetadata(std::span<u8> frame, reduce::CReduceObjectArray& objects) const;
+    reduce::SFrameEvidence Evidence(std::span<const u8> frame) const;
+    struct SCarried {
+        std::optional<u64> counter = {};
+        std::optional<CDateTime> time = {};
+    };
+    /// The number and the time that a frame carries, of one that passes. The light operations of some decoders make
+    /// them up, so this goes by the metadata.
+    SCarried Carried(std::span<const u8> frame) const;
+    /// The number behind a number; it starts again from 0 behind the last.
+    u64 CounterAfter(u64 counter) const;
+    /// The metadata of the frame, and its preset; nothing for one that would not do.
+    std::optional<u8> ParseMetadata(std::span<u8> frame, reduce::CReduceObjectArray& objects) const;
 
     /// Bytes that may stand behind what a decoder reads of a frame.
     static constexpr u64 kMostTail = u64{64} << 10;

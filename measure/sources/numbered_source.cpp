@@ -6,53 +6,21 @@
 
 namespace ovix::measure {
 
-SFrameFormat FormatOf(const CRecordingFile& file) {
-    if (file.Break()) throw CError(*file.Break());
-    if (!file.HasPixels())
-        throw CError({.id = EError::NoFrames, .file = file.Name(), .problem = "holds no frames, only blocks"});
-    try {
-        return FormatOf(file.Pixels().pixelType, file.Pixels().width, file.Pixels().height);
-    } catch (const CError& error) {
-        throw error.Of(file.Name(), {});
-    }
-}
-
-void RequireGeometry(const CRecordingFile& file, const SFrameFormat& format, reduce::CReduceObjectArray& objects) {
-    const u64 pixels = format.PixelCount();
-    const reduce::SFrameForm form = FormOf(format);
-    const bool plain = form.HasPixels() && !form.compressed;
-    if (!pixels || !file.Pixels().frameSize || (plain && 2 * pixels > file.Pixels().frameSize))
-        throw CError({.id = EError::WrongGeometry,
-                      .file = file.Name(),
-                      .block = BlockText(file.PixelsBlock()),
-                      .offset = file.PixelsBlock().dataOffset,
-                      .expected = Say("frames of ", format.width, " x ", format.height, " pixels"),
-                      .found = Say(file.Pixels().frameSize, " bytes for each frame")});
-    const auto source = objects.GetSourceInfo(false);
-    if (!source || (source->width == format.width && source->height == format.height)) return;
-    throw CError({.id = EError::WrongGeometry,
-                  .file = file.Name(),
-                  .block = BlockText(file.PixelsBlock()),
-                  .offset = file.PixelsBlock().dataOffset,
-                  .expected = Say("frames of ", source->width, " x ", source->height, " as the source info says"),
-                  .found = Say(format.width, " x ", format.height)});
-}
-
 CNumberedSource::CNumberedSource(std::shared_ptr<const CInputFile> file, ESource kind, SFrameFormat format)
     : IBody(std::move(file), kind, std::move(format)) {}
 
 std::shared_ptr<CNumberedSource> CNumberedSource::OfRecording(std::shared_ptr<const CInputFile> file,
-                                                              const SOpenOptions&) {
+                                                              const SOpenOptions& options) {
     const CRecordingFile recording(file);
     auto source = std::make_shared<CNumberedSource>(file, ESource::Recording, FormatOf(recording));
-    source->LookAtRecording(recording);
+    source->LookAtRecording(recording, options);
     return source;
 }
 
-void CNumberedSource::LookAtRecording(const CRecordingFile& file) {
+void CNumberedSource::LookAtRecording(const CRecordingFile& file, const SOpenOptions& options) {
+    const Report report = [this](SFinding finding) { Add(std::move(finding)); };
     reduce::CReduceObjectArray objects;
-    reduce::LoadInfoFile(file.Open(), objects, 0);
-    RequireGeometry(file, Format(), objects);
+    LoadMetadata(file, Format(), options, objects, report);
     auto frames =
         std::make_unique<CEqualFrames>(file.Bytes(), file.FramesAt(), file.FrameStep(), file.Pixels().frameSize);
     if (!frames->Count())
@@ -61,10 +29,30 @@ void CNumberedSource::LookAtRecording(const CRecordingFile& file) {
                       .offset = file.FramesAt(),
                       .expected = Say("frames of ", file.FrameStep(), " bytes"),
                       .found = Say(file.CutBytes(), " bytes")});
-    frames->FindTears(CFrameProbe(Format()), [this](SFinding finding) { Add(std::move(finding)); });
+    const CFrameProbe probe(Format());
+    frames->FindTears(probe, report);
+    frames->ReportCut(report);
+    CheckTotal(file, objects, frames->Count(), report);
+    CheckEnds(file.Bytes(), *frames, probe, report);
+    FindSums(file, frames->Count());
     layout_ = std::move(frames);
     SetObjects(objects);
     FindOverruled(FirstFrames());
+}
+
+void CNumberedSource::FindSums(const CRecordingFile& file, u64 count) {
+    const std::filesystem::path beside = SumsPath(file.Name());
+    if (!IdentityOf(beside)) return;
+    auto sums = LoadSums(beside);
+    if (sums && sums->BelongTo(file) && sums->sums.size() >= count) {
+        sums_ = std::move(sums);
+    } else {
+        Add({.id = EFinding::SumsMissing,
+             .weight = EWeight::Damage,
+             .what = beside.filename().string(),
+             .expected = Say("the sums of the ", count, " frames of this recording"),
+             .found = sums ? Say(sums->sums.size(), " of another") : "a damaged file"});
+    }
 }
 
 std::shared_ptr<CNumberedSource> CNumberedSource::OfDump(std::shared_ptr<const CInputFile> file, SFrameFormat format,
@@ -81,10 +69,10 @@ std::shared_ptr<CNumberedSource> CNumberedSource::OfDump(std::shared_ptr<const C
 std::vector<std::vector<u8>> CNumberedSource::FirstFrames() const {
     constexpr u64 kMostTried = 16;
     std::vector<std::vector<u8>> frames;
-    SRawFrame frame;
-    for (u64 i = 0; i < kMostTried && layout_->Find(i); ++i) {
-        Read(i, frame);
-        frames.push_back(std::move(frame.bytes));
+    for (u64 i = 0; i < kMostTried; ++i) {
+        const auto place = layout_->Find(i);
+        if (!place) break;
+        frames.push_back(File().Get(place->offset, place->size));
     }
     return frames;
 }
@@ -114,8 +102,24 @@ void CNumberedSource::Read(u64 number, SRawFrame& frame) const {
                       .problem = "the file became shorter while it was read",
                       .expected = Say(place->size, " bytes"),
                       .found = Say("the end of the file after ", read)});
+    if (sums_) HoldAgainstSum(frame);
     if (bigEndian_) {
         for (std::size_t i = 0; i + 1 < frame.bytes.size(); i += 2) std::swap(frame.bytes[i], frame.bytes[i + 1]);
+    }
+}
+
+void CNumberedSource::HoldAgainstSum(const SRawFrame& frame) const {
+    try {
+        RequireSum(*sums_, frame.number, frame.bytes);
+    } catch (const CError& error) {
+        Add({.id = EFinding::SumDiffers,
+             .weight = EWeight::Damage,
+             .frame = frame.number,
+             .offset = frame.offset,
+             .what = error.Facts().problem,
+             .expected = error.Facts().expected,
+             .found = error.Facts().found});
+        throw error.Of(File().Name(), frame.number);
     }
 }
 

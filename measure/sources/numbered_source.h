@@ -1,6 +1,7 @@
 #pragma once
 
-#include "measure/recordings/recording_file.h"
+#include "measure/recordings/frame_sums.h"
+#include "measure/recordings/stored_metadata.h"
 #include "measure/sources/frame_layout.h"
 #include "measure/sources/source_body.h"
 
@@ -26,16 +27,14 @@ class CNumberedSource final : public CSource::IBody {
     bool Next(SRawFrame& frame) override;
 
   private:
-    void LookAtRecording(const CRecordingFile& file);
+    void LookAtRecording(const CRecordingFile& file, const SOpenOptions& options);
+    void FindSums(const CRecordingFile& file, u64 count);
+    void HoldAgainstSum(const SRawFrame& frame) const;
     std::vector<std::vector<u8>> FirstFrames() const;
 
     std::unique_ptr<IFrameLayout> layout_;
+    std::optional<SFrameSums> sums_;
     bool bigEndian_ = false;  ///< counts, which are handed out little-endian
 };
-
-/// The format of a recording's frames. Throws `CError` for one whose blocks cannot be followed to its frames.
-SFrameFormat FormatOf(const CRecordingFile& file);
-/// Throws `CError` where the pixels do not fit into a frame, or into what the source info says.
-void RequireGeometry(const CRecordingFile& file, const SFrameFormat& format, reduce::CReduceObjectArray& objects);
 
 }  // namespace ovix::measure

@@ -81,7 +81,7 @@ std::vector<SFinding> CSource::IBody::Findings() const {
     return findings_;
 }
 
-void CSource::IBody::Add(SFinding finding) {
+void CSource::IBody::Add(SFinding finding) const {
     const std::lock_guard lock(mutex_);
     if (std::find(findings_.begin(), findings_.end(), finding) == findings_.end())
         findings_.push_back(std::move(finding));

@@ -31,7 +31,7 @@ class CSource::IBody {
     u32 OverruledScene() const { return overruled_; }
 
     std::vector<SFinding> Findings() const;
-    void Add(SFinding finding);
+    void Add(SFinding finding) const;
 
   protected:
     /// What the source says of its frames, while it is made. A source info is added where there is none.
@@ -48,7 +48,7 @@ class CSource::IBody {
     mutable reduce::CReduceObjectArray objects_;
     u32 overruled_ = 0;
     mutable std::mutex mutex_;
-    std::vector<SFinding> findings_;
+    mutable std::vector<SFinding> findings_;
 };
 
 }  // namespace ovix::measure

@@ -68,13 +68,14 @@ TEST(NumberedSource, FindsTheFramesOfADumpWhateverStandsBehindThem) {
 
 TEST(NumberedSource, FollowsTheLengthsOfAStreamOverPaddingAndDamage) {
     const Bytes a = StreamFrame(50), b = StreamFrame(7000), c = StreamFrame(3);
+    // The images are none, which is told of the first one.
     const u64 ab = a.size() + b.size();
-    EXPECT_EQ(Find(kStream, a + b + c), (SFound{0, {0, a.size(), ab}}));
-    EXPECT_EQ(Find(kStream, a + Bytes(64, 0) + b + Bytes(20, 0)), (SFound{0, {0, a.size() + 64}}));
+    EXPECT_EQ(Find(kStream, a + b + c), (SFound{0, {0, a.size(), ab}, 1}));
+    EXPECT_EQ(Find(kStream, a + Bytes(64, 0) + b + Bytes(20, 0)), (SFound{0, {0, a.size() + 64}, 1}));
     Bytes damaged = b;
     damaged[1] = 0x7F;  // a length far beyond the file
-    EXPECT_EQ(Find(kStream, a + damaged + c), (SFound{0, {0, a.size(), ab}}));
-    EXPECT_EQ(Find(kStream, a + Cut(b, 1000)), (SFound{0, {0, a.size()}}));
+    EXPECT_EQ(Find(kStream, a + damaged + c), (SFound{0, {0, a.size(), ab}, 1}));
+    EXPECT_EQ(Find(kStream, a + Cut(b, 1000)), (SFound{0, {0, a.size()}, 1}));
 }
 
 TEST(NumberedSource, GoesOnBehindBytesThatWereLostOrInserted) {
@@ -194,7 +195,8 @@ TEST(NumberedSource, RefusesWhatHoldsNoFrame) {
     EXPECT_EQ(idOf(Cut(whole, 1000)), EError::BlocksBroken);
     Bytes wide = whole;
     wide[whole.size() - 2 * NumberedFrame(0).size() - 512 + 30] ^= 1;
-    EXPECT_EQ(idOf(wide), EError::WrongGeometry);
+    EXPECT_EQ(idOf(wide), EError::MetadataDamaged);
+    EXPECT_EQ(idOf(wide, {.acceptDamage = true}), EError::WrongGeometry);
 }
 
 TEST(FrameNumbers, AreFoundWithoutAList) {

@@ -25,12 +25,18 @@ inline Bytes NumberedFrame(u16 number, std::size_t padding = 0) {
     container.record.width = kWidth;
     container.record.counter = number;
     container.record.milliseconds = number;
-    return PlainFrame(std::vector<u16>(kWidth * kHeight, static_cast<u16>(1000 + number)), container) +
-           Bytes(padding, 0x22);
+    Bytes frame = PlainFrame(std::vector<u16>(kWidth * kHeight, static_cast<u16>(1000 + number)), container);
+    const std::size_t record = 2u * kWidth * kHeight + container.recordOffset;
+    Patch(frame, record + 4, kHeight, 2);
+    Patch(frame, record + 16, kHeight - 1u, 2);
+    return frame + Bytes(padding, 0x22);
 }
 inline Bytes Frames(u16 count, std::size_t padding = 0) {
     Bytes all;
-    for (u16 i = 0; i < count; ++i) all = all + NumberedFrame(i, padding);
+    for (u16 i = 0; i < count; ++i) {
+        const Bytes frame = NumberedFrame(i, padding);
+        all.insert(all.end(), frame.begin(), frame.end());
+    }
     return all;
 }
 inline Bytes StreamFrame(std::size_t imageBytes) { return CompressedFrame(Bytes(imageBytes, 0x33), {}); }

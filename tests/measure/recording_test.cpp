@@ -1,0 +1,314 @@
+// Recordings that are written, end in the middle or are damaged: nothing is lost that was written, and nothing reads as
+// good that is not.
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "source_files.h"
+
+namespace ovix::measure {
+namespace {
+
+using namespace test;
+
+constexpr std::size_t kBlockHeader = 77;
+const SFrameFormat kFormat = FindFormat(kGigE, kWidth, kHeight);
+const u32 kFrame = static_cast<u32>(NumberedFrame(0).size());
+
+/// Source info, and one object of every other class that persists.
+void FillMetadata(reduce::CReduceObjectArray& objects) {
+    const auto info = objects.GetSourceInfo(true);
+    info->time.SetTimestamp(0);
+    info->pixelType = kFormat.pixelType;
+    info->width = info->frameWidth = info->packetWidth = kWidth;
+    info->height = info->frameHeight = info->packetHeight = kHeight;
+    for (u32 i = 0; i < reduce::reduceObjectFactory()->GetEntryCount(); ++i) {
+        const auto& entry = reduce::reduceObjectFactory()->GetEntryAt(i);
+        const auto object = objects.GetObjectOfType(entry.extra.typeID, -1, true);
+        if (const auto tables = object.Cast<reduce::CCorrectionReduceObject>()) tables->Create(kWidth, kHeight, 255, 7);
+        object->valid = true;
+    }
+}
+
+void Write(const std::filesystem::path& path, u16 frames, const SWriteOptions& options = {}) {
+    reduce::CReduceObjectArray objects;
+    FillMetadata(objects);
+    CRecordingWriter writer(path, objects, kFormat, kFrame, options);
+    for (u16 i = 0; i < frames; ++i) writer.Add(NumberedFrame(i));
+    writer.Finish();
+}
+
+std::vector<SFinding> FindingsOf(const std::filesystem::path& path, bool* good = nullptr) {
+    std::vector<SFinding> findings;
+    const bool isGood = CheckRecording(path, [&](const SFinding& finding) { findings.push_back(finding); });
+    if (good) *good = isGood;
+    return findings;
+}
+
+std::vector<std::string> NamesIn(const CSourceFolder& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.At("")))
+        names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+/// What a reader gets: the stored form of everything that the source says, and its frames. `tells` becomes true when
+/// opening or reading leaves a finding of damage or doubt, or fails.
+Bytes Measured(const std::filesystem::path& path, bool& tells) {
+    try {
+        const CSource source = Open(path);
+        reduce::CReduceObjectArray objects;
+        source.Describe(objects);
+        CMemFile all;
+        reduce::SaveInfoFile(BorrowShared<IFile>(all), objects, 0);
+        Bytes bytes(all.GetData(), all.GetData() + all.GetSize());
+        SRawFrame frame;
+        for (u64 i = 0; i < source.Count(); ++i) {
+            source.Read(i, frame);
+            bytes = bytes + frame.bytes;
+        }
+        tells = source.Worst() >= EWeight::Doubt;
+        return bytes;
+    } catch (const CError& error) {
+        EXPECT_FALSE(error.Facts().file.empty());
+        tells = true;
+        return {};
+    }
+}
+
+/// The frames that a repair brings back; nothing when it refuses. What it makes must read as good.
+Bytes Repaired(const std::filesystem::path& path) {
+    const std::filesystem::path made = path.parent_path() / "good.krt";
+    try {
+        RepairRecording(path, made, {.overwrite = true}, [](const SFinding&) {});
+    } catch (const CError&) {
+        return {};
+    }
+    bool good = false;
+    const auto findings = FindingsOf(made, &good);
+    EXPECT_TRUE(good) << findings[0].what << " expected " << findings[0].expected << " found " << findings[0].found;
+    const CSource source = Open(made);
+    EXPECT_NE(source.Worst(), EWeight::Damage);
+    Bytes frames;
+    SRawFrame frame;
+    for (u64 i = 0; i < source.Count(); ++i) {
+        source.Read(i, frame);
+        frames.insert(frames.end(), frame.bytes.begin(), frame.bytes.end());
+    }
+    return frames;
+}
+
+TEST(Recording, ComesBackAsItWasWritten) {
+    const CSourceFolder folder;
+    Write(folder.At("run.krt"), 5, {.checksums = true});
+    EXPECT_EQ(NamesIn(folder), (std::vector<std::string>{"run.krt", "run.krt.crc"}));
+    EXPECT_TRUE(FindingsOf(folder.At("run.krt")).empty());
+    const Bytes bytes = CSourceFolder::Get(folder.At("run.krt"));
+    EXPECT_EQ(Bytes(bytes.end() - 5 * kFrame, bytes.end()), Frames(5));
+    const CSource source = Open(folder.At("run.krt"));
+    EXPECT_EQ(source.Count(), 5u);
+    for (const SFinding& finding : source.Findings())
+        ADD_FAILURE() << finding.what << ": " << finding.expected << ", " << finding.found;
+    reduce::CReduceObjectArray objects;
+    source.Describe(objects);
+    EXPECT_EQ(objects.GetSourceInfo(false)->presets[0].frameCount, 5u);
+
+    // The sums: magic, version, size, frame size, CRC of the metadata, number of frames, sums, CRC of it all.
+    const Bytes sums = CSourceFolder::Get(folder.At("run.krt.crc"));
+    ASSERT_EQ(sums.size(), 16u + 12 + 5 * 4 + 4);
+    EXPECT_EQ(LoadLittle<u32>(&sums[16]), kFrame);
+    EXPECT_EQ(LoadLittle<u32>(&sums[24]), 5u);
+    CCalcCRC32File sum;
+    sum.Write(NumberedFrame(3).data(), kFrame);
+    EXPECT_EQ(LoadLittle<u32>(&sums[28 + 3 * 4]), sum.GetCRC());
+    MakeChecksums(folder.At("run.krt"), true);
+    EXPECT_EQ(CSourceFolder::Get(folder.At("run.krt.crc")), sums);
+}
+
+TEST(Recording, AFrameThatIsNotWhatItWasIsRefusedWhereSumsStandBesideIt) {
+    const CSourceFolder folder;
+    Write(folder.At("run.krt"), 3, {.checksums = true});
+    Bytes bytes = CSourceFolder::Get(folder.At("run.krt"));
+    bytes[bytes.size() - 2 * kFrame + 7] ^= 1;  // a pixel of frame 1
+    folder.Put("run.krt", bytes);
+    const CSource source = Open(folder.At("run.krt"));
+    EXPECT_TRUE(source.Findings().empty());
+    SRawFrame frame;
+    source.Read(0, frame);
+    const SErrorFacts facts = FactsOf([&] { source.Read(1, frame); });
+    EXPECT_EQ(facts.id, EError::SumDiffers);
+    EXPECT_EQ(facts.frame, 1u);
+    EXPECT_EQ(source.Worst(), EWeight::Damage);
+    bool good = true;
+    EXPECT_EQ(FindingsOf(folder.At("run.krt"), &good).size(), 1u);
+    EXPECT_FALSE(good);
+
+    // Sums that are damaged, or another recording's, are told of; a recording that replaces one takes its sums away.
+    Bytes sums = CSourceFolder::Get(folder.At("run.krt.crc"));
+    sums[20] ^= 1;
+    folder.Put("run.krt.crc", sums);
+    EXPECT_EQ(Open(folder.At("run.krt")).Findings().at(0).id, EFinding::SumsMissing);
+    Write(folder.At("run.krt"), 4, {.overwrite = true});
+    EXPECT_EQ(NamesIn(folder), std::vector<std::string>{"run.krt"});
+}
+
+TEST(Recording, DamageOfAnyByteIsToldOrChangesNothing) {
+    const CSourceFolder folder;
+    Write(folder.At("run.krt"), 3, {.checksums = true});
+    const Bytes whole = CSourceFolder::Get(folder.At("run.krt"));
+    bool tells = true;
+    const Bytes right = Measured(folder.At("run.krt"), tells);
+    ASSERT_FALSE(tells);
+    const std::size_t framesAt = whole.size() - 3 * kFrame;
+    u64 told = 0;
+    for (std::size_t at = 0; at < whole.size(); at += at < 3000 ? 7 : at < framesAt ? 31 : 311) {
+        Bytes bytes = whole;
+        bytes[at] ^= static_cast<u8>(1 << at % 8);
+        folder.Put("run.krt", bytes);
+        const Bytes measured = Measured(folder.At("run.krt"), tells);
+        EXPECT_TRUE(tells || measured == right) << "byte " << at;
+        told += tells;
+    }
+    EXPECT_GT(told, 400u);
+}
+
+TEST(Recording, ACutIsToldAndRepairedToAllWholeFrames) {
+    const CSourceFolder folder;
+    Write(folder.At("run.krt"), 3);
+    const Bytes whole = CSourceFolder::Get(folder.At("run.krt"));
+    const std::size_t framesAt = whole.size() - 3 * kFrame;
+    for (std::size_t size = 0; size < whole.size(); size += size < framesAt ? 97 : 311) {
+        folder.Put("run.krt", Bytes(whole.begin(), whole.begin() + static_cast<i64>(size)));
+        bool tells = false;
+        Measured(folder.At("run.krt"), tells);
+        EXPECT_TRUE(tells) << size;
+        const u64 frames = size < framesAt ? 0 : (size - framesAt) / kFrame;
+        if (size < 16) continue;
+        EXPECT_EQ(Repaired(folder.At("run.krt")), Frames(static_cast<u16>(frames))) << size;
+    }
+}
+
+TEST(Recording, RepairMendsHeadersAndLeavesOutWhatIsDamaged) {
+    const CSourceFolder folder;
+    Write(folder.At("run.krt"), 3);
+    const Bytes whole = CSourceFolder::Get(folder.At("run.krt"));
+    const std::size_t framesAt = whole.size() - 3 * kFrame;
+    const Bytes all = Frames(3);
+    // In the first block's header and its record, in the second's, in the pixels' header and record, in frame 1.
+    for (const std::size_t at : {kBlockHeader + 3, kBlockHeader + 50, 2 * kBlockHeader + 300,
+                                 3 * kBlockHeader + 2048 + 20, framesAt - 560, framesAt - 480}) {
+        Bytes bytes = whole;
+        bytes[at] ^= 4;
+        folder.Put("bad.krt", bytes);
+        bool good = true;
+        EXPECT_FALSE(FindingsOf(folder.At("bad.krt"), &good).empty()) << at;
+        EXPECT_FALSE(good) << at;
+        EXPECT_EQ(Repaired(folder.At("bad.krt")), all) << at;
+    }
+    Bytes bytes = whole;
+    bytes[framesAt + kFrame + 2u * kWidth * kHeight] ^= 1;  // a mark
+    folder.Put("bad.krt", bytes);
+    EXPECT_EQ(Repaired(folder.At("bad.krt")), NumberedFrame(0) + NumberedFrame(2));
+    // A block of the metadata is refused, unless the caller takes it.
+    bytes = whole;
+    bytes[2 * kBlockHeader + 300] ^= 4;
+    folder.Put("bad.krt", bytes);
+    EXPECT_EQ(FactsOf([&] { Open(folder.At("bad.krt")); }).id, EError::MetadataDamaged);
+    EXPECT_EQ(Open(folder.At("bad.krt"), {.acceptDamage = true}).Worst(), EWeight::Damage);
+}
+
+TEST(RecordingWriter, LeavesAPartOnlyWhenAskedAndReplacesNothingUnasked) {
+    const CSourceFolder folder;
+    reduce::CReduceObjectArray objects;
+    FillMetadata(objects);
+    const auto start = [&](const SWriteOptions& options) {
+        CRecordingWriter writer(folder.At("run.krt"), objects, kFormat, kFrame, options);
+        writer.Add(NumberedFrame(0));
+        Bytes bad = NumberedFrame(1);
+        bad[2u * kWidth * kHeight] ^= 1;
+        EXPECT_EQ(FactsOf([&] { writer.Add(bad); }).id, EError::FrameRefused);
+        EXPECT_EQ(FactsOf([&] { writer.Add(Bytes(kFrame + 1)); }).id, EError::FrameRefused);
+        writer.Add(NumberedFrame(2));
+        EXPECT_EQ(writer.Count(), 2u);
+    };
+    start({});
+    EXPECT_TRUE(NamesIn(folder).empty());
+    start({.keepPart = true});
+    EXPECT_EQ(NamesIn(folder), std::vector<std::string>{"run.krt.part"});
+    EXPECT_EQ(FactsOf([&] { start({.overwrite = true}); }).id, EError::FileExists);
+    RepairRecording(folder.At("run.krt.part"), folder.At("run.krt"), {}, [](const SFinding&) {});
+    EXPECT_EQ(Open(folder.At("run.krt")).Count(), 2u);
+    EXPECT_EQ(FactsOf([&] { start({}); }).id, EError::FileExists);
+
+    std::filesystem::create_hard_link(folder.At("run.krt"), folder.At("same.krt"));
+    const SWriteOptions overInput{.overwrite = true, .input = Open(folder.At("run.krt"))};
+    EXPECT_EQ(FactsOf([&] { Write(folder.At("same.krt"), 1, overInput); }).id, EError::FileIsInput);
+    EXPECT_EQ(FactsOf([&] {
+                  RepairRecording(folder.At("run.krt"), folder.At("same.krt"), overInput, [](const SFinding&) {});
+              }).id,
+              EError::FileIsInput);
+    EXPECT_EQ(FactsOf([&] { Write(folder.At("none") / "run.krt", 1); }).id, EError::FileUnwritable);
+}
+
+TEST(RecordingWriter, AWriteThatFailsAnywhereIsToldAndLeavesNothing) {
+    const CSourceFolder folder;
+    Write(folder.At("run.krt"), 3);
+    const std::size_t size = std::filesystem::file_size(folder.At("run.krt"));
+    std::filesystem::remove(folder.At("run.krt"));
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    for (std::size_t limit = 0; limit < size; limit += 173) {
+        const rlimit room{limit, before.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &room);
+        EXPECT_EQ(FactsOf([&] { Write(folder.At("run.krt"), 3); }).id, EError::FileUnwritable) << limit;
+        ::setrlimit(RLIMIT_FSIZE, &before);
+        EXPECT_TRUE(NamesIn(folder).empty()) << limit;
+    }
+}
+
+TEST(RecordingWriter, KilledAtAnyMomentItLeavesAllFramesThatWereWritten) {
+    const CSourceFolder folder;
+    const auto part = folder.At("run.krt.part");
+    u64 most = 0;
+    for (int i = 0; i < 10; ++i) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            Write(folder.At("run.krt"), 30'000, {.keepPart = true});
+            ::_exit(0);
+        }
+        ::usleep(static_cast<useconds_t>(2000 + 4000 * i));
+        ::kill(child, SIGKILL);
+        ::waitpid(child, nullptr, 0);
+        ASSERT_FALSE(std::filesystem::exists(folder.At("run.krt")));
+        if (!std::filesystem::exists(part)) continue;
+        const Bytes frames = Repaired(part);
+        EXPECT_EQ(frames, Frames(static_cast<u16>(frames.size() / kFrame)));
+        most = std::max<u64>(most, frames.size());
+        // Less than a frame is left behind them.
+        const u64 framesAt = std::filesystem::file_size(folder.At("good.krt")) - frames.size();
+        if (!frames.empty()) {
+            EXPECT_LT(std::filesystem::file_size(part) - framesAt - frames.size(), kFrame);
+        }
+        std::filesystem::remove(part);
+    }
+    EXPECT_GT(most, 0u);
+}
+
+TEST(Metadata, OfFirstFramesGoesIntoTheRecordingWithTheTimeThatTheyCarry) {
+    const CSourceFolder folder;
+    const CSource source = Open(folder.Put("dump", Frames(3)), AsDump());
+    reduce::CReduceObjectArray objects;
+    GatherMetadata(source, CFrameNumbers::All(3), objects);
+    EXPECT_EQ(objects.GetSourceInfo(false)->time.GetTimestamp(), UnixTimestamp(1'700'000'000, 0));
+    EXPECT_EQ(objects.GetObjectParameters(false)->emissivity, 32.25f);
+    EXPECT_TRUE(objects.GetSourceInfo(false)->cameraName.Equals(L"K410"));
+}
+
+}  // namespace
+}  // namespace ovix::measure
