@@ -77,9 +77,9 @@ class COwnLengthFrames final : public IFrameLayout {
     std::optional<SExtent> Find(u64 frame) const override;
     u64 FrameSize() const override { return 0; }
 
-    /// The length that bytes tell of the frame with which they begin; 0 when they begin with none, or end before it
-    /// does. `whole` asks that the frame is there up to its end.
-    static u64 LengthOf(std::span<const u8> bytes);
+    /// The bytes that it takes to tell the length of the frame with which these, 4 at least, begin, and once they are
+    /// there the length itself: as many bytes as are given are a whole frame. 0 when they begin with none.
+    static u64 BytesToTell(std::span<const u8> bytes);
 
   private:
     u64 LengthAt(u64 offset) const;

@@ -59,7 +59,6 @@ std::shared_ptr<CNumberedSource> CNumberedSource::OfDump(std::shared_ptr<const C
                                                          const SOpenOptions& options) {
     const bool counts = format.filter.empty();
     auto source = std::make_shared<CNumberedSource>(file, counts ? ESource::Counts : ESource::Dump, std::move(format));
-    source->bigEndian_ = source->Format().pixelTypeName == "counts-be";
     source->layout_ = FindLayout(*file, source->Format(), options.frameSize,
                                  [&](SFinding finding) { source->Add(std::move(finding)); });
     source->SetObjects({});
@@ -103,9 +102,7 @@ void CNumberedSource::Read(u64 number, SRawFrame& frame) const {
                       .expected = Say(place->size, " bytes"),
                       .found = Say("the end of the file after ", read)});
     if (sums_) HoldAgainstSum(frame);
-    if (bigEndian_) {
-        for (std::size_t i = 0; i + 1 < frame.bytes.size(); i += 2) std::swap(frame.bytes[i], frame.bytes[i + 1]);
-    }
+    if (IsBigEndian(Format())) SwapBytes(frame.bytes);
 }
 
 void CNumberedSource::HoldAgainstSum(const SRawFrame& frame) const {

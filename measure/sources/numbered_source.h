@@ -34,7 +34,6 @@ class CNumberedSource final : public CSource::IBody {
 
     std::unique_ptr<IFrameLayout> layout_;
     std::optional<SFrameSums> sums_;
-    bool bigEndian_ = false;  ///< counts, which are handed out little-endian
 };
 
 }  // namespace ovix::measure

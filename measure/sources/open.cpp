@@ -1,6 +1,7 @@
 #include <utility>
 
 #include "measure/sources/numbered_source.h"
+#include "measure/sources/stream_source.h"
 
 namespace ovix::measure {
 
@@ -24,11 +25,17 @@ SFrameFormat FormatAsked(const SOpenOptions& options, const std::string& file) {
     return FindFormat(options.pixelType, options.width, options.height);
 }
 
+CSource OpenStream(std::shared_ptr<const CInputFile> file, const SOpenOptions& options) {
+    const std::string name = file->Name();
+    CFeed feed(file, file->IsRegular() ? std::optional(options.patience) : std::nullopt);
+    feed.Fill(CRecordingFile::MagicBytes);
+    if (CRecordingFile::Recognises(feed.Window())) return CSource(CStreamSource::OfRecording(std::move(feed), options));
+    SFrameFormat format = FormatAsked(options, name);
+    return CSource(CStreamSource::OfDump(std::move(feed), std::move(format), options));
+}
+
 CSource OpenFile(std::shared_ptr<const CInputFile> file, const SOpenOptions& options) {
-    if (!file->IsRegular() || options.follow)
-        throw CError({.id = EError::FileUnreadable,
-                      .file = file->Name(),
-                      .problem = "is no file that can be read at any place"});
+    if (!file->IsRegular() || options.follow) return OpenStream(std::move(file), options);
     if (CRecordingFile::Recognises(file->Get(0, CRecordingFile::MagicBytes)))
         return CSource(CNumberedSource::OfRecording(std::move(file), options));
     SFrameFormat format = FormatAsked(options, file->Name());

@@ -27,10 +27,9 @@ u64 EndOf(u64 container, const u8* fields) {
 
 }  // namespace
 
-u64 COwnLengthFrames::LengthOf(std::span<const u8> bytes) {
-    if (bytes.size() < kLengthBytes) return 0;
+u64 COwnLengthFrames::BytesToTell(std::span<const u8> bytes) {
     const u64 container = ContainerAt(bytes.data());
-    if (container + kContainerBytes > bytes.size()) return 0;
+    if (container + kContainerBytes > bytes.size()) return container + kContainerBytes;
     return EndOf(container, bytes.data() + container);
 }
 

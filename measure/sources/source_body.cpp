@@ -87,4 +87,10 @@ void CSource::IBody::Add(SFinding finding) const {
         findings_.push_back(std::move(finding));
 }
 
+bool IsBigEndian(const SFrameFormat& format) { return format.filter.empty() && format.pixelTypeName == "counts-be"; }
+
+void SwapBytes(std::span<u8> counts) {
+    for (std::size_t i = 0; i + 1 < counts.size(); i += 2) std::swap(counts[i], counts[i + 1]);
+}
+
 }  // namespace ovix::measure

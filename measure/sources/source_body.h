@@ -51,4 +51,8 @@ class CSource::IBody {
     mutable std::vector<SFinding> findings_;
 };
 
+/// Whether the frames are counts with the high byte first, which are handed out with the low byte first.
+bool IsBigEndian(const SFrameFormat& format);
+void SwapBytes(std::span<u8> counts);
+
 }  // namespace ovix::measure

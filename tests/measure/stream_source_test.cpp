@@ -1,0 +1,180 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <thread>
+
+#include "source_files.h"
+
+namespace ovix::measure {
+namespace {
+
+using namespace test;
+using Clock = std::chrono::steady_clock;
+
+const u64 kFrame = NumberedFrame(0).size();
+
+/// A pipe into which a thread writes pieces.
+class CPipe {
+  public:
+    explicit CPipe(Bytes bytes, std::size_t piece = 1000) {
+        EXPECT_EQ(::pipe(ends_), 0);
+        writer_ = std::thread([this, piece, all = std::move(bytes)] {
+            for (std::size_t at = 0; at < all.size(); at += piece)
+                Write(std::span(all).subspan(at, std::min(piece, all.size() - at)));
+            if (!held_) ::close(ends_[1]);
+        });
+    }
+    ~CPipe() {
+        ::close(ends_[0]);
+        if (writer_.joinable()) writer_.join();
+    }
+    int Reader() const { return ends_[0]; }
+    void Write(std::span<const u8> bytes) const {
+        EXPECT_EQ(::write(ends_[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+    }
+
+    std::atomic<bool> held_ = false;
+
+  private:
+    int ends_[2] = {};
+    std::thread writer_;
+};
+
+struct SStream {
+    std::vector<Bytes> frames = {};
+    std::vector<std::string> torn = {};
+    u64 damage = 0;
+};
+
+SStream Drain(const CSource& source) {
+    SStream stream;
+    SRawFrame frame;
+    for (;;) {
+        try {
+            if (!source.Next(frame)) break;
+            EXPECT_EQ(frame.number, stream.frames.size());
+            stream.frames.push_back(frame.bytes);
+        } catch (const CError& error) {
+            EXPECT_EQ(error.Id(), EError::FrameRefused);
+            stream.torn.push_back(error.Facts().problem);
+        }
+    }
+    for (const SFinding& finding : source.Findings()) stream.damage += finding.weight == EWeight::Damage;
+    return stream;
+}
+
+SStream Through(const Bytes& bytes, const SOpenOptions& options, std::size_t piece = 1000) {
+    const CPipe pipe(bytes, piece);
+    const CSource source = OpenDescriptor(pipe.Reader(), "pipe", options);
+    EXPECT_FALSE(source.IsNumbered());
+    return Drain(source);
+}
+
+std::vector<Bytes> Numbered(u16 count) {
+    std::vector<Bytes> frames;
+    for (u16 i = 0; i < count; ++i) frames.push_back(NumberedFrame(i));
+    return frames;
+}
+
+TEST(StreamSource, HandsOverTheSameFramesAsAFile) {
+    for (const std::size_t piece : {std::size_t{1}, std::size_t{777}, std::size_t{60000}}) {
+        EXPECT_EQ(Through(Frames(6), AsDump(), piece).frames, Numbered(6)) << piece;
+        EXPECT_EQ(Through(Frames(6, 100), AsDump(), piece).frames, Numbered(6)) << piece;  // what is padded on is left
+        const SStream recording = Through(RecordingOf(6), {}, piece);
+        EXPECT_EQ(recording.frames, Numbered(6)) << piece;
+        EXPECT_EQ(recording.damage, 0u) << piece;
+    }
+    const Bytes image = EncodeJpegLs(Ramp(kWidth * kHeight, 14), kWidth, kHeight);
+    const Bytes frame = CompressedFrame(image, {});
+    EXPECT_EQ(Through(frame + Bytes(40, 0) + frame, AsDump(kStream)).frames, (std::vector<Bytes>{frame, frame}));
+    const Bytes counts = PixelBytes(Ramp(kWidth * kHeight));
+    EXPECT_EQ(Through(PixelBytes(Ramp(kWidth * kHeight), true), AsDump("counts-be")).frames,
+              std::vector<Bytes>{counts});
+}
+
+TEST(StreamSource, GoesOnBehindBytesThatWereLostOrInserted) {
+    for (const i64 lost : {1, 333, -1, -700}) {
+        for (const u16 torn : {u16{1}, u16{5}}) {
+            SCOPED_TRACE(std::to_string(torn) + " loses " + std::to_string(lost));
+            Bytes bytes = Frames(9);
+            const auto at = bytes.begin() + static_cast<i64>(torn * kFrame + 100);
+            if (lost > 0) bytes.erase(at, at + lost);
+            if (lost < 0) bytes.insert(at, static_cast<std::size_t>(-lost), 0x77);
+            const SStream stream = Through(bytes, AsDump(kGigE, static_cast<u32>(kFrame)));
+            const u64 passed = lost > 0 ? kFrame - static_cast<u64>(lost) : static_cast<u64>(-lost);
+            EXPECT_EQ(stream.torn, std::vector<std::string>{"bytes were lost or inserted: " + std::to_string(passed) +
+                                                            " bytes passed over"});
+            EXPECT_EQ(stream.frames.size(), lost > 0 ? 8u : 9u);
+            EXPECT_EQ(stream.frames.back(), NumberedFrame(8));
+            EXPECT_EQ(stream.damage, 1u);
+        }
+    }
+    // A frame that is only damaged keeps its place; one that is cut is told of, and so is a recording that ends early.
+    Bytes damaged = Frames(5);
+    damaged[2 * kFrame + 2u * kWidth * kHeight] ^= 1;
+    EXPECT_EQ(Through(damaged, AsDump()).frames.size(), 5u);
+    damaged = Frames(5);
+    damaged.resize(damaged.size() - 10);
+    EXPECT_EQ(Through(damaged, AsDump()).frames, Numbered(4));
+    EXPECT_EQ(Through(damaged, AsDump()).damage, 1u);
+    Bytes early = RecordingOf(4);
+    early.resize(early.size() - kFrame);
+    EXPECT_EQ(Through(early, {}).damage, 1u);
+    EXPECT_EQ(FactsOf([] { Through(Bytes(9000, 'x'), AsDump()); }).id, EError::FrameRefused);
+    EXPECT_EQ(FactsOf([] { Through({}, AsDump()); }).id, EError::NoFrames);
+}
+
+TEST(StreamSource, TheFirstFrameIsThereBeforeTheSecond) {
+    CPipe pipe({});
+    pipe.held_ = true;
+    pipe.Write(NumberedFrame(0));
+    const CSource source = OpenDescriptor(pipe.Reader(), "pipe", AsDump());
+    SRawFrame frame;
+    ASSERT_TRUE(source.Next(frame));
+    EXPECT_EQ(frame.bytes, NumberedFrame(0));
+    EXPECT_EQ(FactsOf([&] { source.Read(0, frame); }).id, EError::NotNumbered);
+}
+
+TEST(StreamSource, FollowsARecordingUntilItIsFinished) {
+    const CSourceFolder folder;
+    reduce::CReduceObjectArray objects;
+    const auto info = objects.GetSourceInfo(true);
+    info->pixelType = kK410GigE;
+    info->width = info->frameWidth = kWidth;
+    info->height = info->frameHeight = kHeight;
+    std::vector<Clock::time_point> written(12), seen;
+    std::atomic<bool> started = false;
+    std::thread writer([&] {
+        CRecordingWriter recording(folder.At("run.krt"), objects, FindFormat(kGigE, kWidth, kHeight),
+                                   static_cast<u32>(kFrame), {});
+        started = true;
+        for (u16 i = 0; i < written.size(); ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(33));
+            recording.Add(NumberedFrame(i));
+            written[i] = Clock::now();
+        }
+        recording.Finish();
+    });
+    while (!started) std::this_thread::yield();
+    const CSource source = Open(folder.At("run.krt.part"), {.follow = true});
+    const auto start = Clock::now();
+    SRawFrame frame;
+    while (source.Next(frame)) {
+        EXPECT_EQ(frame.bytes, NumberedFrame(static_cast<u16>(frame.number)));
+        seen.push_back(Clock::now());
+    }
+    writer.join();
+    EXPECT_EQ(seen.size(), written.size());
+    EXPECT_LT(Clock::now() - start, std::chrono::seconds(9));  // it did not wait for its patience
+    EXPECT_NE(source.Worst(), EWeight::Damage);
+
+    // A dump ends when nothing came for as long as the caller has patience.
+    SOpenOptions options = AsDump();
+    options.follow = true;
+    options.patience = std::chrono::milliseconds(50);
+    EXPECT_EQ(Drain(Open(folder.Put("dump", Frames(3)), options)).frames, Numbered(3));
+}
+
+}  // namespace
+}  // namespace ovix::measure
