@@ -8,5 +8,6 @@
 #include "measure/recordings/recording.h"
 #include "measure/sources/frame_format.h"
 #include "measure/sources/frame_numbers.h"
+#include "measure/sources/guess_format.h"
 #include "measure/sources/source.h"
 #include "measure/time.h"

@@ -1,11 +1,26 @@
+#include <algorithm>
 #include <utility>
 
+#include "measure/sources/guess_format.h"
 #include "measure/sources/numbered_source.h"
 #include "measure/sources/stream_source.h"
+#include "measure/text.h"
 
 namespace ovix::measure {
 
 namespace {
+
+/// What the bytes speak for, if that is just one thing.
+SFrameFormat FormatGuessed(const std::string& file) {
+    const std::vector<SGuess> guesses = GuessFormat(file);
+    const auto full = [](const SGuess& guess) { return guess.Full(); };
+    if (std::count_if(guesses.begin(), guesses.end(), full) == 1) return guesses.front().format;
+    throw CError({.id = EError::UnknownFormat,
+                  .file = file,
+                  .expected = "bytes that speak for just one pixel type and size",
+                  .found = Say(guesses.size(), " that they may be"),
+                  .advice = "say pixel type and size"});
+}
 
 /// Plain counts have no decoder; their name says in which order the bytes are.
 SFrameFormat FormatAsked(const SOpenOptions& options, const std::string& file) {
@@ -14,6 +29,7 @@ SFrameFormat FormatAsked(const SOpenOptions& options, const std::string& file) {
                       .file = file,
                       .problem = "is no recording",
                       .advice = "raw frames need a pixel type and a size"});
+    if (options.pixelType == "auto") return FormatGuessed(file);
     if (!options.width || !options.height)
         throw CError({.id = EError::WrongArgument, .file = file, .problem = "raw frames need a size"});
     if (options.pixelType == "counts" || options.pixelType == "counts-be")

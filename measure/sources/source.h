@@ -20,8 +20,8 @@ enum class ESource : u8 { Recording, Dump, Counts };
 /// How the bytes of a source are to be taken where they do not say it themselves. A recording needs none of it.
 struct SOpenOptions {
     /// Of raw frames: a registered name or GUID; "counts" and "counts-be" are plain 16-bit pixels, little- and
-    /// big-endian; "auto" is what the bytes speak for, if that is just one thing. Ignored, as what follows, by a
-    /// recording.
+    /// big-endian; "auto" is what the bytes of a file speak for, if that is just one thing. Ignored, as what follows,
+    /// by a recording.
     std::string pixelType = {};
     u16 width = 0;  ///< pixels; 0 where `pixelType` is "auto"
     u16 height = 0;

@@ -199,6 +199,30 @@ TEST(NumberedSource, RefusesWhatHoldsNoFrame) {
     EXPECT_EQ(idOf(wide, {.acceptDamage = true}), EError::WrongGeometry);
 }
 
+TEST(GuessFormat, TellsWhatSpeaksForATypeAndASize) {
+    const CSourceFolder folder;
+    Bytes dump;
+    for (u16 i = 0; i < 3; ++i) {
+        SK410Container container;
+        container.record.counter = i;
+        Bytes frame = PlainFrame(Ramp(80 * 60), container);
+        Patch(frame, 2u * 80 * 60 + container.recordOffset + 2, 80, 2);
+        Patch(frame, 2u * 80 * 60 + container.recordOffset + 4, 60, 2);
+        dump = dump + frame;
+    }
+    const auto path = folder.Put("dump", dump);
+    const std::vector<SGuess> guesses = GuessFormat(path);
+    ASSERT_FALSE(guesses.empty());
+    EXPECT_EQ(guesses[0].format.filter, "K410");
+    EXPECT_EQ(guesses[0].format.width, 80);
+    EXPECT_EQ(guesses[0].format.height, 60);
+    EXPECT_EQ(guesses[0].frameSize, dump.size() / 3);
+    EXPECT_TRUE(guesses[0].Full());
+    // Several types of the family have frames like these.
+    EXPECT_EQ(FactsOf([&] { Open(path, {.pixelType = "auto"}); }).id, EError::UnknownFormat);
+    for (const SGuess& guess : GuessFormat(folder.Put("noise", PixelBytes(Ramp(100'000))))) EXPECT_FALSE(guess.Full());
+}
+
 TEST(FrameNumbers, AreFoundWithoutAList) {
     const CFrameNumbers numbers({{3, 5, 1}, {10, 30, 10}, {0, 0, 1}});
     std::vector<u64> all;

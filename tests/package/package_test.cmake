@@ -13,6 +13,7 @@ run(${CMAKE_COMMAND} -S ${source} -B ${work}/build -G ${generator}
   "-D CMAKE_CXX_FLAGS=${flags}" -D EXAMPLE=${example})
 run(${CMAKE_COMMAND} --build ${work}/build --config ${config})
 
+run(${work}/build/measure_consumer)
 run(${work}/build/consumer)
 if(output MATCHES "Toy")
   message(FATAL_ERROR "A plug-in that is not installed was found:\n${output}")
