@@ -1,5 +1,6 @@
 #include "reduce/pixels/counts_to_radiance.h"
 
+#include "reduce/pixels/count_tables.h"
 #include "reduce/pixels/radiance_law.h"
 
 namespace ovix::reduce {
@@ -13,7 +14,14 @@ bool Convert(STypedData source, STypedData destination, const u8* presets, const
              const UsesPixels& usesPixels, const SRadianceParams* params, const SCommonParams& common) {
     if (!IsNumeric(source.type) || !IsFloating(destination.type)) return false;
     const auto lawOf = [&](u8 p) { return RecordLaw(params[p], usesPixels(p), common); };
-    ConvertCounts(destination, nullptr, source, presets, selection, EPowers::Double, lawOf);
+    const auto formula = [&](u8 preset, const u16* counts, u32 n, double* values) {
+        return RadiancesOf(counts, n, lawOf(preset), values);
+    };
+    ConvertThroughTables(source, destination, presets, selection, formula, [&](const auto& part, u8 preset) {
+        double radiances[kRunBlock];
+        if (!RadiancesOf(part, source, lawOf(preset), EPowers::Double, radiances)) return;
+        StoreBlock(destination, part.out, radiances, part.count);
+    });
     return true;
 }
 

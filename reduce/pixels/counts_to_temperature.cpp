@@ -1,5 +1,6 @@
 #include "reduce/pixels/counts_to_temperature.h"
 
+#include "reduce/pixels/count_tables.h"
 #include "reduce/pixels/radiance_law.h"
 #include "reduce/pixels/temperature_law.h"
 
@@ -17,7 +18,11 @@ template <class Selection, class LawsOf>
 bool Convert(STypedData source, STypedData destination, const u8* presets, const Selection& selection,
              const LawsOf& lawsOf) {
     if (!IsNumeric(source.type) || !IsFloating(destination.type)) return false;
-    ForEachPart(selection, presets, [&](const auto& part, u8 preset) {
+    const auto formula = [&](u8 preset, const u16* counts, u32 n, double* values) {
+        const SLaws laws = lawsOf(preset);
+        return RadiancesOf(counts, n, laws.radiance, values) && ApplyLaw(laws.temperature, values, n, values) == n;
+    };
+    ConvertThroughTables(source, destination, presets, selection, formula, [&](const auto& part, u8 preset) {
         const SLaws laws = lawsOf(preset);
         double values[kRunBlock];
         if (!RadiancesOf(part, source, laws.radiance, EPowers::Double, values)) return;

@@ -114,6 +114,13 @@ bool ApplyLaw(const SRadianceLaw& law, const SCounts& counts, const double* back
                         : ApplyPolynomial(law, SDoublePowers{c}, c, n, radiances);
 }
 
+bool RadiancesOf(const u16* counts, u32 count, const SRadianceLaw& law, double* radiances) {
+    if (law.background.pixels()) return false;
+    SCounts block;
+    block.Load({const_cast<u16*>(counts), UInt16}, count, EPowers::Double);
+    return ApplyLaw(law, block, nullptr, radiances);
+}
+
 void StoreRadiances(STypedData destination, u8* status, std::size_t at, const double* radiances, u32 count,
                     const std::optional<SLimitRule>& limits) {
     if (!limits) return StoreBlock(destination, at, radiances, count);

@@ -56,6 +56,9 @@ bool RadiancesOf(const Part& part, STypedData source, const SRadianceLaw& law, E
     return ApplyLaw(law, counts, part.View(law.background.pixels(), gatheredBackgrounds), radiances);
 }
 
+/// The radiances of 16-bit counts, powers in double. False where they depend on the pixel, too, or have no order.
+bool RadiancesOf(const u16* counts, u32 count, const SRadianceLaw& law, double* radiances);
+
 /// A selection of counts to radiance; `lawOf(preset)` answers the preset's `SRadianceLaw`. The types are checked by the
 /// caller.
 template <class Selection, class LawOf>

@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <span>
 #include <string>
 
 #include "core/visit.h"
+#include "reduce/pixels/counts_to_radiance.h"
 #include "reduce/pixels/counts_to_temperature.h"
 #include "reduce/pixels/radiance_to_temperature.h"
 #include "reduce/pixels/temperature.h"
@@ -386,6 +388,46 @@ TEST(ToTemperature, CountsReachTemperatureWithoutRoundingBetween) {
     EXPECT_TRUE(CountsToTemperature({const_cast<u16*>(counts), UInt16}, {result, Flt32}, 4,
                                     {.coefficients = lower, .order = -3}, {.coefficients = lift, .order = 1}, {}));
     EXPECT_EQ(result[3], 1001) << "an order that is none writes nothing";
+}
+
+TEST(ToTemperature, ImagesWithFewCountsHaveTheBitsOfSinglePixels) {
+    // Preset 0 has counts enough for a table, 1 has a background for each pixel, 2 and 3 are short, 9 is beyond.
+    const double polynomial[] = {1.5, 0.01, 1e-7, 1e-11}, cubic[] = {-3, 2.25, -1e-3, 1e-6};
+    std::vector<u16> counts(3000);
+    std::vector<u8> presets(3000);
+    std::vector<double> backgrounds(3000);
+    for (u32 i = 0; i < 3000; ++i) {
+        counts[i] = static_cast<u16>(i % 7 ? 20000 + i * 37 % 300 : 20299);
+        presets[i] = static_cast<u8>(i % 100 < 50 ? 0 : i % 100 < 70 ? 1 : i % 100 < 90 ? 9 : i % 3 + 1);
+        backgrounds[i] = i;
+    }
+    SRadianceParams toRadiance[10];
+    STemperatureParams toTemperature[10];
+    bool valid[10] = {true, true, true};
+    for (int p = 0; p < 10; ++p) {
+        toRadiance[p] = {.coefficients = polynomial, .order = p == 1 ? -1 : 3, .background = 7};
+        toTemperature[p] = {.coefficients = cubic, .order = p % 4};
+    }
+    toRadiance[1].backgrounds = backgrounds.data();
+    const SCommonParams common{
+        .radianceScale = 1.25, .signalScale = 0.9, .tempType = Kelvin, .highWave = 12, .lowWave = 8};
+    const auto check = [&]<class D>(D) {
+        std::vector<D> radiances(3000), temperatures(3000), radianceAlone(3000), alone(3000);
+        const auto run = [&](u32 first, u32 n, std::vector<D>& r, std::vector<D>& t) {
+            const STypedData from{counts.data() + first, UInt16};
+            toRadiance[1].backgrounds = backgrounds.data() + first;
+            CountsToRadiance(from, {r.data() + first, DataTypeOf<D>()}, presets.data() + first, n, valid, toRadiance,
+                             common);
+            CountsToTemperature(from, {t.data() + first, DataTypeOf<D>()}, presets.data() + first, n, valid, toRadiance,
+                                toTemperature, common);
+        };
+        run(0, 3000, radiances, temperatures);
+        for (u32 i = 0; i < 3000; ++i) run(i, 1, radianceAlone, alone);
+        EXPECT_EQ(std::memcmp(radiances.data(), radianceAlone.data(), 3000 * sizeof(D)), 0);
+        EXPECT_EQ(std::memcmp(temperatures.data(), alone.data(), 3000 * sizeof(D)), 0);
+    };
+    check(float{});
+    check(double{});
 }
 
 TEST(ToTemperature, OtherTypesAreRefusedAndNothingIsWritten) {
