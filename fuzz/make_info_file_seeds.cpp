@@ -8,7 +8,7 @@
 #include "reduce/files/info_file.h"
 #include "reduce/objects/reduce_object_factory.h"
 #include "reduce/objects/source_info_reduce_object.h"
-#include "reduce/pixels/correction_reduce_object.h"
+#include "reduce/pixels/correction_objects.h"
 #include "support/byte_writer.h"
 
 /// Writes small files of every kind of object as first inputs of `fuzz_info_file` to the folder that is named:

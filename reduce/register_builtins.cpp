@@ -27,10 +27,8 @@
 #include "reduce/objects/frame_info_reduce_object.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/source_info_reduce_object.h"
-#include "reduce/pixels/abate_cfg_reduce_object.h"
-#include "reduce/pixels/correction_cfg_reduce_object.h"
-#include "reduce/pixels/correction_reduce_object.h"
-#include "reduce/pixels/rcal_reduce_object.h"
+#include "reduce/pixels/abate.h"
+#include "reduce/pixels/correction_objects.h"
 
 namespace ovix::reduce {
 

@@ -7,9 +7,8 @@
 #include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/reduce_object_array.h"
 #include "reduce/objects/source_info_reduce_object.h"
-#include "reduce/pixels/correction_cfg_reduce_object.h"
-#include "reduce/pixels/correction_reduce_object.h"
-#include "reduce/pixels/get_stats.h"
+#include "reduce/pixels/correction_objects.h"
+#include "reduce/pixels/stats.h"
 
 namespace ovix::bench {
 

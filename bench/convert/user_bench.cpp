@@ -2,7 +2,7 @@
 #include "reduce/convert/user_converter.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/reduce_object_array.h"
-#include "reduce/pixels/rcal_reduce_object.h"
+#include "reduce/pixels/correction_objects.h"
 
 namespace ovix::bench {
 

@@ -8,7 +8,7 @@
 #include "bench/support/data.h"
 #include "core/file_system.h"
 #include "reduce/files/info_file.h"
-#include "reduce/pixels/correction_reduce_object.h"
+#include "reduce/pixels/correction_objects.h"
 
 /// Files with 256 MiB of correction tables (in a smoke run less than one): how much of them a scan reads, and loading
 /// them beside reading their bytes into new memory.

@@ -1,4 +1,4 @@
-#include "reduce/pixels/counts_to_temperature.h"
+#include "reduce/pixels/temperature.h"
 
 #include <algorithm>
 

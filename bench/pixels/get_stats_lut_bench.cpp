@@ -1,4 +1,4 @@
-#include "reduce/pixels/get_stats_lut.h"
+#include "reduce/pixels/stats.h"
 
 #include "bench/support/data.h"
 

@@ -13,14 +13,12 @@
 #include "reduce/objects/reduce_object_array.h"
 #include "reduce/objects/source_info_reduce_object.h"
 #include "reduce/pixels/abate.h"
-#include "reduce/pixels/abate_cfg_reduce_object.h"
 #include "reduce/pixels/apply_nuc.h"
-#include "reduce/pixels/correction_cfg_reduce_object.h"
-#include "reduce/pixels/correction_reduce_object.h"
+#include "reduce/pixels/correction_objects.h"
 #include "reduce/pixels/get_image_data.h"
-#include "reduce/pixels/get_stats.h"
 #include "reduce/pixels/lut_kernel.h"
 #include "reduce/pixels/nuc_kernel.h"
+#include "reduce/pixels/stats.h"
 #include "reduce/pixels/stats_route.h"
 
 namespace ovix::reduce {

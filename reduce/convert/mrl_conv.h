@@ -6,7 +6,7 @@
 #include "reduce/api.h"
 #include "reduce/convert/factory_calibrations.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
-#include "reduce/pixels/radiance_params.h"
+#include "reduce/pixels/radiance.h"
 
 namespace ovix::reduce {
 

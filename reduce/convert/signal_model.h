@@ -3,7 +3,7 @@
 #include "core/typed_data.h"
 #include "reduce/api.h"
 #include "reduce/convert/model_state.h"
-#include "reduce/pixels/radiance_params.h"
+#include "reduce/pixels/radiance.h"
 
 namespace ovix::reduce {
 

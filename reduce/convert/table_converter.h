@@ -6,7 +6,7 @@
 #include "core/visit.h"
 #include "reduce/convert/converter.h"
 #include "reduce/pixels/apply_lut.h"
-#include "reduce/pixels/preset_map.h"
+#include "reduce/pixels/selection.h"
 
 namespace ovix::reduce {
 

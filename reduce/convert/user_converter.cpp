@@ -8,14 +8,10 @@
 #include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/reduce_object_array.h"
 #include "reduce/objects/source_info_reduce_object.h"
-#include "reduce/pixels/counts_to_radiance.h"
-#include "reduce/pixels/counts_to_temperature.h"
+#include "reduce/pixels/correction_objects.h"
 #include "reduce/pixels/radiance.h"
 #include "reduce/pixels/radiance_law.h"
-#include "reduce/pixels/radiance_to_temperature.h"
-#include "reduce/pixels/rcal_reduce_object.h"
-#include "reduce/pixels/to_radiance.h"
-#include "reduce/pixels/to_temperature.h"
+#include "reduce/pixels/temperature.h"
 
 namespace ovix::reduce {
 

@@ -6,8 +6,8 @@
 #include "core/rcal_file.h"
 #include "reduce/convert/converter_factory.h"
 #include "reduce/convert/table_converter.h"
-#include "reduce/pixels/radiance_params.h"
-#include "reduce/pixels/temperature_params.h"
+#include "reduce/pixels/radiance.h"
+#include "reduce/pixels/temperature.h"
 
 namespace ovix::reduce {
 

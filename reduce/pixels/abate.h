@@ -1,7 +1,9 @@
 #pragma once
 
+#include "core/array.h"
 #include "core/typed_data.h"
 #include "reduce/api.h"
+#include "reduce/objects/typed_reduce_object.h"
 
 namespace ovix::reduce {
 
@@ -38,5 +40,39 @@ OVIX_REDUCE_API bool Abate(EDataType type, void* const sources[], u32 count, voi
                            const bool presetValid[8], const u8 order[8], const u16 low[8], const u16 high[8],
                            EAbateMode mode, float* const gains[], i16* const offsets[], u32* const replaces[],
                            bool clip, double minimum, double maximum);
+
+/// How the frames of several presets are merged into one. One object serves the whole source.
+class OVIX_REDUCE_API CAbateCfgReduceObject : public TReduceObject<CAbateCfgReduceObject> {
+  public:
+    static constexpr GUID typeID = "{12C99632-E051-4922-B9A3-A7259271C94D}"_guid;
+    static constexpr const wchar_t* kName = L"AbateCfg";
+    static constexpr u16 kDefaultLow = 1000;
+    static constexpr u16 kDefaultHigh = 15000;
+
+    bool enabled = false;
+    u16 low[8];                        ///< thresholds, by preset number
+    u16 high[8];                       ///< likewise
+    u8 order[8];                       ///< preset numbers in the order in which they are tried
+    EAbateMode mode = AbateFromFirst;  ///< from which end
+
+    CAbateCfgReduceObject();
+
+    bool Load(TSharedPtr<IFile> file, u32 blockVersion, u32 flags) override;
+    bool Save(TSharedPtr<IFile> file, u32 flags) override;
+
+  private:
+    bool LoadOldStream(IFile& file);
+};
+
+/// Helps an application to work out the order of the presets; the library itself does not use it.
+struct OVIX_REDUCE_API SAbateSortHelper {
+    u32 tag;      ///< carried along
+    float key1;   ///< ascending
+    double key2;  ///< descending among equal first keys
+
+    /// In place; elements that are equal in both keys end up in any order.
+    static void Sort(TArray<SAbateSortHelper>& elements);
+};
+static_assert(sizeof(SAbateSortHelper) == 16);
 
 }  // namespace ovix::reduce

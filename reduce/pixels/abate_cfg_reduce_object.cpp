@@ -1,4 +1,4 @@
-#include "reduce/pixels/abate_cfg_reduce_object.h"
+#include "reduce/pixels/abate.h"
 
 #include <algorithm>
 #include <numeric>
@@ -106,6 +106,15 @@ bool CAbateCfgReduceObject::Save(TSharedPtr<IFile> file, u32 flags) {
         SaveRecord(SStep{kEntrySize, p, low[p], high[p]}, kStepFields, record + kEntries + s * kEntrySize);
     }
     return file->WriteBytes(record, sizeof record);
+}
+
+void SAbateSortHelper::Sort(TArray<SAbateSortHelper>& elements) {
+    elements.Sort([](const SAbateSortHelper* a, const SAbateSortHelper* b) {
+        if (a->key1 > b->key1) return 1;
+        if (a->key1 < b->key1) return -1;
+        if (a->key2 > b->key2) return -1;
+        return a->key2 < b->key2 ? 1 : 0;
+    });
 }
 
 }  // namespace ovix::reduce

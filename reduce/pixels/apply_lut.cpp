@@ -2,7 +2,7 @@
 
 #include "reduce/pixels/lut_kernel.h"
 #include "reduce/pixels/parts.h"
-#include "reduce/pixels/preset_map.h"
+#include "reduce/pixels/selection.h"
 
 namespace ovix::reduce {
 

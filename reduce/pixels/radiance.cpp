@@ -5,8 +5,8 @@
 
 #include "core/math.h"
 #include "core/numeric_cast.h"
+#include "reduce/pixels/formulas.h"
 #include "reduce/pixels/radiance_law.h"
-#include "reduce/pixels/table_lookup.h"
 
 namespace ovix::reduce {
 

@@ -3,8 +3,7 @@
 #include <optional>
 
 #include "reduce/pixels/parts.h"
-#include "reduce/pixels/radiance_params.h"
-#include "reduce/pixels/to_radiance.h"
+#include "reduce/pixels/radiance.h"
 
 namespace ovix::reduce {
 

@@ -4,8 +4,8 @@
 #include <variant>
 
 #include "reduce/pixels/parts.h"
-#include "reduce/pixels/radiance_params.h"
-#include "reduce/pixels/temperature_params.h"
+#include "reduce/pixels/radiance.h"
+#include "reduce/pixels/temperature.h"
 
 /// The four models of temperature.h over blocks of values, for kernels of all forms.
 namespace ovix::reduce {

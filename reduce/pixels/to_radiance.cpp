@@ -1,4 +1,4 @@
-#include "reduce/pixels/to_radiance.h"
+#include "reduce/pixels/radiance.h"
 
 #include "reduce/pixels/radiance_law.h"
 

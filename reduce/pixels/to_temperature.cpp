@@ -1,4 +1,4 @@
-#include "reduce/pixels/to_temperature.h"
+#include "reduce/pixels/temperature.h"
 
 #include "reduce/pixels/temperature_law.h"
 

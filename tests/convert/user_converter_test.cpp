@@ -11,8 +11,8 @@
 #include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/reduce_object_array.h"
 #include "reduce/objects/source_info_reduce_object.h"
+#include "reduce/pixels/correction_objects.h"
 #include "reduce/pixels/radiance.h"
-#include "reduce/pixels/rcal_reduce_object.h"
 #include "support/selection_forms.h"
 
 namespace ovix::reduce {

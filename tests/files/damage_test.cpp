@@ -12,8 +12,7 @@
 #include "reduce/files/info_file.h"
 #include "reduce/objects/reduce_object_factory.h"
 #include "reduce/objects/source_info_reduce_object.h"
-#include "reduce/pixels/correction_reduce_object.h"
-#include "reduce/pixels/rcal_reduce_object.h"
+#include "reduce/pixels/correction_objects.h"
 #include "support/byte_writer.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #include "reduce/objects/fov_reduce_object.h"
 #include "reduce/objects/frame_info_reduce_object.h"
 #include "reduce/objects/source_info_reduce_object.h"
-#include "reduce/pixels/correction_reduce_object.h"
+#include "reduce/pixels/correction_objects.h"
 #include "support/byte_writer.h"
 
 namespace ovix::reduce {

@@ -1,8 +1,7 @@
-#include "reduce/pixels/abate_cfg_reduce_object.h"
+#include "reduce/pixels/abate.h"
 
 #include <gtest/gtest.h>
 
-#include "reduce/pixels/abate_sort_helper.h"
 #include "support/object_file.h"
 
 namespace ovix::reduce {

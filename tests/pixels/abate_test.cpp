@@ -162,6 +162,23 @@ TEST(Abate, TakesTheFirstThatQualifies) {
     }
 }
 
+/// Into the first source: a map may lead to a pixel that was merged before, and then finds what that became.
+TEST(Abate, FindsMergedPixelsInPlace) {
+    u16 first[] = {100, 200, 9000, 300, 400, 9001}, second[] = {1, 2, 77, 3, 4, 50};
+    u32 replace[] = {0, 1, 2, 3, 4, 2};
+    void* const sources[8] = {first, second};
+    const bool valid[8] = {true, true};
+    const u8 order[8] = {0, 1, 9, 9, 9, 9, 9, 9};
+    u32* const maps[8] = {replace};
+    const u16 high[8] = {8000, 8000};
+    u8 status[6];
+    ASSERT_TRUE(Abate(UInt16, sources, 6, first, status, valid, order, kLow, high, AbateFromFirst, nullptr, nullptr,
+                      maps, false, 0, 0));
+    EXPECT_EQ(first[2], 77);
+    EXPECT_EQ(first[5], 77) << "not 50: the pixel that stands in qualifies by now";
+    EXPECT_EQ(status[5], 0);
+}
+
 TEST(Abate, RefusesOtherTypes) {
     double x = 1, out = 7;
     void* const sources[8] = {&x};

@@ -1,6 +1,9 @@
 #include "reduce/pixels/apply_lut.h"
 
+#include <sys/mman.h>
+
 #include <algorithm>
+#include <limits>
 
 #include "tests/support/forms.h"
 #include "tests/support/pixel_buffers.h"
@@ -184,6 +187,46 @@ TEST(ApplyLUT, TakesOneBufferForSourceAndDestination) {
     for (u32 i = 0; i < 5000; ++i) {
         ASSERT_EQ(counts[i], static_cast<u16>((4000 + i) * 0.75));
         ASSERT_EQ(floats[i], tables.values[0][i]);
+    }
+}
+
+/// A NaN comes to entry 0, below the lower limit; the entries between need not be there.
+TEST(ApplyLUT, LooksAtNoEntryBetweenThatOfNaNAndTheLowerLimit) {
+    constexpr u16 kLower = 3 * 4096;
+    void* const pages = mmap(nullptr, 65536, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(pages, MAP_FAILED);
+    u8* const statusLut = static_cast<u8*>(pages);
+    std::fill_n(statusLut, 65536, u8{5});
+    ASSERT_EQ(mprotect(statusLut + 4096, kLower - 4096, PROT_NONE), 0);
+    STables tables;
+    std::vector<float> frame(5000, kLower + 1), out(5000);
+    std::vector<u8> status(5000);
+    frame[2500] = std::numeric_limits<float>::quiet_NaN();
+    ASSERT_TRUE(ApplyLUT({frame.data(), Flt32}, {out.data(), Flt32}, status.data(), 5000, tables.luts[0], statusLut,
+                         kLower, 65535));
+    EXPECT_EQ(out[2500], tables.values[0][0]);
+    EXPECT_EQ(status, std::vector<u8>(5000, 5));
+    munmap(pages, 65536);
+}
+
+/// A map may name more than the eight presets of a source when the arrays of tables hold as many.
+TEST(ApplyLUT, TakesNumbersBeyondThePresetsAsTheyStand) {
+    STables tables;
+    float* luts[10] = {};
+    u8* statusLuts[10] = {};
+    for (u32 p = 7; p < 10; ++p) {
+        luts[p] = tables.luts[p - 7];
+        statusLuts[p] = tables.statusLuts[p - 7];
+    }
+    std::vector<u16> frame(300, 1000);
+    std::vector<u8> map(300), status(300);
+    std::vector<float> out(300);
+    for (u32 i = 0; i < 300; ++i) map[i] = static_cast<u8>(i < 100 ? 9 : i < 200 ? 8 : 7 + i % 3);
+    ASSERT_TRUE(ApplyLUT({frame.data(), UInt16}, map.data(), {out.data(), Flt32}, status.data(), 300, luts, statusLuts,
+                         0, 65535));
+    for (u32 i = 0; i < 300; ++i) {
+        EXPECT_EQ(out[i], luts[map[i]][1000]);
+        EXPECT_EQ(status[i], 16 * (map[i] - 7)) << i;
     }
 }
 

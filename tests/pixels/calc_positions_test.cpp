@@ -1,4 +1,4 @@
-#include "reduce/pixels/calc_positions.h"
+#include "reduce/pixels/stats.h"
 
 #include <gtest/gtest.h>
 

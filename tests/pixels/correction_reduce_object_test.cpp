@@ -1,4 +1,4 @@
-#include "reduce/pixels/correction_reduce_object.h"
+#include "reduce/pixels/correction_objects.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,10 @@
-#include "reduce/pixels/get_stats_lut.h"
+#include "reduce/pixels/stats.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
 #include "core/visit.h"
-#include "reduce/pixels/stats_calculator.h"
 #include "support/forms.h"
 #include "support/pixel_reference.h"
 #include "support/stats_fields.h"

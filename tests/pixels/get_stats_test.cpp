@@ -1,4 +1,4 @@
-#include "reduce/pixels/get_stats.h"
+#include "reduce/pixels/stats.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "reduce/pixels/preset_map.h"
+#include "reduce/pixels/selection.h"
 
 #include <gtest/gtest.h>
 

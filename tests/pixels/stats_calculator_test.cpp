@@ -1,4 +1,4 @@
-#include "reduce/pixels/stats_calculator.h"
+#include "reduce/pixels/stats.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "reduce/pixels/to_radiance.h"
+#include "reduce/pixels/radiance.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,6 @@
 #include <string>
 
 #include "core/visit.h"
-#include "reduce/pixels/counts_to_radiance.h"
 #include "support/forms.h"
 
 namespace ovix::reduce {

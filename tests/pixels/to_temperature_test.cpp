@@ -1,4 +1,4 @@
-#include "reduce/pixels/to_temperature.h"
+#include "reduce/pixels/temperature.h"
 
 #include <gtest/gtest.h>
 
@@ -9,10 +9,7 @@
 #include <string>
 
 #include "core/visit.h"
-#include "reduce/pixels/counts_to_radiance.h"
-#include "reduce/pixels/counts_to_temperature.h"
-#include "reduce/pixels/radiance_to_temperature.h"
-#include "reduce/pixels/temperature.h"
+#include "reduce/pixels/radiance.h"
 #include "support/forms.h"
 
 namespace ovix::reduce {

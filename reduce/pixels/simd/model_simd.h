@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "reduce/pixels/radiance_params.h"
+#include "reduce/pixels/radiance.h"
 
 namespace ovix::reduce {
 

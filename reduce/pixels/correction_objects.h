@@ -1,9 +1,11 @@
 #pragma once
 
 #include "core/file_system.h"
+#include "core/rcal_file.h"
 #include "core/shared_table.h"
 #include "reduce/objects/typed_reduce_object.h"
 
+/// What a source knows of its correction and of its calibration by the user.
 namespace ovix::reduce {
 
 /// The tables of a correction, as bits. They go to files.
@@ -72,6 +74,39 @@ class OVIX_REDUCE_API CCorrectionReduceObject : public TReduceObject<CCorrection
     void DropForeignMapEntries();
     bool ReadTables(IFile& file, u8 tables);
     bool WriteTables(IFile& file) const;
+};
+
+/// Which of the corrections are on. One object serves all presets of a source; it is not persisted.
+class OVIX_REDUCE_API CCorrectionCfgReduceObject : public TReduceObject<CCorrectionCfgReduceObject> {
+  public:
+    static constexpr GUID typeID = "{191F2684-72A2-407C-8DEC-39DD57B9ABE0}"_guid;
+    static constexpr const wchar_t* kName = L"CorrectionCfg";
+
+    bool applyNUC = true;        ///< use the tables of gain and offset
+    bool applyBadPixels = true;  ///< use the replacement map
+    bool clip = true;            ///< clamp results to the two limits
+    double minimum = 0.0;
+    double maximum = 16383.0;
+
+    CCorrectionCfgReduceObject();
+};
+
+/// A calibration that the user made himself, for all presets of a source: counts to radiance, radiance to temperature,
+/// backgrounds and the band. `CUserConverter` applies it.
+///
+/// Whoever fills `cal` sets `valid`. The stored record is that of `CRCalFile`, whatever the block's version says.
+class OVIX_REDUCE_API CRCalReduceObject : public TReduceObject<CRCalReduceObject> {
+  public:
+    static constexpr GUID typeID = "{E5D7371A-BD64-448F-8240-6FDFA6FC0110}"_guid;
+    static constexpr const wchar_t* kName = L"RCal";
+
+    CRCalFile cal;
+
+    CRCalReduceObject();
+
+    /// A damaged record leaves the calibration as it was.
+    bool Load(TSharedPtr<IFile> file, u32 blockVersion, u32 flags) override;
+    bool Save(TSharedPtr<IFile> file, u32 flags) override;
 };
 
 }  // namespace ovix::reduce
