@@ -1,6 +1,7 @@
 #include "reduce/pixels/apply_lut.h"
 
 #include "bench/support/data.h"
+#include "bench/support/peers.h"
 
 namespace ovix::bench {
 
@@ -55,6 +56,9 @@ SJob Make(const SRun& run, EDataType type, bool withStatus) {
         const std::string difference = FirstDifference(data->out[0], values);
         return difference.empty() ? FirstDifference(data->status[0], status) : difference;
     };
+    if constexpr (std::is_same_v<S, u16>) {
+        if (!withStatus) job.peers = LutPeers(data->in, data->out, data->lut.values);
+    }
     return job;
 }
 

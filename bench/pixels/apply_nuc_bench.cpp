@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "bench/support/data.h"
+#include "bench/support/peers.h"
 
 namespace ovix::bench {
 
@@ -38,6 +39,9 @@ SJob Make(const SRun& run, EDataType type) {
         }
         return FirstDifference(data->out[0], expected);
     };
+    if constexpr (std::is_same_v<D, float>) {
+        job.peers = NucPeers(data->in, data->out, data->tables.gain, data->tables.offset);
+    }
     return job;
 }
 

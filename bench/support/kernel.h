@@ -30,6 +30,12 @@ struct SRun {
     u32 Pixels() const { return u32{width} * height; }
 };
 
+/// Another way to what a kernel does, measured in turn with it.
+struct SPeer {
+    std::string name;
+    std::function<void(u32 lane)> run;
+};
+
 struct SJob {
     /// Processes one frame; `lane` is below `SRun::lanes`.
     std::function<void(u32 lane)> run;
@@ -38,6 +44,8 @@ struct SJob {
     std::function<std::string()> prove;
     /// What stands beside the kernel instead of the copy in memory: as many bytes, moved plainly in the same way.
     std::function<void(u32 lane)> plain = {};
+    /// They refer to data that `run` holds alive.
+    std::vector<SPeer> peers = {};
 };
 
 struct SKernel {

@@ -25,6 +25,7 @@ struct SRow {
     std::string beside;
     double mostBeside, mostNanoseconds;
     bool isTable;
+    std::vector<std::pair<std::string, double>> peers;  ///< nanoseconds a frame
 };
 
 std::vector<SRow>& Rows() {
@@ -83,20 +84,29 @@ void Measure(benchmark::State& state, const SKernel& kernel, SRun run, bool stre
     }
     CCopy copy(job.plain ? 0 : static_cast<std::size_t>(frameBytes), streaming ? LanesFor(frameBytes) : 1);
     std::vector<double> kernelTimes, copyTimes;
+    std::vector<std::vector<double>> peerTimes(job.peers.size());
     u32 lane = 0;
     for (auto _ : state) {
         const double seconds = Seconds([&] { job.run(lane); });
         state.SetIterationTime(seconds);
         kernelTimes.push_back(seconds);
         copyTimes.push_back(job.plain ? Seconds([&] { job.plain(lane); }) : Seconds(copy));
+        for (std::size_t p = 0; p < job.peers.size(); ++p) {
+            peerTimes[p].push_back(Seconds([&] { job.peers[p].run(lane); }));
+        }
         lane = (lane + 1) % run.lanes;
     }
     const double time = Median(kernelTimes) / kernel.calls, share = Median(copyTimes) / time;
     state.counters["ns/pixel"] = time * 1e9 / pixels;
     state.counters["share"] = share;
     const std::string frame = kernel.entries ? std::to_string(pixels) + " entries" : SizeOf(run);
+    std::vector<std::pair<std::string, double>> peers;
+    for (std::size_t p = 0; p < job.peers.size(); ++p) {
+        peers.emplace_back(job.peers[p].name, Median(peerTimes[p]) * 1e9);
+    }
     Rows().push_back({kernel.name, frame, streaming ? "streaming" : "in cache", pixels, time * 1e9, share,
-                      kernel.wanted, kernel.beside, kernel.mostBeside, kernel.mostNanoseconds, kernel.entries != 0});
+                      kernel.wanted, kernel.beside, kernel.mostBeside, kernel.mostNanoseconds, kernel.entries != 0,
+                      peers});
 }
 
 void PrintTable() {
@@ -111,6 +121,19 @@ void PrintTable() {
         } else {
             std::printf("%7s\n", "-");
         }
+    }
+}
+
+/// The kernels beside other ways to the same, as multiples of the kernel's time.
+void PrintPeers() {
+    for (const SRow& row : Rows()) {
+        if (row.peers.empty()) continue;
+        std::printf("%-36s %-14s %-10s %9.4f ns/pixel; others take", row.kernel.c_str(), row.frame.c_str(),
+                    row.mode.c_str(), row.nanoseconds / row.pixels);
+        for (const auto& [name, nanoseconds] : row.peers) {
+            std::printf("  %s %.2f", name.c_str(), nanoseconds / row.nanoseconds);
+        }
+        std::printf("\n");
     }
 }
 
@@ -139,8 +162,10 @@ void PrintCalls() {
     }
 }
 
-void Enter(bool smoke) {
-    const std::vector<SRun> frames = smoke ? std::vector<SRun>{{67, 13}} : std::vector<SRun>{{640, 512}, {1280, 1024}};
+void Enter(bool smoke, bool allSizes) {
+    std::vector<SRun> frames = {{640, 512}, {1280, 1024}};
+    if (smoke) frames = {{67, 13}};
+    if (allSizes) frames = {{320, 256}, {640, 512}, {1280, 1024}, {2048, 2048}, {4096, 4096}};
     for (const SKernel& kernel : Kernels()) {
         for (const SRun& frame : frames) {
             for (const bool streaming : {false, true}) {
@@ -153,7 +178,8 @@ void Enter(bool smoke) {
                     name.c_str(), [=](benchmark::State& state) { Measure(state, kernel, frame, streaming); });
                 entry->UseManualTime()->Unit(benchmark::kMicrosecond);
                 const u32 times = kernel.times ? kernel.times : streaming ? 400 : 2000;
-                entry->Iterations(smoke ? 1 : times);
+                const u32 shrunk = allSizes ? std::max(25U, times * 81920 / (5 * frame.Pixels())) : times;
+                entry->Iterations(smoke ? 1 : shrunk);
             }
         }
     }
@@ -163,18 +189,24 @@ void Enter(bool smoke) {
 
 }  // namespace ovix::bench
 
-/// `--smoke`, or OVIX_BENCH_SMOKE in the environment: everything once, on tiny frames. All other arguments are those of
-/// Google Benchmark (`--benchmark_filter=ApplyLUT`).
+/// `--smoke`, or OVIX_BENCH_SMOKE in the environment: everything once, on tiny frames. `--all-sizes`: from 320x256 to
+/// 4096x4096, fewer times. All other arguments are those of Google Benchmark (`--benchmark_filter=ApplyLUT`).
 int main(int argc, char** argv) {
-    const auto end = std::remove_if(argv + 1, argv + argc, [](const char* a) { return !std::strcmp(a, "--smoke"); });
-    const bool smoke = end != argv + argc || std::getenv("OVIX_BENCH_SMOKE");
-    argc = static_cast<int>(end - argv);
+    const auto takes = [&](const char* option) {
+        const auto end = std::remove_if(argv + 1, argv + argc, [=](const char* a) { return !std::strcmp(a, option); });
+        const bool taken = end != argv + argc;
+        argc = static_cast<int>(end - argv);
+        return taken;
+    };
+    const bool smoke = takes("--smoke") || std::getenv("OVIX_BENCH_SMOKE");
+    const bool allSizes = takes("--all-sizes");
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
-    ovix::bench::Enter(smoke);
+    ovix::bench::Enter(smoke, allSizes);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     ovix::bench::PrintTable();
+    ovix::bench::PrintPeers();
     ovix::bench::PrintRatios();
     ovix::bench::PrintCalls();
     return 0;
