@@ -99,9 +99,7 @@ void Parse(SParsed& parsed, const SInput& input, EDataType type, u8 fill) {
     STypedData dest{nullptr, type};
     if (type != NoPixels) {
         parsed.pixels = CHeapBytes(bytesPerPixel * input.Pixels(), fill);
-        // The codec spins for seconds on many a damaged stream before it gives up, with its header as good as can be.
-        // So pixels of compressed frames are left out here; their metadata is not.
-        if (input.type != kMJLS) dest.data = parsed.pixels.Data();
+        dest.data = parsed.pixels.Data();
     }
     parsed.done = input.NewFilter()->ParseFrame(frame.Data(), input.type, input.width, input.height, frame.Size(), dest,
                                                 parsed.objects, parsed.preset);

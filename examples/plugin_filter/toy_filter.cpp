@@ -15,13 +15,14 @@ using namespace ovix::reduce;
 
 double ChassisTemp(const u8* bytes) { return LoadLittle<i16>(bytes) / 100.0; }
 
-/// The header as a data sheet lists it. `ParseFrame` shows the fields with a kind beside the frame; those that are only
-/// told have a place of their own there. `DescribeFrame` tells all, with their units.
+/// The header as a data sheet lists it. `ParseFrame` shows the fields with a kind beside the frame; those that are
+/// only described have a place of their own there. `DescribeFrame` gives all, with their units.
 constexpr STableField kFields[] = {
-    {kFrameNumber, 4, L"FrameNumber", kToldOnly, Shown<LoadLittle<u32>>, L"%u"},
-    {kSeconds, 4, L"Seconds", kToldOnly, Shown<LoadLittle<u32>>, L"%u", L"s since 1970"},
-    {kChassisTemp, 2, L"ChassisTemp", frame_values::kFloat, Shown<ChassisTemp>, L"%.2f", L"°C"},
-    {kPreset, 1, L"Preset", kToldOnly, Shown<LoadLittle<u8>>, L"%d"},
+    // offset, size, name, kind, text, unit
+    {kFrameNumber, 4, L"FrameNumber", kDescribedOnly, DecimalText<LoadLittle<u32>>},
+    {kSeconds, 4, L"Seconds", kDescribedOnly, DecimalText<LoadLittle<u32>>, L"s since 1970"},
+    {kChassisTemp, 2, L"ChassisTemp", frame_values::kFloat, FixedText<ChassisTemp, 2>, L"°C"},
+    {kPreset, 1, L"Preset", kDescribedOnly, DecimalText<LoadLittle<u8>>},
 };
 
 /// What the header says of the frame itself.
@@ -66,8 +67,7 @@ class CToyFilter final : public IFilter {
         info->preset = preset = header.preset;
         info->frameNumber = header.number;
         info->time = header.time;
-        info->extra.Clear();
-        AddFields(info->extra, kFields, static_cast<u8*>(frame));
+        CFrameValues(info->extra).Add(kFields, static_cast<u8*>(frame));
         if (dest.data) std::memcpy(dest.data, static_cast<u8*>(frame) + kHeaderSize, 2u * width * height);
         return true;
     }

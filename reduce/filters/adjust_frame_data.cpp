@@ -7,7 +7,7 @@
 #include "core/bytes.h"
 #include "core/deinterlace.h"
 #include "core/pixel_types.h"
-#include "reduce/filters/yuv.h"
+#include "reduce/filters/frame_images.h"
 
 namespace ovix::reduce {
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/byte_swap.h"
+#include "core/record.h"
 
 namespace ovix::reduce::camera_record {
 
@@ -72,3 +73,23 @@ void Swap(u8* record) { SwapFields(record, kFields); }
 void SwapShort(u8* record) { SwapFields(record, std::span(kFields).first(FieldsBefore(kShortSize))); }
 
 }  // namespace ovix::reduce::camera_record
+
+namespace ovix::reduce {
+
+namespace {
+
+using CInfo = CCurlewCameraInfoReduceObject;
+using Stream =
+    TMemberStream<&CInfo::record, &CInfo::recordPresent, &CInfo::digitalHeader, &CInfo::digitalHeaderPresent>;
+static_assert(Stream::Size() == 2462);
+
+}  // namespace
+
+bool CCurlewCameraInfoReduceObject::Load(TSharedPtr<IFile> file, u32 blockVersion, u32) {
+    Default();
+    return blockVersion == 0x10000 && Stream::Read(*file, *this);
+}
+
+bool CCurlewCameraInfoReduceObject::Save(TSharedPtr<IFile> file, u32) { return Stream::Write(*file, *this); }
+
+}  // namespace ovix::reduce

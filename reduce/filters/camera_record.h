@@ -1,12 +1,12 @@
 #pragma once
 
 #include "core/bytes.h"
-#include "reduce/api.h"
+#include "reduce/objects/typed_reduce_object.h"
 
 /// The record that cameras of the K410 family and its older relatives deliver with each frame: 2428 bytes in the byte
 /// order of the camera, of which some families send the first 1148 only. The fields named here are read by decoders one
-/// by one; object parameters and calibration go to their objects by the table in `camera_record_fields.cpp`. All others
-/// are the camera's own, carried unread, and still turned by the swap.
+/// by one; object parameters and calibration go to their objects by the table in `camera_record_objects.cpp`. All
+/// others are the camera's own, carried unread, and still turned by the swap.
 namespace ovix::reduce::camera_record {
 
 constexpr u32 kSize = 2428;
@@ -36,3 +36,24 @@ OVIX_REDUCE_API void Swap(u8* record);
 OVIX_REDUCE_API void SwapShort(u8* record);
 
 }  // namespace ovix::reduce::camera_record
+
+namespace ovix::reduce {
+
+/// The archive of the camera record that K410, MV310 and Plover frames carry, byte for byte, once per source. Decoders
+/// take what they need from the record itself.
+class OVIX_REDUCE_API CCurlewCameraInfoReduceObject : public TReduceObject<CCurlewCameraInfoReduceObject> {
+  public:
+    static constexpr GUID typeID = "{6471D16E-323A-4B50-92F9-5A76FAAA64FC}"_guid;
+    static constexpr const wchar_t* kName = L"CurlewCameraInfo";
+
+    u8 record[camera_record::kSize] = {};  ///< in the native byte order
+    bool recordPresent = false;            ///< the whole record came, not only its first part
+    u8 digitalHeader[32] = {};             ///< that of a digital link, or zeros
+    bool digitalHeaderPresent = false;
+
+    /// Takes a block of exactly version 0x10000; another one leaves the object at its defaults.
+    bool Load(TSharedPtr<IFile> file, u32 blockVersion, u32 flags) override;
+    bool Save(TSharedPtr<IFile> file, u32 flags) override;
+};
+
+}  // namespace ovix::reduce

@@ -2,7 +2,8 @@
 
 #include "core/date_time.h"
 #include "reduce/convert/factory_calibrations.h"
-#include "reduce/filters/curlew_camera_info_reduce_object.h"
+#include "reduce/filters/camera_record.h"
+#include "reduce/filters/frame_questions.h"
 #include "reduce/objects/frame_info_reduce_object.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/reduce_object_array.h"
@@ -32,7 +33,19 @@ struct SCameraRecordObjects {
     TSharedPtr<CCurlewCameraInfoReduceObject> cameraInfo;
 };
 
+namespace camera_record {
+
 /// The time of a record in the native order.
-void SetTimeFromRecord(CDateTime& time, const u8* record);
+inline void SetTime(CDateTime& time, const u8* record) {
+    time.SetTimestamp(UnixTimestamp(LoadLittle<u32>(record + kSeconds), LoadLittle<u32>(record + kMilliseconds)));
+}
+
+// Of a record in either byte order of which `size` bytes are there.
+/// Describes its fields; it stands `offset` bytes behind the frame's start.
+void Describe(TArray<SFrameField>& fields, const u8* record, u32 size, u64 offset);
+/// Its byte-order marker, the only mark that it has, and its width and height.
+void GetEvidence(SFrameEvidence& evidence, const u8* record, u32 size);
+
+}  // namespace camera_record
 
 }  // namespace ovix::reduce

@@ -4,14 +4,13 @@
 #include <cstring>
 
 #include "core/pixel_types.h"
-#include "reduce/filters/copy_pixels.h"
+#include "reduce/filters/frame_images.h"
 
 namespace ovix::reduce {
 
 namespace {
 
-u64 LineSize(u16 width) { return u64{2} * width; }
-u64 ImageSize(u16 width, u16 height) { return LineSize(width) * height; }
+u64 LineSize(u16 width) { return ImageSize(width, 1); }
 
 }  // namespace
 

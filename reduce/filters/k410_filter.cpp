@@ -1,16 +1,11 @@
-#include "reduce/filters/k410_filter.h"
-
 #include <cstring>
 
 #include "core/pixel_types.h"
-#include "reduce/filters/copy_pixels.h"
+#include "reduce/filters/camera_record_objects.h"
+#include "reduce/filters/families.h"
 #include "reduce/filters/filter_factory.h"
-#include "reduce/filters/generic_pixel_types.h"
 #include "reduce/filters/jpegls_stream.h"
-#include "reduce/filters/k410_check.h"
-#include "reduce/filters/k410_fields.h"
-#include "reduce/filters/packet.h"
-#include "reduce/filters/yuv.h"
+#include "reduce/filters/k410_frame.h"
 
 namespace ovix::reduce {
 
@@ -40,40 +35,58 @@ void SetTimeInPlace(CDateTime& time, const STail& tail) {
     if (tail.IsDigital()) {
         time.Now();
     } else {
-        SetTimeFromRecord(time, RecordInPlace(tail.container));
+        camera_record::SetTime(time, RecordInPlace(tail.container));
     }
 }
 
-/// Blue, green, red with the bottom line first, to red, green, blue with the top line first.
-void BGRToRGB(u8* rgb, const u8* bgr, u16 width, u16 height) {
-    for (u32 y = 0; y < height; ++y) {
-        const u8* line = bgr + u64{3} * width * (height - 1 - y);
-        for (u32 x = 0; x < width; ++x, line += 3, rgb += 3) {
-            rgb[0] = line[2];
-            rgb[1] = line[1];
-            rgb[2] = line[0];
-        }
-    }
-}
+/// The decoder of the K410 camera family and of the R7X camera: uncompressed and compressed infrared frames, each with
+/// the camera's own record, and video. Reached through the factory as "K410".
+///
+/// It counts frames, and remembers the record's mark counter between calls of `CheckForTrigger`: one object serves one
+/// stream. The frame is never changed.
+class CK410Filter final : public IFilter {
+  public:
+    const wchar_t* GetName() const override;
+    bool HasPixels(GUID type) const override;
+    bool GetPixels(void* frame, GUID type, u16 width, u16 height, u32 frameSize, void** pixels, i32& stride) override;
+    bool ParseFrame(void* frame, GUID type, u16 width, u16 height, u32 frameSize, STypedData dest,
+                    CReduceObjectArray& objects, u8& preset) override;
 
-}  // namespace
+    bool ParsePreset(void* frame, GUID type, u16 width, u16 height, u32 frameSize, u8& preset) override;
+    bool ParseTime(void* frame, GUID type, u16 width, u16 height, u32 frameSize, CDateTime& time) override;
+    bool ParseFrameCounter(void* frame, GUID type, u16 width, u16 height, u32 frameSize, u64& counter) override;
+    bool ParseBasicInfo(void* frame, GUID type, u16 width, u16 height, u32 frameSize, u8& preset, u64& counter,
+                        CDateTime& time) override;
 
-bool CK410Filter::Register() {
-    using Functions = TCreateAndDestroy<CK410Filter, IFilter>;
-    TArray<GUID> ids;
-    for (const SType& type : kTypes) ids.Add(type.id);
-    const bool done = filterFactory()->Register(L"K410", ids, Functions::Create, Functions::Destroy,
-                                                {.check = CheckK410Frame,
-                                                 .checkBuffer = CheckK410Buffer,
-                                                 .form = GetK410Form,
-                                                 .evidence = GetK410Evidence,
-                                                 .describe = DescribeK410Frame});
-    RegisterGenericPixelTypes();
-    RegisterPixelType(frame_types::kBGR8, L"BGR8", 3, Opaque, rootScreenType);
-    // 16-bit pixels throughout, deliberately also for video and for the 24-bit type.
-    for (const SType& type : kTypes) RegisterPixelType(type.id, type.name, 2, UInt16, type.base);
-    return done;
-}
+    bool StoreFrame(const void* source, u32 sourceSize, GUID type, u16 width, u16 height, u16 frameCount,
+                    u16 frameIndex, void* dest, u32 destSize) override;
+    bool CheckForTrigger(const void* source, u32 sourceSize, GUID type, u16 width, u16 height, u16 frameCount, u8 field,
+                         bool& triggered, u16& frameIndex) override;
+
+    bool HasTime(GUID type) const override;
+    bool HasFrameCounter(GUID type) const override;
+    bool GetTriggerFields(GUID type, TArray<CString>& names) const override;
+
+  private:
+    /// One frame as `ParseFrame` was given it.
+    struct SFrame {
+        const u8* bytes;
+        const k410::SType& type;
+        u16 width, height;
+        u32 size;
+
+        u64 Pixels() const { return u64{width} * height; }
+    };
+    // The three ways of `ParseFrame`.
+    bool ParseUncompressed(const SFrame& frame, STypedData dest, const SCameraRecordObjects& objects);
+    bool ParseCompressed(const SFrame& frame, STypedData dest, const SCameraRecordObjects& objects);
+    bool ParseVideo(const SFrame& frame, STypedData dest, const SCameraRecordObjects& objects);
+    void CountFrame();
+
+    u32 ownCounter_ = 0;  ///< frames parsed, 65535 being followed by 0
+    u32 lastMark_ = 0;    ///< mark counter of the last record that `CheckForTrigger` saw
+    bool lastMarkValid_ = false;
+};
 
 const wchar_t* CK410Filter::GetName() const { return L"K410"; }
 bool CK410Filter::HasPixels(GUID type) const { return IsUncompressed(FindType(type)); }
@@ -118,7 +131,7 @@ bool CK410Filter::ParseUncompressed(const SFrame& frame, STypedData dest, const 
     objects.KeepRecord(record.bytes, sizeof record.bytes, tail.digitalHeader);
     CFrameInfoReduceObject& info = *objects.frameInfo;
     if (tail.IsDigital()) {
-        AddFields(info.extra, kDigitalHeaderFields, tail.digitalHeader);
+        CFrameValues(info.extra).Add(kDigitalHeaderFields, tail.digitalHeader);
         info.frameNumber = CounterOf(tail.digitalHeader);
         info.time.Now();
     } else if (!frame.type.hasFrameCounter) {  // although the record holds a counter and a time
@@ -126,7 +139,7 @@ bool CK410Filter::ParseUncompressed(const SFrame& frame, STypedData dest, const 
         info.time.Now();
     } else {
         info.frameNumber = LoadLittle<u16>(record.bytes + camera_record::kFrameCounter);
-        SetTimeFromRecord(info.time, record.bytes);
+        camera_record::SetTime(info.time, record.bytes);
     }
     CountFrame();
 
@@ -265,6 +278,31 @@ bool CK410Filter::GetTriggerFields(GUID type, TArray<CString>& names) const {
         for (const wchar_t* name : {L"DigitalIn1", L"DigitalIn2", L"Mark"}) names.Add(name);
     }
     return true;
+}
+
+}  // namespace
+
+bool RegisterK410Filter() {
+    using Functions = TCreateAndDestroy<CK410Filter, IFilter>;
+    TArray<GUID> ids;
+    for (const SType& type : kTypes) ids.Add(type.id);
+    const bool done = filterFactory()->Register(L"K410", ids, Functions::Create, Functions::Destroy, kAnswers);
+    RegisterGenericPixelTypes();
+    RegisterPixelType(frame_types::kBGR8, L"BGR8", 3, Opaque, rootScreenType);
+    // 16-bit pixels throughout, also for video and for the 24-bit type: existing recordings rely on the size of a
+    // pixel.
+    for (const SType& type : kTypes) RegisterPixelType(type.id, type.name, 2, UInt16, type.base);
+    return done;
+}
+
+void RegisterGenericPixelTypes() {
+    using namespace frame_types;
+    RegisterPixelType(kF7M0, L"F7M0", 2, UInt16, rootIRType);
+    RegisterPixelType(kF7M2, L"F7M2", 2, UInt16, rootIRType);
+    RegisterPixelType(kF7M3, L"F7M3", 2, Opaque, rootScreenType);
+    RegisterPixelType(kUYVY, L"UYVY", 2, Opaque, rootScreenType);
+    RegisterPixelType(kYUY2, L"YUY2", 2, Opaque, rootScreenType);
+    RegisterPixelType(kY800, L"Y800", 2, Opaque, rootScreenType);
 }
 
 }  // namespace ovix::reduce

@@ -1,15 +1,14 @@
-#include "reduce/filters/lapwing_filter.h"
-
 #include <algorithm>
 #include <cstring>
 
-#include "reduce/filters/copy_pixels.h"
-#include "reduce/filters/dunlin_camera_info_reduce_object.h"
-#include "reduce/filters/dunlin_objects.h"
+#include "core/numeric_cast.h"
+#include "reduce/filters/families.h"
 #include "reduce/filters/frame_probe.h"
 #include "reduce/filters/frame_types.h"
 #include "reduce/filters/tomz_trailer.h"
 
+/// The Lapwing camera family: 16-bit pixels, and one line more for the trailer of `tomz_trailer.h`.
+/// `docs/formats/lapwing.md` shows it whole. The decoder is reached through the factory as "Lapwing".
 namespace ovix::reduce {
 
 namespace {
@@ -17,65 +16,68 @@ namespace {
 constexpr SDunlinFamily kFamily{L"Lapwing", frame_types::kLapwing};
 
 /// A frame in a buffer: the image, and the line of its trailer.
-u64 FrameStride(u16 width, u16 height) { return CDunlinFilter::ImageSize(width, height) + u64{2} * width; }
+u64 FrameStride(u16 width, u16 height) { return ImageSize(width, height) + u64{2} * width; }
 
 /// The signature is not asked for: a frame without one is good.
-bool CheckLapwingFrame(const void* frame, GUID type, u16 width, u16 height, u32 frameSize, SFrameFault* fault) {
+bool Check(const void* frame, GUID type, u16 width, u16 height, u32 frameSize, SFrameFault* fault) {
     const CFrameProbe probe(frame, frameSize, fault);
-    const u64 image = CDunlinFilter::ImageSize(width, height);
-    if (!CDunlinFilter::Takes(kFamily, type)) return probe.Refuse(0, L"a Lapwing frame", L"another pixel type");
+    const u64 image = ImageSize(width, height);
+    if (!kFamily.Takes(type)) return probe.RefuseType(kFamily.name);
     return probe.Holds(0, image, L"pixels of 2 bytes") && probe.Holds(image, tomz::kSize, L"the trailer");
 }
 
 /// Each image of a buffer as `StoreFrame` cuts it out, which ends with the line of the trailer.
-bool CheckLapwingBuffer(const void* buffer, GUID type, u16 width, u16 height, u16 images, u32 size,
-                        SFrameFault* fault) {
+bool CheckBuffer(const void* buffer, GUID type, u16 width, u16 height, u16 images, u32 size, SFrameFault* fault) {
     const CFrameProbe probe(buffer, size, fault);
     const u64 stride = FrameStride(width, height);
     if (images > 1 && !probe.Holds(0, images * stride, L"the images, each with the line of its trailer")) return false;
     const u32 stored = static_cast<u32>(std::min<u64>(stride, size));  // all images are alike
-    return CheckLapwingFrame(buffer, type, width, height, stored, fault);
+    return Check(buffer, type, width, height, stored, fault);
 }
 
-bool GetLapwingForm(GUID type, SFrameForm& form) { return CDunlinFilter::GetForm(kFamily, type, form); }
-
 /// A last line without the signature is shown, but nobody vouches for it. The time is that of the time stamp.
-void GetLapwingEvidence(const void* frame, GUID, u16 width, u16 height, u32, SFrameEvidence& evidence) {
-    const u8* trailer = static_cast<const u8*>(frame) + CDunlinFilter::ImageSize(width, height);
-    const bool marked = tomz::HasSignature(trailer);
+void GetEvidence(const void* frame, GUID, u16 width, u16 height, u32, SFrameEvidence& evidence) {
+    const bool marked = tomz::HasSignature(CDunlinFilter::TrailerOf(frame, width, height));
     evidence.mark = marked ? EFrameMark::Present : EFrameMark::Absent;
     evidence.time = marked ? EFrameTime::Full : EFrameTime::None;
     evidence.frameCounter = evidence.preset = marked;
 }
 
-void DescribeLapwingFrame(const void* frame, GUID, u16 width, u16 height, u32, TArray<SFrameField>& fields) {
-    const u64 image = CDunlinFilter::ImageSize(width, height);
-    const u8* trailer = static_cast<const u8*>(frame) + image;
+void Describe(const void* frame, GUID, u16 width, u16 height, u32, TArray<SFrameField>& fields) {
+    const u64 image = ImageSize(width, height);
+    const u8* trailer = CDunlinFilter::TrailerOf(frame, width, height);
     fields.Add({image, tomz::kSignatureSize, L"Signature", tomz::HasSignature(trailer) ? L"TOMZ" : L"missing"});
-    DescribeTrailer(fields, tomz::kLapwing, trailer, image);
+    tomz::Describe(fields, trailer, image, tomz::Lapwing);
 }
 
-/// For the light operations, which need the signature and never take the time code.
-bool LoadClock(SDunlinTrailer& values, const u8* trailer) {
-    if (!tomz::HasSignature(trailer)) return false;
-    LoadTrailer(values, tomz::kClock, trailer);
-    values.timeFlags = 0;
-    return true;
-}
+/// Remembers the preset for frames without a signature: one object serves one stream.
+class CLapwingFilter final : public CDunlinFilter {
+  public:
+    CLapwingFilter() : CDunlinFilter(kFamily) {}
 
-}  // namespace
+    /// Takes a frame without a signature, too: its last line is read all the same.
+    bool ParseFrame(void* frame, GUID type, u16 width, u16 height, u32, STypedData dest, CReduceObjectArray& objects,
+                    u8& preset) override;
+    bool ParsePreset(void* frame, GUID type, u16 width, u16 height, u32, u8& preset) override;
 
-CLapwingFilter::CLapwingFilter() : CDunlinFilter(kFamily) {}
+    /// A buffer holds its frames one behind the other, each with its own trailer. A shorter destination gets the start
+    /// of the frame. False, and nothing written, when the source does not hold what is asked for.
+    bool StoreFrame(const void* source, u32 sourceSize, GUID type, u16 width, u16 height, u16 frameCount,
+                    u16 frameIndex, void* dest, u32 destSize) override;
+    bool CheckForTrigger(const void* source, u32 sourceSize, GUID type, u16 width, u16 height, u16 frameCount, u8 field,
+                         bool& triggered, u16& frameIndex) override;
 
-bool CLapwingFilter::Register() {
-    using Functions = TCreateAndDestroy<CLapwingFilter, IFilter>;
-    return CDunlinFilter::Register(kFamily, Functions::Create, Functions::Destroy,
-                                   {.check = CheckLapwingFrame,
-                                    .checkBuffer = CheckLapwingBuffer,
-                                    .form = GetLapwingForm,
-                                    .evidence = GetLapwingEvidence,
-                                    .describe = DescribeLapwingFrame});
-}
+  protected:
+    bool ReadCounter(const u8* trailer, u64& counter) const override;
+    bool ReadTime(const u8* trailer, CDateTime& time) const override;
+    /// All of the byte, where `ParsePreset` takes three bits.
+    u8 BasicPreset(const void*, const u8* trailer) const override { return trailer[tomz::kActivePreset]; }
+
+  private:
+    u8 PresetOf(const u8* trailer);
+
+    u8 lastPreset_ = 0;  ///< of the last frame with a signature
+};
 
 u8 CLapwingFilter::PresetOf(const u8* trailer) {
     if (tomz::HasSignature(trailer)) lastPreset_ = trailer[tomz::kActivePreset] & 7;
@@ -91,18 +93,34 @@ bool CLapwingFilter::ParseFrame(void* frame, GUID type, u16 width, u16 height, u
     const auto camera = objects.Get<CDunlinCameraInfoReduceObject>(-1, true);
     if (!filled || !camera) return false;
 
-    SDunlinTrailer values;
-    LoadTrailer(values, tomz::kLapwing, trailer);
-    // Without a signature the calibration stays, and what is shown of it stays too.
-    if (tomz::HasSignature(trailer)) filled.FillFactoryCal(values);
-    values.integrationExactTime = filled.factoryCal->integrationTime;
+    CDunlinFrameInfoReduceObject& kept = *filled.dunlinInfo;
+    LoadFields<SDunlinFrame>(kept, tomz::kFields, trailer, tomz::Lapwing);
+    LoadFields<SDunlinFrame>(kept, time_code::kFields, trailer + tomz::kTimeCode);
     // The application chooses the clock, not the camera.
-    values.timeFlags = static_cast<u8>((values.timeFlags & 0xFE) | (camera->useCameraClock ? 1 : 0));
-    // These two count from 1 here, and the trailer says nothing of the third.
-    values.videoPresetLow = static_cast<u16>(values.videoPresetLow + 1);
-    values.activePreset = static_cast<u16>(values.activePreset + 1);
-    values.inputSignalGrabbed = filled.dunlinInfo->inputSignalGrabbed;
-    filled.FillFrame(values, tomz::kLapwing);
+    kept.timeFlags = static_cast<u8>((kept.timeFlags & ~time_code::kIsUsed) | (camera->useCameraClock ? 1 : 0));
+    kept.sensorTemp[2] = kept.sensorTemp[3] = 0;
+    // These two count from 1 here.
+    kept.videoPresetLow = static_cast<u16>(kept.videoPresetLow + 1);
+    kept.activePreset = static_cast<u16>(kept.activePreset + 1);
+
+    CFrameInfoReduceObject& info = *filled.frameInfo;
+    StartFrame(info, preset, kept.frameCounter);
+    if (camera->useCameraClock) {
+        time_code::SetTime(info.time, trailer + tomz::kTimeCode);
+    } else {
+        time_code::SetTime(info.time, kept.timeStamp);
+    }
+    CFrameValues(info.extra).Add(tomz::kFields, trailer, tomz::Lapwing);
+    if (tomz::HasSignature(trailer)) {
+        filled.factoryCal->detectorTemp = kept.detectorTemp;
+        filled.factoryCal->integrationTime = tomz::IntegrationTime<tomz::Lapwing>(trailer);
+    } else {
+        // The calibration stays, and what is shown of it stays too.
+        CFieldText text;
+        text.AddShortest(filled.factoryCal->integrationTime);
+        info.extra.Add(L"IntegrationTime", text.c_str(), frame_values::kFloat.kind, frame_values::kFloat.format);
+    }
+    kept.integrationTime = TruncateTo<i32>(filled.factoryCal->integrationTime);
 
     if (dest.data) CopyPixels(dest.data, frame, u64{width} * height);
     return true;
@@ -114,28 +132,16 @@ bool CLapwingFilter::ParsePreset(void* frame, GUID type, u16 width, u16 height, 
     return true;
 }
 
-bool CLapwingFilter::ParseTime(void* frame, GUID type, u16 width, u16 height, u32, CDateTime& time) {
-    SDunlinTrailer values;
-    if (!Takes(type) || !LoadClock(values, TrailerOf(frame, width, height))) return false;
-    SetTrailerTime(time, values);
+bool CLapwingFilter::ReadCounter(const u8* trailer, u64& counter) const {
+    if (!tomz::HasSignature(trailer)) return false;
+    counter = LoadLittle<u32>(trailer + tomz::kFrameCounter);
     return true;
 }
 
-bool CLapwingFilter::ParseFrameCounter(void* frame, GUID type, u16 width, u16 height, u32, u64& counter) {
-    SDunlinTrailer values;
-    if (!Takes(type) || !LoadClock(values, TrailerOf(frame, width, height))) return false;
-    counter = values.frameCounter;
-    return true;
-}
-
-bool CLapwingFilter::ParseBasicInfo(void* frame, GUID type, u16 width, u16 height, u32, u8& preset, u64& counter,
-                                    CDateTime& time) {
-    const u8* trailer = TrailerOf(frame, width, height);
-    SDunlinTrailer values;
-    if (!Takes(type) || !LoadClock(values, trailer)) return false;
-    SetTrailerTime(time, values);
-    counter = values.frameCounter;
-    preset = trailer[tomz::kActivePreset];  // all of the byte, where `ParsePreset` takes three bits
+/// Never from the time code, whatever the camera info says.
+bool CLapwingFilter::ReadTime(const u8* trailer, CDateTime& time) const {
+    if (!tomz::HasSignature(trailer)) return false;
+    time_code::SetTime(time, LoadLittle<u64>(trailer + tomz::kTimeStamp));
     return true;
 }
 
@@ -166,6 +172,18 @@ bool CLapwingFilter::CheckForTrigger(const void* source, u32 sourceSize, GUID, u
         if (triggered) frameIndex = i;
     }
     return true;
+}
+
+}  // namespace
+
+bool RegisterLapwingFilter() {
+    using Functions = TCreateAndDestroy<CLapwingFilter, IFilter>;
+    return kFamily.Register(Functions::Create, Functions::Destroy,
+                            {.check = Check,
+                             .checkBuffer = CheckBuffer,
+                             .form = [](GUID type, SFrameForm& form) { return kFamily.GetForm(type, form); },
+                             .evidence = GetEvidence,
+                             .describe = Describe});
 }
 
 }  // namespace ovix::reduce

@@ -4,15 +4,12 @@
 #include <cstring>
 
 #include "core/pixel_types.h"
-#include "reduce/filters/camera_record_fields.h"
+#include "reduce/filters/frame_images.h"
 #include "reduce/filters/frame_probe.h"
-#include "reduce/filters/yuv.h"
 
 namespace ovix::reduce {
 
 namespace {
-
-u64 ImageSize(u16 width, u16 height) { return u64{2} * width * height; }
 
 u8* NativeRecord(u8* frame, u16 width, u16 height) {
     u8* record = frame + ImageSize(width, height);
@@ -61,7 +58,7 @@ bool CShortRecordFilter::ParseInfrared(u8* frame, u16 width, u16 height, STypedD
     OverruleRecord(record, width, height);
     objects.KeepRecord(record, camera_record::kShortSize, nullptr);
     objects.FillFromRecord(record);
-    SetTimeFromRecord(objects.frameInfo->time, record);
+    camera_record::SetTime(objects.frameInfo->time, record);
     FillFrameInfo(*objects.frameInfo, record);
     if (dest.data) std::memcpy(dest.data, frame, ImageSize(width, height));
     return true;
@@ -82,7 +79,7 @@ bool CShortRecordFilter::ParsePreset(void*, GUID, u16, u16, u32, u8& preset) {
 
 bool CShortRecordFilter::ParseTime(void* frame, GUID type, u16 width, u16 height, u32, CDateTime& time) {
     if (IsInfrared(type)) {
-        SetTimeFromRecord(time, NativeRecord(static_cast<u8*>(frame), width, height));
+        camera_record::SetTime(time, NativeRecord(static_cast<u8*>(frame), width, height));
     } else {
         time.Now();
     }
@@ -95,7 +92,7 @@ bool CShortRecordFilter::ParseBasicInfo(void* frame, GUID type, u16 width, u16 h
     if (IsInfrared(type)) {
         const u8* record = NativeRecord(static_cast<u8*>(frame), width, height);
         counter = BasicCounter(record);
-        SetTimeFromRecord(time, record);
+        camera_record::SetTime(time, record);
     } else {
         counter = BasicCounter(nullptr);
         time.Now();
@@ -117,11 +114,10 @@ bool CheckShortRecord(const SShortRecordFamily& family, const void* buffer, GUID
     const CFrameProbe probe(buffer, size, fault);
     const SShortRecordFamily::SType* type = family.Find(id);
     if (!type) {
-        return probe.Refuse(0, CString::FromFormat(L"a pixel type of the %s family", family.name),
-                            L"another pixel type");
+        return probe.RefuseType(family.name);
     }
     if (images > 1 && !family.hasPackets) {
-        return probe.Refuse(0, L"one image in a buffer of this family", CString::FromFormat(L"%d", int{images}));
+        return probe.RefuseSeveral(images);
     }
     const u64 pixels = images * ImageSize(width, height);
     return probe.Holds(0, pixels, L"pixels of 2 bytes") &&

@@ -58,6 +58,25 @@ void CFrameInfoExtra::Remove(const wchar_t* name) {
     if (index >= 0) TArray::Remove(static_cast<u32>(index));
 }
 
+bool CFrameInfoExtra::Put(u32 index, const wchar_t* name, const wchar_t* value, const wchar_t* unit,
+                          const wchar_t* type) {
+    if (index > size() || !ImplicitAddition(index + 1)) return false;
+    const auto set = [](CString& text, const wchar_t* wanted) {
+        if (!text.Equals(wanted)) text = wanted;
+    };
+    SEntry& entry = data()[index];
+    set(entry.name, name);
+    set(entry.value, value);
+    set(entry.unit, unit);
+    set(entry.type, type);
+    set(entry.class_, L"");
+    return true;
+}
+
+void CFrameInfoExtra::CutTo(u32 count) {
+    if (count < size()) SetSize(count);
+}
+
 CFrameInfoExtra::CEntry CFrameInfoExtra::operator[](int index) {
     const bool inside = index >= 0 && static_cast<u32>(index) < size();
     return {this, inside ? data()[index].name.c_str() : L""};

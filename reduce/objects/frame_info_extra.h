@@ -45,6 +45,14 @@ class OVIX_REDUCE_API CFrameInfoExtra : public TArray<SFrameInfoExtraEntry> {
     /// Removes all entries; the capacity stays.
     void Clear() { Empty(); }
 
+    // For decoders, which show the same names frame after frame.
+    /// Puts a whole entry in the place of another one, or behind the last. Texts that are the same stay as they are, so
+    /// that nothing is allocated for them. The name may be neither reserved nor that of another entry; nothing tests
+    /// it.
+    bool Put(u32 index, const wchar_t* name, const wchar_t* value, const wchar_t* unit, const wchar_t* type);
+    /// Removes all entries from the `count`-th on.
+    void CutTo(u32 count);
+
     /// With an index out of range, a handle with an empty name.
     CEntry operator[](int index);
     /// A handle by that name, whether or not the entry exists.

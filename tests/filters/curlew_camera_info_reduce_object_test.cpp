@@ -1,4 +1,4 @@
-#include "reduce/filters/curlew_camera_info_reduce_object.h"
+#include "reduce/filters/camera_record.h"
 
 #include <gtest/gtest.h>
 

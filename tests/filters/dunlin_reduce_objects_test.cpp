@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "reduce/filters/dunlin_camera_info_reduce_object.h"
-#include "reduce/filters/dunlin_factory_cal_reduce_object.h"
-#include "reduce/filters/dunlin_frame_info_reduce_object.h"
+#include "reduce/filters/dunlin_reduce_objects.h"
 #include "support/object_file.h"
 
 namespace ovix::reduce {

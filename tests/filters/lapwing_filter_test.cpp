@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "reduce/filters/dunlin_camera_info_reduce_object.h"
-#include "reduce/filters/dunlin_factory_cal_reduce_object.h"
+#include "reduce/filters/dunlin_reduce_objects.h"
 #include "support/dunlin_frames.h"
 #include "support/frame_reader.h"
 

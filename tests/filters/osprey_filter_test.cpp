@@ -5,7 +5,6 @@
 #include <cstring>
 
 #include "reduce/convert/factory_calibrations.h"
-#include "reduce/filters/osprey_frame_info_reduce_object.h"
 #include "reduce/objects/frame_info_reduce_object.h"
 #include "support/header_line_frames.h"
 

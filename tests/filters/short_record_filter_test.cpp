@@ -5,7 +5,7 @@
 
 #include "core/pixel_types.h"
 #include "reduce/convert/factory_calibrations.h"
-#include "reduce/filters/curlew_camera_info_reduce_object.h"
+#include "reduce/filters/camera_record.h"
 #include "reduce/filters/filter_factory.h"
 #include "reduce/objects/frame_info_reduce_object.h"
 #include "reduce/objects/object_parameters_reduce_object.h"

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "core/pixel_types.h"
-#include "reduce/filters/dunlin_factory_cal_reduce_object.h"
+#include "reduce/filters/dunlin_reduce_objects.h"
 #include "support/dunlin_frames.h"
 #include "support/frame_reader.h"
 

@@ -2,7 +2,7 @@
 
 #include <sstream>
 
-#include "reduce/filters/dunlin_frame_info_reduce_object.h"
+#include "reduce/filters/dunlin_reduce_objects.h"
 #include "support/k410_frames.h"
 
 /// Frames of the Lapwing and Wren families, written from the format, with a switch for each form and each fault.

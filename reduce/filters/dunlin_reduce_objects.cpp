@@ -1,4 +1,4 @@
-#include "reduce/filters/dunlin_camera_info_reduce_object.h"
+#include "reduce/filters/dunlin_reduce_objects.h"
 
 #include <algorithm>
 
@@ -57,5 +57,24 @@ bool CDunlinCameraInfoReduceObject::Load(TSharedPtr<IFile> file, u32 blockVersio
 bool CDunlinCameraInfoReduceObject::Save(TSharedPtr<IFile> file, u32) {
     return FirstForm::Write(*file, *this) && WriteValue(*file, useCameraClock);
 }
+
+namespace {
+
+using CCal = CDunlinFactoryCalReduceObject;
+using Stream = TMemberStream<&CCal::calWord0, &CCal::calValue0, &CCal::calValue1, &CCal::calValue2, &CCal::calValue3,
+                             &CCal::calValue4, &CCal::calValue5, &CCal::calValue6, &CCal::calWord1, &CCal::calWord2,
+                             &CCal::calValue7, &CCal::calValue8, &CCal::detectorTemp, &CCal::integrationTime>;
+static_assert(Stream::Size() == 56);
+
+}  // namespace
+
+bool CDunlinFactoryCalReduceObject::Load(TSharedPtr<IFile> file, u32, u32) {
+    Default();
+    return Stream::Read(*file, *this);
+}
+
+bool CDunlinFactoryCalReduceObject::Save(TSharedPtr<IFile> file, u32) { return Stream::Write(*file, *this); }
+
+CDunlinFrameInfoReduceObject::CDunlinFrameInfoReduceObject() { persist = false; }
 
 }  // namespace ovix::reduce

@@ -1,18 +1,35 @@
-#include "reduce/filters/k410_check.h"
+#include "reduce/filters/k410_frame.h"
 
-#include <algorithm>
+#include <cstring>
 
-#include "reduce/filters/camera_record_fields.h"
+#include "core/numbers.h"
+#include "reduce/filters/camera_record_objects.h"
 #include "reduce/filters/frame_probe.h"
 #include "reduce/filters/jpegls_stream.h"
-#include "reduce/filters/k410_container.h"
-#include "reduce/filters/k410_types.h"
 
-namespace ovix::reduce {
+namespace ovix::reduce::k410 {
+
+STail FindTail(const u8* bytes, u64 size) {
+    constexpr u32 kSignatureSize = sizeof kSignature;
+    if (size >= kSignatureSize && HasSignature(bytes)) return {nullptr, bytes};
+    if (size >= kDigitalHeaderSize + kSignatureSize && HasSignature(bytes + kDigitalHeaderSize)) {
+        return {bytes, bytes + kDigitalHeaderSize};
+    }
+    return {};
+}
+
+bool CopyRecord(SRecord& record, const u8* container, u16 height) {
+    if (!HasIndex(container)) return false;
+    const u32 size = RecordHeld(container);
+    std::memcpy(record.bytes, RecordInPlace(container), size);
+    std::memset(record.bytes + size, 0, sizeof record.bytes - size);
+    if (camera_record::IsSwapped(record.bytes)) camera_record::Swap(record.bytes);
+    StoreLittle(record.bytes + camera_record::kHeight, height);
+    StoreLittle(record.bytes + camera_record::kLastRow, static_cast<u16>(height - 1));
+    return true;
+}
 
 namespace {
-
-using namespace k410;
 
 /// `leastRecord` bytes of the record are read in place, whatever size the container names.
 bool CheckContainer(const CFrameProbe& probe, u64 container, u32 leastRecord) {
@@ -58,28 +75,10 @@ bool CheckTrigger(const CFrameProbe& probe, const SType& type, u64 image) {
     return type.flipped || !tail.IsPlain() || CheckContainer(probe, image, 0);
 }
 
-}  // namespace
-
-bool CheckK410Buffer(const void* buffer, GUID id, u16 width, u16 height, u16 images, u32 size, SFrameFault* fault) {
-    const SType* type = FindType(id);
-    if (!type || images < 2) return CheckK410Frame(buffer, id, width, height, size, fault);
-    const CFrameProbe probe(buffer, size, fault);
-    const u64 image = ImageSize(width, height);
-    switch (type->layout) {
-        case ELayout::Uncompressed:
-            return CheckUncompressed(probe, *type, images * image) && CheckTrigger(probe, *type, image);
-        case ELayout::UYVY:
-        case ELayout::YUY2:
-            return probe.Holds(0, images * image, L"pixels of 2 bytes");
-        default:
-            return probe.Refuse(0, L"one image in a buffer of this type", CString::FromFormat(L"%d", int{images}));
-    }
-}
-
-bool CheckK410Frame(const void* frame, GUID id, u16 width, u16 height, u32 frameSize, SFrameFault* fault) {
+bool Check(const void* frame, GUID id, u16 width, u16 height, u32 frameSize, SFrameFault* fault) {
     const CFrameProbe probe(frame, frameSize, fault);
     const SType* type = FindType(id);
-    if (!type) return probe.Refuse(0, L"a pixel type of the K410 family", L"another pixel type");
+    if (!type) return probe.RefuseType(L"K410");
     const u64 pixels = u64{width} * height;
     switch (type->layout) {
         case ELayout::Uncompressed:
@@ -95,7 +94,23 @@ bool CheckK410Frame(const void* frame, GUID id, u16 width, u16 height, u32 frame
     return false;
 }
 
-bool GetK410Form(GUID id, SFrameForm& form) {
+bool CheckBuffer(const void* buffer, GUID id, u16 width, u16 height, u16 images, u32 size, SFrameFault* fault) {
+    const SType* type = FindType(id);
+    if (!type || images < 2) return Check(buffer, id, width, height, size, fault);
+    const CFrameProbe probe(buffer, size, fault);
+    const u64 image = ImageSize(width, height);
+    switch (type->layout) {
+        case ELayout::Uncompressed:
+            return CheckUncompressed(probe, *type, images * image) && CheckTrigger(probe, *type, image);
+        case ELayout::UYVY:
+        case ELayout::YUY2:
+            return probe.Holds(0, images * image, L"pixels of 2 bytes");
+        default:
+            return probe.RefuseSeveral(images);
+    }
+}
+
+bool GetForm(GUID id, SFrameForm& form) {
     const SType* type = FindType(id);
     if (!type) return false;
     const bool infrared = IsUncompressed(type) || type->layout == ELayout::JpegLs;
@@ -104,7 +119,7 @@ bool GetK410Form(GUID id, SFrameForm& form) {
     return true;
 }
 
-void GetK410Evidence(const void* frame, GUID id, u16 width, u16 height, u32 size, SFrameEvidence& evidence) {
+void GetEvidence(const void* frame, GUID id, u16 width, u16 height, u32 size, SFrameEvidence& evidence) {
     const SType& type = *FindType(id);
     const u8* bytes = static_cast<const u8*>(frame);
     if (IsUncompressed(&type)) {
@@ -124,4 +139,47 @@ void GetK410Evidence(const void* frame, GUID id, u16 width, u16 height, u32 size
     evidence.mark = EFrameMark::Present;  // the container's signature, or the check would have refused the frame
 }
 
-}  // namespace ovix::reduce
+constexpr STableField kContainerFields[] = {
+    {0, 4, L"Signature", kDescribedOnly, HexText<LoadLittle<u32>, 8>},
+    {kFirstEntry, 2, L"FirstEntry", kDescribedOnly, DecimalText<LoadLittle<u16>>},
+    {kRecordOffset, 4, L"RecordOffset", kDescribedOnly, DecimalText<LoadLittle<u32>>, L"bytes"},
+    {kRecordSize, 4, L"RecordSize", kDescribedOnly, DecimalText<LoadLittle<u32>>, L"bytes"},
+    {kSecondEntry, 2, L"SecondEntry", kDescribedOnly, DecimalText<LoadLittle<u16>>},
+    {kPixelsSwapped, 2, L"PixelsSwapped", kDescribedOnly, DecimalText<LoadLittle<u16>>},
+};
+
+void DescribeContainer(TArray<SFrameField>& fields, const u8* frame, const u8* container) {
+    const u64 at = static_cast<u64>(container - frame);
+    DescribeFields(fields, kContainerFields, container, at);
+    const u32 recordSize = RecordHeld(container);
+    camera_record::Describe(fields, RecordInPlace(container), recordSize,
+                            at + LoadLittle<u32>(container + kRecordOffset));
+}
+
+void DescribeUncompressed(TArray<SFrameField>& fields, const u8* frame, u64 image, u64 size) {
+    const STail tail = FindTail(frame + image, size - image);
+    if (tail.IsDigital()) DescribeFields(fields, kDigitalHeaderFields, tail.digitalHeader, image);
+    DescribeContainer(fields, frame, tail.container);
+}
+
+void DescribeCompressed(TArray<SFrameField>& fields, const u8* frame) {
+    const u32 length = LoadBig<u32>(frame);
+    const CString told = CUInt32::ToString(length) + L" bytes";
+    fields.Add({0, kLengthSize, L"ImageLength", told});
+    fields.Add({kLengthSize, length, L"Image", L"a JPEG-LS stream of " + told});
+    DescribeContainer(fields, frame, frame + kLengthSize + length);
+}
+
+void Describe(const void* frame, GUID id, u16 width, u16 height, u32 frameSize, TArray<SFrameField>& fields) {
+    const u8* bytes = static_cast<const u8*>(frame);
+    const SType* type = FindType(id);
+    if (IsUncompressed(type)) DescribeUncompressed(fields, bytes, ImageSize(width, height), frameSize);
+    if (type->layout == ELayout::JpegLs) DescribeCompressed(fields, bytes);
+}
+
+}  // namespace
+
+constinit const SFrameAnswers kAnswers{
+    .check = Check, .checkBuffer = CheckBuffer, .form = GetForm, .evidence = GetEvidence, .describe = Describe};
+
+}  // namespace ovix::reduce::k410
