@@ -18,9 +18,6 @@
 namespace ovix::reduce {
 namespace {
 
-/// The one that is compressed.
-constexpr GUID kMJLS = "{ADA2658E-40C0-4C31-9C44-7667B8169FF6}"_guid;
-
 void Require(bool holds, const char* what) {
     if (holds) return;
     std::fprintf(stderr, "fuzz_frames: %s\n", what);

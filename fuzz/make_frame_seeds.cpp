@@ -51,7 +51,12 @@ void AddK410(const CSeedFolder& folder) {
     folder.Add("k410_uyvy", kK410UYVY, PixelBytes(pixels));
     folder.Add("k410_yuy2", kK410YUY2, PixelBytes(pixels));
     folder.Add("k410_bgr", kK410BGR, Bytes(3 * pixels.size(), 0x55));
-    folder.Add("k410_mjls", kK410MJLS, CompressedFrame(EncodeJpegLs(Ramp(pixels.size(), 14), kWidth, kHeight), native));
+    const Bytes stream = EncodeJpegLs(Ramp(pixels.size(), 14), kWidth, kHeight);
+    folder.Add("k410_mjls", kK410MJLS, CompressedFrame(stream, native));
+    // Scans that break off keep the codec busy for seconds: one without its end mark, and one with it.
+    const Bytes noEnd(stream.begin(), stream.end() - 2), cut(stream.begin(), stream.end() - 12);
+    folder.Add("k410_mjls_no_end", kK410MJLS, CompressedFrame(noEnd, native));
+    folder.Add("k410_mjls_cut", kK410MJLS, CompressedFrame(Join({cut, {0xFF, 0xD9}}), native));
 }
 
 void AddShortRecord(const CSeedFolder& folder) {

@@ -117,16 +117,6 @@ void Describe(TArray<SFrameField>& fields, const u8* record, u32 size, u64 offse
 
 }  // namespace camera_record
 
-namespace {
-
-void StartCameraFrame(CFrameInfoReduceObject& info, bool filled) {
-    info.preset = 0;
-    info.frameFilled = filled;
-    info.extra.Clear();
-}
-
-}  // namespace
-
 SCameraRecordObjects::SCameraRecordObjects(CReduceObjectArray& objects)
     : parameters(objects.Get<CObjectParametersReduceObject>(-1, true)),
       factoryCal(objects.Get<CCurlewFactoryCalReduceObject>(0, true)),
@@ -141,7 +131,8 @@ void SCameraRecordObjects::FillFromRecord(const u8* record) const {
     LoadFields(*factoryCal, camera_record::kFactoryCal, record);
     factoryCal->valid = true;
 
-    StartCameraFrame(*frameInfo, LoadLittle<u16>(record + camera_record::kInvalidFrame) == 0);
+    frameInfo->preset = 0;
+    frameInfo->frameFilled = LoadLittle<u16>(record + camera_record::kInvalidFrame) == 0;
 }
 
 void SCameraRecordObjects::KeepRecord(const u8* record, u32 size, const u8* digitalHeader) const {
@@ -161,8 +152,8 @@ void SCameraRecordObjects::KeepRecord(const u8* record, u32 size, const u8* digi
 void SCameraRecordObjects::FillForVideo(u64 frameNumber) const {
     factoryCal->valid = false;
     cameraInfo->valid = false;
-    StartCameraFrame(*frameInfo, true);
-    frameInfo->frameNumber = frameNumber;
+    StartFrame(*frameInfo, 0, frameNumber);
+    frameInfo->extra.Clear();
     frameInfo->time.Now();
 }
 

@@ -18,8 +18,8 @@ struct SCameraRecordObjects {
     /// False when a plug-in owns one of the names with a class of its own: there is nothing to fill then.
     explicit operator bool() const { return parameters && factoryCal && frameInfo && cameraInfo; }
 
-    /// Object parameters, factory calibration, and of the frame info all but number and time, from a record of at least
-    /// the short size in the native order.
+    /// Object parameters, factory calibration, and of the frame info all but number, time and values, from a record of
+    /// at least the short size in the native order.
     void FillFromRecord(const u8* record) const;
     /// Keeps `size` bytes of the record in the camera info, with zeros up to its full size. `digitalHeader` is 32 bytes
     /// or null.

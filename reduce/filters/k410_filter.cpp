@@ -130,8 +130,9 @@ bool CK410Filter::ParseUncompressed(const SFrame& frame, STypedData dest, const 
     objects.FillFromRecord(record.bytes);
     objects.KeepRecord(record.bytes, sizeof record.bytes, tail.digitalHeader);
     CFrameInfoReduceObject& info = *objects.frameInfo;
+    CFrameValues values(info.extra);  // of a digital header alone
     if (tail.IsDigital()) {
-        CFrameValues(info.extra).Add(kDigitalHeaderFields, tail.digitalHeader);
+        values.Add(kDigitalHeaderFields, tail.digitalHeader);
         info.frameNumber = CounterOf(tail.digitalHeader);
         info.time.Now();
     } else if (!frame.type.hasFrameCounter) {  // although the record holds a counter and a time
@@ -165,6 +166,7 @@ bool CK410Filter::ParseCompressed(const SFrame& frame, STypedData dest, const SC
     objects.KeepRecord(record.bytes, sizeof record.bytes, nullptr);
     objects.frameInfo->frameNumber = ownCounter_;
     objects.frameInfo->time.Now();
+    objects.frameInfo->extra.Clear();
     CountFrame();
 
     // A damaged stream is not reported: the metadata is good all the same.

@@ -59,6 +59,7 @@ bool CShortRecordFilter::ParseInfrared(u8* frame, u16 width, u16 height, STypedD
     objects.KeepRecord(record, camera_record::kShortSize, nullptr);
     objects.FillFromRecord(record);
     camera_record::SetTime(objects.frameInfo->time, record);
+    objects.frameInfo->extra.Clear();
     FillFrameInfo(*objects.frameInfo, record);
     if (dest.data) std::memcpy(dest.data, frame, ImageSize(width, height));
     return true;

@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <memory>
 
 #include "core/pixel_types.h"
 #include "reduce/filters/filter_factory.h"
 #include "reduce/objects/frame_info_reduce_object.h"
+#include "support/frame_reader.h"
 #include "support/header_line_frames.h"
 
 namespace ovix::reduce {
@@ -82,21 +82,6 @@ std::string FormatOf(const std::string& kind) {
     return kind == "Flag" || kind == "flag" || kind == "Text" ? "ascii" : "int";
 }
 
-/// In a heap buffer of exactly its size, so that the address sanitizer sees a
-/// touch beyond it.
-class CExactBytes {
-  public:
-    explicit CExactBytes(const Bytes& bytes) : size(static_cast<u32>(bytes.size())), data_(new u8[bytes.size()]) {
-        std::copy(bytes.begin(), bytes.end(), data_.get());
-    }
-    u8* Data() const { return data_.get(); }
-
-    const u32 size;
-
-  private:
-    std::unique_ptr<u8[]> data_;
-};
-
 TEST(HeaderLineFilter, FramesByteByByte) {
     for (const SFamily& family : kFamilies) {
         for (const u16 width : {u16{130}, u16{95}, u16{64}}) {
@@ -143,109 +128,55 @@ TEST(HeaderLineFilter, FramesByteByByte) {
     }
 }
 
-TEST(HeaderLineFilter, TypesAndWhatTheyOffer) {
+TEST(HeaderLineFilter, LightOperationsTakeThreeTypes) {
     for (const SFamily& family : kFamilies) {
-        SCOPED_TRACE(CString(family.filter).GetUTF8());
-        const auto filter = filterFactory()->CreateForPixelType(family.headerType);
-        EXPECT_STREQ(filter->GetName(), family.ownName);
-        EXPECT_TRUE(filterFactory()->GetPixelTypeHandler(family.frameType) == family.filter);
-        EXPECT_EQ(filter->FrameCounterMaxValue(family.frameType), family.counterMax);
-        EXPECT_TRUE(filter->HasTime(CGUID::Empty) && filter->HasFrameCounter(CGUID::Empty));
-        struct SCase {
-            GUID type;
-            bool pixels, header, parses;
-        };
-        for (const SCase& c : {SCase{family.frameType, true, true, true},
-                               {family.headerType, false, false, true},
-                               {rootIRType, true, false, true},
-                               {kK410F7M0, false, false, false}}) {
-            Bytes frame = HeaderLineFrame(family.header(130), 130, Ramp(130));
-            u8 preset = 0;
-            u64 counter = 0;
-            CDateTime time;
-            CReduceObjectArray objects;
-            EXPECT_EQ(filter->ParsePreset(frame.data(), c.type, 130, 1, 520, preset), c.parses);
-            EXPECT_EQ(filter->ParseTime(frame.data(), c.type, 130, 1, 520, time), c.parses);
-            EXPECT_EQ(filter->ParseFrameCounter(frame.data(), c.type, 130, 1, 520, counter), c.parses);
-            EXPECT_EQ(filter->ParseBasicInfo(frame.data(), c.type, 130, 1, 520, preset, counter, time), c.parses);
-            EXPECT_EQ(filter->ParseReduceObjects(frame.data(), c.type, 130, 1, 520, objects, preset), c.parses);
-            EXPECT_EQ(objects.GetSize() > 0, c.parses);
-            EXPECT_EQ(filter->HasPixels(c.type), c.pixels);
-            EXPECT_EQ(filter->HasHeader(c.type), c.header);
-            void* pixels = nullptr;
-            i32 stride = 0;
-            ASSERT_EQ(filter->GetPixels(frame.data(), c.type, 130, 1, 520, &pixels, stride), c.pixels);
-            EXPECT_TRUE(!c.pixels || (pixels == frame.data() + 260 && stride == 260));
-            GUID headerType;
-            u32 headerSize = 0;
-            EXPECT_EQ(filter->GetHeaderInfo(c.type, 130, 1, 520, headerType, headerSize), c.header);
-            EXPECT_EQ(filter->ExtractHeader(frame.data(), c.type, 130, 1, 520, &headerSize, 0), c.header);
+        SFrameReader reader(family.filter, family.frameType, 130, 1);
+        const Bytes frame = HeaderLineFrame(family.header(130), 130, Ramp(130));
+        for (const GUID& type : {family.frameType, family.headerType, rootIRType, kK410F7M0}) {
+            reader.type = type;
+            const bool parses = type != kK410F7M0, hasHeader = type == family.frameType;
+            const auto light = reader.Light(frame);
+            EXPECT_TRUE(light.hasPreset == parses && light.hasTime == parses && light.hasCounter == parses &&
+                        light.hasAll == parses);
+            GUID header;
+            u32 size = 0;
+            EXPECT_EQ(reader.filter->GetHeaderInfo(type, 130, 1, 520, header, size), hasHeader);
+            EXPECT_EQ(reader.filter->ExtractHeader(nullptr, type, 130, 1, 520, nullptr, 0), hasHeader);
         }
     }
 }
 
 TEST(HeaderLineFilter, HeaderKeptApart) {
     for (const SFamily& family : kFamilies) {
-        const auto filter = filterFactory()->Create(family.filter);
+        SFrameReader reader(family.filter, family.headerType, 1, 130);
         for (const auto width : std::initializer_list<u16>{20, 47, 48, 96, 127, 128, 200}) {
-            const CExactBytes frame(HeaderLineFrame(family.header(width), width, Ramp(width)));
+            const Bytes frame = HeaderLineFrame(family.header(width), width, Ramp(width));
+            const auto exact = SFrameReader::Exact(frame);
+            const u32 frameSize = SFrameReader::Size(frame);
             GUID headerType;
             u32 headerSize = 0;
-            ASSERT_TRUE(filter->GetHeaderInfo(family.frameType, width, 1, frame.size, headerType, headerSize));
+            ASSERT_TRUE(reader.filter->GetHeaderInfo(family.frameType, width, 1, frameSize, headerType, headerSize));
             EXPECT_EQ(headerType, family.headerType);
             EXPECT_EQ(headerSize, 2 * std::min<u32>(width, family.headerWords));
             for (const u32 size : {0u, 7u, headerSize, headerSize + 30}) {
-                const CExactBytes dest(Bytes(size, 0xCC));
+                const auto dest = SFrameReader::Exact(Bytes(size, 0xCC));
                 ASSERT_TRUE(
-                    filter->ExtractHeader(frame.Data(), family.frameType, width, 1, frame.size, dest.Data(), size));
+                    reader.filter->ExtractHeader(exact.get(), family.frameType, width, 1, frameSize, dest.get(), size));
                 for (u32 i = 0; i < size; ++i) {
-                    ASSERT_EQ(dest.Data()[i], i < headerSize ? frame.Data()[i] : 0) << width << ' ' << i;
+                    ASSERT_EQ(dest[i], i < headerSize ? frame[i] : 0) << width << ' ' << i;
                 }
             }
         }
-    }
-}
-
-/// What reads most, on a frame that the check passed; a touch beyond any of the
-/// buffers is the sanitizer's to see.
-void ParseChecked(const SFamily& family, const CExactBytes& frame, GUID type, u16 width, u16 height) {
-    CReduceObjectArray objects;
-    u8 preset = 0;
-    const CExactBytes pixels(Bytes(std::size_t{2} * width * height, 0xCC));
-    EXPECT_TRUE(
-        filterFactory()
-            ->Create(family.filter)
-            ->ParseFrame(frame.Data(), type, width, height, frame.size, {pixels.Data(), UInt16}, objects, preset));
-    // A header may come alone, and then there are no pixels.
-    const bool whole = frame.size >= 2u * width + pixels.size;
-    const u8* expected = frame.Data() + (whole ? 2 * width : 0);
-    for (u32 i = 0; i < pixels.size; ++i) ASSERT_EQ(pixels.Data()[i], whole ? expected[i] : 0xCC) << i;
-    TArray<SFrameField> fields;
-    EXPECT_TRUE(DescribeFrame(family.filter, frame.Data(), type, width, height, frame.size, fields));
-    for (const SFrameField& field : fields) EXPECT_LE(field.offset + field.size, frame.size) << field.name.GetUTF8();
-}
-
-TEST(HeaderLineFilter, CheckSeesEveryTruncationAndKeepsParsingInside) {
-    for (const SFamily& family : kFamilies) {
-        for (const auto& [width, height] : {std::pair<u16, u16>{130, 2}, {50, 2}, {2, 1}, {1, 130}, {0, 0}, {3, 0}}) {
-            for (const GUID& type : {family.frameType, rootIRType, family.headerType}) {
-                SCOPED_TRACE(CString::FromFormat(L"%s %d x %d", family.filter, int{width}, int{height}).GetUTF8());
-                const u32 image = type == family.headerType ? 0 : 2u * width * (height + 1u);
-                const u32 least = std::max(family.bytesRead, image);
-                Bytes bytes = family.header(width);
-                bytes.resize(least, 0xFF);
-                for (u32 size = least + 1; size-- > 0;) {
-                    const CExactBytes frame(Bytes(bytes.begin(), bytes.begin() + size));
-                    SFrameFault fault;
-                    ASSERT_EQ(CheckFrame(family.filter, frame.Data(), type, width, height, size, &fault), size >= least)
-                        << size;
-                    ASSERT_EQ(fault.expected.IsEmpty(), size >= least) << size;
-                    if (size == least) ParseChecked(family, frame, type, width, height);
-                }
-            }
-        }
-        EXPECT_FALSE(CheckFrame(family.filter, nullptr, kK410F7M0, 1, 1, 4096));
-        EXPECT_FALSE(CheckFrame(family.filter, nullptr, family.frameType, 65535, 65535, 0xFFFFFFFF));
+        // A header may come alone or with its frame: pixels are copied when they are there.
+        Bytes line = family.header(1);
+        line.resize(std::max<std::size_t>(family.bytesRead, 2 * 131), 0xAB);
+        ASSERT_TRUE(reader.Parse(line));
+        EXPECT_EQ(Bytes(line.begin() + 2, line.begin() + 262), PixelBytes(reader.pixels));
+        std::fill(reader.pixels.begin(), reader.pixels.end(), u16{7});
+        if (family.bytesRead >= 2 * 131) continue;
+        line.resize(2 * 131 - 1);
+        ASSERT_TRUE(reader.Parse(line));
+        EXPECT_EQ(reader.pixels, std::vector<u16>(130, 7));
     }
 }
 

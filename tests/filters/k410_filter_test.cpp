@@ -9,6 +9,7 @@
 #include "reduce/filters/filter_factory.h"
 #include "reduce/objects/frame_info_reduce_object.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
+#include "support/frame_reader.h"
 #include "support/k410_frames.h"
 
 namespace ovix::reduce {
@@ -179,6 +180,7 @@ TEST_F(CK410Test, FrameByBytes) {
     const Bytes& frame = w.bytes;
     ASSERT_EQ(frame.size(), 200u);
     ASSERT_TRUE(CheckFrame(L"K410", frame.data(), kK410GigE, 2, 1, 200));
+    ASSERT_TRUE(ParseMetadata(PlainFrame(Ramp(kPixels), {}), kK410GigE));  // what it leaves is not to show
     std::vector<u16> pixels(2);
     ASSERT_TRUE(Parse(frame, kK410GigE, {pixels.data(), UInt16}, 2, 1));
     EXPECT_EQ(pixels, (std::vector<u16>{0x3412, 0x7856}));
@@ -330,7 +332,8 @@ TEST_F(CK410Test, LightOperations) {
     const SK410DigitalHeader header{.counter = 0x5678};
     const Bytes plain = PlainFrame(Ramp(kPixels), native), swapped = PlainFrame(Ramp(kPixels), foreign),
                 digital = DigitalFrame(Ramp(kPixels), header, native);
-    ASSERT_TRUE(ParseMetadata(plain, kK410F7M0));  // so that the decoder's own counter is 1
+    SFrameReader reader(L"K410", kK410F7M0, kWidth, kHeight);
+    ASSERT_TRUE(reader.Parse(plain));  // so that the decoder's own counter is 1
     // Read in place, the swapped record's numbers stay swapped: 0x6553F100 s and 0x000000FA ms.
     constexpr i64 kSwappedTime = ((0x00F15365LL + 11644473600LL) * 1000 + 0xFA000000LL) * 10000, kNow = 0, kFails = -1;
     const struct {
@@ -353,33 +356,18 @@ TEST_F(CK410Test, LightOperations) {
         {Bytes(3000), rootIRType, 1, kNow, kNow},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(::testing::Message() << c.counter << " case " << &c - cases);
-        Bytes frame = c.frame;
-        const u32 size = static_cast<u32>(frame.size());
-        u8 preset = 9, basicPreset = 9;
-        u64 counter = 9, basicCounter = 9;
-        CDateTime time, basicTime;
-        const auto expectTime = [&](const CDateTime& found, i64 expected) {
-            if (expected == kNow) {
-                EXPECT_TRUE(IsNow(found));
-            } else {
-                EXPECT_EQ(found.GetTimestamp(), expected);
-            }
+        SCOPED_TRACE(&c - cases);
+        reader.type = c.type;
+        before = CDateTime();
+        const auto light = reader.Light(c.frame);
+        const auto is = [&](const CDateTime& found, i64 expected) {
+            return expected == kNow ? IsNow(found) : found.GetTimestamp() == expected;
         };
-        EXPECT_TRUE(filter->ParsePreset(frame.data(), c.type, kWidth, kHeight, size, preset));
-        EXPECT_EQ(preset, 0);
-        EXPECT_EQ(filter->ParseTime(frame.data(), c.type, kWidth, kHeight, size, time), c.time != kFails);
-        if (c.time != kFails) expectTime(time, c.time);
-        const bool known = c.basicTime != kFails;
-        EXPECT_EQ(filter->ParseFrameCounter(frame.data(), c.type, kWidth, kHeight, size, counter), known);
-        EXPECT_EQ(
-            filter->ParseBasicInfo(frame.data(), c.type, kWidth, kHeight, size, basicPreset, basicCounter, basicTime),
-            known);
-        EXPECT_EQ(basicPreset, 0);
-        if (!known) continue;
-        EXPECT_EQ(counter, c.counter);
-        EXPECT_EQ(basicCounter, c.counter);
-        expectTime(basicTime, c.basicTime);
+        EXPECT_TRUE(light.hasPreset && light.preset == 0 && light.presetOfAll == 0);
+        EXPECT_TRUE(light.hasTime ? is(light.time, c.time) : c.time == kFails);
+        EXPECT_EQ(light.hasCounter, light.hasAll);
+        EXPECT_TRUE(light.hasAll ? is(light.timeOfAll, c.basicTime) : c.basicTime == kFails);
+        EXPECT_TRUE(!light.hasAll || (light.counter == c.counter && light.counterOfAll == c.counter));
     }
     // 64 bytes behind the pixels are asked for, and where they are not, the frame's end is not looked beyond.
     u64 counter = 0;

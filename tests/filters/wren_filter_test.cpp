@@ -102,10 +102,6 @@ TEST(Wren, DamagedTrailersAreRefusedButByTheLightOperations) {
         EXPECT_EQ(fault.offset, c.offset);
         EXPECT_TRUE(!c.found || fault.found == c.found) << fault.found.GetUTF8();
     }
-    for (const Bytes& whole : {NativeByBytes(), TomzFrame({1, 2}, {.olderWren = true})}) {
-        EXPECT_TRUE(Reader().Check(whole));
-        for (auto end = whole.begin(); end != whole.end(); ++end) EXPECT_FALSE(Reader().Check({whole.begin(), end}));
-    }
 }
 
 TEST(Wren, OlderCounterGoesOnBeyondThirtyTwoBits) {
@@ -170,23 +166,6 @@ TEST(Wren, OlderFramesAreStoredWithTheLinesOfTheirTrailer) {
         EXPECT_EQ(reader.Store({packet.begin(), packet.end() - 1}, 2, 1, stride), refused);
     }
     EXPECT_TRUE(Reader(0, 3).Store(TomzFrame({}, {}, 200), 1, 0, 200).empty());  // no lines to count
-}
-
-TEST(Dunlin, AnswersOfTheTwoFamilies) {
-    const std::tuple<const wchar_t*, GUID, GUID, Bytes> families[] = {
-        {L"Lapwing", kLapwing, kWren, TomzFrame({1, 2}, {})}, {L"Wren", kWren, kLapwing, NativeByBytes()}};
-    for (const auto& [name, type, other, frame] : families) {
-        SFrameReader reader(name, type, 2, 1);
-        IFilter& filter = *reader.filter;
-        EXPECT_TRUE(filter.HasPixels(type) && !filter.HasPixels(rootIRType) && filter.HasTime(other));
-        EXPECT_TRUE(filter.HasFrameCounter(other) && filter.FrameCounterMaxValue(type) == 0xFFFFFFFF);
-        TArray<CString> names;
-        EXPECT_TRUE(filter.GetTriggerFields(other, names) && names.size() == 1 && names[0] == L"TriggerInput");
-        reader.type = rootIRType;
-        EXPECT_TRUE(reader.Check(frame) && reader.Parse(frame) && reader.Light(frame).hasAll);
-        reader.type = other;
-        EXPECT_FALSE(reader.Check(frame) || reader.Parse(frame) || reader.Light(frame).hasPreset);
-    }
 }
 
 }  // namespace
