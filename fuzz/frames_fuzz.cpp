@@ -124,7 +124,7 @@ void ParseAllWays(const SInput& input) {
     if (counts.done) RequireSameMetadata(metadata, counts);
     if (colours.done) RequireSameMetadata(metadata, colours);
     Require(counts.done == again.done, "the result changes from one decoder to the next");
-    // A header may come without pixels, and those of the compressed type were left out.
+    // A header may come without pixels, and a damaged compressed image leaves some of them.
     if (counts.done && input.NewFilter()->HasPixels(input.type))
         Require(counts.pixels == again.pixels, "some pixels were not written");
 }

@@ -55,8 +55,7 @@ TEST(Palette, WhatItCannotSayLooksLikeNoneOfIt) {
         for (const SPalette& palette : Palettes())
             for (const u32 entry : palette.colours)
                 ASSERT_GT(Difference(colour, ColourOf(entry)), 25) << palette.name << std::hex << " " << entry;
-        for (const SColour& other : special)
-            EXPECT_TRUE(other == colour || Difference(colour, other) > 25);
+        for (const SColour& other : special) EXPECT_TRUE(other == colour || Difference(colour, other) > 25);
     }
 }
 

@@ -28,7 +28,8 @@ inline std::vector<SFrameForm> FrameForms() {
     const Bytes stream = EncodeJpegLs(Ramp(24, 14), 6, kHeight);
     Bytes noRecord = ShortRecordFrame(image, {});
     Patch(noRecord, 48, 0x1234, 2);
-    static constexpr char kCounts[] = "3 2 0", kColours[] = "10 3 6", kLine[] = "- day counter preset", kNone[] = "- - - -";
+    static constexpr char kCounts[] = "3 2 0", kColours[] = "10 3 6", kLine[] = "- day counter preset",
+                          kNone[] = "- - - -";
     std::vector<SFrameForm> forms = {
         {"plain", L"K410", kK410F7M0, PlainFrame(image, whole), "marked full counter - 6x9999"},
         {"plain over GigE", L"K410", kK410GigE, PlainFrame(image, swapped), "marked full counter - 320x9999"},
