@@ -3,9 +3,16 @@
 // From any source of frames to measurements: what the tool, Python, other programs and services share. Nothing is
 // printed, no signal is handled, no state belongs to the process.
 
+#include "measure/calibration/calibration_fit.h"
 #include "measure/error.h"
 #include "measure/finding.h"
+#include "measure/frame/calibration_facts.h"
+#include "measure/frame/measurement.h"
+#include "measure/frame/options.h"
+#include "measure/frame/pixel_walk.h"
+#include "measure/frame/region.h"
 #include "measure/recordings/recording.h"
+#include "measure/series/series.h"
 #include "measure/sources/frame_format.h"
 #include "measure/sources/frame_numbers.h"
 #include "measure/sources/guess_format.h"

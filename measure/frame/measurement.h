@@ -15,15 +15,15 @@ namespace ovix::measure {
 
 /// A value that went into a measurement, with its unit and who said it.
 struct SParameter {
-    std::string key;   ///< stays from version to version: "reflectedTemperature"
+    std::string key;   ///< stays from version to version: "reflected-temp"
     std::string name;  ///< for a reader: "reflected temperature"
     std::string unit;  ///< "K"; empty for none
     double value = 0;
     EOrigin origin = EOrigin::Default;
 };
 
-/// One measured frame, width times height values in rows from the top, which it owns. Reused by the next measurement
-/// that is told to write into it, so a loop takes no memory.
+/// One measured frame. It owns its pixels, and is reused by the next measurement that is asked to write into it, so a
+/// loop takes no memory.
 class OVIX_MEASURE_API CFrame {
   public:
     CFrame();
@@ -31,28 +31,26 @@ class OVIX_MEASURE_API CFrame {
     CFrame& operator=(CFrame&&) noexcept;
     ~CFrame();
 
-    u64 Number() const { return number; }
-    std::span<const float> Values() const { return values; }
-    /// One byte a pixel; its bits are those of the library's converters.
-    std::span<const u8> Status() const { return status; }
-    /// Figures of the pixels of a region, of those whose status lets them count; the whole frame when it is empty.
-    SRegionStats Statistics(const SRegion& region = {}) const;
-
-    u64 number = 0;
-    u16 width = 0;
+    u64 number = 0;  ///< in its source, from 0
+    u16 width = 0;   ///< pixels
     u16 height = 0;
     EUnit unit = Counts;
     ETempType scale = Celsius;
     std::optional<Time> time;    ///< nothing when the frame carries none
-    std::optional<u64> counter;  ///< likewise
-    u8 preset = 0;
-    std::vector<u64> merged;  ///< the frames of which this one is made, where they were merged
-    std::vector<float> values;
-    std::vector<u8> status;
+    bool yearAssumed = false;    ///< the frame says day and time of day alone; the year is that of the host's clock
+    std::optional<u64> counter;  ///< of the camera, likewise
+    std::optional<u8> preset;    ///< likewise; the calibration of preset 0 serves then
+    std::vector<u64> merged;     ///< the frames of which this one is made, where they were merged
+    std::vector<float> values;   ///< width times height in rows from the top, in the unit
+    std::vector<u8> status;      ///< one byte a pixel; its bits are those of the library's converters
 
-    /// All that is known of the frame: what its source says and its own metadata. Valid as long as the frame.
-    const reduce::CReduceObjectArray& Objects() const;
-    /// The scene and what follows from it, as the conversion used it.
+    /// Figures of the pixels of a region, of those whose status lets them count; of the whole frame when it has no
+    /// width. Throws `CError` (WrongArgument) for one that is not within the frame.
+    SRegionStats Statistics(const SRegion& region = {}) const;
+    /// All that is known of the frame: what its source says and its own metadata. Valid until the frame is measured
+    /// into again. To be looked at: what is shared with other frames stands in it, too.
+    reduce::CReduceObjectArray& Objects() const;
+    /// The scene values that the conversion used; none where the unit does not depend on a scene.
     std::vector<SParameter> Parameters() const;
 
     struct SWork;  ///< memory of a measurement: what works on a frame belongs to one thread
@@ -61,24 +59,24 @@ class OVIX_MEASURE_API CFrame {
 
 /// The way of the frames of a source to a unit: read, check, decode, correct, convert.
 ///
-/// Immutable and shared: every thread may measure with the same one, each into a frame of its own, and tables are held
-/// once. A frame is measured from what its source says and from its own bytes, never from what an earlier frame left
-/// behind, so the order of the frames and the number of threads do not change a bit.
+/// Immutable and shared: every thread may measure with the same one, each into a frame of its own, copies are one
+/// measurement, and tables are held once. A frame is measured from what its source says and from its own bytes, never
+/// from what an earlier frame left behind, so the order of the frames and the number of threads do not change a bit.
+///
+/// It may be used on both sides of a `fork`, by a child that was forked off while threads measured, too.
 class OVIX_MEASURE_API CMeasurement {
   public:
-    /// Loads the correction tables and chooses the unit from the first frames of a numbered source that will do, from
-    /// the first frame measured of others (a series sees to it that that is the first in order). Throws `CError`
-    /// (UnitNotOffered with those on offer, CorrectionUnusable, NoCalibration).
+    /// Loads the correction tables and chooses the unit by the metadata of the first frame of a numbered source that
+    /// will do, by the first frame measured of others (a series sees to it that that is the first in order). Throws
+    /// `CError` (UnitNotOffered with those on offer, CorrectionUnusable, NoCalibration; that of the first frame when
+    /// none will do).
     CMeasurement(CSource source, SMeasureOptions options);
-    CMeasurement(CMeasurement&&) noexcept;
-    CMeasurement& operator=(CMeasurement&&) noexcept;
-    ~CMeasurement();
 
     const CSource& Source() const;
     const SMeasureOptions& Options() const;
-    /// Of the first good frame on.
-    EUnit Unit() const;
-    /// What the source can give.
+    /// Nothing before the first good frame of a source that is not numbered.
+    std::optional<EUnit> Unit() const;
+    /// What the source can give; nothing before that frame.
     std::vector<EUnit> Offered() const;
 
     /// Measures a frame. Throws `CError` with file and frame for one that will not do; others can still be measured.
@@ -95,7 +93,7 @@ class OVIX_MEASURE_API CMeasurement {
 
   private:
     struct SBody;
-    std::unique_ptr<SBody> body_;
+    std::shared_ptr<const SBody> body_;
 };
 
 /// A unit on offer of the quantity, by that calibration or by the factory's before the user's.

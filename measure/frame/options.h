@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,22 +20,22 @@ enum class EOrigin : u8 { Frame, File, Default, Caller, Computed };
 /// Values that replace those recorded with the source. Temperatures in kelvin, the distance in metres, transmissions,
 /// emissivity and humidity as shares of 1.
 struct SSceneValues {
-    std::optional<float> emissivity;
-    std::optional<float> distance;
-    std::optional<float> reflectedTemp;
-    std::optional<float> atmosphereTemp;
-    std::optional<float> atmosphereTrans;  ///< 0 asks the model to compute it
-    std::optional<float> relativeHumidity;
-    std::optional<float> extOpticsTemp;
-    std::optional<float> extOpticsTrans;
+    std::optional<float> emissivity = {};
+    std::optional<float> distance = {};
+    std::optional<float> reflectedTemp = {};
+    std::optional<float> atmosphereTemp = {};
+    std::optional<float> atmosphereTrans = {};  ///< 0 asks the model to compute it
+    std::optional<float> relativeHumidity = {};
+    std::optional<float> extOpticsTemp = {};
+    std::optional<float> extOpticsTrans = {};
 
     bool operator==(const SSceneValues&) const = default;
 };
 
 /// The stem of correction tables, for the frames of one preset or of all.
 struct SCorrectionFiles {
-    std::optional<u8> preset;
-    std::string stem;
+    std::optional<u8> preset = {};
+    std::string stem = {};
 };
 
 /// The limits to which corrected counts are clamped.
@@ -54,6 +55,8 @@ struct SMeasureOptions {
     std::optional<CRCalFile> userCalibration = {};  ///< takes the place of the source's
     std::optional<SClip> clip = {};                 ///< none: as the library does by itself
     bool correct = true;                            ///< false: counts as recorded, whatever tables there are
+    /// For the decoding of one compressed frame, which a damaged one may keep busy.
+    std::chrono::milliseconds decodePatience{20'000};
 };
 
 }  // namespace ovix::measure

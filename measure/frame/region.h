@@ -17,11 +17,9 @@ struct SRegion {
     u16 height = 0;
 };
 
-/// The figures of one region of one frame, in the frame's unit.
-struct SRegionStats {
-    reduce::CStats figures = {};  ///< of the pixels whose status lets them count
-    double mean = 0, minimum = 0, maximum = 0, standardDeviation = 0;
-    u32 count = 0;                    ///< pixels that count
+/// The figures of one region of one frame, in the frame's unit, of the pixels whose status lets them count; `mean` and
+/// the extremes say nothing where `count` is 0.
+struct SRegionStats : reduce::CStats {
     u32 pixels = 0;                   ///< of the region
     u32 good = 0;                     ///< pixels with no flag at all
     std::array<u32, 8> flagged = {};  ///< pixels that bear status bit i

@@ -24,6 +24,9 @@ bool CFeed::Fill(u64 wanted) {
         bytes_.resize(had + room);
         const std::size_t read = ReadSome(std::span(bytes_).subspan(had));
         bytes_.resize(had + read);
+        if (!read && stop_.stop_requested())
+            throw CError(
+                {.id = EError::Interrupted, .file = file_->Name(), .problem = "the waiting was ended on request"});
         ended_ = read == 0;
     }
     return Window().size() >= wanted;
@@ -35,13 +38,18 @@ void CFeed::Drop(u64 count) {
 }
 
 std::size_t CFeed::ReadSome(std::span<u8> bytes) {
-    if (!patience_) return file_->ReadNext(bytes);
+    if (!patience_) {
+        while (stop_.stop_possible() && !file_->AwaitNext(kBetweenLooks)) {
+            if (stop_.stop_requested()) return 0;
+        }
+        return file_->ReadNext(bytes);
+    }
     const auto deadline = std::chrono::steady_clock::now() + *patience_;
     const u64 at = offset_ + Window().size() - bytes.size();
     for (;;) {
         const bool complete = complete_ && complete_();  // asked first: what it speaks of is there then
         if (const std::size_t read = file_->ReadAt(at, bytes)) return read;
-        if (complete || std::chrono::steady_clock::now() >= deadline) return 0;
+        if (complete || stop_.stop_requested() || std::chrono::steady_clock::now() >= deadline) return 0;
         std::this_thread::sleep_for(kBetweenLooks);
     }
 }

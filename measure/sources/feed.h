@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <functional>
+#include <stop_token>
 
 #include "measure/sources/input_file.h"
 
@@ -16,6 +17,8 @@ class CFeed {
     CFeed(std::shared_ptr<const CInputFile> file, std::optional<std::chrono::milliseconds> patience)
         : file_(std::move(file)), patience_(patience) {}
 
+    /// Once it is asked for, waiting ends with `CError` (Interrupted); what came until then stays in the window.
+    void StopOn(std::stop_token stop) { stop_ = std::move(stop); }
     /// Waits until there are `wanted` bytes in the window, or the end; answers whether they are there.
     bool Fill(u64 wanted);
     /// Waits for a byte more than the window has.
@@ -39,6 +42,7 @@ class CFeed {
     std::size_t start_ = 0;
     u64 offset_ = 0;
     std::function<bool()> complete_;
+    std::stop_token stop_;
     bool ended_ = false;
 };
 

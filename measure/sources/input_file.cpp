@@ -79,6 +79,11 @@ std::size_t CInputFile::ReadAt(u64 offset, std::span<u8> bytes) const {
     return done;
 }
 
+bool CInputFile::AwaitNext(std::chrono::milliseconds atMost) const {
+    pollfd wait{file_, POLLIN, 0};
+    return ::poll(&wait, 1, static_cast<int>(atMost.count())) > 0;
+}
+
 std::size_t CInputFile::ReadNext(std::span<u8> bytes) const {
     for (;;) {
         const ssize_t moved = ::read(file_, bytes.data(), bytes.size());

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <chrono>
 #include <filesystem>
 
 #include "measure/sources/bytes.h"
@@ -52,6 +53,8 @@ class CInputFile final : public IBytes {
     u64 SizeNow() const;
     /// Of a pipe: waits until there are bytes; 0 at its end.
     std::size_t ReadNext(std::span<u8> bytes) const;
+    /// Whether `ReadNext` would not wait, after at most that time.
+    bool AwaitNext(std::chrono::milliseconds atMost) const;
 
   private:
     void Inspect();

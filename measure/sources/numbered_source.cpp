@@ -120,7 +120,7 @@ void CNumberedSource::HoldAgainstSum(const SRawFrame& frame) const {
     }
 }
 
-bool CNumberedSource::Next(SRawFrame&) {
+bool CNumberedSource::Next(SRawFrame&, const std::stop_token&) {
     throw CError({.id = EError::WrongArgument,
                   .file = File().Name(),
                   .problem = "its frames have numbers, by which they are read"});

@@ -17,7 +17,7 @@ std::optional<u64> CSource::Count() const { return body_->Count(); }
 u64 CSource::FrameSize() const { return body_->FrameSize(); }
 
 void CSource::Read(u64 number, SRawFrame& frame) const { body_->Read(number, frame); }
-bool CSource::Next(SRawFrame& frame) const { return body_->Next(frame); }
+bool CSource::Next(SRawFrame& frame, const std::stop_token& stop) const { return body_->Next(frame, stop); }
 
 void CSource::Describe(reduce::CReduceObjectArray& objects) const { body_->Describe(objects); }
 void CSource::Overrule(reduce::CReduceObjectArray& objects) const { body_->Overrule(objects); }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -70,8 +71,9 @@ class OVIX_MEASURE_API CSource {
     void Read(u64 number, SRawFrame& frame) const;
     /// The next frame of a source that is not numbered; false at its end. One caller at a time. A torn place goes on at
     /// the next frame that passes its family's check: that frame follows, after one `CError` (FrameRefused) that says
-    /// how many bytes were passed over, in a call of its own.
-    bool Next(SRawFrame& frame) const;
+    /// how many bytes were passed over, in a call of its own. A stop that is asked for ends the waiting for bytes, with
+    /// the error `Interrupted`.
+    bool Next(SRawFrame& frame, const std::stop_token& stop = {}) const;
 
     /// Replaces the content of the array by what the source itself says of its frames: at least a `SourceInfo`. Heavy
     /// tables are shared and not copied.

@@ -155,7 +155,8 @@ void CStreamSource::SkipBetweenFrames() {
     }
 }
 
-bool CStreamSource::Next(SRawFrame& frame) {
+bool CStreamSource::Next(SRawFrame& frame, const std::stop_token& stop) {
+    feed_.StopOn(stop);
     if (!torn_) SkipBetweenFrames();
     torn_ = false;
     const u64 size = SizeHere();

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+
+#include "measure/frame/measurement.h"
+
+namespace ovix::measure {
+
+/// "temperature (factory)": a quantity, and the calibration where there are several ways to it.
+std::string UnitWords(EUnit unit);
+
+/// The unit of those on offer that the options ask for. Throws `CError` (UnitNotOffered) that lists those on offer.
+EUnit ChooseUnit(std::span<const EUnit> offered, const SMeasureOptions& options);
+
+constexpr bool IsUserUnit(EUnit unit) { return unit == RadianceUser || unit == TemperatureUser; }
+
+}  // namespace ovix::measure
