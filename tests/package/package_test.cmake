@@ -6,12 +6,17 @@ function(run)
 endfunction()
 
 set(prefix ${work}/prefix)
-file(REMOVE_RECURSE ${prefix} ${work}/build)
+file(REMOVE_RECURSE ${prefix} ${work}/build ${work}/measuring)
 run(${CMAKE_COMMAND} --install ${built} --config ${config} --prefix ${prefix} --component library)
-run(${CMAKE_COMMAND} -S ${source} -B ${work}/build -G ${generator}
-  -D CMAKE_PREFIX_PATH=${prefix} -D CMAKE_CXX_COMPILER=${compiler} -D CMAKE_BUILD_TYPE=${config}
-  "-D CMAKE_CXX_FLAGS=${flags}" -D EXAMPLE=${example})
-run(${CMAKE_COMMAND} --build ${work}/build --config ${config})
+
+function(build from to)
+  run(${CMAKE_COMMAND} -S ${from} -B ${to} -G ${generator}
+    -D CMAKE_PREFIX_PATH=${prefix} -D CMAKE_CXX_COMPILER=${compiler} -D CMAKE_BUILD_TYPE=${config}
+    "-D CMAKE_CXX_FLAGS=${flags}" ${ARGN})
+  run(${CMAKE_COMMAND} --build ${to} --config ${config})
+endfunction()
+
+build(${source}/consumer ${work}/build -D EXAMPLE=${example})
 
 run(${work}/build/measure_consumer)
 run(${work}/build/consumer)
@@ -22,4 +27,20 @@ file(COPY ${work}/build/plugin_filter/ovix.reduce.example.so DESTINATION ${prefi
 run(${work}/build/consumer)
 if(NOT output MATCHES "decoder Toy")
   message(FATAL_ERROR "The plug-in beside the installed library was not found:\n${output}")
+endif()
+
+# A program that knows the measuring layer alone. Compressed frames want the installed helper.
+build(${source}/measuring ${work}/measuring)
+string(REPEAT "0123" 3072 counts)  # two frames; each byte pair is 0x3130 or 0x3332
+file(WRITE ${work}/counts.raw "${counts}")
+run(${work}/measuring/measuring ${work}/counts.raw counts)
+if(NOT output STREQUAL "frame 0 mean 12849.0\nframe 1 mean 12849.0\n")
+  message(FATAL_ERROR "The mean counts are wrong:\n${output}")
+endif()
+if(EXISTS ${built}/bin/ovix)
+  run(${built}/bin/ovix synth --pixel-type "R7X IR (MJLS)" --size 64x48 --count 3 --overwrite -o ${work}/compressed.raw)
+  run(${work}/measuring/measuring ${work}/compressed.raw "R7X IR (MJLS)")
+  if(NOT output MATCHES "frame 2 mean [1-9]")
+    message(FATAL_ERROR "Compressed frames are not measured:\n${output}")
+  endif()
 endif()

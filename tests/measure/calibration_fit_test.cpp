@@ -1,0 +1,77 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "source_files.h"
+
+namespace ovix::measure {
+namespace {
+
+/// Planck's law summed over the band, W/(cm² sr).
+double BlackBody(double celsius, double low, double high) {
+    constexpr double kH = 6.62607015e-34, kC = 299792458, kK = 1.380649e-23;
+    constexpr int kSteps = 4000;
+    const double kelvin = celsius + 273.15, step = (high - low) / kSteps;
+    double sum = 0;
+    for (int i = 0; i < kSteps; ++i) {
+        const double metres = (low + (i + 0.5) * step) * 1e-6;
+        sum += 2 * kH * kC * kC / std::pow(metres, 5) / std::expm1(kH * kC / (metres * kK * kelvin)) * step * 1e-6;
+    }
+    return sum * 1e-4;
+}
+
+/// What a linear camera gives that looks at black bodies.
+std::vector<SCalibrationPoint> Points(u8 preset, std::initializer_list<double> celsius, double slope = 4e5) {
+    std::vector<SCalibrationPoint> points;
+    for (const double c : celsius) points.push_back({1000 + slope * BlackBody(c, 8, 12), c, preset});
+    return points;
+}
+
+TEST(CalibrationFit, FindsTheTemperaturesOfBlackBodiesInEveryPreset) {
+    std::vector<SCalibrationPoint> points = Points(0, {80, 10, 30, 55, 20, 100, 5, 64});
+    for (const SCalibrationPoint& point : Points(3, {50, 200, 150, 300, 350, 100}, 6e4)) points.push_back(point);
+    const struct {
+        SFitOptions options;
+        double tolerance;
+    } cases[] = {{{.lowWave = 8, .highWave = 12, .order = 1}, 0.02},
+                 {{.lowWave = 8, .highWave = 12, .order = 2}, 0.02},
+                 {{.lowWave = 8, .highWave = 12, .order = 1, .model = ETemperatureModel::Polynomial}, 1},
+                 {{.lowWave = 8, .highWave = 12, .order = 1, .model = ETemperatureModel::Planck}, 12}};
+    for (const auto& c : cases) {
+        const SCalibrationFit fit = FitCalibration(points, c.options);
+        ASSERT_EQ(fit.presets.size(), 2u);
+        EXPECT_EQ(fit.presets[1].preset, 3);
+        EXPECT_EQ(fit.presets[0].points.front().point.celsius, 5) << "in the order of the counts";
+        for (const SPresetFit& preset : fit.presets) {
+            EXPECT_TRUE(preset.steady);
+            EXPECT_LT(preset.Largest(), c.tolerance);
+            EXPECT_LE(preset.Rms(), preset.Largest());
+        }
+        for (const SFittedPoint& point : fit.presets[0].points)
+            EXPECT_NEAR(point.radiance, BlackBody(point.point.celsius, 8, 12), 2e-3 * point.radiance);
+    }
+    // A polynomial that turns round between the counts measures two temperatures as one.
+    const std::vector<SCalibrationPoint> bent = {{1000, 20}, {2000, 90}, {3000, 95}, {4000, 30}};
+    EXPECT_FALSE(FitCalibration(bent, {.lowWave = 8, .highWave = 12}).presets[0].steady);
+}
+
+TEST(CalibrationFit, RefusesWhatDeterminesNone) {
+    const SFitOptions good{.lowWave = 8, .highWave = 12};
+    const struct {
+        std::vector<SCalibrationPoint> points;
+        SFitOptions options;
+        EError id;
+    } cases[] = {{Points(0, {20, 30}), good, EError::FitUndetermined},
+                 {{{1000, 20}, {2000, 20}, {3000, 20}}, good, EError::FitUndetermined},
+                 {{{1000, -273}, {2000, -272.9}, {3000, 20}}, good, EError::FitUndetermined},
+                 {Points(8, {20, 30, 40}), good, EError::WrongArgument},
+                 {Points(0, {20, 30, 40}), {.lowWave = 12, .highWave = 8}, EError::WrongArgument},
+                 {Points(0, {20, 30, 40}), {.lowWave = 8, .highWave = 12, .order = 10}, EError::WrongArgument},
+                 {{{1000, 20}, {2000, 1e9}, {3000, 30}}, good, EError::WrongArgument},
+                 {{{NAN, 20}, {2000, 25}, {3000, 30}}, good, EError::WrongArgument}};
+    for (const auto& c : cases)
+        EXPECT_EQ(test::FactsOf([&] { FitCalibration(c.points, c.options); }).id, c.id) << &c - cases;
+}
+
+}  // namespace
+}  // namespace ovix::measure

@@ -1,0 +1,204 @@
+// Frames of every family: measured by a series of any number of threads, and one by one in any order, they give what
+// the plain steps of the library give for each frame alone.
+
+#include <gtest/gtest.h>
+
+#include <numeric>
+
+#include "apps/ovix/scene.h"
+#include "apps/ovix/synth/synth.h"
+#include "source_files.h"
+
+namespace ovix::measure {
+namespace {
+
+using namespace test;
+
+constexpr u16 kWide = 48, kHigh = 32;
+constexpr u32 kPixels = kWide * kHigh;
+constexpr u16 kFrames = 11;
+
+struct SPlain {
+    std::vector<float> values = std::vector<float>(kPixels);
+    std::vector<u8> status = std::vector<u8>(kPixels);
+};
+
+/// The steps that a program makes which uses the library alone, with everything new.
+SPlain MeasurePlainly(const SFrameFormat& format, Bytes bytes, const SMeasureOptions& options, EUnit unit) {
+    const CString name(format.filter.c_str());
+    reduce::SFrameForm form;
+    EXPECT_TRUE(reduce::GetFrameForm(name, format.pixelType, form));
+    reduce::CReduceObjectArray objects;
+    objects.GetSourceInfo(true)->baseUnit = form.unit;
+    for (const SCorrectionFiles& files : options.corrections)
+        EXPECT_TRUE(
+            objects.Get<reduce::CCorrectionReduceObject>(-1, true)->Load(FileSystem, CString(files.stem.c_str())));
+    Bytes pixels(std::size_t{form.bytesPerPixel} * kPixels);
+    STypedData buffer{pixels.data(), form.element};
+    u8 preset = 0;
+    EXPECT_TRUE(reduce::filterFactory()->Create(name)->ParseFrame(
+        bytes.data(), format.pixelType, kWide, kHigh, static_cast<u32>(bytes.size()), buffer, objects, preset));
+    if (options.scene.emissivity) objects.GetObjectParameters(true)->emissivity = *options.scene.emissivity;
+    if (options.scene.distance) objects.GetObjectParameters(true)->distance = *options.scene.distance;
+    reduce::CConvertContext context;
+    context.setReduceObjs(&objects);
+    bool presets[8] = {};
+    presets[preset] = true;
+    EXPECT_TRUE(context.SetUnit(unit, options.scale) && context.Update(presets, 8, 0));
+    std::vector<float> corrected(kPixels);
+    if (context.needToApplyNUC()) context.ApplyNUC(buffer, {corrected.data(), Flt32}, kPixels, buffer);
+    SPlain plain;
+    EXPECT_TRUE(context.Convert(buffer, {plain.values.data(), Flt32}, plain.status.data(), kPixels));
+    return plain;
+}
+
+bool SameBits(const CFrame& frame, const SPlain& plain) {
+    return frame.status == plain.status && frame.values.size() == kPixels &&
+           std::memcmp(frame.values.data(), plain.values.data(), kPixels * sizeof(float)) == 0;
+}
+
+/// Every frame by plain steps, by series, and alone in an order without sense, all into one `CFrame`.
+void ExpectAlike(const CMeasurement& measurement, const std::vector<Bytes>& frames) {
+    std::vector<SPlain> plain;
+    for (const Bytes& bytes : frames)
+        plain.push_back(
+            MeasurePlainly(measurement.Source().Format(), bytes, measurement.Options(), measurement.Unit().value()));
+    for (const unsigned threads : {1, 2, 3, 8}) {
+        u64 number = 0;
+        for (const CFrame& frame : CSeries(measurement, {.threads = threads})) {
+            ASSERT_EQ(frame.number, number);
+            ASSERT_TRUE(SameBits(frame, plain[number++])) << "frame " << frame.number << ", " << threads << " threads";
+        }
+        ASSERT_EQ(number, frames.size());
+    }
+    CFrame frame;
+    for (u64 i = 0; i < 2 * frames.size(); ++i) {
+        const u64 number = i * 7 % frames.size();
+        measurement.Measure(number, frame);
+        ASSERT_TRUE(SameBits(frame, plain[number])) << "frame " << number;
+    }
+}
+
+TEST(Families, GiveTheSameBitsOnAnyNumberOfThreadsInAnyOrder) {
+    const CSourceFolder folder;
+    for (const app::SSynthFamily& family : app::SynthFamilies()) {
+        for (const app::SSynthForm& form : family.forms()) {
+            SCOPED_TRACE(form.description);
+            const auto camera = family.make({.type = form.type, .form = form.form, .width = kWide, .height = kHigh});
+            std::vector<Bytes> frames;
+            Bytes dump;
+            for (u64 i = 0; i < kFrames; ++i) {
+                frames.push_back(camera->Frame(i, app::RenderScene(kWide, kHigh, 5 * i)));
+                dump = dump + frames.back();
+            }
+            const CSource source = Open(folder.Put("dump", dump),
+                                        {.pixelType = PixelTypeName(form.type), .width = kWide, .height = kHigh});
+            const CMeasurement probe(source, {});
+            for (const EUnit unit : probe.Offered()) {
+                for (const EQuantity quantity : {EQuantity::Counts, EQuantity::Signal, EQuantity::Radiance,
+                                                 EQuantity::Temperature, EQuantity::Green, EQuantity::Average}) {
+                    if (FindUnit(probe.Offered(), quantity, {}) == unit)
+                        ExpectAlike(CMeasurement(source, {.quantity = quantity, .scale = Fahrenheit}), frames);
+                }
+            }
+            if (probe.Unit() == TemperatureFactory) {
+                ExpectAlike(CMeasurement(source, {.scene = {.emissivity = 0.7f}}), frames);
+            }
+        }
+    }
+}
+
+/// Frames of one camera whose metadata differ: emissivities of 0.95, 0.8, 0.6 in turn; every fourth is cut behind its
+/// pixels and brings none.
+std::vector<Bytes> FramesOfManyScenes(u64 count) {
+    constexpr std::size_t kEmissivity = 2 * kPixels + 128 + 32;
+    const auto camera =
+        app::FindSynthFamily(kK410GigE)->make({.type = kK410GigE, .form = {}, .width = kWide, .height = kHigh});
+    std::vector<Bytes> frames;
+    for (u64 i = 0; i < count; ++i) {
+        Bytes frame = camera->Frame(i, app::RenderScene(kWide, kHigh, i));
+        const float emissivity = i % 3 == 0 ? 0.95f : i % 3 == 1 ? 0.8f : 0.6f;
+        Patch(frame, kEmissivity, std::bit_cast<u32>(emissivity), 4);
+        if (i % 4 == 3) Patch(frame, 2 * kPixels, 0, 4);  // no container: pixels alone
+        frames.push_back(std::move(frame));
+    }
+    return frames;
+}
+
+std::optional<SParameter> Find(const CFrame& frame, const std::string& key) {
+    for (SParameter& parameter : frame.Parameters()) {
+        if (parameter.key == key) return parameter;
+    }
+    return {};
+}
+
+TEST(Families, FramesLeaveNothingToTheNext) {
+    const CSourceFolder folder;
+    const std::vector<Bytes> frames = FramesOfManyScenes(12);
+    Bytes dump;
+    for (const Bytes& frame : frames) dump = dump + frame;
+    const CSource source = Open(folder.Put("dump", dump), {.pixelType = kGigE, .width = kWide, .height = kHigh});
+    ExpectAlike(CMeasurement(source, {.quantity = EQuantity::Counts}), frames);
+
+    const CMeasurement measurement(source, {});
+    CSeries series(measurement, {.threads = 3, .onFault = EOnFault::Skip});
+    for (const CFrame& frame : series) {
+        const Bytes& bytes = frames[frame.number];
+        EXPECT_TRUE(SameBits(frame, MeasurePlainly(source.Format(), bytes, {}, TemperatureFactory))) << frame.number;
+        EXPECT_TRUE(frame.time && frame.counter);
+        const auto emissivity = Find(frame, "emissivity");
+        ASSERT_TRUE(emissivity);
+        EXPECT_EQ(emissivity->value, frame.number % 3 == 0 ? 0.95 : frame.number % 3 == 1 ? 0.8 : 0.6);
+        EXPECT_EQ(emissivity->origin, EOrigin::Frame);
+        EXPECT_EQ(Find(frame, "atmosphere-trans")->origin, EOrigin::Computed);
+    }
+    // Those without metadata have no temperature, whatever stood in the frames before them.
+    EXPECT_EQ(series.FaultCount(), 3u);
+    EXPECT_EQ(series.Faults()[0].Id(), EError::NoCalibration);
+    const CFrame bare = CMeasurement(source, {.quantity = EQuantity::Counts}).Measure(3);
+    EXPECT_FALSE(bare.time || bare.counter);
+    EXPECT_TRUE(bare.Parameters().empty()) << "counts depend on no scene";
+
+    const CFrame told = CMeasurement(source, {.scene = {.emissivity = 0.5f, .atmosphereTrans = 0.9f}}).Measure(1);
+    EXPECT_EQ(Find(told, "emissivity")->value, 0.5);
+    EXPECT_EQ(Find(told, "emissivity")->origin, EOrigin::Caller);
+    EXPECT_EQ(Find(told, "atmosphere-trans")->value, 0.9);
+    EXPECT_EQ(Find(told, "distance")->origin, EOrigin::Frame);
+}
+
+TEST(Families, APixelIsWalkedFromItsCountToItsTemperature) {
+    const CSourceFolder folder;
+    const std::vector<Bytes> frames = FramesOfManyScenes(2);
+    const CSource source =
+        Open(folder.Put("dump", frames[0] + frames[1]), {.pixelType = kGigE, .width = kWide, .height = kHigh});
+    constexpr u32 kPixel = 5 * kWide + 7;
+    const SMeasureOptions kelvin{.scale = Kelvin, .scene = {.distance = 4.0f}};
+    const SPixelWalk walk = WalkPixel(source, kelvin, 1, kPixel);
+    ASSERT_EQ(walk.steps.size(), 4u);
+    for (const SWalkStep& step : walk.steps) {
+        SMeasureOptions options = kelvin;
+        SPlain plain = MeasurePlainly(source.Format(), frames[1], options, step.unit);
+        EXPECT_EQ(step.value, plain.values[kPixel]) << step.unit;
+        EXPECT_FALSE(step.corrected);
+    }
+    const float count = LoadLittle<u16>(frames[1].data() + 2 * kPixel);
+    EXPECT_EQ(walk.steps[0].value, count);
+    EXPECT_EQ(walk.steps[3].unit, TemperatureFactory);
+    EXPECT_EQ(walk.calibration.model, "Curlew (factory)");
+    EXPECT_EQ(walk.calibration.values[0].key, "gain");
+    EXPECT_EQ(walk.scene.size(), 8u);
+    for (const SParameter& value : walk.scene) {
+        if (value.key == "distance") {
+            EXPECT_EQ(value.value, 4);
+            EXPECT_EQ(value.origin, EOrigin::Caller);
+            EXPECT_EQ(value.unit, "m");
+        }
+    }
+    EXPECT_EQ(WalkPixel(source, {.quantity = EQuantity::Counts}, 1, kPixel).steps.size(), 1u);
+    EXPECT_EQ(FactsOf([&] { WalkPixel(source, {}, 1, kPixels); }).id, EError::WrongArgument);
+    EXPECT_EQ(FactsOf([&] { WalkPixel(source, {.calibration = ECalibration::User}, 1, 0); }).id,
+              EError::UnitNotOffered);
+}
+
+}  // namespace
+}  // namespace ovix::measure

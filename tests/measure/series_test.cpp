@@ -1,0 +1,230 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cmath>
+#include <ranges>
+#include <thread>
+
+#include "turning_camera.h"
+
+namespace ovix::measure {
+namespace {
+
+using namespace test;
+
+static_assert(std::ranges::input_range<CSeries>);
+
+std::vector<STurningFrame> Turning(u16 count, std::initializer_list<std::pair<u16, u8>> presets = {}) {
+    std::vector<STurningFrame> frames;
+    for (u16 i = 0; i < count; ++i) frames.push_back({0, {i, i, i, i}});
+    for (const auto& [number, preset] : presets) frames[number].preset = preset;
+    return frames;
+}
+
+auto CountThreads() { return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}); }
+
+std::vector<u64> NumbersOf(CSeries& series) {
+    std::vector<u64> numbers;
+    for (const CFrame& frame : series) numbers.push_back(frame.number);
+    return numbers;
+}
+
+TEST(Series, HandsResultsOverInOrderFromManyThreadsInBoundedMemory) {
+    const CTurningDump dump(Turning(300));
+    const CMeasurement measurement(dump.Source(), {});
+    CSeries series(measurement, {.threads = 4});
+    std::atomic<int> mapped = 0;
+    const auto caller = std::this_thread::get_id();
+    std::vector<float> means;
+    series.Run(
+        [&](const CFrame& frame) {
+            EXPECT_NE(std::this_thread::get_id(), caller);
+            ++mapped;
+            if (frame.number % 7 == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            return static_cast<float>(frame.Statistics().mean);
+        },
+        [&](float mean) {
+            EXPECT_EQ(std::this_thread::get_id(), caller);
+            EXPECT_LE(mapped, static_cast<int>(means.size()) + 8) << "frames in memory";
+            means.push_back(mean);
+        });
+    ASSERT_EQ(means.size(), 300u);
+    for (std::size_t i = 0; i < means.size(); ++i) EXPECT_EQ(means[i], static_cast<float>(i));
+    EXPECT_EQ(series.Done(), 300u);
+}
+
+TEST(Series, TreatsFaultsAsItIsToldAndEverythingElseAsTheEnd) {
+    const CTurningDump dump(Turning(12, {{2, 200}, {5, 100}, {11, 200}}));
+    const CMeasurement measurement(dump.Source(), {});
+    for (const unsigned threads : {1, 3}) {
+        CSeries skips(measurement, {.threads = threads, .onFault = EOnFault::Skip});
+        EXPECT_EQ(NumbersOf(skips), (std::vector<u64>{0, 1, 3, 4, 6, 7, 8, 9, 10}));
+        ASSERT_EQ(skips.Faults().size(), 3u);
+        EXPECT_EQ(skips.Faults()[1].Facts().frame, 5u);
+        EXPECT_EQ(skips.FaultCount(), 3u);
+
+        CSeries fills(measurement, {.threads = threads, .onFault = EOnFault::Fill});
+        u64 number = 0;
+        for (const CFrame& frame : fills) {
+            const bool bad = number == 2 || number == 5 || number == 11;
+            EXPECT_EQ(frame.number, number++);
+            EXPECT_EQ(frame.status, std::vector<u8>(4, bad ? 32 : 0));
+            for (const float value : frame.values) EXPECT_EQ(std::isnan(value), bad);
+        }
+        EXPECT_EQ(number, 12u);
+
+        CSeries stops(measurement, {.threads = threads});
+        std::vector<u64> good;
+        const SErrorFacts facts = FactsOf([&] {
+            for (const CFrame& frame : stops) good.push_back(frame.number);
+        });
+        EXPECT_EQ(facts.frame, 2u);
+        EXPECT_EQ(facts.id, EError::FrameRefused);
+        EXPECT_EQ(good, (std::vector<u64>{0, 1}));
+
+        // A frame that is not there is a mistake of the caller.
+        CSeries beyond(measurement,
+                       {.frames = CFrameNumbers({{10, 13}}), .threads = threads, .onFault = EOnFault::Skip});
+        EXPECT_EQ(FactsOf([&] { NumbersOf(beyond); }).id, EError::NoSuchFrame);
+        CSeries maps(measurement, {.threads = threads, .onFault = EOnFault::Skip});
+        int sunk = 0;
+        EXPECT_THROW(maps.Run([](const CFrame& frame) { return frame.number == 4 ? throw frame.number : 0; },
+                              [&](int) { ++sunk; }),
+                     u64);
+        EXPECT_EQ(sunk, 3);
+        EXPECT_THROW(maps.Run([](const CFrame& frame) { return frame.number; }, [](u64 n) { throw n; }), u64);
+        const auto before = CountThreads();
+        int taken = 0;
+        for ([[maybe_unused]] CFrame& frame : maps) {
+            if (++taken == 2) break;
+        }
+        EXPECT_EQ(CountThreads(), before) << "threads that stay";
+    }
+}
+
+TEST(Series, EndsOnRequestAndTellsHowFarItIs) {
+    const CTurningDump dump(Turning(50));
+    const CMeasurement measurement(dump.Source(), {});
+    for (const unsigned threads : {1, 3}) {
+        std::stop_source stop;
+        std::vector<u64> told;
+        CSeries series(measurement, {.frames = CFrameNumbers({{40, 49}, {0, 30, 3}}),
+                                     .threads = threads,
+                                     .stop = stop.get_token(),
+                                     .progress = [&](u64 done, std::optional<u64> total) {
+                                         EXPECT_EQ(total, 21u);
+                                         told.push_back(done);
+                                         if (done == 12) stop.request_stop();
+                                     }});
+        std::vector<u64> numbers;
+        EXPECT_EQ(FactsOf([&] {
+                      for (const CFrame& frame : series) numbers.push_back(frame.number);
+                  }).id,
+                  EError::Interrupted);
+        EXPECT_EQ(numbers, (std::vector<u64>{40, 41, 42, 43, 44, 45, 46, 47, 48, 49, 0, 3}));
+        EXPECT_EQ(told.size(), 12u);
+    }
+}
+
+TEST(Series, MergesEachCycleOfPresetsToOneFrame) {
+    CTurningDump dump({{0, {100, 15000, 15001, 16000}},
+                       {1, {10, 2000, 2000, 16000}},
+                       {0, {1, 2, 3, 4}},
+                       {209, {}},
+                       {1, {5, 6, 7, 8}},
+                       {1, {100, 200, 300, 400}},
+                       {0, {20000, 20000, 9, 9}},
+                       {0, {15002, 1, 2, 3}}});
+    const CMeasurement measurement(dump.Source(), TurningRadiance());
+    // Above 15,000 counts the next preset is taken; the last of a cycle whatever it counts. Counts as those of preset
+    // 0.
+    const struct {
+        u64 number;
+        std::vector<u64> merged;
+        std::array<double, 4> counts;
+    } expected[] = {{0, {0, 1}, {100, 15000, 4 * 2000, 4 * 16000}},
+                    {2, {2, 4}, {1, 2, 3, 4}},
+                    {5, {5, 6}, {4 * 100, 4 * 200, 9, 9}},
+                    {7, {7}, {15002, 1, 2, 3}}};
+    for (const unsigned threads : {1, 2, 5}) {
+        CSeries series(measurement, {.threads = threads, .onFault = EOnFault::Skip, .mergePresets = true});
+        const auto* next = expected;
+        for (const CFrame& frame : series) {
+            ASSERT_NE(next, std::end(expected));
+            EXPECT_EQ(frame.number, next->number);
+            EXPECT_EQ(frame.merged, next->merged);
+            for (u32 p = 0; p < 4; ++p)
+                EXPECT_NEAR(frame.values[p] / kRadiancePerCount, next->counts[p], 0.01) << frame.number << ' ' << p;
+            ++next;
+        }
+        EXPECT_EQ(next, std::end(expected));
+        EXPECT_EQ(series.FaultCount(), 1u);
+        CSeries stops(measurement, {.threads = threads, .mergePresets = true});
+        EXPECT_EQ(FactsOf([&] { NumbersOf(stops); }).frame, 3u);
+        EXPECT_EQ(stops.Done(), 1u) << "the cycle that the damaged frame stands in is not whole";
+    }
+    // What is known of preset 0 alone does not do for a cycle of both.
+    CSeries one(CMeasurement(dump.Source(), TurningRadiance(1)), {.onFault = EOnFault::Skip, .mergePresets = true});
+    EXPECT_EQ(NumbersOf(one), std::vector<u64>{7});
+    EXPECT_EQ(one.Faults().front().Id(), EError::NoCalibration);
+}
+
+TEST(Series, TakesTheFramesOfAPipeAsTheyCome) {
+    for (const unsigned threads : {1, 3}) {
+        int ends[2];
+        ASSERT_EQ(::pipe(ends), 0);
+        std::jthread writer([&] {
+            const Bytes frames = test::Frames(40);
+            EXPECT_EQ(::write(ends[1], frames.data(), frames.size()), static_cast<ssize_t>(frames.size()));
+        });
+        const CMeasurement measurement(OpenDescriptor(ends[0], "pipe", AsDump()), {.quantity = EQuantity::Counts});
+        EXPECT_FALSE(measurement.Unit());
+        CSeries chosen(measurement, {.frames = CFrameNumbers({{2, 8, 3}, {11, 35}}), .threads = threads});
+        std::vector<u64> numbers;
+        for (const CFrame& frame : chosen) {
+            numbers.push_back(frame.number);
+            EXPECT_EQ(frame.values[0], static_cast<float>(1000 + frame.number));
+            if (numbers.size() == 12) break;
+        }
+        EXPECT_EQ(numbers, (std::vector<u64>{2, 5, 8, 11, 12, 13, 14, 15, 16, 17, 18, 19}));
+        // The end of the pipe stays open: who waits for more is ended on request.
+        std::stop_source stop;
+        CSeries rest(measurement, {.threads = threads, .stop = stop.get_token()});
+        std::jthread patience([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+            stop.request_stop();
+        });
+        EXPECT_EQ(FactsOf([&] { NumbersOf(rest); }).id, EError::Interrupted);
+        writer.join();
+        ::close(ends[0]);
+        ::close(ends[1]);
+    }
+}
+
+TEST(Series, GoesOnOnBothSidesOfAFork) {
+    const CTurningDump dump(Turning(60));
+    const CMeasurement measurement(dump.Source(), {});
+    for (const unsigned threads : {1, 3}) {
+        std::vector<u64> numbers;
+        pid_t child = -1;
+        {
+            CSeries series(measurement, {.threads = threads});
+            for (const CFrame& frame : series) {
+                numbers.push_back(frame.number);
+                if (frame.number == 20) child = ::fork();
+            }
+        }
+        bool good = numbers.size() == 60;
+        for (u64 i = 0; i < numbers.size(); ++i) good = good && numbers[i] == i;
+        if (child == 0) ::_exit(good ? 0 : 1);
+        int status = -1;
+        ::waitpid(child, &status, 0);
+        EXPECT_EQ(status, 0);
+        EXPECT_TRUE(good);
+    }
+}
+
+}  // namespace
+}  // namespace ovix::measure

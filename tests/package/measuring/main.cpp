@@ -1,0 +1,16 @@
+// The mean count of each frame of a dump of 64 x 48 pixels.
+
+#include <cstdio>
+
+#include "measure/measure.h"
+
+using namespace ovix::measure;
+
+int main(int, char** arguments) try {
+    const CSource source = Open(arguments[1], {.pixelType = arguments[2], .width = 64, .height = 48});
+    for (const CFrame& frame : CSeries(CMeasurement(source, {.quantity = EQuantity::Counts}), {.threads = 2}))
+        std::printf("frame %d mean %.1f\n", static_cast<int>(frame.number), frame.Statistics().mean);
+} catch (const CError& error) {
+    std::puts(error.what());
+    return 1;
+}
