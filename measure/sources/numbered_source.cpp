@@ -37,7 +37,13 @@ void CNumberedSource::LookAtRecording(const CRecordingFile& file, const SOpenOpt
     FindSums(file, frames->Count());
     layout_ = std::move(frames);
     SetObjects(objects);
-    FindOverruled(FirstFrames());
+    constexpr u64 kMostTried = 16;
+    u64 tried = 0;
+    FindOverruled([&]() -> std::optional<std::vector<u8>> {
+        const auto place = tried < kMostTried ? layout_->Find(tried++) : std::nullopt;
+        if (!place) return {};
+        return File().Get(place->offset, place->size);
+    });
 }
 
 void CNumberedSource::FindSums(const CRecordingFile& file, u64 count) {
@@ -63,17 +69,6 @@ std::shared_ptr<CNumberedSource> CNumberedSource::OfDump(std::shared_ptr<const C
                                  [&](SFinding finding) { source->Add(std::move(finding)); });
     source->SetObjects({});
     return source;
-}
-
-std::vector<std::vector<u8>> CNumberedSource::FirstFrames() const {
-    constexpr u64 kMostTried = 16;
-    std::vector<std::vector<u8>> frames;
-    for (u64 i = 0; i < kMostTried; ++i) {
-        const auto place = layout_->Find(i);
-        if (!place) break;
-        frames.push_back(File().Get(place->offset, place->size));
-    }
-    return frames;
 }
 
 void CNumberedSource::Read(u64 number, SRawFrame& frame) const {

@@ -30,7 +30,6 @@ class CNumberedSource final : public CSource::IBody {
     void LookAtRecording(const CRecordingFile& file, const SOpenOptions& options);
     void FindSums(const CRecordingFile& file, u64 count);
     void HoldAgainstSum(const SRawFrame& frame) const;
-    std::vector<std::vector<u8>> FirstFrames() const;
 
     std::unique_ptr<IFrameLayout> layout_;
     std::optional<SFrameSums> sums_;

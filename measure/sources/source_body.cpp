@@ -42,13 +42,13 @@ void CSource::IBody::SetObjects(const reduce::CReduceObjectArray& objects) {
     info->time.SetTimestamp(0);
 }
 
-void CSource::IBody::FindOverruled(const std::vector<std::vector<u8>>& firstFrames) {
+void CSource::IBody::FindOverruled(const std::function<std::optional<std::vector<u8>>()>& next) {
     const auto recorded = objects_.GetObjectParameters(false);
     if (!recorded) return;
     const CFrameProbe probe(format_);
-    for (std::vector<u8> frame : firstFrames) {
+    while (auto frame = next()) {
         reduce::CReduceObjectArray own;
-        if (!probe.ParseMetadata(frame, own)) continue;  // whoever wants that frame will hear of it
+        if (!probe.ParseMetadata(*frame, own)) continue;  // whoever wants that frame will hear of it
         const auto told = own.GetObjectParameters(false);
         if (!told || !told->fromSource) return;
         u32 bit = 1;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <mutex>
 
 #include "measure/sources/input_file.h"
@@ -37,8 +38,9 @@ class CSource::IBody {
     /// What the source says of its frames, while it is made. A source info is added where there is none.
     void SetObjects(const reduce::CReduceObjectArray& objects);
     /// The scene values that the source tells otherwise than its frames do were given to it when it was made, and hold
-    /// for all frames. The first of the given frames that will do decides.
-    void FindOverruled(const std::vector<std::vector<u8>>& firstFrames);
+    /// for all frames. The first frame that will do decides; `next` reads them one by one, and is
+    /// not asked where the source tells no scene.
+    void FindOverruled(const std::function<std::optional<std::vector<u8>>()>& next);
 
   private:
     std::shared_ptr<const CInputFile> file_;

@@ -1,6 +1,7 @@
 #include "measure/sources/stream_source.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "measure/recordings/stored_metadata.h"
 #include "measure/text.h"
@@ -119,7 +120,11 @@ void CStreamSource::LookAtFirstFrame() {
     const CBytesInMemory bytes(File().Name(), {frame.begin(), frame.end()});
     CheckEnds(bytes, CEqualFrames(bytes, 0, frame.size(), frame.size()), probe_,
               [this](SFinding finding) { Add(std::move(finding)); });
-    FindOverruled({{frame.begin(), frame.end()}});
+    bool asked = false;
+    FindOverruled([&]() -> std::optional<std::vector<u8>> {
+        if (std::exchange(asked, true)) return {};
+        return std::vector<u8>(frame.begin(), frame.end());
+    });
     tells_ = tells_ && probe_.TellsFrames(frame.size());
 }
 
