@@ -1,4 +1,7 @@
+#include <tbb/parallel_invoke.h>
+
 #include <algorithm>
+#include <memory>
 
 #include "bench/support/data.h"
 #include "reduce/convert/convert_context.h"
@@ -90,57 +93,98 @@ const CKernelEntry kBareLog({
 });
 
 /// A frame of counts, corrected, converted to temperatures with their status, and its figures.
-const CKernelEntry kChain({
-    .name = "ApplyNUC, Convert, GetStats",
+struct SChain {
+    SSource source;
+    STables tables;
+    CConvertContext context;
+    std::vector<std::vector<u16>> in;
+    std::vector<u16> corrected;
+    std::vector<std::vector<float>> out;
+    std::vector<std::vector<u8>> status;
+    CStats stats;
+    SRun run;
+
+    explicit SChain(const SRun& r)
+        : tables(r), in(SceneLanes(r)), corrected(r.Pixels()), out(Lanes<float>(r)), status(Lanes<u8>(r)), run(r) {
+        const auto correction = source.array.GetCorrection(0, true);
+        correction->Create(r.width, r.height, 0, CorrectionGain | CorrectionOffset | CorrectionBadPixels);
+        std::copy(tables.gain.begin(), tables.gain.end(), correction->gain.get());
+        std::copy(tables.offset.begin(), tables.offset.end(), correction->offset.get());
+        std::copy(tables.replace.begin(), tables.replace.end(), correction->map.get());
+        bool presets[] = {true};
+        context.setReduceObjs(&source.array);
+        context.SetUnit(TemperatureFactory, ovix::Celsius);
+        context.Update(presets, 1, 0);
+    }
+
+    void InThreeCalls(u32 lane) {
+        STypedData counts{in[lane].data(), UInt16};
+        const STypedData result{out[lane].data(), Flt32};
+        context.ApplyNUC(counts, {corrected.data(), UInt16}, run.Pixels(), counts);
+        context.Convert(counts, result, status[lane].data(), run.Pixels());
+        GetStats(stats, result, run.width, run.height, nullptr, 0, status[lane].data());
+    }
+    void InOneCall(u32 lane) {
+        context.MeasureFrame({in[lane].data(), UInt16}, run.width, run.height, {out[lane].data(), Flt32},
+                             status[lane].data(), stats);
+    }
+    std::string Difference() const {
+        std::vector<float> expected;
+        for (u32 i = 0; i < run.Pixels(); ++i) {
+            const u32 j = tables.replace[i];
+            const float count = static_cast<float>(in[0][j]) * tables.gain[j] + static_cast<float>(tables.offset[j]);
+            expected.push_back(Celsius(static_cast<u16>(count)));
+        }
+        const std::string difference = FirstDifference(out[0], expected);
+        const bool sameHighest = stats.maximum == *std::max_element(expected.begin(), expected.end());
+        return !difference.empty() || sameHighest ? difference : "another maximum";
+    }
+};
+
+const char* const kStepsName = "ApplyNUC, Convert, GetStats";
+const CKernelEntry kSteps({
+    .name = kStepsName,
     .bytesPerPixel = 14 + 7 + 5,
     .streamedBytesPerPixel = 7,
     .make =
         [](const SRun& run) {
-            struct SData {
-                SSource source;
-                STables tables;
-                CConvertContext context;
-                std::vector<std::vector<u16>> in;
-                std::vector<u16> corrected;
-                std::vector<std::vector<float>> out;
-                std::vector<std::vector<u8>> status;
-                CStats stats;
-
-                explicit SData(const SRun& r)
-                    : tables(r), in(SceneLanes(r)), corrected(r.Pixels()), out(Lanes<float>(r)), status(Lanes<u8>(r)) {
-                    const auto correction = source.array.GetCorrection(0, true);
-                    correction->Create(r.width, r.height, 0, CorrectionGain | CorrectionOffset | CorrectionBadPixels);
-                    std::copy(tables.gain.begin(), tables.gain.end(), correction->gain.get());
-                    std::copy(tables.offset.begin(), tables.offset.end(), correction->offset.get());
-                    std::copy(tables.replace.begin(), tables.replace.end(), correction->map.get());
-                    bool presets[] = {true};
-                    context.setReduceObjs(&source.array);
-                    context.SetUnit(TemperatureFactory, ovix::Celsius);
-                    context.Update(presets, 1, 0);
-                }
-            };
-            const auto data = std::make_shared<SData>(run);
-            return SJob{[=](u32 lane) {
-                            STypedData counts{data->in[lane].data(), UInt16};
-                            const STypedData result{data->out[lane].data(), Flt32};
-                            data->context.ApplyNUC(counts, {data->corrected.data(), UInt16}, run.Pixels(), counts);
-                            data->context.Convert(counts, result, data->status[lane].data(), run.Pixels());
-                            GetStats(data->stats, result, data->status[lane].data(), run.width, run.height);
-                        },
-                        [=] {
-                            std::vector<float> expected;
-                            for (u32 i = 0; i < run.Pixels(); ++i) {
-                                const u32 j = data->tables.replace[i];
-                                const float count = static_cast<float>(data->in[0][j]) * data->tables.gain[j] +
-                                                    static_cast<float>(data->tables.offset[j]);
-                                expected.push_back(Celsius(static_cast<u16>(count)));
-                            }
-                            const double highest = *std::max_element(expected.begin(), expected.end());
-                            const std::string difference = FirstDifference(data->out[0], expected);
-                            return !difference.empty() || data->stats.maximum == highest ? difference
-                                                                                         : "another maximum";
-                        }};
+            const auto chain = std::make_shared<SChain>(run);
+            return SJob{[=](u32 lane) { chain->InThreeCalls(lane); }, [=] { return chain->Difference(); }};
         },
+});
+
+/// What comes and goes in one pass: source and three tables, values and status.
+constexpr double kChainBytes = 2 + 4 + 2 + 4 + 4 + 1;
+const char* const kChainName = "MeasureFrame";
+const CKernelEntry kChain({
+    .name = kChainName,
+    .bytesPerPixel = kChainBytes,
+    .streamedBytesPerPixel = 7,
+    .make =
+        [](const SRun& run) {
+            const auto chain = std::make_shared<SChain>(run);
+            return SJob{[=](u32 lane) { chain->InOneCall(lane); }, [=] { return chain->Difference(); }};
+        },
+    .beside = kStepsName,
+    .mostBeside = 0.8,
+});
+
+/// Times are those of one of the two frames.
+const CKernelEntry kTwoChains({
+    .name = "MeasureFrame, two at once",
+    .bytesPerPixel = kChainBytes,
+    .streamedBytesPerPixel = 7,
+    .make =
+        [](const SRun& run) {
+            const auto first = std::make_shared<SChain>(run), second = std::make_shared<SChain>(run);
+            return SJob{[=](u32 lane) {
+                            tbb::parallel_invoke([&] { first->InOneCall(lane); }, [&] { second->InOneCall(lane); });
+                        },
+                        [=] { return first->Difference() + second->Difference(); }};
+        },
+    .beside = kChainName,
+    .mostBeside = 1 / 1.9,
+    .calls = 2,
 });
 
 }  // namespace
