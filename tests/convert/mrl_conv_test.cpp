@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "core/least_squares.h"
 #include "reduce/convert/radiometry.h"
 #include "support/merlin_camera.h"
 
@@ -113,6 +114,24 @@ TEST(MrlConv, PowersOfTheSignalWrap) {
     camera.degree = -3;  // none
     EXPECT_EQ(Model(camera, kScenes[1]).SignalToRadiance(1000, nullptr),
               Model(camera, kScenes[1]).SignalToRadiance(2, nullptr));
+}
+
+TEST(MrlConv, TheWayBackTakesItsPowersInSinglePrecision) {
+    SMerlinConstants camera;
+    camera.degree = 2;
+    camera.c[0] = 0, camera.c[1] = 0.1, camera.c[2] = 1e-4;
+    camera.lowTemp = -270.0f, camera.highTemp = 3000.0f;
+    TArray<double> values, signals, inverse;
+    for (const int signal : {300, 3440, 6580, 9720, 12860, 16000}) {
+        values.Add(0.1 * signal + 1e-4 * (signal * signal));
+        signals.Add(signal);
+    }
+    ASSERT_TRUE(LinearLeastSquareFit(values, signals, 2, inverse));
+    const CMrlConv model = Model(camera, kScenes[1]);
+    for (float r = 500; r < 27000; r += 0.25f) {
+        const double sum = inverse[0] + inverse[1] * r + inverse[2] * (r * r);
+        ASSERT_EQ(model.RadianceToSignal(r, nullptr), static_cast<u16>(std::llround(sum))) << r;
+    }
 }
 
 TEST(MrlConv, LimitsOfRadianceStandApartFromTheRange) {
