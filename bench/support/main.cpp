@@ -92,7 +92,9 @@ void Measure(benchmark::State& state, const SKernel& kernel, SRun run, bool stre
         kernelTimes.push_back(seconds);
         copyTimes.push_back(job.plain ? Seconds([&] { job.plain(lane); }) : Seconds(copy));
         for (std::size_t p = 0; p < job.peers.size(); ++p) {
-            peerTimes[p].push_back(Seconds([&] { job.peers[p].run(lane); }));
+            // Not the frame that the kernel has just brought into the cache.
+            const u32 other = static_cast<u32>((lane + (p + 1) * run.lanes / (job.peers.size() + 1)) % run.lanes);
+            peerTimes[p].push_back(Seconds([&] { job.peers[p].run(other); }));
         }
         lane = (lane + 1) % run.lanes;
     }

@@ -1,5 +1,8 @@
 #include "reduce/pixels/stats_tally.h"
 
+#include <bit>
+#include <cstring>
+
 #include "core/visit.h"
 #include "reduce/pixels/simd/stats_simd.h"
 #include "reduce/pixels/stats.h"
@@ -132,6 +135,29 @@ void WidenInBlocks(SExtremes& extremes, const T* pixels, u32 count, const SPlace
     }
 }
 
+/// Counts among others: those get a value that is no new extreme, and what they add is taken off again, which integers
+/// forgive. False, with nothing done, where the sums are no longer exact.
+bool AddFilled(STally& tally, const u16* pixels, const u8* chosen, u32 count, const SPlaces& places) {
+    const u8* const first = std::find_if(chosen, chosen + count, [](u8 byte) { return byte != 0; });
+    if (first == chosen + count) return true;
+    const u16 fill = tally.valid.any ? static_cast<u16>(tally.valid.minimum) : pixels[first - chosen];
+    u16 filled[kTallyBlock];
+    const u32 taken = simd::FillOthers(pixels, chosen, count, fill, filled);
+    const SExactFigures<u16> found = Measure(filled, count);
+    const u64 others = count - taken;
+    const double squares = tally.sums.squares + static_cast<double>(found.squares - others * fill * fill);
+    if (squares >= kExactBound) return false;
+    if (!tally.valid.any) {
+        const u32 index = places.At(static_cast<u32>(first - chosen));
+        tally.valid = {static_cast<double>(fill), static_cast<double>(fill), index, index, true};
+    }
+    Widen(tally.valid, filled, count, found.minimum, found.maximum, places);
+    tally.sums.values += static_cast<double>(found.sum - static_cast<i64>(others * fill));
+    tally.sums.squares = squares;
+    tally.count += taken;
+    return true;
+}
+
 /// The chosen pixels of a block, in place where all are.
 template <class T>
 struct SChosen {
@@ -146,9 +172,7 @@ struct SChosen {
         if (!chosen) return;
         pixels = room;
         places.chosen = chosen;
-        if constexpr (sizeof(T) == 2) {
-            count = simd::Collect(reinterpret_cast<const u16*>(block), chosen, count, reinterpret_cast<u16*>(room));
-        } else if constexpr (sizeof(T) == 4) {
+        if constexpr (sizeof(T) == 4) {
             count = simd::Collect(reinterpret_cast<const u32*>(block), chosen, count, reinterpret_cast<u32*>(room));
         } else {
             u32 n = 0;
@@ -160,6 +184,16 @@ struct SChosen {
         }
     }
 };
+
+/// The chosen pixels of a block that all count; null chooses all.
+template <class T>
+void AddChosen(STally& tally, const T* pixels, const u8* chosen, u32 count, const SPlaces& places) {
+    if constexpr (std::is_same_v<T, u16>) {
+        if (chosen && AddFilled(tally, pixels, chosen, count, places)) return;
+    }
+    const SChosen<T> taken(pixels, chosen, count, places);
+    AddCounted(tally, taken.pixels, taken.count, taken.places);
+}
 
 /// Which selected pixels of a block count, and what their status bytes come to.
 struct SCounted {
@@ -183,8 +217,7 @@ struct SCounted {
 template <class T>
 void AddBlock(STally& tally, const T* pixels, const u8* status, const u8* mask, u32 count, const SPlaces& places) {
     if (!status) {
-        const SChosen<T> masked(pixels, mask, count, places);
-        return AddCounted(tally, masked.pixels, masked.count, masked.places);
+        return AddChosen(tally, pixels, mask, count, places);
     }
     const SCounted counted(status, mask, count);
     if (tally.apart || !counted.all) {
@@ -193,11 +226,11 @@ void AddBlock(STally& tally, const T* pixels, const u8* status, const u8* mask, 
         WidenInBlocks(tally.all, selected.pixels, selected.count, selected.places);
         tally.apart = true;
     }
-    const SChosen<T> valid(pixels, counted.all && !mask ? nullptr : counted.chosen, count, SPlaces{});
-    if (valid.count == 0) return;
     const SExtremes before = tally.valid;
     SExtremes& extremes = tally.valid;
-    AddCounted(tally, valid.pixels, valid.count, valid.places);  // new extremes then stand at a place in the status
+    // New extremes then stand at a place in the status.
+    AddChosen(tally, pixels, counted.all && !mask ? nullptr : counted.chosen, count, SPlaces{});
+    if (!extremes.any) return;
     if (!before.any || extremes.minimum < before.minimum) {
         tally.minimumStatus = status[extremes.minimumIndex];
         extremes.minimumIndex = places.At(extremes.minimumIndex);
@@ -209,14 +242,23 @@ void AddBlock(STally& tally, const T* pixels, const u8* status, const u8* mask, 
     tally.statusUnion |= counted.statusUnion;
 }
 
+/// How many of eight bytes are not 0.
+u32 ChosenOfEight(const u8* bytes) {
+    constexpr u64 kLow7 = 0x7F7F7F7F7F7F7F7F;
+    u64 word;
+    std::memcpy(&word, bytes, sizeof word);
+    return static_cast<u32>(std::popcount((((word & kLow7) + kLow7) | word) & ~kLow7));
+}
+
 }  // namespace
 
 u32 SPlaces::At(u32 i) const {
     u32 place = i + passed;
     if (chosen) {
-        u32 before = place + 1;
-        for (place = 0; before -= chosen[place] ? 1 : 0; ++place) {
-        }
+        u32 before = place;
+        place = 0;
+        for (u32 n = 0; before >= (n = ChosenOfEight(chosen + place)); before -= n) place += 8;
+        for (; before || !chosen[place]; ++place) before -= chosen[place] ? 1 : 0;
     }
     if (list) return list[place];
     return rowLength ? first + place / rowLength * stride + place % rowLength : first + place;

@@ -79,9 +79,8 @@ u32 FindFirst(const u16* pixels, u32 count, u16 value) {
     return static_cast<u32>(hn::Find(hn::ScalableTag<u16>(), value, pixels, count));
 }
 
-template <class T>
-u32 CollectAs(const T* pixels, const u8* chosen, u32 count, T* out) {
-    const hn::ScalableTag<T> d;
+u32 CollectChosen(const u32* pixels, const u8* chosen, u32 count, u32* out) {
+    const hn::ScalableTag<u32> d;
     const hn::Rebind<u8, decltype(d)> bytes;
     u32 i = 0, n = 0;
     for (; i + hn::Lanes(d) <= count; i += static_cast<u32>(hn::Lanes(d))) {
@@ -96,11 +95,22 @@ u32 CollectAs(const T* pixels, const u8* chosen, u32 count, T* out) {
     }
     return n;
 }
-u32 Collect16(const u16* pixels, const u8* chosen, u32 count, u16* out) {
-    return CollectAs(pixels, chosen, count, out);
-}
-u32 Collect32(const u32* pixels, const u8* chosen, u32 count, u32* out) {
-    return CollectAs(pixels, chosen, count, out);
+
+u32 FillOtherPixels(const u16* pixels, const u8* chosen, u32 count, u16 fill, u16* out) {
+    const hn::ScalableTag<u16> d;
+    const hn::Rebind<u8, decltype(d)> bytes;
+    const auto filling = hn::Set(d, fill);
+    u32 i = 0, n = 0;
+    for (; i + hn::Lanes(d) <= count; i += static_cast<u32>(hn::Lanes(d))) {
+        const auto taken = hn::Ne(hn::PromoteTo(d, hn::LoadU(bytes, chosen + i)), hn::Zero(d));
+        hn::StoreU(hn::IfThenElse(taken, hn::LoadU(d, pixels + i), filling), d, out + i);
+        n += static_cast<u32>(hn::CountTrue(d, taken));
+    }
+    for (; i < count; ++i) {
+        out[i] = chosen[i] ? pixels[i] : fill;
+        n += chosen[i] ? 1 : 0;
+    }
+    return n;
 }
 
 }  // namespace
@@ -113,8 +123,8 @@ namespace ovix::reduce::simd {
 
 HWY_EXPORT(Measure);
 HWY_EXPORT(FindFirst);
-HWY_EXPORT(Collect16);
-HWY_EXPORT(Collect32);
+HWY_EXPORT(CollectChosen);
+HWY_EXPORT(FillOtherPixels);
 
 SExactFigures<u16> MeasureUInt16(const u16* pixels, u32 count) { return HWY_DYNAMIC_DISPATCH(Measure)(pixels, count); }
 
@@ -122,11 +132,12 @@ u32 FindUInt16(const u16* pixels, u32 count, u16 value) {
     return HWY_DYNAMIC_DISPATCH(FindFirst)(pixels, count, value);
 }
 
-u32 Collect(const u16* pixels, const u8* chosen, u32 count, u16* out) {
-    return HWY_DYNAMIC_DISPATCH(Collect16)(pixels, chosen, count, out);
-}
 u32 Collect(const u32* pixels, const u8* chosen, u32 count, u32* out) {
-    return HWY_DYNAMIC_DISPATCH(Collect32)(pixels, chosen, count, out);
+    return HWY_DYNAMIC_DISPATCH(CollectChosen)(pixels, chosen, count, out);
+}
+
+u32 FillOthers(const u16* pixels, const u8* chosen, u32 count, u16 fill, u16* out) {
+    return HWY_DYNAMIC_DISPATCH(FillOtherPixels)(pixels, chosen, count, fill, out);
 }
 
 }  // namespace ovix::reduce::simd

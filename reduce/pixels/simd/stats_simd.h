@@ -39,7 +39,9 @@ inline constexpr u32 kSlack = 64;
 
 /// The pixels whose byte in `chosen` is not 0, one behind the other; answers how many. `out` has room for `count` and
 /// `kSlack` elements.
-u32 Collect(const u16* pixels, const u8* chosen, u32 count, u16* out);
 u32 Collect(const u32* pixels, const u8* chosen, u32 count, u32* out);
+
+/// All pixels in their places, but `fill` for those whose byte in `chosen` is 0; answers how many are chosen.
+u32 FillOthers(const u16* pixels, const u8* chosen, u32 count, u16 fill, u16* out);
 
 }  // namespace ovix::reduce::simd
