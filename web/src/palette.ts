@@ -1,0 +1,58 @@
+/** Colours of pixels. */
+
+import type { Frame } from "./packing";
+import type { Head } from "./head";
+
+/** Colours as the bytes of an `ImageData` in one little-endian word: 0xAABBGGRR. */
+export type Palette = Uint32Array;
+
+export function colourOf(rgb: string): number {
+  const value = parseInt(rgb, 16);
+  return (0xff000000 | ((value & 0xff) << 16) | (value & 0xff00) | (value >>> 16)) >>> 0;
+}
+
+/** From six hexadecimal digits a colour. */
+export function paletteOf(colours: string): Palette {
+  return Uint32Array.from(colours.match(/.{6}/g) ?? [], colourOf);
+}
+
+/** The place of a value among the colours; values beyond the ends are taken at the ends. */
+export function paletteIndex(value: number, low: number, high: number): number {
+  const share = (value - low) / (high - low);
+  return Math.round(255 * Math.min(1, Math.max(0, share)));
+}
+
+/** Below and above are a matter of the colour bar, under and over one of the camera. */
+export type Kind = "shown" | "below" | "above" | "under" | "over" | "noData";
+
+export interface Painting {
+  palette: Palette;
+  low: number;
+  high: number;
+  /** Values beyond the ends of the bar take colours of their own. */
+  markBeyond: boolean;
+}
+
+/** What a pixel is drawn as. A status says more than a value; no data says most. */
+export function kindOf(value: number, status: number, head: Head, painting: Painting): Kind {
+  if (Number.isNaN(value) || status & head.noDataBit) return "noData";
+  if (status & head.underBit) return "under";
+  if (status & head.overBit) return "over";
+  if (painting.markBeyond && value < painting.low) return "below";
+  if (painting.markBeyond && value > painting.high) return "above";
+  return "shown";
+}
+
+/** Draws a frame into the words of an image of its size; answers how many pixels are of each kind. */
+export function paint(words: Uint32Array, frame: Frame, head: Head, painting: Painting): Record<Kind, number> {
+  const count = { shown: 0, below: 0, above: 0, under: 0, over: 0, noData: 0 };
+  const special = Object.fromEntries(Object.entries(head.colours).map(([kind, rgb]) => [kind, colourOf(rgb)]));
+  const { palette, low, high } = painting;
+  for (let i = 0; i < words.length; ++i) {
+    const value = frame.values[i];
+    const kind = kindOf(value, frame.status[i], head, painting);
+    words[i] = kind === "shown" ? palette[paletteIndex(value, low, high)] : special[kind];
+    ++count[kind];
+  }
+  return count;
+}
