@@ -10,6 +10,11 @@
 
 #include "source_files.h"
 
+#ifdef __SANITIZE_THREAD__
+/// Children forked off while threads run are what is tested here.
+extern "C" const char* __tsan_default_options() { return "die_after_fork=0"; }  // NOLINT(*reserved-identifier)
+#endif
+
 namespace ovix::measure {
 namespace {
 
