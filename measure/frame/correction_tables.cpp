@@ -66,4 +66,13 @@ bool HasCorrection(reduce::CReduceObjectArray& objects, const SFrameFormat& form
     return found;
 }
 
+void PutUserCalibration(reduce::CReduceObjectArray& objects, const SMeasureOptions& options) {
+    if (!options.userCalibration) return;
+    const auto object = objects.Get<reduce::CRCalReduceObject>(-1, true);
+    if (!object)
+        throw CError({.id = EError::NoCalibration, .problem = "a plug-in has taken the place of the user calibration"});
+    object->cal = *options.userCalibration;
+    object->valid = true;
+}
+
 }  // namespace ovix::measure

@@ -11,6 +11,9 @@ namespace ovix::measure {
 void LoadCorrectionTables(reduce::CReduceObjectArray& objects, const SCorrectionFiles& files,
                           const SFrameFormat& format);
 
+/// Makes the user calibration of the options, if there is one, that of the source. Throws `CError` (NoCalibration).
+void PutUserCalibration(reduce::CReduceObjectArray& objects, const SMeasureOptions& options);
+
 /// Whether the array holds a correction. Throws `CError` (CorrectionUnusable) when its tables are of another size than
 /// the frames: nobody looks at that again.
 bool HasCorrection(reduce::CReduceObjectArray& objects, const SFrameFormat& format);

@@ -4,20 +4,10 @@
 #include <span>
 
 #include "measure/decoder/decoder_pool.h"
+#include "measure/frame/frame_reader.h"
 #include "measure/sources/source.h"
-#include "measure/time.h"
 
 namespace ovix::measure {
-
-/// What a frame says of itself beside its metadata objects. A thing that its bytes do not hold is not there, whatever a
-/// decoder makes up for it.
-struct SFrameFacts {
-    u8 preset = 0;  ///< that serves; 0 where the frame names none
-    bool namesPreset = false;
-    std::optional<Time> time = {};
-    bool yearAssumed = false;
-    std::optional<u64> counter = {};
-};
 
 /// Decodes frames of one format, each by itself: checked before every parse, by a decoder that has seen no other frame.
 /// Compressed pixels are decoded by helper processes. Any number of threads.

@@ -59,14 +59,11 @@ struct CMeasurement::SBody : std::enable_shared_from_this<SBody> {
 CMeasurement::SBody::SBody(CSource from, SMeasureOptions with)
     : source(std::move(from)), options(std::move(with)), decoder(source, options.decodePatience) {
     source.Describe(description);
-    if (options.userCalibration) {
-        const auto object = description.Get<reduce::CRCalReduceObject>(-1, true);
-        if (!object)
-            throw CError(
-                {.id = EError::NoCalibration, .problem = "a plug-in has taken the place of the user calibration"});
-        object->cal = *options.userCalibration;
-        object->valid = true;
-    }
+    if (!decoder.Form().HasPixels())
+        throw CError({.id = EError::UnitNotOffered,
+                      .file = source.Name(),
+                      .problem = "frames of this pixel type are headers without pixels"});
+    PutUserCalibration(description, options);
     TakeCorrections();
     if (source.IsNumbered()) ChooseByFirstGoodFrame();
 }
@@ -144,6 +141,7 @@ void CMeasurement::SBody::Begin(CFrame& frame, const SRawFrame& first) const {
     frame.height = source.Format().height;
     frame.scale = options.scale;
     frame.merged.clear();
+    frame.mergedPresets.clear();
     CopyObjects(description, frame.work->objects);
     frame.work->presets = {};
     frame.work->pixels.resize(decoder.PixelBytes());
@@ -221,6 +219,8 @@ std::optional<EUnit> CMeasurement::Unit() const {
     return chosen ? std::optional(chosen->unit) : std::nullopt;
 }
 
+bool CMeasurement::Corrects() const { return body_->corrects; }
+
 std::vector<EUnit> CMeasurement::Offered() const {
     const SUnitChoice* chosen = body_->choice.load(std::memory_order_acquire);
     return chosen ? chosen->offered : std::vector<EUnit>();
@@ -264,6 +264,7 @@ void CMeasurement::MeasureMerged(std::span<SRawFrame> raws, CFrame& frame) const
         });
         if (frame.merged.empty()) Describe(frame, facts);
         frame.merged.push_back(raw.number);
+        frame.mergedPresets.push_back(facts.preset);
     }
     work.origins = scene.Finish(body_->source, body_->options.scene);
     body_->Prepare(frame);

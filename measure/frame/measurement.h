@@ -36,13 +36,14 @@ class OVIX_MEASURE_API CFrame {
     u16 height = 0;
     EUnit unit = Counts;
     ETempType scale = Celsius;
-    std::optional<Time> time;    ///< nothing when the frame carries none
-    bool yearAssumed = false;    ///< the frame says day and time of day alone; the year is that of the host's clock
-    std::optional<u64> counter;  ///< of the camera, likewise
-    std::optional<u8> preset;    ///< likewise; the calibration of preset 0 serves then
-    std::vector<u64> merged;     ///< the frames of which this one is made, where they were merged
-    std::vector<float> values;   ///< width times height in rows from the top, in the unit
-    std::vector<u8> status;      ///< one byte a pixel; its bits are those of the library's converters
+    std::optional<Time> time;       ///< nothing when the frame carries none
+    bool yearAssumed = false;       ///< the frame says day and time of day alone; the year is that of the host's clock
+    std::optional<u64> counter;     ///< of the camera, likewise
+    std::optional<u8> preset;       ///< likewise; the calibration of preset 0 serves then
+    std::vector<u64> merged;        ///< the frames of which this one is made, where they were merged
+    std::vector<u8> mergedPresets;  ///< and their presets
+    std::vector<float> values;      ///< width times height in rows from the top, in the unit
+    std::vector<u8> status;         ///< one byte a pixel; its bits are those of the library's converters
 
     /// Figures of the pixels of a region, of those whose status lets them count; of the whole frame when it has no
     /// width. Throws `CError` (WrongArgument) for one that is not within the frame.
@@ -76,6 +77,8 @@ class OVIX_MEASURE_API CMeasurement {
     const SMeasureOptions& Options() const;
     /// Nothing before the first good frame of a source that is not numbered.
     std::optional<EUnit> Unit() const;
+    /// Whether counts are corrected, with tables of the options or of the source.
+    bool Corrects() const;
     /// What the source can give; nothing before that frame.
     std::vector<EUnit> Offered() const;
 
@@ -95,6 +98,9 @@ class OVIX_MEASURE_API CMeasurement {
     struct SBody;
     std::shared_ptr<const SBody> body_;
 };
+
+/// "temperature (factory)": a quantity, and the calibration where there are several ways to it.
+OVIX_MEASURE_API std::string UnitWords(EUnit unit);
 
 /// A unit on offer of the quantity, by that calibration or by the factory's before the user's.
 OVIX_MEASURE_API std::optional<EUnit> FindUnit(std::span<const EUnit> offered, EQuantity quantity,

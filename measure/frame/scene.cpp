@@ -60,6 +60,12 @@ SceneOrigins CSceneTrail::Finish(const CSource& source, const SSceneValues& valu
     return origins;
 }
 
+void PutCallersValues(CScene& scene, const SSceneValues& values) {
+    for (const SCallersValue& row : kCallersValues) {
+        if (const auto& value = values.*row.value) scene.*row.member = *value;
+    }
+}
+
 std::vector<SParameter> SceneParameters(const CScene& scene, const SceneOrigins& origins, const CScene* used,
                                         bool byUser) {
     std::vector<SParameter> parameters;

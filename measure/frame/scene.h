@@ -23,6 +23,9 @@ class CSceneTrail {
     bool recorded_ = false;
 };
 
+/// Replaces the values that the caller says.
+void PutCallersValues(reduce::CObjectParametersReduceObject& scene, const SSceneValues& values);
+
 /// The scene values that go into a unit, with who said them. `used` is the scene as the conversion left it, null where
 /// none was used.
 std::vector<SParameter> SceneParameters(const reduce::CObjectParametersReduceObject& scene, const SceneOrigins& origins,

@@ -8,9 +8,6 @@
 
 namespace ovix::measure {
 
-/// "temperature (factory)": a quantity, and the calibration where there are several ways to it.
-std::string UnitWords(EUnit unit);
-
 /// The unit of those on offer that the options ask for. Throws `CError` (UnitNotOffered) that lists those on offer.
 EUnit ChooseUnit(std::span<const EUnit> offered, const SMeasureOptions& options);
 

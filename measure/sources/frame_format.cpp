@@ -32,12 +32,6 @@ std::optional<GUID> ParseGuid(std::string_view text) {
     return id;
 }
 
-std::string GuidText(const GUID& id) {
-    std::string text = Say("{", Hex(id.data1, 8), "-", Hex(id.data2, 4), "-", Hex(id.data3, 4), "-");
-    for (int i = 0; i < 8; ++i) text += Say(i == 2 ? "-" : "", Hex(id.data4[i], 2));
-    return text + '}';
-}
-
 std::vector<SPixelType> AllTypes() {
     TArray<SPixelType> types;
     GetPixelTypes(types);
@@ -99,6 +93,12 @@ std::string AdviceFor(const std::string& text) {
 
 }  // namespace
 
+std::string GuidText(const GUID& id) {
+    std::string text = Say("{", Hex(id.data1, 8), "-", Hex(id.data2, 4), "-", Hex(id.data3, 4), "-");
+    for (int i = 0; i < 8; ++i) text += Say(i == 2 ? "-" : "", Hex(id.data4[i], 2));
+    return text + '}';
+}
+
 std::string PixelTypeName(const GUID& id) {
     if (id == rootIRType) return "rootIRType";
     if (id == rootScreenType) return "rootScreenType";
@@ -119,14 +119,18 @@ SFrameFormat FormatOf(const GUID& id, u16 width, u16 height, const std::string& 
             .height = height};
 }
 
-SFrameFormat FindFormat(const std::string& pixelType, u16 width, u16 height) {
+GUID FindPixelType(const std::string& pixelType) {
     auto id = ParseGuid(pixelType);
     if (!id) id = FindByName(pixelType);
     if (!id)
         throw CError({.id = EError::WrongArgument,
                       .problem = "there is no pixel type \"" + pixelType + "\"",
                       .advice = AdviceFor(pixelType)});
-    return FormatOf(*id, width, height, pixelType);
+    return *id;
+}
+
+SFrameFormat FindFormat(const std::string& pixelType, u16 width, u16 height) {
+    return FormatOf(FindPixelType(pixelType), width, height, pixelType);
 }
 
 }  // namespace ovix::measure

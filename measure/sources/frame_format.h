@@ -18,12 +18,19 @@ struct SFrameFormat {
     u32 PixelCount() const { return u32{width} * height; }
 };
 
+/// "{6D4A7D67-C5FB-4DE1-9904-E56F067AB126}".
+OVIX_MEASURE_API std::string GuidText(const GUID& id);
+
 /// The registered name of a pixel type, the name of a root, or the GUID in text.
 OVIX_MEASURE_API std::string PixelTypeName(const GUID& id);
 
 /// The format of frames of that type with the decoder that takes them. Throws `CError` (NoDecoder), with the registered
 /// name that is nearest to what was asked for in `advice`.
 OVIX_MEASURE_API SFrameFormat FormatOf(const GUID& pixelType, u16 width, u16 height, const std::string& asked = {});
+
+/// The type of a registered name, case aside, or of a GUID in text with or without braces. Throws `CError`
+/// (WrongArgument, with the nearest registered name in `advice`).
+OVIX_MEASURE_API GUID FindPixelType(const std::string& pixelType);
 
 /// The format of a registered name, case aside, or of a GUID in text with or without braces. Throws `CError`
 /// (WrongArgument, with the nearest registered name in `advice`; NoDecoder).
