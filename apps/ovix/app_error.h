@@ -10,7 +10,7 @@ enum EExit : int {
     ExitDone = 0,
     ExitBadData = 1,        ///< the data would not do
     ExitUsage = 2,          ///< wrong usage
-    ExitSkipped = 3,        ///< done, but frames were skipped
+    ExitSkipped = 3,        ///< done, but frames were skipped, or the source is damaged
     ExitFile = 4,           ///< a file is missing, unreadable, unwritable or of no known format
     ExitInterrupted = 130,  ///< by a signal
 };

@@ -5,20 +5,19 @@
 #include <algorithm>
 #include <cmath>
 
-#include "apps/ovix/calibration/calibration_fit.h"
+#include "apps/ovix/facts/user_calibration.h"
 #include "apps/ovix/fault.h"
 #include "apps/ovix/output/output_file.h"
-#include "apps/ovix/pipeline/guarded_decode.h"
-#include "apps/ovix/pipeline/measurement.h"
-#include "apps/ovix/recording/library_file.h"
-#include "apps/ovix/recording/recording_source.h"
-#include "apps/ovix/recording/recording_writer.h"
 #include "apps/ovix/scene.h"
 #include "apps/ovix/synth/detector.h"
 #include "apps/ovix/synth/synth.h"
-#include "apps/ovix/user_calibration.h"
+#include "measure/measure.h"
 
 namespace ovix::app {
+
+using measure::SCalibrationPoint;
+using measure::SFrameFormat;
+
 namespace {
 
 constexpr u64 kFrame = 0;
@@ -101,8 +100,15 @@ SDemoFrame Measure(const SForm& form, const SDemoOptions& options, std::span<con
     frame.correction = camera->Correction();
     frame.objects.Add(frame.correction);
 
-    CGuardedDecode decoder(format);
-    const u8 preset = decoder.Decode(bytes, frame.objects);
+    const u32 count = format.PixelCount();
+    std::vector<u16> pixels(count);
+    u8 preset = 0;
+    const CString decoder(format.filter.c_str());
+    const u32 size = static_cast<u32>(bytes.size());
+    Require(reduce::CheckFrame(decoder, bytes.data(), form.type, format.width, format.height, size), "the check");
+    Require(reduce::filterFactory()->Create(decoder)->ParseFrame(bytes.data(), form.type, format.width, format.height,
+                                                                 size, {pixels.data(), UInt16}, frame.objects, preset),
+            "the decoding");
 
     reduce::CConvertContext context;
     context.setReduceObjs(&frame.objects);
@@ -111,10 +117,9 @@ SDemoFrame Measure(const SForm& form, const SDemoOptions& options, std::span<con
     presets[preset] = true;
     Require(context.Update(presets, reduce::CConvertContext::PresetCount, 0), "the calibration");
 
-    const u32 count = format.PixelCount();
     frame.counts.resize(count);
     const STypedData counts{frame.counts.data(), UInt16};
-    Require(context.ApplyNUC(decoder.Pixels(), counts, count), "the correction");
+    Require(context.ApplyNUC({pixels.data(), UInt16}, counts, count), "the correction");
     frame.values.resize(count);
     frame.status.resize(count);
     Require(context.Convert(counts, {frame.values.data(), Flt32}, frame.status.data(), count), "the conversion");
@@ -128,7 +133,7 @@ std::vector<std::pair<std::string, reduce::CStats>> Figures(SDemoFrame& frame, c
     reduce::GetStats(figures[0].second, values, options.width, options.height, nullptr, 0, frame.status.data());
     for (const SRegion& region : SceneRegions(options.width, options.height)) {
         reduce::CStats stats;
-        Require(reduce::GetStats(stats, values, frame.status.data(), options.width, options.height, region.Area()),
+        Require(reduce::GetStats(stats, values, frame.status.data(), options.width, options.height, AreaOf(region)),
                 "the statistics");
         figures.emplace_back(region.name, stats);
     }
@@ -143,26 +148,19 @@ void MakeDirectory(const std::filesystem::path& directory) {
 
 void Record(const std::filesystem::path& path, const SFrameFormat& format, SDemoFrame& frame,
             const SDemoOptions& options) {
-    COutputFile output(path, options.overwrite);
-    CLibraryOutput library(output);
     const u32 size = static_cast<u32>(frame.raw.size());
-    SetPacket(*frame.objects.GetSourceInfo(true), size);
-    CRecordingWriter writer(BorrowShared<IFile>(library), frame.objects, format, size, false);
+    measure::CRecordingWriter writer(path, frame.objects, format, size, {.overwrite = options.overwrite});
     writer.Add(frame.raw);
     writer.Finish();
-    output.Commit();
 }
 
 /// Records the raw frame with all its metadata, measures it from that file alone and compares what comes out.
 SAgreement RecordAndMeasure(const std::filesystem::path& path, const SFrameFormat& format, SDemoFrame& frame,
                             std::span<const float> kelvin, const SDemoOptions& options) {
     Record(path, format, frame, options);
-    CRecordingSource source(OpenRecording(path.string()));
-    SMeasureOptions wanted;
-    wanted.quantity = EQuantity::Temperature;
-    wanted.scale = options.scale;
-    CMeasurement measurement(source, wanted);
-    const SMeasuredFrame measured = measurement.Measure(0);
+    const measure::CMeasurement measurement(measure::Open(path),
+                                            {.quantity = measure::EQuantity::Temperature, .scale = options.scale});
+    const measure::CFrame measured = measurement.Measure(0);
     return CompareWithScene(measured.values, measured.status, frame.correction->mask, kelvin, options.scale);
 }
 
@@ -305,7 +303,7 @@ SPresetDemo MeasurePresets(const SDemoOptions& options, std::span<const float> k
 
 constexpr u32 kPoints = 12;
 constexpr float kAround = 1;  ///< kelvin: pixels that are no further from a point's temperature make it
-constexpr SFitOptions kFit = {.lowWave = 8, .highWave = 12, .order = 4};
+constexpr measure::SFitOptions kFit = {.lowWave = 8, .highWave = 12, .order = 4};
 
 /// Means of counts and temperatures of the scene at steps from its coldest to its hottest part.
 std::vector<SCalibrationPoint> Points(const SDemoFrame& frame, std::span<const float> kelvin) {
@@ -340,7 +338,8 @@ SAgreement Measure(const std::filesystem::path& path, SDemoFrame& frame, std::sp
     const auto scene = objects.GetObjectParameters(true);
     scene->emissivity = 1;
     scene->atmosphereTrans = 1;
-    LoadUserCalibration(path.string(), objects);
+    objects.Get<reduce::CRCalReduceObject>(-1, true)->cal = ReadUserCalibration(path.string());
+    objects.Get<reduce::CRCalReduceObject>(-1, true)->valid = true;
 
     reduce::CConvertContext context;
     context.setReduceObjs(&objects);
@@ -361,8 +360,8 @@ SAgreement Measure(const std::filesystem::path& path, SDemoFrame& frame, std::sp
 /// frame by what is read back from there.
 SUserCalibrationDemo CalibrateAndMeasure(const std::filesystem::path& path, SDemoFrame& frame,
                                          std::span<const float> kelvin, const SDemoOptions& options) {
-    const SCalibrationFit fit = FitCalibration(Points(frame, kelvin), kFit);
-    const SPresetFit& preset = fit.presets.front();
+    const measure::SCalibrationFit fit = measure::FitCalibration(Points(frame, kelvin), kFit);
+    const measure::SPresetFit& preset = fit.presets.front();
     Write(path, fit.calibration, options.overwrite);
     return {static_cast<u32>(preset.points.size()), kFit.order, preset.Rms(), preset.Largest(),
             Measure(path, frame, kelvin, options.scale)};

@@ -5,8 +5,8 @@
 
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/demo.h"
+#include "apps/ovix/facts/scene_json.h"
 #include "apps/ovix/output/frame_writer.h"
-#include "apps/ovix/pipeline/scene_json.h"
 #include "apps/ovix/scene.h"
 #include "apps/ovix/text_table.h"
 #include "apps/ovix/units.h"

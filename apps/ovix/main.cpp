@@ -5,6 +5,7 @@
 
 #include "apps/ovix/cli/command_line.h"
 #include "apps/ovix/cli/console.h"
+#include "apps/ovix/fault.h"
 #include "apps/ovix/output/output_file.h"
 #include "core/core.h"
 
@@ -17,6 +18,10 @@ int main(int argc, char** argv) {
     } catch (const CAppError& error) {
         Say(error.what());
         return error.Exit();
+    } catch (const ovix::measure::CError& error) {
+        const CFault fault = FaultOf(error);
+        Say(fault.what());
+        return fault.Exit();
     } catch (const std::bad_alloc&) {
         Say("there is not enough memory");
     } catch (const std::exception& error) {

@@ -1,20 +1,14 @@
 #pragma once
 
-#include <string>
-
-#include "core/core.h"
+#include "measure/measure.h"
 
 namespace ovix::app {
 
 /// A named rectangle of pixels, not empty and inside its frame.
-struct SRegion {
-    std::string name;
-    u16 x = 0;
-    u16 y = 0;
-    u16 width = 0;
-    u16 height = 0;
+using SRegion = measure::SRegion;
 
-    reduce::SArea Area() const { return {y, x, static_cast<u16>(y + height - 1), static_cast<u16>(x + width - 1)}; }
-};
+inline reduce::SArea AreaOf(const SRegion& r) {
+    return {r.y, r.x, static_cast<u16>(r.y + r.height - 1), static_cast<u16>(r.x + r.width - 1)};
+}
 
 }  // namespace ovix::app

@@ -4,6 +4,17 @@ namespace ovix::app {
 
 std::string SUnitText::Label() const { return quantity == "Counts" ? quantity : quantity + " (" + symbol + ")"; }
 
+std::span<const SQuantityWord> QuantityWords() {
+    using measure::EQuantity;
+    static constexpr SQuantityWord kWords[] = {
+        {"counts", EQuantity::Counts},     {"signal", EQuantity::Signal},
+        {"radiance", EQuantity::Radiance}, {"temperature", EQuantity::Temperature},
+        {"red", EQuantity::Red},           {"green", EQuantity::Green},
+        {"blue", EQuantity::Blue},         {"average", EQuantity::Average},
+    };
+    return kWords;
+}
+
 SUnitText UnitText(EUnit unit, ETempType scale) {
     switch (unit) {
         case Counts:

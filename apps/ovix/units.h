@@ -1,8 +1,9 @@
 #pragma once
 
+#include <span>
 #include <string>
 
-#include "core/core.h"
+#include "measure/measure.h"
 
 namespace ovix::app {
 
@@ -18,5 +19,16 @@ struct SUnitText {
 
 /// The texts of a unit; the scale is looked at for temperatures only.
 SUnitText UnitText(EUnit unit, ETempType scale);
+
+struct SQuantityWord {
+    const char* word;
+    measure::EQuantity quantity;
+};
+
+/// The words of `--unit`.
+std::span<const SQuantityWord> QuantityWords();
+
+/// "2026-11-21T08:15:00.250000Z".
+inline std::string TimeText(measure::Time time) { return measure::TimeText(time); }
 
 }  // namespace ovix::app

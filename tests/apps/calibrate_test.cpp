@@ -6,8 +6,8 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "apps/ovix/facts/user_calibration.h"
 #include "apps/ovix/fault.h"
-#include "apps/ovix/user_calibration.h"
 #include "core/bytes.h"
 #include "tool_run.h"
 
@@ -198,15 +198,10 @@ TEST(UserCalibration, FilesComeBackAndDamageIsNamed) {
     const Json good = Json::parse(UserCalibrationDocument(calibration).dump());
     test::WriteText(path, good.dump());
 
-    reduce::CReduceObjectArray objects;
-    LoadUserCalibration(path, objects);
-    LoadUserCalibration(path, objects);
-    ASSERT_EQ(objects.GetSize(), 1u);
-    const auto object = objects.Get<reduce::CRCalReduceObject>(-1, false);
-    EXPECT_TRUE(object->valid);
-    EXPECT_EQ(Json::parse(UserCalibrationDocument(object->cal).dump()), good);
+    const CRCalFile read = ReadUserCalibration(path);
+    EXPECT_EQ(Json::parse(UserCalibrationDocument(read).dump()), good);
     double background = 0;
-    EXPECT_TRUE(object->cal.GetBackgroundValue(2, background));
+    EXPECT_TRUE(read.GetBackgroundValue(2, background));
     EXPECT_EQ(background, 120.5);
 
     const struct {

@@ -6,7 +6,6 @@
 #include <iterator>
 #include <string>
 
-#include "apps/ovix/input/frame_format.h"
 #include "apps/ovix/synth/synth.h"
 
 namespace ovix::app {
@@ -52,7 +51,7 @@ TEST(Completeness, EveryDecoderHasItsCheckItsSynthesiserItsSeedAndItsPage) {
             reduce::SFrameForm form;
             EXPECT_TRUE(reduce::GetFrameForm(entry.name, type, form))
                 << name << ": answer `form` to Register for each of the types that it handles";
-            if (TypeOfHeader(name, type)) continue;  // part of a frame: it has no pixels, no name and no synthesiser
+            if (form.wholeType != type) continue;  // part of a frame: it has no pixels, no name and no synthesiser
             SPixelType facts;
             ASSERT_TRUE(GetPixelType(type, facts)) << name << ": RegisterPixelType each of the types that it handles";
             const std::string typeName = facts.name.GetUTF8();

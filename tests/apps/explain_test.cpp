@@ -51,7 +51,7 @@ TEST_F(Explain, FollowsThePixelByTheCalibrationThatItShows) {
     EXPECT_EQ(parameter("emissivity")["from"], "command line");
     EXPECT_EQ(parameter("reflected temperature")["unit"], "K");
     EXPECT_EQ(parameter("atmosphere transmission")["from"], "command line");
-    EXPECT_EQ(parameter("distance")["from"], "file");
+    EXPECT_EQ(parameter("distance")["from"], "frame");
 
     // Count to temperature once more, from what is shown.
     const Json& cal = walk["calibration"];
@@ -88,7 +88,7 @@ TEST_F(Explain, ShowsAnotherSceneSideBySide) {
         EXPECT_NEAR(step["changed"]["change"], other["value"].get<double>() - step["value"].get<double>(), 1e-9);
     }
     const Json& emissivity = Named(walk["parameters"], "name", "emissivity");
-    EXPECT_EQ(emissivity["from"], "file");
+    EXPECT_EQ(emissivity["from"], "frame");
     EXPECT_EQ(emissivity["changed"]["value"], 0.5);
     EXPECT_EQ(emissivity["changed"]["from"], "command line");
     EXPECT_EQ(Named(walk["steps"], "step", "counts as recorded")["changed"]["change"], 0.0);

@@ -7,7 +7,7 @@
 namespace ovix::app {
 namespace {
 
-std::vector<u64> Chosen(const CFrameNumbers& numbers) {
+std::vector<u64> Chosen(const measure::CFrameNumbers& numbers) {
     std::vector<u64> chosen;
     for (u64 n = 0; n < numbers.Count(); ++n) chosen.push_back(numbers[n]);
     return chosen;
@@ -28,7 +28,6 @@ TEST(FrameSelection, ReadsSinglesRangesStepsAndTheEnd) {
         {"7x2", {7}},
     };
     for (const auto& c : cases) EXPECT_EQ(Chosen(CFrameSelection(c.text).Of(10)), c.frames) << c.text;
-    EXPECT_EQ(CFrameSelection().Of(3).Count(), 3u);
     EXPECT_EQ(CFrameSelection("0--1x1000").Of(u64{1} << 40).Count(), ((u64{1} << 40) - 1) / 1000 + 1);
 }
 
@@ -39,6 +38,12 @@ TEST(FrameSelection, RefusesOtherTextsAndFramesThatAreNotThere) {
         EXPECT_EQ(test::ExitOf([&] { CFrameSelection(text).Of(10); }), ExitUsage) << text;
     }
     EXPECT_EQ(Chosen(CFrameSelection("0x10").Of(10)), std::vector<u64>{0});  // frame 0 in steps of ten
+}
+
+TEST(FrameSelection, OfAPipeTakesNumbersThatRise) {
+    EXPECT_EQ(Chosen(CFrameSelection("2-6x2,9").InOrder()), (std::vector<u64>{2, 4, 6, 9}));
+    for (const char* text : {"-1", "0--1", "5,3", "2-4,4"})
+        EXPECT_EQ(test::ExitOf([&] { CFrameSelection(text).InOrder(); }), ExitUsage) << text;
 }
 
 }  // namespace

@@ -7,8 +7,8 @@
 #include <nlohmann/json.hpp>
 
 #include "apps/ovix/app_error.h"
-#include "apps/ovix/recording/recording_writer.h"
 #include "apps/ovix/synth/synth.h"
+#include "measure/measure.h"
 #include "tool_run.h"
 
 namespace ovix::app {
@@ -70,11 +70,11 @@ TEST(HeaderLineSynth, WholeWayToCounts) {
 
 TEST(HeaderLineSynth, OspreyToTemperaturesByTheCalibrationOfItsRecording) {
     const CToolFolder folder;
-    const SFrameFormat format{.filter = "Osprey",
-                              .pixelType = "{1A3CAA37-2D15-4D6D-B4FE-B1FC2332D49A}"_guid,
-                              .pixelTypeName = "IACF",
-                              .width = kWidth,
-                              .height = kHeight};
+    const measure::SFrameFormat format{.filter = "Osprey",
+                                       .pixelType = "{1A3CAA37-2D15-4D6D-B4FE-B1FC2332D49A}"_guid,
+                                       .pixelTypeName = "IACF",
+                                       .width = kWidth,
+                                       .height = kHeight};
     const auto camera = FindSynthFamily(format.pixelType)
                             ->make({.type = format.pixelType,
                                     .width = kWidth,
@@ -98,12 +98,9 @@ TEST(HeaderLineSynth, OspreyToTemperaturesByTheCalibrationOfItsRecording) {
     tern->planckR = 3e8f, tern->planckB = 3597, tern->planckF = 1;
     tern->overflowTemp = tern->upperTemp = 370, tern->underflowTemp = tern->lowerTemp = 273;
     tern->radFitHighTemp = 373, tern->radFitLowTemp = 273;
-    CMemFile recording;
-    CRecordingWriter writer(BorrowShared<IFile>(recording), objects, format, static_cast<u32>(frame.size()), false);
+    measure::CRecordingWriter writer(folder.Path("run.krt"), objects, format, static_cast<u32>(frame.size()), {});
     writer.Add(frame);
     writer.Finish();
-    test::WriteText(folder.Path("run.krt"), {reinterpret_cast<const char*>(recording.GetData()),
-                                             static_cast<std::size_t>(recording.GetSize())});
     folder.Do({"convert", "run.krt", "--unit", "temperature", "--scale", "K", "--emissivity", "1", "--atmosphere-trans",
                "1", "-o", "out.npy"});
     const std::vector<float> measured = test::ReadArray<float>(folder.Path("out.npy"));

@@ -50,7 +50,7 @@ TEST(Values, RegionsLieInsideTheImageUnderNamesOfTheirOwn) {
     EXPECT_EQ(regions[0].name, "roi1");
     EXPECT_EQ(regions[1].name, "bearing");
     EXPECT_EQ(regions[2].name, "roi3");
-    const reduce::SArea area = regions[1].Area();
+    const reduce::SArea area = AreaOf(regions[1]);
     EXPECT_EQ(area.left, 10);
     EXPECT_EQ(area.top, 20);
     EXPECT_EQ(area.right, 10);

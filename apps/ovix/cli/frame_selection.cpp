@@ -28,20 +28,7 @@ bool TakeOneOf(std::string_view& text, std::string_view characters) {
 
 }  // namespace
 
-u64 CFrameNumbers::Count() const {
-    u64 count = 0;
-    for (const SRun& run : runs_) count += run.Count();
-    return count;
-}
-
-u64 CFrameNumbers::operator[](u64 n) const {
-    auto run = runs_.begin();
-    for (; n >= run->Count(); ++run) n -= run->Count();
-    return run->first + n * run->step;
-}
-
-CFrameSelection::CFrameSelection(const std::string& text, const std::string& option)
-    : option_(option), text_(text), parts_() {
+CFrameSelection::CFrameSelection(const std::string& text, const std::string& option) : option_(option), text_(text) {
     for (std::string_view rest : SplitText(text, ',')) {
         SPart part;
         bool fits = TakeNumber(rest, part.first);
@@ -57,7 +44,7 @@ CFrameSelection::CFrameSelection(const std::string& text, const std::string& opt
     }
 }
 
-CFrameNumbers CFrameSelection::Of(u64 count) const {
+measure::CFrameNumbers CFrameSelection::Of(u64 count) const {
     const auto place = [&](i64 frame) {
         const u64 number = frame < 0 ? count + static_cast<u64>(frame) : static_cast<u64>(frame);
         if (number >= count)
@@ -65,18 +52,33 @@ CFrameNumbers CFrameSelection::Of(u64 count) const {
                                          frame, count, count - 1));
         return number;
     };
-    std::vector<CFrameNumbers::SRun> runs;
+    std::vector<measure::CFrameNumbers::SRun> runs;
     for (const SPart& part : parts_) {
-        const CFrameNumbers::SRun run{place(part.first), place(part.last), part.step};
+        const measure::CFrameNumbers::SRun run{place(part.first), place(part.last), part.step};
         if (run.first > run.last)
             throw UsageFault(fmt::format("{} {}: {} lies behind {}", option_, text_, part.first, part.last));
         runs.push_back(run);
     }
-    return CFrameNumbers(std::move(runs));
+    return measure::CFrameNumbers(std::move(runs));
+}
+
+measure::CFrameNumbers CFrameSelection::InOrder() const {
+    std::vector<measure::CFrameNumbers::SRun> runs;
+    u64 next = 0;
+    for (const SPart& part : parts_) {
+        if (part.first < 0 || part.last < part.first || static_cast<u64>(part.first) < next)
+            throw CFault({.exit = ExitUsage,
+                          .problem = option_,
+                          .expected = "rising numbers of frames that come one after the other",
+                          .found = "\"" + text_ + "\""});
+        runs.push_back({static_cast<u64>(part.first), static_cast<u64>(part.last), part.step});
+        next = static_cast<u64>(part.last) + 1;
+    }
+    return measure::CFrameNumbers(std::move(runs));
 }
 
 u64 CFrameSelection::OneOf(u64 count) const {
-    const CFrameNumbers chosen = Of(count);
+    const measure::CFrameNumbers chosen = Of(count);
     if (chosen.Count() != 1) throw UsageFault(option_ + ": expected one frame, found \"" + text_ + "\"");
     return chosen[0];
 }

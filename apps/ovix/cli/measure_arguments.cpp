@@ -4,10 +4,17 @@
 
 #include "apps/ovix/cli/choice.h"
 #include "apps/ovix/cli/values.h"
-#include "apps/ovix/pipeline/unit_choice.h"
-#include "apps/ovix/user_calibration.h"
+#include "apps/ovix/facts/user_calibration.h"
+#include "apps/ovix/units.h"
 
 namespace ovix::app {
+
+using measure::ECalibration;
+using measure::EQuantity;
+using measure::SClip;
+using measure::SCorrectionFiles;
+using measure::SMeasureOptions;
+using measure::SSceneValues;
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "apps/ovix/pipeline/measure_options.h"
+#include "measure/measure.h"
 
 namespace CLI {
 class App;
@@ -18,8 +18,8 @@ class CSceneArguments {
   public:
     void Add(CLI::App& verb);
     /// Throws wrong usage for a value that would not do.
-    SSceneValues Scene() const;
-    std::vector<SCorrectionFiles> Corrections() const;
+    measure::SSceneValues Scene() const;
+    std::vector<measure::SCorrectionFiles> Corrections() const;
     /// Takes "emissivity=0.9" as if the option "--emissivity 0.9" were there. Throws wrong usage for a text that names
     /// no value of the scene.
     void Set(const std::string& text);
@@ -38,7 +38,7 @@ class CMeasureArguments {
   public:
     void Add(CLI::App& verb);
     /// Throws wrong usage for a value that would not do.
-    SMeasureOptions Options() const;
+    measure::SMeasureOptions Options() const;
     /// As `CSceneArguments::Set`.
     void SetScene(const std::string& text) { told_.Set(text); }
 

@@ -3,66 +3,139 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <chrono>
 
 #include "apps/ovix/cli/choice.h"
 #include "apps/ovix/cli/console.h"
+#include "apps/ovix/cli/frame_selection.h"
 #include "apps/ovix/cli/values.h"
-#include "apps/ovix/input/pixel_type_names.h"
-#include "apps/ovix/input/raw_dump_source.h"
-#include "apps/ovix/recording/recording_source.h"
+#include "apps/ovix/facts/findings.h"
+#include "apps/ovix/spool.h"
 
 namespace ovix::app {
+
+using measure::CSource;
+using measure::EOnFault;
+using measure::EWeight;
 
 void CSourceArguments::Add(CLI::App& verb) {
     verb.add_option("FILE", file_, "a recording or a dump of raw frames; - is the standard input")
         ->required()
         ->type_name("");
+    const char* group = "Input";
     const auto add = [&](const char* name, std::string& value, const char* type, const char* help) {
-        verb.add_option(name, value, help)->type_name(type)->group("Input");
+        verb.add_option(name, value, help)->type_name(type)->group(group);
+    };
+    const auto flag = [&](const char* name, bool& value, const char* help) {
+        return verb.add_flag(name, value, help)->group(group);
     };
     add("--pixel-type", pixelType_, "NAME",
-        "of a dump: pixel type of the frames, a name that \"ovix formats\" lists or a GUID");
+        "of a dump: pixel type of the frames, a name that \"ovix formats\" lists or a GUID; counts or counts-be for "
+        "plain 16-bit pixels");
     add("--size", size_, "WxH", "of a dump: size of the image in pixels");
     add("--frame-size", frameSize_, "BYTES",
         "of a dump: bytes of each frame with all that stands behind its pixels (else found)");
     add("--frames", frames_, "LIST", "frames, from 0, ends included, -1 the last: 0-99,200-400x10,-1 (else all)");
     add("--on-error", onError_, "stop|skip", "what to do at a frame that would not do (else stop)");
+    add("--jobs", jobs_, "N", "frames in work at once (else as many as the machine has processors)");
+    auto* follow = flag("--follow", follow_, "the file grows: go on until it is finished");
+    add("--timeout", timeout_, "SECONDS", "of --follow: end when nothing came for so long (else 10)");
+    flag("--spool", spool_, "copy a pipe to a temporary file first, so that its frames have numbers")->excludes(follow);
+    flag("--strict", strict_, "doubts about the source are errors");
+    flag("--accept-damage", acceptDamage_, "go on with a recording whose metadata are damaged");
 }
 
-std::shared_ptr<const CInputFile> CSourceArguments::OpenFile() const { return std::make_shared<CInputFile>(file_); }
-
-std::unique_ptr<IFrameSource> CSourceArguments::Open(std::shared_ptr<const CInputFile> file) const {
-    const bool tellsNothing = pixelType_.empty() && size_.empty() && frameSize_.empty();
-    if (CRecordingFile::Recognises(*file)) {
-        if (!tellsNothing)
-            throw UsageFault(file->Name() +
-                             " is a recording, which says by itself what --pixel-type, --size and --frame-size say");
-        auto source = std::make_unique<CRecordingSource>(CRecordingFile(std::move(file)));
-        if (const u64 cut = source->File().CutBytes())
-            Say(fmt::format("{}: frame {} is cut after {} of {} bytes and not read", source->Name(), source->Count(),
-                            cut, source->File().FrameStep()));
-        return source;
-    }
-    if (pixelType_.empty() || size_.empty())
-        throw CFault({.exit = tellsNothing ? ExitFile : ExitUsage,
-                      .file = file->Name(),
-                      .problem = "is of no known format; a dump of raw frames needs --pixel-type and --size"});
-    const auto [width, height] = ParseSize("--size", size_);
-    u32 frameSize = 0;
+measure::SOpenOptions CSourceArguments::Options() const {
+    measure::SOpenOptions options{.pixelType = pixelType_, .follow = follow_, .acceptDamage = acceptDamage_};
+    if (!size_.empty()) std::tie(options.width, options.height) = ParseSize("--size", size_);
     if (!frameSize_.empty()) {
         const auto bytes = ParseNumber<u32>(frameSize_);
         if (!bytes || !*bytes)
             throw UsageFault("--frame-size: expected a number of bytes, found \"" + frameSize_ + "\"");
-        frameSize = *bytes;
+        options.frameSize = *bytes;
     }
-    return std::make_unique<CRawDumpSource>(std::move(file), FindFormat(pixelType_, width, height), frameSize);
+    if (!timeout_.empty()) {
+        if (!follow_) throw UsageFault("--timeout goes with --follow");
+        options.patience =
+            std::chrono::milliseconds(static_cast<i64>(1000 * ParseWithin("--timeout", timeout_, 0.001f, 1e6f)));
+    }
+    return options;
 }
 
-CFrameLoop CSourceArguments::Frames(const IFrameSource& source) const {
-    const auto onError =
-        ParseChoice<EOnError>("--on-error", onError_, {{"stop", EOnError::Stop}, {"skip", EOnError::Skip}});
-    const CFrameSelection selection = frames_.empty() ? CFrameSelection() : CFrameSelection(frames_);
-    return {selection.Of(source.Count()), onError};
+CSource CSourceArguments::Open(bool acceptDamage) const {
+    measure::SOpenOptions options = Options();
+    options.acceptDamage = options.acceptDamage || acceptDamage;
+    const bool describes = !pixelType_.empty() || !size_.empty() || !frameSize_.empty();
+    try {
+        const CSource source = spool_ ? OpenSpooled(options) : measure::Open(file_, options);
+        if (source.Kind() == measure::ESource::Recording && describes)
+            throw UsageFault(source.Name() +
+                             " is a recording, which says by itself what --pixel-type, --size and --frame-size say");
+        std::size_t said = 0;
+        SayNew(source, said);
+        return source;
+    } catch (const measure::CError& error) {
+        SFault facts = FaultOf(error).Facts();
+        if (error.Id() == measure::EError::UnknownFormat && pixelType_.empty()) {
+            facts.exit = describes ? ExitUsage : ExitFile;
+            facts.problem = "is of no known format; a dump of raw frames needs --pixel-type and --size";
+            facts.advice.clear();
+        }
+        if (error.Id() == measure::EError::MetadataDamaged) facts.advice = "--accept-damage reads it all the same";
+        if (error.Id() == measure::EError::BlocksBroken)
+            facts.advice = "\"ovix verify\" tells more, \"ovix repair\" may bring it back";
+        throw CFault(std::move(facts));
+    }
+}
+
+CSource CSourceArguments::OpenSpooled(const measure::SOpenOptions& options) const {
+    const CSpool spool(file_);
+    return measure::OpenDescriptor(spool.Descriptor(), spool.Name(), options);
+}
+
+void CSourceArguments::SayNew(const CSource& source, std::size_t& said) const {
+    const std::vector<measure::SFinding> findings = source.Findings();
+    for (; said < findings.size(); ++said) {
+        const measure::SFinding& finding = findings[said];
+        if (finding.weight == EWeight::Note) continue;
+        const std::string line = FindingLine(source.Name(), finding);
+        if (finding.weight == EWeight::Doubt && strict_) throw CAppError(ExitBadData, line);
+        Say(line);
+    }
+}
+
+std::optional<measure::CFrameNumbers> CSourceArguments::Frames(const CSource& source) const {
+    if (frames_.empty()) return {};
+    const CFrameSelection selection(frames_);
+    return source.IsNumbered() ? selection.Of(*source.Count()) : selection.InOrder();
+}
+
+void CSourceArguments::ReadOne(const CSource& source, const std::string& text, const char* option,
+                               measure::SRawFrame& raw) {
+    const CFrameSelection selection(text, option);
+    if (source.IsNumbered()) return source.Read(selection.OneOf(*source.Count()), raw);
+    const measure::CFrameNumbers chosen = selection.InOrder();
+    if (chosen.Count() != 1) throw UsageFault(fmt::format("{}: expected one frame, found \"{}\"", option, text));
+    while (source.Next(raw)) {
+        if (raw.number == chosen[0]) return;
+    }
+    throw UsageFault(fmt::format("{} {}: {} ended before", option, text, source.Name()));
+}
+
+EOnFault CSourceArguments::OnError() const {
+    return ParseChoice<EOnFault>("--on-error", onError_, {{"stop", EOnFault::Stop}, {"skip", EOnFault::Skip}});
+}
+
+unsigned CSourceArguments::Jobs() const {
+    if (jobs_.empty()) return 0;
+    const auto jobs = ParseNumber<unsigned>(jobs_);
+    if (!jobs || !*jobs || *jobs > 1024)
+        throw UsageFault("--jobs: expected a number from 1 to 1024, found \"" + jobs_ + "\"");
+    return *jobs;
+}
+
+EExit CSourceArguments::Exit(const CSource& source, u64 skipped) {
+    return skipped || source.Worst() == EWeight::Damage ? ExitSkipped : ExitDone;
 }
 
 }  // namespace ovix::app

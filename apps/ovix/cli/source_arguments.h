@@ -1,11 +1,10 @@
 #pragma once
 
-#include <memory>
+#include <optional>
 #include <string>
 
-#include "apps/ovix/cli/frame_loop.h"
-#include "apps/ovix/input/frame_source.h"
-#include "apps/ovix/input/input_file.h"
+#include "apps/ovix/app_error.h"
+#include "measure/measure.h"
 
 namespace CLI {
 class App;
@@ -13,26 +12,47 @@ class App;
 
 namespace ovix::app {
 
-/// The options that say which file is read, how its frames lie in it and which of them are wanted.
+/// The options that say which file is read, how its frames lie in it, which of them are wanted, and what its faults
+/// mean.
 class CSourceArguments {
   public:
     void Add(CLI::App& verb);
 
-    /// Throws `CFault` when the file is not there.
-    std::shared_ptr<const CInputFile> OpenFile() const;
-    /// The frames of that file. Throws `CFault` when it or the options would not do.
-    std::unique_ptr<IFrameSource> Open(std::shared_ptr<const CInputFile> file) const;
-    std::unique_ptr<IFrameSource> Open() const { return Open(OpenFile()); }
-    /// The loop over the chosen frames of the source.
-    CFrameLoop Frames(const IFrameSource& source) const;
+    /// Says what the source is worth on the standard error, and reads damaged metadata where the caller wants to show
+    /// them. Throws when it or the options would not do, and for a doubt
+    /// where the user is strict.
+    measure::CSource Open(bool acceptDamage = false) const;
+    /// The file as the user wrote it.
+    const std::string& File() const { return file_; }
+    /// The chosen frames; nothing for all.
+    std::optional<measure::CFrameNumbers> Frames(const measure::CSource& source) const;
+    /// Reads the one frame that another option's text names; of a pipe, with all frames before it.
+    static void ReadOne(const measure::CSource& source, const std::string& text, const char* option,
+                        measure::SRawFrame& raw);
+    measure::EOnFault OnError() const;
+    unsigned Jobs() const;
+    /// For what shows while frames are read: says what is new since, and throws as `Open`.
+    void SayNew(const measure::CSource& source, std::size_t& said) const;
+
+    /// What the run ends with: 3 where frames were skipped or the source is damaged.
+    static EExit Exit(const measure::CSource& source, u64 skipped);
 
   private:
+    measure::SOpenOptions Options() const;
+    measure::CSource OpenSpooled(const measure::SOpenOptions& options) const;
+
     std::string file_;
     std::string pixelType_;
     std::string size_;
     std::string frameSize_;
     std::string frames_;
     std::string onError_ = "stop";
+    std::string jobs_;
+    std::string timeout_;
+    bool follow_ = false;
+    bool spool_ = false;
+    bool strict_ = false;
+    bool acceptDamage_ = false;
 };
 
 }  // namespace ovix::app

@@ -5,15 +5,14 @@
 
 #include "apps/ovix/cli/choice.h"
 #include "apps/ovix/cli/console.h"
-#include "apps/ovix/cli/frame_loop.h"
+#include "apps/ovix/cli/frame_selection.h"
+#include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
+#include "apps/ovix/facts/findings.h"
 #include "apps/ovix/fault.h"
-#include "apps/ovix/input/pixel_type_names.h"
-#include "apps/ovix/input/raw_dump_source.h"
 #include "apps/ovix/output/output_file.h"
-#include "apps/ovix/recording/recording_file.h"
-#include "reduce/reduce.h"
+#include "measure/measure.h"
 
 namespace ovix::app {
 
@@ -33,7 +32,7 @@ GUID TypeOf(const std::string& text) {
     for (const SKind& kind : kKinds) {
         if (CString(kind.word).EqualsNoCase(CString(text.c_str()))) return kind.base;
     }
-    return FindPixelType(text);
+    return measure::FindPixelType(text);
 }
 
 const SKind& KindOf(const std::string& text) {
@@ -106,32 +105,64 @@ class CAdjustCommand final : public ICommand {
         const i32 mask = ParseInteger<i32>("--mask", mask_, 0, 0xFFFF);
         const u32 sourceSize = SourceSize(kind, width, height, margins);
 
-        const auto file = std::make_shared<CInputFile>(file_);
-        if (CRecordingFile::Recognises(*file))
-            throw UsageFault(file->Name() + " is a recording: only dumps of raw frames can be adjusted");
-        SFrameFormat format;
-        format.pixelType = kind.base;
-        CRawDumpSource source(file, format, sourceSize);
-        const CFrameSelection selection = frames_.empty() ? CFrameSelection() : CFrameSelection(frames_);
-        CFrameLoop frames(
-            selection.Of(source.Count()),
-            ParseChoice<EOnError>("--on-error", onError_, {{"stop", EOnError::Stop}, {"skip", EOnError::Skip}}));
+        // What a frame holds is read by the adjustment alone: a source of so many bytes a frame will do.
+        const measure::CSource source =
+            measure::Open(file_, {.pixelType = "counts", .width = width, .height = height, .frameSize = sourceSize});
+        if (source.Kind() == measure::ESource::Recording)
+            throw UsageFault(source.Name() + " is a recording: only dumps of raw frames can be adjusted");
+        if (source.IsFile(output_)) throw UsageFault(output_ + " is the input");
+        for (const measure::SFinding& finding : source.Findings()) Say(FindingLine(source.Name(), finding));
+        const auto onError = ParseChoice<measure::EOnFault>(
+            "--on-error", onError_, {{"stop", measure::EOnFault::Stop}, {"skip", measure::EOnFault::Skip}});
+        SCounts counts;
         COutputFile output(output_, overwrite_);
-        std::vector<u8> frame;
         // Of an odd line of YUV the last pixel is never written: it stays black.
         std::vector<u8> result(std::size_t{width} * height * kind.resultBytes);
-        frames.Run([&](u64 number) {
-            source.Read(number, frame);
-            reduce::AdjustFrameData(result.data(), frame.data(), width, height, kind.base, margins, shift, mask,
-                                    deinterlace_, mirror_, flip_);
+        ForEachFrame(source, [&](auto&& read) {
+            try {
+                measure::SRawFrame& raw = read();
+                reduce::AdjustFrameData(result.data(), raw.bytes.data(), width, height, kind.base, margins, shift, mask,
+                                        deinterlace_, mirror_, flip_);
+            } catch (const measure::CError& error) {
+                if (onError == measure::EOnFault::Stop) throw;
+                Say(std::string(FaultOf(error).what()) + " (skipped)");
+                ++counts.skipped;
+                return;
+            }
             output.Write(result.data(), result.size());
+            ++counts.done;
         });
+        if (!counts.done) throw CAppError(ExitBadData, "not one frame would do");
         output.Commit();
-        Report(kind, frames, width, height, result.size());
-        return frames.Exit();
+        Report(kind, counts, width, height, result.size());
+        return CSourceArguments::Exit(source, counts.skipped);
     }
 
   private:
+    struct SCounts {
+        u64 done = 0;
+        u64 skipped = 0;
+    };
+
+    /// Calls `work(read)` for each wanted frame; `read()` answers it or throws.
+    template <class Work>
+    void ForEachFrame(const measure::CSource& source, const Work& work) const {
+        measure::SRawFrame raw;
+        if (!source.IsNumbered()) {
+            if (!frames_.empty()) throw UsageFault("--frames: the frames of " + source.Name() + " have no numbers");
+            while (source.Next(raw)) work([&]() -> measure::SRawFrame& { return raw; });
+            return;
+        }
+        const auto frames = frames_.empty() ? measure::CFrameNumbers::All(*source.Count())
+                                            : CFrameSelection(frames_).Of(*source.Count());
+        for (u64 n = 0; n < frames.Count(); ++n) {
+            work([&]() -> measure::SRawFrame& {
+                source.Read(frames[n], raw);
+                return raw;
+            });
+        }
+    }
+
     bool IsCounts(const SKind& kind) const { return kind.base == rootIRType; }
 
     /// What would be passed over in silence.
@@ -190,17 +221,17 @@ class CAdjustCommand final : public ICommand {
         return size;
     }
 
-    void Report(const SKind& kind, const CFrameLoop& frames, u16 width, u16 height, std::size_t frameBytes) const {
+    void Report(const SKind& kind, const SCounts& frames, u16 width, u16 height, std::size_t frameBytes) const {
         const char* pixels = kind.resultBytes == 2 ? "16-bit counts" : "24-bit pixels";
         if (!json_) {
-            Say(fmt::format("{}: {} {} of {} x {} {}, {} bytes each", output_, frames.Done(),
-                            frames.Done() == 1 ? "frame" : "frames", width, height, pixels, frameBytes));
+            Say(fmt::format("{}: {} {} of {} x {} {}, {} bytes each", output_, frames.done,
+                            frames.done == 1 ? "frame" : "frames", width, height, pixels, frameBytes));
             return;
         }
         PrintJson({{"schema", kSchemaVersion},
                    {"output", output_},
-                   {"frames", frames.Done()},
-                   {"skipped", frames.Skipped()},
+                   {"frames", frames.done},
+                   {"skipped", frames.skipped},
                    {"width", width},
                    {"height", height},
                    {"pixels", pixels},

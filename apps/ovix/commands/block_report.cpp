@@ -2,33 +2,26 @@
 
 #include <fmt/format.h>
 
-#include "apps/ovix/input/pixel_type_names.h"
-#include "apps/ovix/pipeline/frame_time.h"
 #include "apps/ovix/text_table.h"
+#include "apps/ovix/units.h"
 
 namespace ovix::app {
 
-using reduce::SInfoFileBlock;
-
 namespace {
 
-Json BlockJson(const CRecordingFile& file, const SInfoFileBlock& block) {
-    const bool isPixels = block.size == SInfoFileBlock::ToEndOfFile;
-    const bool isFree = block.typeID == CGUID::Empty;
-    const bool isKnown = !reduce::reduceObjectFactory()->GetNameFromTypeID(block.typeID).IsEmpty();
-    SInfoFileBlock nameOnly = block;
-    nameOnly.preset = reduce::IReduceObject::NoPreset;
-    return {{"name", BlockText(nameOnly)},
-            {"type", GuidText(block.typeID)},
-            {"known", isKnown || isPixels || isFree},
-            {"version", block.version},
-            {"preset", block.preset == reduce::IReduceObject::NoPreset ? Json() : Json(block.preset)},
-            {"frame", block.frame == reduce::IReduceObject::NoFrame ? Json() : Json(block.frame)},
-            {"flags", block.flags},
-            {"offset", block.headerOffset},
-            {"bytes", isPixels ? file.Input().Size() - block.dataOffset : block.size},
-            {"crc", block.crc},
-            {"crcRight", isPixels || isFree ? Json() : Json(file.CrcOf(block) == block.crc)}};
+Json BlockJson(const measure::SBlock& block) {
+    const reduce::SInfoFileBlock& header = block.header;
+    return {{"name", block.name},
+            {"type", measure::GuidText(header.typeID)},
+            {"known", block.known},
+            {"version", header.version},
+            {"preset", header.preset == reduce::IReduceObject::NoPreset ? Json() : Json(header.preset)},
+            {"frame", header.frame == reduce::IReduceObject::NoFrame ? Json() : Json(header.frame)},
+            {"flags", header.flags},
+            {"offset", header.headerOffset},
+            {"bytes", block.bytes},
+            {"crc", header.crc},
+            {"crcRight", block.crcRight ? Json(*block.crcRight) : Json()}};
 }
 
 std::string FlagText(u32 flags) {
@@ -41,10 +34,10 @@ std::string FlagText(u32 flags) {
 
 }  // namespace
 
-Json BlocksJson(const CRecordingFile& file) {
-    Json blocks = Json::array();
-    for (const SInfoFileBlock& block : file.Blocks()) blocks.push_back(BlockJson(file, block));
-    return blocks;
+Json BlocksJson(std::span<const measure::SBlock> blocks) {
+    Json list = Json::array();
+    for (const measure::SBlock& block : blocks) list.push_back(BlockJson(block));
+    return list;
 }
 
 std::string BlockTable(const Json& blocks) {
@@ -68,7 +61,7 @@ std::string BlockTable(const Json& blocks) {
     return "\nBlocks\n" + table.Text();
 }
 
-Json RecordedSourceJson(const CRecordingFile& file, reduce::CReduceObjectArray& objects) {
+Json RecordedSourceJson(const measure::CSource& source, reduce::CReduceObjectArray& objects) {
     const auto info = objects.GetSourceInfo(false);
     if (!info) return nullptr;
     Json texts = Json::array();
@@ -84,10 +77,10 @@ Json RecordedSourceJson(const CRecordingFile& file, reduce::CReduceObjectArray& 
         if (info->presets[i].frameCount) presets.push_back({{"preset", i}, {"frames", info->presets[i].frameCount}});
     }
     return {{"camera", info->cameraName.GetUTF8()},
-            {"time", TimeText(info->time)},
+            {"time", info->time.GetTimestamp() ? Json(TimeText(measure::TimeOf(info->time))) : Json()},
             {"texts", texts},
             {"presets", presets},
-            {"finished", frames != 0 && frames == file.WholeFrames() && !file.CutBytes()}};
+            {"finished", frames != 0 && frames == source.Count() && source.Worst() != measure::EWeight::Damage}};
 }
 
 }  // namespace ovix::app

@@ -3,18 +3,25 @@
 #include <CLI/CLI.hpp>
 #include <cmath>
 
-#include "apps/ovix/calibration/calibration_fit.h"
 #include "apps/ovix/cli/choice.h"
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/number_text.h"
 #include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
+#include "apps/ovix/facts/calibration_points.h"
+#include "apps/ovix/facts/user_calibration.h"
 #include "apps/ovix/output/output_file.h"
 #include "apps/ovix/text_table.h"
 #include "apps/ovix/units.h"
-#include "apps/ovix/user_calibration.h"
 
 namespace ovix::app {
+
+using measure::ETemperatureModel;
+using measure::SCalibrationFit;
+using measure::SCalibrationPoint;
+using measure::SFitOptions;
+using measure::SFittedPoint;
+using measure::SPresetFit;
 
 namespace {
 
@@ -102,11 +109,9 @@ class CCalibrateCommand final : public ICommand {
 
     SCalibrationFit Fit(std::vector<SCalibrationPoint> points, const SFitOptions& options) const {
         try {
-            return FitCalibration(std::move(points), options);
-        } catch (const CFault& fault) {
-            SFault facts = fault.Facts();
-            facts.file = file_;
-            throw CFault(std::move(facts));
+            return measure::FitCalibration(std::move(points), options);
+        } catch (const measure::CError& error) {
+            throw FaultOf(error.Of(file_, {}));
         }
     }
 

@@ -7,16 +7,14 @@
 #include "apps/ovix/cli/choice.h"
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/measure_arguments.h"
-#include "apps/ovix/cli/measure_loop.h"
+#include "apps/ovix/cli/measure_run.h"
 #include "apps/ovix/cli/number_text.h"
 #include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
+#include "apps/ovix/facts/findings.h"
+#include "apps/ovix/facts/scene_json.h"
 #include "apps/ovix/output/frame_writer.h"
-#include "apps/ovix/pipeline/frame_time.h"
-#include "apps/ovix/pipeline/measurement.h"
-#include "apps/ovix/pipeline/scene_json.h"
-#include "core/core.h"
 
 namespace ovix::app {
 
@@ -25,9 +23,14 @@ namespace {
 /// The lowest and the highest value seen: of pixels without any flag, else of all that are numbers.
 class CValueRange {
   public:
-    void Add(const SMeasuredFrame& frame) {
-        Widen(good_, Extremes(frame.values, frame.status, 0xFF));
-        if (!good_) Widen(any_, Extremes(frame.values, frame.status, 0));
+    CValueRange() = default;
+    explicit CValueRange(const measure::CFrame& frame)
+        : good_(Extremes(frame.values, frame.status, 0xFF)),
+          any_(good_ ? std::nullopt : Extremes(frame.values, frame.status, 0)) {}
+
+    void Add(const CValueRange& frame) {
+        Widen(good_, frame.good_);
+        if (!good_) Widen(any_, frame.any_);
     }
     std::optional<std::pair<float, float>> Ends() const {
         const std::optional<SRange>& range = good_ ? good_ : any_;
@@ -57,7 +60,7 @@ class CConvertCommand final : public ICommand {
     void AddOptions(CLI::App& verb) override {
         source_.Add(verb);
         measure_.Add(verb);
-        CMeasureLoop::AddOption(verb, mergePresets_);
+        CMeasureRun::AddOption(verb, mergePresets_);
         const char* group = "Output";
         verb.add_option("-o,--output", output_,
                         "what to write, by extension: .png (one file a frame), .tif, .npy or .csv")
@@ -87,46 +90,47 @@ class CConvertCommand final : public ICommand {
     }
 
     EExit Run() override {
-        const SMeasureOptions measureOptions = measure_.Options();
+        const measure::SMeasureOptions measureOptions = measure_.Options();
         if (!range_.empty()) options_.range = ParseRange("--range", range_);
         if (!palette_.empty()) options_.palette = PaletteOf("--palette", palette_);
-        const auto source = source_.Open();
-        CFrameLoop frames = source_.Frames(*source);
-        const SFrameFormat& format = source->Format();
+        const measure::CSource source = source_.Open();
+        const measure::SFrameFormat& format = source.Format();
         options_.marks = ParseRegions(regions_, format.width, format.height);
-        CMeasurement measurement(*source, measureOptions);
-        CMeasureLoop loop(frames, *source, measurement, mergePresets_);
+        if (source.IsFile(output_)) throw UsageFault(output_ + " is the input");
+        const measure::CMeasurement measurement(source, measureOptions);
+        CMeasureRun run(measurement, source_, mergePresets_);
         SSeries series;
         series.width = format.width;
         series.height = format.height;
-        series.frames = loop.Count();
-        series.title = source->Name() + ", " + format.pixelTypeName;
+        series.frames = run.Results().value_or(kFramesOfAPipe);
+        series.title = source.Name() + ", " + format.pixelTypeName;
 
         // A target that would not do is told before the frames are measured: a writer that is dropped leaves nothing.
         MakeFrameWriter(output_, series, options_);
-        if (IsPicture() && !options_.range && series.frames > 1) {
-            CValueRange range;
-            loop.RunAhead([&](const SMeasuredFrame& frame) { range.Add(frame); });
-            options_.range = range.Ends().value_or(std::pair{0.0f, 1.0f});
-        }
+        if (IsPicture() && !options_.range && series.frames > 1) FindRange(run, source);
         CValueRange range;
         std::unique_ptr<IFrameWriter> writer;
-        loop.Run([&](const SMeasuredFrame& frame) {
-            if (!writer) {
-                series.unit = measurement.UnitText();
-                series.parameters = measurement.Parameters();
-                writer = MakeFrameWriter(output_, series, options_);
-            }
-            range.Add(frame);
-            const auto time = measurement.Time();
-            writer->Add({.frame = frame.number,
-                         .values = frame.values,
-                         .status = frame.status,
-                         .caption = time ? TimeText(*time) : ""});
-        });
+        const auto begin = [&](const measure::CFrame& frame) {
+            series.unit = UnitText(frame.unit, frame.scale);
+            series.parameters = ParametersJson(measurement, frame);
+            writer = MakeFrameWriter(output_, series, options_);
+        };
+        const auto append = [&](const SEncoded& frame) {
+            range.Add(frame.range);
+            writer->Append(frame.picture, frame.encoded);
+        };
+        if (source.IsNumbered()) {
+            begin(run.First());
+            run.Run([&](const measure::CFrame& frame) { return Encode(*writer, frame); }, append);
+        } else {
+            run.ForEach([&](const measure::CFrame& frame) {
+                if (!writer) begin(frame);
+                append(Encode(*writer, frame));
+            });
+        }
         writer->Finish();
-        Report(loop.Done(), frames.Skipped(), measurement, series, range);
-        return frames.Exit();
+        Report(run, source, *measurement.Unit(), series, range);
+        return run.Exit();
     }
 
   private:
@@ -135,6 +139,43 @@ class CConvertCommand final : public ICommand {
         for (const SPalette& palette : Palettes()) words.emplace_back(palette.name, &palette);
         return ParseChoice<const SPalette*>(option, name, words);
     }
+    /// Of a pipe nobody knows how many frames it brings: several.
+    static constexpr u64 kFramesOfAPipe = 1'000'000;
+
+    /// A frame on its way from the thread that encoded it to the file. It borrows nothing of the pixels.
+    struct SEncoded {
+        SPicture picture;
+        std::vector<float> values;  ///< that the picture shows
+        std::vector<u8> status;
+        SEncodedFrame encoded;
+        CValueRange range;
+    };
+    static SEncoded Encode(const IFrameWriter& writer, const measure::CFrame& frame) {
+        SEncoded result{.picture = {.frame = frame.number,
+                                    .values = frame.values,
+                                    .status = frame.status,
+                                    .caption = frame.time ? TimeText(*frame.time) : ""},
+                        .values = {},
+                        .status = {},
+                        .encoded = {},
+                        .range = CValueRange(frame)};
+        result.encoded = writer.Encode(result.picture);
+        result.values = frame.values;
+        result.status = frame.status;
+        result.picture.values = result.values;
+        result.picture.status = result.status;
+        return result;
+    }
+
+    void FindRange(CMeasureRun& run, const measure::CSource& source) {
+        if (!source.IsNumbered())
+            throw UsageFault("--range: several pictures need one range; --spool finds it for " + source.Name());
+        CValueRange range;
+        run.RunAhead([](const measure::CFrame& frame) { return CValueRange(frame); },
+                     [&](const CValueRange& frame) { range.Add(frame); });
+        options_.range = range.Ends().value_or(std::pair{0.0f, 1.0f});
+    }
+
     /// What was written: of several pictures the pattern of their names.
     std::string Written(const SSeries& series) const {
         if (!IsPicture() || series.frames == 1) return output_;
@@ -143,11 +184,11 @@ class CConvertCommand final : public ICommand {
     }
     bool IsPicture() const { return CString(output_.c_str()).EndsWithNoCase(L".png"); }
 
-    void Report(u64 done, u64 skipped, const CMeasurement& measurement, const SSeries& series,
+    void Report(const CMeasureRun& run, const measure::CSource& source, EUnit unit, const SSeries& series,
                 const CValueRange& range) const {
+        const u64 done = run.Done();
         const auto [low, high] = range.Ends().value_or(std::pair<float, float>{NAN, NAN});
         if (!json_) {
-            const EUnit unit = measurement.Unit();
             Say(fmt::format("{}: {} {}, {} to {} {}", Written(series), done, done == 1 ? "frame" : "frames",
                             ShownValue(low, unit), ShownValue(high, unit), series.unit.symbol));
             return;
@@ -155,7 +196,9 @@ class CConvertCommand final : public ICommand {
         PrintJson({{"schema", kSchemaVersion},
                    {"output", Written(series)},
                    {"frames", done},
-                   {"skipped", skipped},
+                   {"skipped", run.Skipped()},
+                   {"complete", run.Exit() == ExitDone},
+                   {"findings", FindingsJson(source.Findings())},
                    {"quantity", series.unit.quantity},
                    {"unit", series.unit.symbol},
                    {"lowest", ShortestDouble(low)},

@@ -10,13 +10,17 @@
 #include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/commands/value_section.h"
-#include "apps/ovix/pipeline/pixel_walk.h"
-#include "apps/ovix/pipeline/scene_json.h"
+#include "apps/ovix/facts/calibration_json.h"
+#include "apps/ovix/facts/findings.h"
+#include "apps/ovix/facts/scene_json.h"
 #include "apps/ovix/status_flags.h"
 #include "apps/ovix/text_table.h"
 #include "apps/ovix/units.h"
 
 namespace ovix::app {
+
+using measure::SParameter;
+using measure::SWalkStep;
 
 namespace {
 
@@ -36,14 +40,31 @@ Json StatusJson(u8 status) {
     return flags;
 }
 
+/// The calibration of the last step, as the files of the tool tell it.
+struct SWalk : measure::SPixelWalk {
+    Json calibrationJson;
+};
+
+SWalk Walk(const measure::CSource& source, const measure::SMeasureOptions& options, const measure::SRawFrame& raw,
+           u32 pixel) {
+    SWalk walk{measure::WalkPixel(source, options, raw, pixel), {}};
+    if (!walk.calibration.model.empty()) walk.calibrationJson = CalibrationJson(walk.calibration);
+    return walk;
+}
+
+std::string NameOf(const SWalkStep& step) {
+    if (step.unit != Counts) return measure::UnitWords(step.unit);
+    return step.corrected ? "counts, corrected" : "counts as recorded";
+}
+
 double Change(const SWalkStep& from, const SWalkStep& to) {
     return ShortestDouble(to.value) - ShortestDouble(from.value);
 }
 
 /// A way, and beside it the one with another scene if that was asked for.
 struct SExplained {
-    SPixelWalk walk;
-    std::optional<SPixelWalk> changed;
+    SWalk walk;
+    std::optional<SWalk> changed;
     ETempType scale;
 
     std::string Steps() const;
@@ -58,7 +79,7 @@ std::string SExplained::Steps() const {
     Table table(columns);
     for (std::size_t i = 0; i < walk.steps.size(); ++i) {
         const SWalkStep& step = walk.steps[i];
-        std::vector<std::string> row{step.name, ShownValue(step.value, step.unit), UnitText(step.unit, scale).symbol,
+        std::vector<std::string> row{NameOf(step), ShownValue(step.value, step.unit), UnitText(step.unit, scale).symbol,
                                      StatusText(step.status)};
         if (changed) {
             const SWalkStep& other = changed->steps[i];
@@ -77,11 +98,11 @@ std::string SExplained::Parameters() const {
     if (changed) columns.insert(columns.end(), {{"Changed", Table::Right}, {"From"}});
     Table table(columns);
     for (std::size_t i = 0; i < walk.scene.size(); ++i) {
-        const SSceneParameter& value = walk.scene[i];
-        std::vector<std::string> row{value.name, fmt::format("{}", value.value), value.unit, value.from};
+        const SParameter& value = walk.scene[i];
+        std::vector<std::string> row{value.name, fmt::format("{}", value.value), value.unit, OriginWord(value.origin)};
         if (changed) {
-            const SSceneParameter& other = changed->scene[i];
-            row.insert(row.end(), {fmt::format("{}", other.value), other.from});
+            const SParameter& other = changed->scene[i];
+            row.insert(row.end(), {fmt::format("{}", other.value), OriginWord(other.origin)});
         }
         table.Row(row);
     }
@@ -93,7 +114,7 @@ Json SExplained::Document() const {
     for (std::size_t i = 0; i < walk.steps.size(); ++i) {
         const SWalkStep& step = walk.steps[i];
         const SUnitText text = UnitText(step.unit, scale);
-        Json entry = {{"step", step.name},
+        Json entry = {{"step", NameOf(step)},
                       {"value", ShortestDouble(step.value)},
                       {"unit", text.symbol},
                       {"status", StatusJson(step.status)}};
@@ -107,17 +128,17 @@ Json SExplained::Document() const {
         document["steps"].push_back(std::move(entry));
     }
     for (std::size_t i = 0; i < walk.scene.size(); ++i) {
-        const SSceneParameter& value = walk.scene[i];
+        const SParameter& value = walk.scene[i];
         Json entry = {
-            {"name", value.name}, {"value", ShortestDouble(value.value)}, {"unit", value.unit}, {"from", value.from}};
+            {"name", value.name}, {"value", value.value}, {"unit", value.unit}, {"from", OriginWord(value.origin)}};
         if (changed) {
-            const SSceneParameter& other = changed->scene[i];
-            entry["changed"] = {{"value", ShortestDouble(other.value)}, {"from", other.from}};
+            const SParameter& other = changed->scene[i];
+            entry["changed"] = {{"value", other.value}, {"from", OriginWord(other.origin)}};
         }
         document["parameters"].push_back(std::move(entry));
     }
-    document["calibration"] = walk.calibration;
-    if (!walk.calibration.is_null()) document["calibrationFrom"] = walk.calibrationFrom;
+    document["calibration"] = walk.calibrationJson;
+    if (!walk.calibrationJson.is_null()) document["calibrationFrom"] = OriginWord(walk.calibration.origin);
     return document;
 }
 
@@ -147,30 +168,33 @@ class CExplainCommand final : public ICommand {
     }
 
     EExit Run() override {
-        const SMeasureOptions options = measure_.Options();
+        const measure::SMeasureOptions options = measure_.Options();
         CMeasureArguments other = measure_;
         for (const std::string& text : set_) other.SetScene(text);
-        const SMeasureOptions changed = other.Options();
+        const measure::SMeasureOptions changed = other.Options();
 
-        const auto source = source_.Open();
-        const u64 frame = CFrameSelection(frame_, "--frame").OneOf(source->Count());
-        const auto [x, y] = ParsePoint("--at", at_, source->Format().width, source->Format().height);
-        const u32 pixel = u32{y} * source->Format().width + x;
-        SExplained found{.walk = WalkPixel(*source, options, frame, pixel), .changed = {}, .scale = options.scale};
-        if (!set_.empty()) found.changed = WalkPixel(*source, changed, frame, pixel);
+        const measure::CSource source = source_.Open();
+        measure::SRawFrame raw;
+        CSourceArguments::ReadOne(source, frame_, "--frame", raw);
+        const u64 frame = raw.number;
+        const auto [x, y] = ParsePoint("--at", at_, source.Format().width, source.Format().height);
+        const u32 pixel = u32{y} * source.Format().width + x;
+        SExplained found{.walk = Walk(source, options, raw, pixel), .changed = {}, .scale = options.scale};
+        if (!set_.empty()) found.changed = Walk(source, changed, raw, pixel);
         if (json_) {
-            Json document = {
-                {"schema", kSchemaVersion}, {"file", source->Name()}, {"frame", frame}, {"x", x}, {"y", y}};
+            Json document = {{"schema", kSchemaVersion}, {"file", source.Name()}, {"frame", frame}, {"x", x}, {"y", y}};
             document.update(found.Document());
+            document["findings"] = FindingsJson(source.Findings());
             PrintJson(document);
         } else {
-            Print(fmt::format("{}, frame {}, pixel ({}, {}), preset {}\n\n", source->Name(), frame, x, y,
-                              found.walk.preset) +
-                  found.Steps() + '\n' + found.Parameters() +
-                  ValueSection(fmt::format("Calibration, from the {}", found.walk.calibrationFrom).c_str(),
-                               found.walk.calibration));
+            Print(
+                fmt::format("{}, frame {}, pixel ({}, {}), preset {}\n\n", source.Name(), frame, x, y,
+                            found.walk.preset) +
+                found.Steps() + '\n' + found.Parameters() +
+                ValueSection(fmt::format("Calibration, from the {}", OriginWord(found.walk.calibration.origin)).c_str(),
+                             found.walk.calibrationJson));
         }
-        return ExitDone;
+        return CSourceArguments::Exit(source, 0);
     }
 
   private:

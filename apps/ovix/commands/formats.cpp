@@ -1,18 +1,28 @@
 #include <CLI/CLI.hpp>
+#include <optional>
 #include <string>
 
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/commands/command.h"
-#include "apps/ovix/input/pixel_type_names.h"
-#include "apps/ovix/pipeline/unit_choice.h"
 #include "apps/ovix/synth/synth.h"
 #include "apps/ovix/text_table.h"
-#include "core/core.h"
-#include "reduce/reduce.h"
+#include "measure/measure.h"
 
 namespace ovix::app {
 
+using measure::GuidText;
+using measure::PixelTypeName;
+using measure::UnitWords;
+
 namespace {
+
+/// The pixel type of the decoder whose frames begin with the header that `type` stands for alone; nothing for a type of
+/// whole frames.
+std::optional<GUID> TypeOfHeader(const std::string& filter, const GUID& type) {
+    reduce::SFrameForm form;
+    if (!reduce::GetFrameForm(CString(filter.c_str()), type, form) || form.wholeType == type) return {};
+    return form.wholeType;
+}
 
 /// The name of an entry, and the file of the plug-in that it came from.
 template <class Entry>

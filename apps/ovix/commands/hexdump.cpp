@@ -5,7 +5,6 @@
 #include <algorithm>
 
 #include "apps/ovix/fault.h"
-#include "apps/ovix/pipeline/guarded_decode.h"
 #include "apps/ovix/text_table.h"
 
 namespace ovix::app {
@@ -24,14 +23,16 @@ std::string HexDigits(std::span<const u8> bytes) {
 }
 
 /// Fields, and the pixels where the decoder finds them; of a frame without a field, all bytes are pixels.
-std::vector<Json> KnownRows(std::span<u8> frame, const SFrameFormat& format) {
-    const CGuardedDecode decode(format);
-    decode.Check(frame);
+std::vector<Json> KnownRows(std::span<u8> frame, const measure::SFrameFormat& format) {
+    const CString decoder(format.filter.c_str());
     const GUID& type = format.pixelType;
     const u32 size = static_cast<u32>(frame.size());
+    if (format.filter.empty()) return {Row("pixels", 0, size)};
+    reduce::SFrameFault fault;
+    if (!reduce::CheckFrame(decoder, frame.data(), type, format.width, format.height, size, &fault))
+        throw CFault({.offset = fault.offset, .expected = fault.expected.GetUTF8(), .found = fault.found.GetUTF8()});
     TArray<reduce::SFrameField> fields;
-    if (!reduce::DescribeFrame(CString(format.filter.c_str()), frame.data(), type, format.width, format.height, size,
-                               fields))
+    if (!reduce::DescribeFrame(decoder, frame.data(), type, format.width, format.height, size, fields))
         throw CFault({.problem = fmt::format("the decoder \"{}\" does not describe its frames", format.filter)});
     std::vector<Json> rows;
     for (const reduce::SFrameField& field : fields) {
@@ -42,7 +43,8 @@ std::vector<Json> KnownRows(std::span<u8> frame, const SFrameFormat& format) {
     }
     void* pixels = nullptr;
     i32 stride = 0;
-    if (decode.Filter().GetPixels(frame.data(), type, format.width, format.height, size, &pixels, stride)) {
+    const auto filter = reduce::filterFactory()->Create(decoder);
+    if (filter->GetPixels(frame.data(), type, format.width, format.height, size, &pixels, stride)) {
         const auto offset = static_cast<u64>(static_cast<u8*>(pixels) - frame.data());
         rows.push_back(Row("pixels", offset, static_cast<u64>(stride) * format.height));
     } else if (rows.empty()) {
@@ -98,7 +100,7 @@ void AddField(CTextTable& table, const Json& row) {
 
 }  // namespace
 
-Json HexdumpJson(std::span<u8> frame, const SFrameFormat& format) {
+Json HexdumpJson(std::span<u8> frame, const measure::SFrameFormat& format) {
     std::vector<Json> known = KnownRows(frame, format);
     std::stable_sort(known.begin(), known.end(), [](const Json& a, const Json& b) {
         return std::pair(a["offset"].get<u64>(), b["size"].get<u64>()) <

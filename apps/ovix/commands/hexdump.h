@@ -3,8 +3,8 @@
 #include <span>
 #include <string>
 
-#include "apps/ovix/input/frame_format.h"
 #include "apps/ovix/json.h"
+#include "measure/measure.h"
 
 namespace ovix::app {
 
@@ -13,7 +13,7 @@ namespace ovix::app {
 /// "other" for bytes that no field covers. "bytes" are in hexadecimal digits; a field that is longer than a header's,
 /// as a compressed image, has none. The frame is left as it is. Throws `CFault` (offset, expected, found) for a frame
 /// that would not do.
-Json HexdumpJson(std::span<u8> frame, const SFrameFormat& format);
+Json HexdumpJson(std::span<u8> frame, const measure::SFrameFormat& format);
 
 /// The same rows as a table: 16 bytes a line, other bytes that are all alike in one.
 std::string HexdumpTable(const Json& rows);

@@ -1,18 +1,19 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <optional>
 
 #include "apps/ovix/cli/console.h"
-#include "apps/ovix/cli/frame_selection.h"
 #include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/commands/block_report.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/commands/hexdump.h"
 #include "apps/ovix/commands/source_report.h"
 #include "apps/ovix/commands/value_section.h"
+#include "apps/ovix/facts/user_calibration.h"
+#include "apps/ovix/fault.h"
 #include "apps/ovix/text_table.h"
-#include "apps/ovix/user_calibration.h"
 
 namespace ovix::app {
 
@@ -30,6 +31,7 @@ std::string TimeLine(const Json& time, u64 frames) {
 std::string CounterLine(const Json& counter) {
     if (counter.is_null()) return "none in the frames";
     std::string line = fmt::format("{} to {}", counter["first"].get<u64>(), counter["last"].get<u64>());
+    if (counter["gapCount"].is_null()) return line + ", gaps not looked for (--counters does)";
     if (counter["gapCount"] == 0) return line + ", no gaps";
     return line +
            fmt::format(", {} gaps, {} frames missing", counter["gapCount"].get<u64>(), counter["missing"].get<u64>());
@@ -37,7 +39,7 @@ std::string CounterLine(const Json& counter) {
 
 std::string GapLines(const Json& counter) {
     constexpr std::size_t kMostShown = 10;
-    if (counter.is_null() || counter["gaps"].empty()) return {};
+    if (counter.is_null() || counter["gapCount"].is_null() || counter["gaps"].empty()) return {};
     CTextTable table({{"  after frame", CTextTable::Right},
                       {"counter", CTextTable::Right},
                       {"next", CTextTable::Right},
@@ -64,7 +66,7 @@ void AddSourceRows(CTextTable& table, const Json& source) {
     if (source.is_null()) return;
     table.Row({"Camera", source["camera"]});
     table.Row({"Recorded",
-               fmt::format("{}, {}", source["time"].get<std::string>(),
+               fmt::format("{}, {}", ShownJson(source["time"]),
                            source["finished"].get<bool>() ? "finished"
                                                           : "never finished or cut (\"ovix repair\" brings it back)")});
     if (!source["texts"].empty()) table.Row({"Texts", ShownJson(source["texts"])});
@@ -74,7 +76,7 @@ std::string Overview(const Json& d) {
     CTextTable table({{""}, {""}});
     table.Row({"File", d["file"]});
     AddSourceRows(table, d["source"]);
-    table.Row({"Decoder", d["decoder"]});
+    table.Row({"Decoder", ShownJson(d["decoder"])});
     table.Row(
         {"Pixel type", fmt::format("{} {}", d["pixelType"].get<std::string>(), d["pixelTypeGuid"].get<std::string>())});
     table.Row({"Image", fmt::format("{} x {} pixels", d["width"].get<u16>(), d["height"].get<u16>())});
@@ -98,7 +100,8 @@ std::string Overview(const Json& d) {
 
 std::string ValueTable(const Json& values) {
     CTextTable table({{"Name"}, {"Value", CTextTable::Right}, {"Unit"}, {"Type"}});
-    for (const Json& value : values) table.Row({value["name"], value["value"], value["unit"], value["type"]});
+    for (const Json& value : values)
+        table.Row({value["name"], ShownJson(value["value"]), value["unit"], value["type"]});
     return table.Text();
 }
 
@@ -123,6 +126,9 @@ class CInfoCommand final : public ICommand {
                       "the bytes of one frame, the first when --frame names none, beside field names and values")
             ->group("Output")
             ->excludes(verb.get_option("--frames"));
+        verb.add_flag("--counters", counters_,
+                      "read all frames for their presets, times and counters, not the two ends of the file alone")
+            ->group("Input");
         verb.add_option("--user-cal", userCalibration_, "a user calibration that \"ovix calibrate\" wrote")
             ->type_name("FILE")
             ->group("Input");
@@ -130,66 +136,129 @@ class CInfoCommand final : public ICommand {
     }
 
     EExit Run() override {
-        const auto file = source_.OpenFile();
-        std::optional<CRecordingFile> recording;
-        if (CRecordingFile::Recognises(*file)) recording.emplace(file);
         const bool ofOneFrame = hexdump_ || !frame_.empty();
-        const Json blocks = recording && !ofOneFrame ? BlocksJson(*recording) : Json();
-        std::unique_ptr<IFrameSource> source;
+        const std::vector<measure::SBlock> found =
+            source_.File() == "-" || ofOneFrame ? std::vector<measure::SBlock>() : Blocks();
+        const Json blocks = found.empty() ? Json() : BlocksJson(found);
+        std::optional<measure::CSource> source;
         try {
-            source = source_.Open(file);
+            source = source_.Open(true);
         } catch (const CFault&) {
-            if (recording && !ofOneFrame) ShowBlocksAlone(*recording, blocks);
+            if (!found.empty()) ShowBlocksAlone(blocks);
+            if (!found.empty() && IsWholeWithoutFrames(found)) return ExitDone;
             throw;
         }
         if (hexdump_) return ShowBytes(*source);
         std::optional<CRCalFile> userCalibration;
         if (!userCalibration_.empty()) userCalibration = ReadUserCalibration(userCalibration_);
         CSourceReport report(*source, userCalibration);
-        return ofOneFrame ? ShowFrame(*source, report) : ShowAll(*source, report, recording, blocks);
+        return ofOneFrame ? ShowFrame(*source, report) : ShowAll(*source, report, blocks);
     }
 
   private:
-    EExit ShowBytes(IFrameSource& source) const {
-        const u64 number = frame_.empty() ? 0 : CFrameSelection(frame_, "--frame").OneOf(source.Count());
-        std::vector<u8> frame;
+    /// None for a file that cannot be opened, of which `Open` says why.
+    std::vector<measure::SBlock> Blocks() const {
+        try {
+            return measure::BlocksOf(source_.File());
+        } catch (const measure::CError&) {
+            return {};
+        }
+    }
+    /// A file of blocks without pixels is a kind of its own.
+    static bool IsWholeWithoutFrames(const std::vector<measure::SBlock>& blocks) {
+        return std::ranges::all_of(blocks, [](const measure::SBlock& block) {
+            return block.header.size != reduce::SInfoFileBlock::ToEndOfFile && block.crcRight.value_or(true);
+        });
+    }
+
+    EExit ShowBytes(const measure::CSource& source) const {
+        measure::SRawFrame raw;
+        CSourceArguments::ReadOne(source, frame_.empty() ? "0" : frame_, "--frame", raw);
         Json rows;
         try {
-            source.Read(number, frame);
-            rows = HexdumpJson(frame, source.Format());
+            rows = HexdumpJson(raw.bytes, source.Format());
         } catch (const CFault& fault) {
-            throw fault.Of(source.Name(), number);
+            SFault facts = fault.Facts();
+            facts.file = source.Name();
+            facts.frame = raw.number;
+            throw CFault(std::move(facts));
         }
         if (json_)
             PrintJson({{"schema", kSchemaVersion},
                        {"file", source.Name()},
-                       {"frame", number},
+                       {"frame", raw.number},
                        {"pixelType", source.Format().pixelTypeName},
-                       {"frameBytes", frame.size()},
+                       {"frameBytes", raw.bytes.size()},
                        {"rows", rows}});
         else
             Print(HexdumpTable(rows));
-        return ExitDone;
+        return CSourceArguments::Exit(source, 0);
     }
 
-    EExit ShowFrame(const IFrameSource& source, CSourceReport& report) const {
-        report.Add(CFrameSelection(frame_, "--frame").OneOf(source.Count()));
+    EExit ShowFrame(const measure::CSource& source, CSourceReport& report) const {
+        measure::SRawFrame raw;
+        CSourceArguments::ReadOne(source, frame_, "--frame", raw);
+        report.Add(raw);
         const Json values = report.FrameValues();
         if (json_)
             PrintJson({{"schema", kSchemaVersion}, {"file", source.Name()}, {"values", values}});
         else
             Print(ValueTable(values));
-        return ExitDone;
+        return CSourceArguments::Exit(source, 0);
     }
 
-    EExit ShowAll(const IFrameSource& source, CSourceReport& report, const std::optional<CRecordingFile>& recording,
-                  const Json& blocks) const {
-        CFrameLoop frames = source_.Frames(source);
-        frames.Run([&](u64 frame) { report.Add(frame); });
+    /// All frames that were asked for, or those at the two ends of the file.
+    measure::CFrameNumbers FramesToRead(const measure::CSource& source) const {
+        constexpr u64 kAtEachEnd = 2;
+        if (const auto chosen = source_.Frames(source)) return *chosen;
+        const u64 count = *source.Count();
+        if (counters_ || count <= 2 * kAtEachEnd) return measure::CFrameNumbers::All(count);
+        return measure::CFrameNumbers({{0, kAtEachEnd - 1, 1}, {count - kAtEachEnd, count - 1, 1}});
+    }
+
+    EExit ShowAll(const measure::CSource& source, CSourceReport& report, const Json& blocks) const {
+        u64 skipped = 0;
+        u64 read = 0;
+        const auto take = [&](auto&& get) {
+            try {
+                get();
+                ++read;
+            } catch (const measure::CError& error) {
+                if (source_.OnError() == measure::EOnFault::Stop) throw;
+                ++skipped;
+                Say(std::string(FaultOf(error).what()) + " (skipped)");
+            }
+        };
+        measure::SRawFrame raw;
+        bool whole = true;
+        if (source.IsNumbered()) {
+            const measure::CFrameNumbers frames = FramesToRead(source);
+            whole = source_.Frames(source) || frames.Count() == source.Count();
+            CProgress progress("frame", frames.Count());
+            for (u64 n = 0; n < frames.Count(); ++n) {
+                progress.Show(n);
+                take([&] {
+                    source.Read(frames[n], raw);
+                    report.Add(raw);
+                });
+            }
+        } else {
+            for (bool more = true; more;) {
+                take([&] {
+                    more = source.Next(raw);
+                    if (more) report.Add(raw);
+                });
+            }
+        }
+        if (!read) throw CAppError(ExitBadData, fmt::format("not one of {} frames would do", skipped));
         Json document = {{"schema", kSchemaVersion}};
         document.update(report.Document());
-        document["framesSkipped"] = frames.Skipped();
-        document["source"] = recording ? RecordedSourceJson(*recording, report.Objects()) : Json();
+        // What lies between the ends was not read.
+        if (!whole && !document["counter"].is_null())
+            document["counter"]["gapCount"] = document["counter"]["missing"] = nullptr;
+        document["framesSkipped"] = skipped;
+        const bool recording = source.Kind() == measure::ESource::Recording;
+        document["source"] = recording ? RecordedSourceJson(source, report.Objects()) : Json();
         document["blocks"] = blocks;
         if (json_) {
             PrintJson(document);
@@ -197,15 +266,15 @@ class CInfoCommand final : public ICommand {
             Print(Overview(document) + ValueSection("Scene as recorded", document["scene"]) +
                   ValueSection("Calibration", document["calibration"]) +
                   ValueSection("User calibration", document["userCalibration"]) + GapLines(document["counter"]) +
-                  (recording ? BlockTable(blocks) : ""));
+                  (blocks.is_null() ? "" : BlockTable(blocks)));
         }
-        return frames.Exit();
+        return CSourceArguments::Exit(source, skipped);
     }
 
     /// What can still be said of a recording without frames, or whose frames cannot be reached.
-    void ShowBlocksAlone(const CRecordingFile& recording, const Json& blocks) const {
+    void ShowBlocksAlone(const Json& blocks) const {
         if (json_)
-            PrintJson({{"schema", kSchemaVersion}, {"file", recording.Name()}, {"blocks", blocks}});
+            PrintJson({{"schema", kSchemaVersion}, {"file", source_.File()}, {"blocks", blocks}});
         else
             Print(BlockTable(blocks).substr(1));
     }
@@ -214,6 +283,7 @@ class CInfoCommand final : public ICommand {
     std::string frame_;
     std::string userCalibration_;
     bool hexdump_ = false;
+    bool counters_ = false;
     bool json_ = false;
 };
 

@@ -2,21 +2,50 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <optional>
 
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/measure_arguments.h"
 #include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/commands/command.h"
+#include "apps/ovix/facts/findings.h"
+#include "apps/ovix/fault.h"
 #include "apps/ovix/output/output_file.h"
-#include "apps/ovix/pipeline/correction_tables.h"
-#include "apps/ovix/pipeline/scene_override.h"
-#include "apps/ovix/recording/library_file.h"
-#include "apps/ovix/recording/recording_writer.h"
-#include "apps/ovix/user_calibration.h"
 
 namespace ovix::app {
 
 namespace {
+
+/// The chosen frames of a source, one after the other, whether they have numbers or not.
+class CFrameWalk {
+  public:
+    CFrameWalk(const measure::CSource& source, std::optional<measure::CFrameNumbers> frames)
+        : source_(source), frames_(std::move(frames)) {
+        if (source.IsNumbered() && !frames_) frames_ = measure::CFrameNumbers::All(*source.Count());
+    }
+    /// False at the end. Throws the error of a frame, behind which it goes on.
+    bool Next(measure::SRawFrame& raw) {
+        if (!source_.IsNumbered()) return NextInOrder(raw);
+        if (at_ == frames_->Count()) return false;
+        source_.Read((*frames_)[at_++], raw);
+        return true;
+    }
+    u64 Total() const { return source_.IsNumbered() ? frames_->Count() : 0; }
+
+  private:
+    bool NextInOrder(measure::SRawFrame& raw) {
+        while (!frames_ || at_ < frames_->Count()) {
+            if (!source_.Next(raw)) return false;
+            if (!frames_) return true;
+            if (raw.number == (*frames_)[at_]) return ++at_, true;
+        }
+        return false;
+    }
+
+    const measure::CSource& source_;
+    std::optional<measure::CFrameNumbers> frames_;
+    u64 at_ = 0;
+};
 
 class CRecordCommand final : public ICommand {
   public:
@@ -33,88 +62,137 @@ class CRecordCommand final : public ICommand {
         told_.Add(verb);
         const char* group = "Output";
         verb.add_option("-o,--output", output_, "the recording")->required()->type_name("FILE")->group(group);
-        verb.add_flag("--unpacked", unpacked_, "say that frames are stored as the camera delivers them")->group(group);
-        verb.add_flag("--keep-part", keepPart_,
-                      "write to FILE.part until all frames are there, and leave that where the recording does not come "
-                      "to its end, for \"ovix repair\"")
+        verb.add_flag("--unpacked", how_.unpacked, "say that frames are stored as the camera delivers them")
             ->group(group);
-        verb.add_flag("--overwrite", overwrite_, "replace a file that exists")->group(group);
+        verb.add_flag("--checksums", how_.checksums,
+                      "write a CRC of each frame to FILE.crc, against which every verb holds the frames that it reads")
+            ->group(group);
+        verb.add_flag("--keep-part", how_.keepPart,
+                      "leave what was written as FILE.part where the recording does not come to its end, for \"ovix "
+                      "repair\"")
+            ->group(group);
+        verb.add_flag("--overwrite", how_.overwrite, "replace a file that exists")->group(group);
         verb.add_flag("--json", json_, "say what was done as JSON")->group(group);
     }
 
     EExit Run() override {
-        const SSceneValues scene = told_.Scene();
-        const std::optional<CRCalFile> userCalibration = told_.UserCalibration();
-        const auto source = source_.Open();
-        CFrameLoop frames = source_.Frames(*source);
-        const u32 frameSize = FrameSize(*source, frames);
+        measure::SMeasureOptions told;
+        told.scene = told_.Scene();
+        told.corrections = told_.Corrections();
+        told.userCalibration = told_.UserCalibration();
+        const measure::CSource source = source_.Open();
+        how_.input = source;
+        const u32 frameSize = FrameSize(source);
 
+        CFrameWalk walk(source, source_.Frames(source));
+        measure::SRawFrame raw;
         reduce::CReduceObjectArray objects;
-        GatherMetadata(*source, frames.Frames(), objects);
-        for (const SCorrectionFiles& files : told_.Corrections())
-            LoadCorrectionTables(objects, files, source->Format());
-        if (userCalibration) PutUserCalibration(*userCalibration, objects);
-        OverrideScene(objects, scene);
-        SetPacket(*objects.GetSourceInfo(false), frameSize);
+        const bool pending = Gather(source, walk, raw, objects);
+        measure::AddToSource(objects, told, source.Format());
 
-        COutputFile output(output_, overwrite_, keepPart_);
-        CLibraryOutput library(output);
-        CRecordingWriter writer(BorrowShared<IFile>(library), objects, source->Format(), frameSize, unpacked_);
-        std::vector<u8> frame;
-        frames.Run([&](u64 number) {
-            try {
-                source->Read(number, frame);
-                writer.Add(frame);
-            } catch (const CFault& fault) {
-                if (fault.Exit() == ExitFile) throw;  // no frame's fault
-                throw fault.Of(source->Name(), number);
-            }
-        });
+        measure::CRecordingWriter writer(output_, objects, source.Format(), frameSize, how_);
+        std::optional<CRemovedOnInterrupt> removed;
+        if (!how_.keepPart) removed.emplace(writer.Part());
+        WriteAll(source, walk, raw, pending, writer);
+        if (!done_) throw CAppError(ExitBadData, fmt::format("not one of {} frames would do", skipped_));
         writer.Finish();
-        output.Commit();
-        Report(frames, frameSize, output.Size());
-        return frames.Exit();
+        Report(source, frameSize, writer.Bytes());
+        return CSourceArguments::Exit(source, skipped_);
     }
 
   private:
-    /// Of frames that differ the largest is looked for, ahead of all else.
-    static u32 FrameSize(IFrameSource& source, CFrameLoop& frames) {
-        if (source.FrameSize()) return static_cast<u32>(source.FrameSize());
-        const CGuardedDecode decode(source.Format());
-        std::size_t largest = 0;
-        std::vector<u8> frame;
-        frames.RunAhead([&](u64 number) {
+    /// What the recording says before its first frame; of a pipe the first frame is taken for it, and true the answer.
+    bool Gather(const measure::CSource& source, CFrameWalk& walk, measure::SRawFrame& raw,
+                reduce::CReduceObjectArray& objects) {
+        if (source.IsNumbered()) {
+            const auto frames = source_.Frames(source);
+            measure::GatherMetadata(source, frames ? *frames : measure::CFrameNumbers::All(*source.Count()), objects);
+            return false;
+        }
+        if (!Try([&] { return walk.Next(raw); })) return false;
+        measure::GatherMetadata(source, std::span(&raw, 1), objects);
+        return true;
+    }
+
+    /// What the step answers; a frame that would not do is skipped where that is wanted.
+    template <class Step>
+    bool Try(const Step& step) {
+        for (;;) {
             try {
-                source.Read(number, frame);
-                decode.Check(frame);
-            } catch (const CFault& fault) {
-                throw fault.Of(source.Name(), number);
+                return step();
+            } catch (const measure::CError& error) {
+                const bool ofFrame = error.Facts().frame && FaultOf(error).Exit() == ExitBadData;
+                if (!ofFrame || source_.OnError() == measure::EOnFault::Stop) throw;
+                ++skipped_;
+                Say(std::string(FaultOf(error).what()) + " (skipped)");
             }
-            largest = std::max(largest, frame.size());
-        });
+        }
+    }
+
+    void WriteAll(const measure::CSource& source, CFrameWalk& walk, measure::SRawFrame& raw, bool pending,
+                  measure::CRecordingWriter& writer) {
+        CProgress progress("frame", walk.Total());
+        std::size_t said = source.Findings().size();
+        for (bool more = true; more;) {
+            progress.Show(done_);
+            more = Try([&] {
+                if (!std::exchange(pending, false) && !walk.Next(raw)) return false;
+                try {
+                    writer.Add(raw.bytes);
+                } catch (const measure::CError& error) {
+                    if (FaultOf(error).Exit() != ExitBadData) throw;  // no frame's fault
+                    throw error.Of(source.Name(), raw.number);
+                }
+                ++done_;
+                return true;
+            });
+            source_.SayNew(source, said);
+        }
+    }
+
+    /// Of frames that differ the largest is looked for, ahead of all else.
+    u32 FrameSize(const measure::CSource& source) const {
+        if (source.FrameSize()) return static_cast<u32>(source.FrameSize());
+        if (!source.IsNumbered())
+            throw UsageFault("frames of " + source.Name() +
+                             " differ in length, and a recording has one for all; --spool looks through them first");
+        CFrameWalk walk(source, source_.Frames(source));
+        CProgress progress("looking ahead: frame", walk.Total());
+        std::size_t largest = 0;
+        measure::SRawFrame raw;
+        for (u64 n = 0; n < walk.Total(); ++n) {
+            progress.Show(n);
+            try {
+                walk.Next(raw);
+                largest = std::max(largest, raw.bytes.size());
+            } catch (const measure::CError&) {
+                if (source_.OnError() == measure::EOnFault::Stop) throw;
+            }
+        }
         return static_cast<u32>(largest);
     }
 
-    void Report(const CFrameLoop& frames, u32 frameSize, u64 bytes) const {
+    void Report(const measure::CSource& source, u32 frameSize, u64 bytes) const {
         if (!json_) {
-            Say(fmt::format("{}: {} {} of {} bytes", output_, frames.Done(), frames.Done() == 1 ? "frame" : "frames",
-                            frameSize));
+            Say(fmt::format("{}: {} {} of {} bytes", output_, done_, done_ == 1 ? "frame" : "frames", frameSize));
             return;
         }
         PrintJson({{"schema", kSchemaVersion},
                    {"output", output_},
-                   {"frames", frames.Done()},
-                   {"skipped", frames.Skipped()},
+                   {"frames", done_},
+                   {"skipped", skipped_},
                    {"frameBytes", frameSize},
-                   {"bytes", bytes}});
+                   {"bytes", bytes},
+                   {"complete", CSourceArguments::Exit(source, skipped_) == ExitDone},
+                   {"findings", FindingsJson(source.Findings())}});
     }
 
     CSourceArguments source_;
     CSceneArguments told_;
     std::string output_;
-    bool unpacked_ = false;
-    bool keepPart_ = false;
-    bool overwrite_ = false;
+    measure::SWriteOptions how_;
+    u64 done_ = 0;
+    u64 skipped_ = 0;
     bool json_ = false;
 };
 

@@ -4,7 +4,7 @@
 
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/commands/command.h"
-#include "apps/ovix/recording/recording_repair.h"
+#include "apps/ovix/facts/findings.h"
 
 namespace ovix::app {
 
@@ -26,20 +26,18 @@ class CRepairCommand final : public ICommand {
         verb.add_flag("--json", json_, "say what was done as JSON");
     }
     EExit Run() override {
-        CRecordingFile file = OpenRecording(file_);
-        COutputFile output(output_, overwrite_);
-        Json notes = Json::array();
-        const SRepaired repaired = RepairRecording(file, output, [&](const std::string& line) {
-            if (!json_) Say(fmt::format("{}: {}", file.Name(), line));
-            notes.push_back(line);
-        });
-        output.Commit();
+        std::vector<measure::SFinding> notes;
+        const measure::SRepaired repaired =
+            measure::RepairRecording(file_, output_, {.overwrite = overwrite_}, [&](const measure::SFinding& finding) {
+                if (!json_) Say(FindingLine(file_, finding));
+                notes.push_back(finding);
+            });
         if (json_) {
             PrintJson({{"schema", kSchemaVersion},
                        {"output", output_},
                        {"frames", repaired.frames},
                        {"leftOut", repaired.leftOut},
-                       {"notes", notes}});
+                       {"findings", FindingsJson(notes)}});
         } else {
             Say(fmt::format("{}: {} {}", output_, repaired.frames, repaired.frames == 1 ? "frame" : "frames"));
         }

@@ -1,16 +1,25 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 
 #include "apps/ovix/cli/measure_arguments.h"
-#include "apps/ovix/cli/measure_loop.h"
+#include "apps/ovix/cli/measure_run.h"
 #include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/commands/stats_printer.h"
+#include "apps/ovix/facts/scene_json.h"
 #include "apps/ovix/text_table.h"
 
 namespace ovix::app {
 
 namespace {
+
+/// The figures of one frame, and what holds for all of the run, of which the first one is shown.
+struct SFrameRows {
+    std::vector<SStatsRow> rows;
+    EUnit unit;
+    Json parameters;
+};
 
 class CStatsCommand final : public ICommand {
   public:
@@ -23,7 +32,7 @@ class CStatsCommand final : public ICommand {
     void AddOptions(CLI::App& verb) override {
         source_.Add(verb);
         measure_.Add(verb);
-        CMeasureLoop::AddOption(verb, mergePresets_);
+        CMeasureRun::AddOption(verb, mergePresets_);
         const char* group = "Output";
         verb.add_option("--roi", regions_, "a region: x,y,w,h or name=x,y,w,h (else the whole frame)")
             ->type_name("REGION")
@@ -34,37 +43,49 @@ class CStatsCommand final : public ICommand {
     }
 
     EExit Run() override {
-        const SMeasureOptions options = measure_.Options();
-        const auto source = source_.Open();
-        CFrameLoop frames = source_.Frames(*source);
-        const u16 width = source->Format().width;
-        const u16 height = source->Format().height;
+        const measure::SMeasureOptions options = measure_.Options();
+        const measure::CSource source = source_.Open();
+        const u16 width = source.Format().width;
+        const u16 height = source.Format().height;
         std::vector<SRegion> regions = ParseRegions(regions_, width, height);
         if (regions.empty()) regions.push_back({.name = "frame", .width = width, .height = height});
 
-        CMeasurement measurement(*source, options);
+        const measure::CMeasurement measurement(source, options);
+        CMeasureRun run(measurement, source_, mergePresets_);
         const auto printer = json_ ? MakeJsonPrinter() : csv_ ? MakeCsvPrinter() : MakeTablePrinter();
         bool begun = false;
+        const auto end = [&](bool whole) {
+            if (begun) printer->End({run.Skipped(), whole && run.Exit() != ExitSkipped, source.Findings()});
+        };
         try {
-            CMeasureLoop(frames, *source, measurement, mergePresets_).Run([&](const SMeasuredFrame& frame) {
-                if (!begun) printer->Begin(Head(measurement, source->Count(), regions));
-                begun = true;
-                for (const SRegion& region : regions) printer->Row(StatsOf(frame, region, width, height));
-            });
-        } catch (const CAppError&) {
-            if (begun) printer->End(frames.Skipped(), false);
+            run.Run([&](const measure::CFrame& frame) { return RowsOf(measurement, frame, regions); },
+                    [&](const SFrameRows& frame) {
+                        if (!begun) printer->Begin(Head(source, options.scale, frame, regions));
+                        begun = true;
+                        for (const SStatsRow& row : frame.rows) printer->Row(row);
+                    });
+        } catch (...) {
+            end(false);
             throw;
         }
-        printer->End(frames.Skipped(), true);
-        return frames.Exit();
+        end(true);
+        return run.Exit();
     }
 
   private:
-    static SStatsHead Head(CMeasurement& measurement, u64 frameCount, const std::vector<SRegion>& regions) {
-        SStatsHead head{.unit = measurement.Unit(),
-                        .text = measurement.UnitText(),
-                        .parameters = measurement.Parameters(),
-                        .lastFrame = frameCount - 1};
+    static SFrameRows RowsOf(const measure::CMeasurement& measurement, const measure::CFrame& frame,
+                             const std::vector<SRegion>& regions) {
+        SFrameRows result{.rows = {}, .unit = frame.unit, .parameters = ParametersJson(measurement, frame)};
+        for (const SRegion& region : regions)
+            result.rows.push_back({.frame = frame.number, .region = region, .figures = frame.Statistics(region)});
+        return result;
+    }
+    static SStatsHead Head(const measure::CSource& source, ETempType scale, const SFrameRows& frame,
+                           const std::vector<SRegion>& regions) {
+        SStatsHead head{.unit = frame.unit,
+                        .text = UnitText(frame.unit, scale),
+                        .parameters = frame.parameters,
+                        .lastFrame = source.Count().value_or(1) - 1};
         for (const SRegion& region : regions) head.longestName = std::max(head.longestName, TextWidth(region.name));
         return head;
     }

@@ -3,10 +3,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <bit>
 
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/number_text.h"
-#include "apps/ovix/pipeline/scene_json.h"
+#include "apps/ovix/facts/findings.h"
+#include "apps/ovix/facts/scene_json.h"
 #include "apps/ovix/status_flags.h"
 #include "apps/ovix/text_table.h"
 
@@ -14,10 +16,22 @@ namespace ovix::app {
 
 namespace {
 
-std::string Counted(const Json& status, const char* key) { return fmt::format("{}", status.value(key, u64{0})); }
+u32 Flagged(const SStatsRow& row, const SStatusFlag& flag) {
+    return row.figures.flagged[static_cast<std::size_t>(std::countr_zero(flag.bit))];
+}
+std::string Counted(const SStatsRow& row, const SStatusFlag& flag) { return fmt::format("{}", Flagged(row, flag)); }
+std::string Good(const SStatsRow& row) { return fmt::format("{}", row.figures.good); }
+
+Json StatusJson(const SStatsRow& row) {
+    Json counts{{"good", row.figures.good}};
+    for (const SStatusFlag& flag : kStatusFlags) {
+        if (const u32 pixels = Flagged(row, flag)) counts[flag.key] = pixels;
+    }
+    return counts;
+}
 
 /// Below this nothing counts: the figures are then what a fresh record holds.
-bool HasFigures(const SRegionStats& row) { return row.figures.count > 0; }
+bool HasFigures(const SStatsRow& row) { return row.figures.count > 0; }
 
 class CTablePrinter final : public IStatsPrinter {
   public:
@@ -31,19 +45,18 @@ class CTablePrinter final : public IStatsPrinter {
              {"pixels", "min", "at x,y", "max", "at x,y", "mean", "std", "good", "outside", "under", "over", "no data",
               "excluded"});
     }
-    void Row(const SRegionStats& row) override {
+    void Row(const SStatsRow& row) override {
         const reduce::CStats& s = row.figures;
         const auto value = [&](double v) { return HasFigures(row) ? ShownValue(v, head_.unit) : "-"; };
         const auto place = [&](SPoint p) { return HasFigures(row) ? fmt::format("{},{}", p.x, p.y) : "-"; };
         const u64 pixels = u64{row.region.width} * row.region.height;
         Line(fmt::format("{}", row.frame), row.region.name,
              {fmt::format("{}", pixels), value(s.minimum), place(s.minimumPosition), value(s.maximum),
-              place(s.maximumPosition), value(s.mean), value(s.standardDeviation), Counted(row.status, "good"),
-              Counted(row.status, kStatusFlags[0].key), Counted(row.status, kStatusFlags[1].key),
-              Counted(row.status, kStatusFlags[2].key), Counted(row.status, kStatusFlags[5].key),
-              fmt::format("{}", pixels - s.count)});
+              place(s.maximumPosition), value(s.mean), value(s.standardDeviation), Good(row),
+              Counted(row, kStatusFlags[0]), Counted(row, kStatusFlags[1]), Counted(row, kStatusFlags[2]),
+              Counted(row, kStatusFlags[5]), fmt::format("{}", pixels - s.count)});
     }
-    void End(u64, bool) override {}
+    void End(const SStatsEnd&) override {}
 
   private:
     void Line(const std::string& frame, const std::string& region, const std::vector<std::string>& cells) {
@@ -69,7 +82,7 @@ class CCsvPrinter final : public IStatsPrinter {
         for (const SStatusFlag& flag : kStatusFlags) line += fmt::format(",{} (px)", flag.key);
         Print(line + '\n');
     }
-    void Row(const SRegionStats& row) override {
+    void Row(const SStatsRow& row) override {
         const reduce::CStats& s = row.figures;
         std::string line = fmt::format("{},{},{},{},{},{},{}", row.frame, CsvField(row.region.name), row.region.x,
                                        row.region.y, row.region.width, row.region.height, s.count);
@@ -81,11 +94,11 @@ class CCsvPrinter final : public IStatsPrinter {
         } else {
             line += ",,,,,,,,";
         }
-        line += ',' + Counted(row.status, "good");
-        for (const SStatusFlag& flag : kStatusFlags) line += ',' + Counted(row.status, flag.key);
+        line += ',' + Good(row);
+        for (const SStatusFlag& flag : kStatusFlags) line += ',' + Counted(row, flag);
         Print(line + '\n');
     }
-    void End(u64, bool) override {}
+    void End(const SStatsEnd&) override {}
 };
 
 class CJsonPrinter final : public IStatsPrinter {
@@ -99,23 +112,24 @@ class CJsonPrinter final : public IStatsPrinter {
         open.pop_back();
         Print(open + ",\n\"rows\":[");
     }
-    void Row(const SRegionStats& row) override {
+    void Row(const SStatsRow& row) override {
         Print((first_ ? "\n" : ",\n") + JsonText(Describe(row)));
         first_ = false;
     }
-    void End(u64 skipped, bool complete) override {
-        Print(fmt::format("\n],\n\"skipped\":{},\"complete\":{}}}\n", skipped, complete));
+    void End(const SStatsEnd& end) override {
+        Print(fmt::format("\n],\n\"skipped\":{},\"complete\":{},\"findings\":{}}}\n", end.skipped, end.complete,
+                          JsonText(FindingsJson(end.findings))));
     }
 
   private:
-    static Json Describe(const SRegionStats& row) {
+    static Json Describe(const SStatsRow& row) {
         const reduce::CStats& s = row.figures;
         const SRegion& r = row.region;
         Json item = {{"frame", row.frame},
                      {"region", r.name},
                      {"area", {{"x", r.x}, {"y", r.y}, {"width", r.width}, {"height", r.height}}},
                      {"counted", s.count},
-                     {"status", row.status}};
+                     {"status", StatusJson(row)}};
         if (!HasFigures(row)) return item;
         const auto extreme = [](double value, SPoint at) {
             return Json{{"value", ShortestDouble(static_cast<float>(value))}, {"x", at.x}, {"y", at.y}};

@@ -10,10 +10,9 @@
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/fault.h"
 #include "apps/ovix/in_order.h"
-#include "apps/ovix/input/pixel_type_names.h"
 #include "apps/ovix/output/frame_writer.h"
+#include "apps/ovix/output/library_file.h"
 #include "apps/ovix/output/output_file.h"
-#include "apps/ovix/recording/library_file.h"
 #include "apps/ovix/scene.h"
 #include "apps/ovix/synth/synth.h"
 #include "core/core.h"
@@ -91,7 +90,7 @@ class CSynthCommand final : public ICommand {
     EExit Run() override {
         SSynthOptions options;
         std::tie(options.width, options.height) = ParseSize("--size", size_);
-        const SFrameFormat format = FindFormat(PixelType(), options.width, options.height);
+        const measure::SFrameFormat format = measure::FindFormat(PixelType(), options.width, options.height);
         const SSynthFamily& family = Family(format);
         options.type = format.pixelType;
         options.form = CheckedForm(family, format.pixelType);
@@ -124,10 +123,10 @@ class CSynthCommand final : public ICommand {
     std::string PixelType() const {
         if (!pixelType_.empty()) return pixelType_;
         return family_.empty() ? "K410 IR (GigE)"
-                               : PixelTypeName(SynthFamilyOf("--family", family_).forms().front().type);
+                               : measure::PixelTypeName(SynthFamilyOf("--family", family_).forms().front().type);
     }
 
-    const SSynthFamily& Family(const SFrameFormat& format) const {
+    const SSynthFamily& Family(const measure::SFrameFormat& format) const {
         const SSynthFamily* family = FindSynthFamily(format.pixelType);
         if (!family)
             throw UsageFault("--pixel-type: \"" + format.pixelTypeName +
@@ -196,7 +195,7 @@ class CSynthCommand final : public ICommand {
         return std::make_unique<CTableFiles>(*tables, tables_, overwrite_);
     }
 
-    void Report(const SFrameFormat& format, const std::string& form, u64 count, u64 bytes) const {
+    void Report(const measure::SFrameFormat& format, const std::string& form, u64 count, u64 bytes) const {
         if (json_) {
             PrintJson({{"schema", kSchemaVersion},
                        {"output", output_},

@@ -4,57 +4,12 @@
 
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/commands/command.h"
-#include "apps/ovix/recording/recording_check.h"
+#include "apps/ovix/facts/findings.h"
+#include "apps/ovix/fault.h"
 
 namespace ovix::app {
 
 namespace {
-
-/// The findings in words, each as it comes, or the first of them in one document.
-class CFindingPrinter {
-  public:
-    CFindingPrinter(std::string file, bool json) : file_(std::move(file)), json_(json) {}
-
-    void Add(const SFinding& finding) {
-        constexpr std::size_t kMostListed = 1000;
-        ++count_;
-        if (!json_) {
-            const CFault line({.file = file_,
-                               .offset = finding.offset,
-                               .problem = finding.what,
-                               .expected = finding.expected,
-                               .found = finding.found});
-            Print(std::string(line.what()) + '\n');
-        } else if (list_.size() < kMostListed) {
-            list_.push_back({{"offset", finding.offset},
-                             {"what", finding.what},
-                             {"expected", finding.expected},
-                             {"found", finding.found}});
-        }
-    }
-    void End(const CRecordingFile& file) const {
-        const u64 frames = file.HasPixels() ? file.WholeFrames() : 0;
-        if (json_) {
-            PrintJson({{"schema", kSchemaVersion},
-                       {"file", file_},
-                       {"good", count_ == 0},
-                       {"blocks", file.Blocks().size()},
-                       {"frames", frames},
-                       {"faultCount", count_},
-                       {"faults", list_}});
-        } else if (count_ == 0) {
-            Print(fmt::format("{}: good, {} blocks and {} frames\n", file_, file.Blocks().size(), frames));
-        } else {
-            Print(fmt::format("{}: damaged, {} {}\n", file_, count_, count_ == 1 ? "fault" : "faults"));
-        }
-    }
-
-  private:
-    std::string file_;
-    bool json_;
-    u64 count_ = 0;
-    Json list_ = Json::array();
-};
 
 class CVerifyCommand final : public ICommand {
   public:
@@ -62,22 +17,68 @@ class CVerifyCommand final : public ICommand {
     const char* Brief() const override {
         return "hold a recording's CRCs, sizes, counts and frames against each other";
     }
-    const char* Examples() const override { return "ovix verify run.krt\novix verify run.krt --json"; }
+    const char* Examples() const override {
+        return "ovix verify run.krt\novix verify run.krt --json\novix verify run.krt --make-checksums";
+    }
     void AddOptions(CLI::App& verb) override {
-        verb.add_option("FILE", file_, "a recording; - is the standard input")->required()->type_name("");
+        verb.add_option("FILE", file_, "a recording")->required()->type_name("");
+        verb.add_flag("--make-checksums", makeChecksums_,
+                      "of a sound recording: write a CRC of each frame to FILE.crc, against which every verb holds the "
+                      "frames that it reads from then on");
+        verb.add_flag("--overwrite", overwrite_, "replace a file of sums that exists");
         verb.add_flag("--json", json_, "one JSON document");
     }
     EExit Run() override {
-        const CRecordingFile file = OpenRecording(file_);
-        CFindingPrinter printer(file.Name(), json_);
-        const CRecordingCheck::Report report = [&](const SFinding& finding) { printer.Add(finding); };
-        const bool good = CRecordingCheck(file, report).Run();
-        printer.End(file);
+        if (overwrite_ && !makeChecksums_) throw UsageFault("--overwrite goes with --make-checksums");
+        u64 counts[3] = {};
+        std::vector<measure::SFinding> listed;
+        const bool good = measure::CheckRecording(file_, [&](const measure::SFinding& finding) {
+            ++counts[static_cast<std::size_t>(finding.weight)];
+            if (!json_)
+                Print(FindingLine(file_, finding) + '\n');
+            else if (listed.size() < kMostListed)
+                listed.push_back(finding);
+        });
+        if (good && makeChecksums_) measure::MakeChecksums(file_, overwrite_);
+        Report(good, counts, listed);
         return good ? ExitDone : ExitBadData;
     }
 
   private:
+    static constexpr std::size_t kMostListed = 1000;
+
+    void Report(bool good, const u64 (&counts)[3], const std::vector<measure::SFinding>& listed) const {
+        const auto damage = counts[static_cast<std::size_t>(measure::EWeight::Damage)];
+        const std::vector<measure::SBlock> blocks = measure::BlocksOf(file_);
+        const u64 frames = good ? Frames() : 0;
+        if (json_) {
+            PrintJson({{"schema", kSchemaVersion},
+                       {"file", file_},
+                       {"good", good},
+                       {"blocks", blocks.size()},
+                       {"frames", good ? Json(frames) : Json()},
+                       {"faultCount", damage},
+                       {"doubtCount", counts[static_cast<std::size_t>(measure::EWeight::Doubt)]},
+                       {"findings", FindingsJson(listed)}});
+        } else if (good) {
+            Print(fmt::format("{}: good, {} blocks and {} frames\n", file_, blocks.size(), frames));
+        } else {
+            Print(fmt::format("{}: damaged, {} {}\n", file_, damage, damage == 1 ? "fault" : "faults"));
+        }
+    }
+    /// None in an info file, which holds blocks alone.
+    u64 Frames() const {
+        try {
+            return measure::Open(file_).Count().value_or(0);
+        } catch (const measure::CError& error) {
+            if (error.Id() == measure::EError::NoFrames) return 0;
+            throw;
+        }
+    }
+
     std::string file_;
+    bool makeChecksums_ = false;
+    bool overwrite_ = false;
     bool json_ = false;
 };
 

@@ -156,6 +156,9 @@ void COutputFile::Commit() {
     SyncDirectory(target_.parent_path());
 }
 
+CRemovedOnInterrupt::CRemovedOnInterrupt(const std::filesystem::path& file) : slot_(Register(file.string())) {}
+CRemovedOnInterrupt::~CRemovedOnInterrupt() { Unregister(slot_); }
+
 void InstallInterruptCleanup() {
     owner = ::getpid();
     struct sigaction action = {};

@@ -50,6 +50,18 @@ class COutputFile {
     bool keepPart_;
 };
 
+/// A file of somebody else's that an interrupt removes while this lives.
+class CRemovedOnInterrupt {
+  public:
+    explicit CRemovedOnInterrupt(const std::filesystem::path& file);
+    ~CRemovedOnInterrupt();
+    CRemovedOnInterrupt(const CRemovedOnInterrupt&) = delete;
+    CRemovedOnInterrupt& operator=(const CRemovedOnInterrupt&) = delete;
+
+  private:
+    int slot_;
+};
+
 /// Makes SIGINT, SIGTERM and SIGHUP remove what is not committed and end the process with status 130, unless they are
 /// ignored; SIGPIPE removes it too and ends the process as ever. A write beyond the size limit of the process becomes
 /// an ordinary error. For `main`, once.

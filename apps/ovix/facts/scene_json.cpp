@@ -1,0 +1,74 @@
+#include "apps/ovix/facts/scene_json.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace ovix::app {
+
+double ShortestDouble(float value) {
+    char text[32];
+    const char* end = std::to_chars(text, text + sizeof text, value).ptr;
+    double result = value;
+    std::from_chars(text, end, result);
+    return result;
+}
+
+Json SceneJson(const reduce::CObjectParametersReduceObject& scene) {
+    return {
+        {"recorded", scene.fromSource},
+        {"emissivity", ShortestDouble(scene.emissivity)},
+        {"distanceMetres", ShortestDouble(scene.distance)},
+        {"reflectedTemperatureKelvin", ShortestDouble(scene.reflectedTemp)},
+        {"atmosphereTemperatureKelvin", ShortestDouble(scene.atmosphereTemp)},
+        {"relativeHumidity", ShortestDouble(scene.relativeHumidity)},
+        {"atmosphereTransmission", ShortestDouble(scene.atmosphereTrans)},  // 0: the model computes it
+        {"usedAtmosphereTransmission", ShortestDouble(scene.estimatedAtmosphereTrans)},
+        {"externalOpticsTemperatureKelvin", ShortestDouble(scene.extOpticsTemp)},
+        {"externalOpticsTransmission", ShortestDouble(scene.extOpticsTrans)},
+    };
+}
+
+const char* OriginWord(measure::EOrigin origin) {
+    switch (origin) {
+        case measure::EOrigin::Frame:
+            return "frame";
+        case measure::EOrigin::File:
+            return "file";
+        case measure::EOrigin::Default:
+            return "default";
+        case measure::EOrigin::Caller:
+            return "command line";
+        case measure::EOrigin::Computed:
+            return "computed";
+    }
+    return "default";
+}
+
+Json ParametersJson(const measure::CMeasurement& measurement, const measure::CFrame& frame) {
+    const measure::CSource& source = measurement.Source();
+    Json parameters = {{"source", source.Name()},
+                       {"pixelType", source.Format().pixelTypeName},
+                       {"unit", measure::UnitWords(frame.unit)}};
+    for (const measure::SCorrectionFiles& files : measurement.Options().corrections)
+        parameters["correction"].push_back(files.stem);
+    if (measurement.Options().corrections.empty() && measurement.Corrects())
+        parameters["correction"].push_back("as recorded");
+    std::vector<u8> presets = frame.mergedPresets;
+    std::ranges::sort(presets);
+    for (const u8 preset : presets) parameters["mergedPresets"].push_back(preset);
+
+    const std::vector<measure::SParameter> used = frame.Parameters();
+    const auto scene = frame.Objects().GetObjectParameters(false);
+    if (!scene || used.empty()) return parameters;
+    const Json all = SceneJson(*scene);
+    if (frame.unit == RadianceUser || frame.unit == TemperatureUser) {
+        for (const char* key : {"emissivity", "atmosphereTransmission", "usedAtmosphereTransmission"})
+            parameters[key] = all[key];
+    } else {
+        parameters.update(all);
+    }
+    for (const measure::SParameter& value : used) parameters["origins"][value.key] = OriginWord(value.origin);
+    return parameters;
+}
+
+}  // namespace ovix::app
