@@ -180,7 +180,8 @@ TEST(Record, PartsAreKeptOnlyWhenAskedAndNeverReplaced) {
     EXPECT_EQ(folder.Run(record + Arguments{"--keep-part", "--overwrite"}).status, 4);
     EXPECT_EQ(folder.Run({"repair", "run.krt.part", "-o", "run.krt"}).status, 0);
     EXPECT_EQ(RowsOf(folder, {"run.krt"}).size(), 2u);
-    EXPECT_EQ(folder.Run(record + Arguments{"--on-error", "skip", "--overwrite"}).status, 4);  // the part is there still
+    EXPECT_EQ(folder.Run(record + Arguments{"--on-error", "skip", "--overwrite"}).status,
+              4);  // the part is there still
     std::filesystem::remove(folder.Path("run.krt.part"));
     EXPECT_EQ(folder.Run(record + Arguments{"--on-error", "skip", "--overwrite"}).status, 3);
     EXPECT_EQ(RowsOf(folder, {"run.krt"}).size(), 2u);

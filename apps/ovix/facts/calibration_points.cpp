@@ -5,8 +5,8 @@
 #include <cmath>
 
 #include "apps/ovix/cli/values.h"
-#include "apps/ovix/fault.h"
 #include "apps/ovix/facts/small_text.h"
+#include "apps/ovix/fault.h"
 
 namespace ovix::app {
 
@@ -114,7 +114,7 @@ class CPointLines {
 }  // namespace
 
 std::vector<measure::SCalibrationPoint> ReadCalibrationPoints(const std::string& path, std::optional<ETempType> scale,
-                                                     u8 preset) {
+                                                              u8 preset) {
     const std::string name = path == "-" ? "standard input" : path;
     const std::string text = ReadSmallText(path, "pairs of counts and temperatures");
     CPointLines lines(name, scale, preset);
@@ -122,8 +122,7 @@ std::vector<measure::SCalibrationPoint> ReadCalibrationPoints(const std::string&
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     if (rest.starts_with(kByteOrderMark)) rest.remove_prefix(kByteOrderMark.size());
     for (const std::string_view line : SplitText(rest, '\n')) lines.Take(line);
-    if (lines.points.empty())
-        throw CFault({.file = name, .problem = "there is no pair of counts and temperature"});
+    if (lines.points.empty()) throw CFault({.file = name, .problem = "there is no pair of counts and temperature"});
     return lines.points;
 }
 

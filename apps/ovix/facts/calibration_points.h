@@ -17,6 +17,6 @@ namespace ovix::app {
 /// A temperature bears its scale (C, F, K, R), or has that of the head line, or `scale`. Empty lines and those that
 /// begin with # are passed over. Throws `CFault` that names the line.
 std::vector<measure::SCalibrationPoint> ReadCalibrationPoints(const std::string& path, std::optional<ETempType> scale,
-                                                     u8 preset);
+                                                              u8 preset);
 
 }  // namespace ovix::app

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "apps/ovix/fault.h"
 #include "apps/ovix/facts/small_text.h"
+#include "apps/ovix/fault.h"
 
 namespace ovix::app {
 
@@ -23,8 +23,8 @@ Json Parse(const std::string& file) {
         // Ahead of the words stands the name of the exception in brackets.
         const std::string_view text = error.what();
         const auto words = text.find("] ");
-        throw CFault({.file = file,
-                      .problem = fmt::format("is no JSON: {}", text.substr(words == text.npos ? 0 : words + 2))});
+        throw CFault(
+            {.file = file, .problem = fmt::format("is no JSON: {}", text.substr(words == text.npos ? 0 : words + 2))});
     }
 }
 
