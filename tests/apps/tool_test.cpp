@@ -278,11 +278,15 @@ TEST(Tool, RubbishIsAnsweredWithOneLineAStatusAndNoFile) {
         {2, convert("dump.raw", {"-o", "new.png", "--range", "5,5"})},
         {2, convert("dump.raw", {"-o", "new.png", "--scale", "C", "--scale", "F"})},
         {2, Arguments{"stats", "dump.raw", "--csv", "--json"} + frames},
+        {2, Arguments{"stats", "dump.raw", "--emissivity", ""} + frames},
+        {2, Arguments{"stats", "dump.raw", "--emissivity="} + frames},
+        {2, {"stats", ""}},
+        {2, Arguments{"explain", "dump.raw", "--at", "1,1", "--frames", "0"} + frames},
+        {2, convert("dump.raw", {"-o", "new.npy", "--range", "1,2"})},
         {2, {"synth", "-o", "new.raw", "--pixel-type", "F7M0"}},
         {2, {"synth", "-o", "new.raw", "--form", "digitla"}},
         {2, {"synth", "-o", "new.raw", "--count", "0"}},
         {4, {"missing.raw"}},
-        {4, {"info", "dump.raw"}},
         {4, convert("missing.raw")},
         {4, convert("folder")},
         {4, convert("/dev/null")},
@@ -309,6 +313,15 @@ TEST(Tool, RubbishIsAnsweredWithOneLineAStatusAndNoFile) {
         EXPECT_EQ(folder.Files(), expected);
     }
     EXPECT_EQ(test::ReadText(folder.Path("there.npy")), "mine");
+
+    // A dump of which nothing is said is answered with what its bytes speak for.
+    folder.Do({"synth", "--form", "digital", "--count", "2", "-o", "new.raw"});
+    const SToolRun guessed = folder.Run({"info", "new.raw", "--json"});
+    EXPECT_EQ(guessed.status, 4);
+    const Json guess = Json::parse(guessed.out)["guesses"][0];
+    EXPECT_EQ(guess["width"], 640);
+    EXPECT_EQ(guess["height"], 480);
+    EXPECT_TRUE(guess["mark"]);
 
     // What is measured of a source that is cut does not end with success.
     const SToolRun cut = folder.Run(Arguments{"stats", "cut.raw", "--json"} + frames);

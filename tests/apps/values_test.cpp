@@ -18,11 +18,12 @@ TEST(Values, TemperaturesOfAllScalesComeOutInKelvin) {
     const struct {
         const char* text;
         float kelvin;
-    } cases[] = {{"20C", 293.15f}, {"-40c", 233.15f},    {"-40F", 233.15f},   {"212f", 373.15f}, {"293.15K", 293.15f},
-                 {"0k", 0.0f},     {"491.67R", 273.15f}, {"2.5e1C", 298.15f}, {"-273.15C", 0.0f}};
+    } cases[] = {{"20C", 293.15f},    {"20 °C", 293.15f},   {"-40c", 233.15f}, {"-40F", 233.15f},
+                 {"212f", 373.15f},   {"293.15K", 293.15f}, {"0k", 0.0f},      {"491.67R", 273.15f},
+                 {"2.5e1C", 298.15f}, {"-273.15C", 0.0f}};
     for (const auto& c : cases) EXPECT_FLOAT_EQ(ParseTemperature("--x", c.text), c.kelvin) << c.text;
     for (const char* bad :
-         {"", "C", "20", "20 C", "20CC", "+20C", "nanC", "infK", "-1K", "-274C", "1,5C", "20X", "0x10K", "1e60K"})
+         {"", "C", "20", "20CC", "+20C", "nanC", "infK", "-1K", "-274C", "1,5C", "20X", "0x10K", "1e60K"})
         ExpectUsageFault(bad, [&] { ParseTemperature("--x", bad); });
 }
 

@@ -40,6 +40,7 @@ class CGrammar {
     /// Options may stand anywhere, also before the verb, so that is looked for first. Options of a verb that do not
     /// exist are told with the nearest one that does.
     Arguments InOrder(Arguments arguments) const {
+        RefuseEmptyValues(arguments);
         const std::vector<std::size_t> plain = Plain(arguments);
         if (plain.empty()) return arguments;
         const auto at =
@@ -132,6 +133,17 @@ class CGrammar {
             }
         }
         return places;
+    }
+
+    /// An empty value is a variable of the shell that nobody set.
+    static void RefuseEmptyValues(const Arguments& arguments) {
+        for (std::size_t i = 0; i < arguments.size(); ++i) {
+            if (arguments[i].empty() && i && IsOption(arguments[i - 1]))
+                throw UsageFault(arguments[i - 1] + ": the value is empty");
+            if (arguments[i].empty()) throw UsageFault("an argument is empty");
+            if (arguments[i].starts_with("--") && arguments[i].ends_with("="))
+                throw UsageFault(arguments[i].substr(0, arguments[i].size() - 1) + ": the value is empty");
+        }
     }
 
     void RefuseMisspelledVerb(const std::string& word) const {

@@ -29,6 +29,8 @@ class CSourceArguments {
     /// Reads the one frame that another option's text names; of a pipe, with all frames before it.
     static void ReadOne(const measure::CSource& source, const std::string& text, const char* option,
                         measure::SRawFrame& raw);
+    bool ChoosesFrames() const { return !frames_.empty(); }
+    bool NamesType() const { return !pixelType_.empty(); }
     measure::EOnFault OnError() const;
     unsigned Jobs() const;
     /// For what shows while frames are read: says what is new since, and throws as `Open`.

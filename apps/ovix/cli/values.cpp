@@ -54,6 +54,19 @@ SRegion ParseRegion(const std::string& text, std::size_t number) {
     return region;
 }
 
+/// "20 °C", as the tool prints it, as "20C".
+std::string WithoutDegrees(std::string_view written) {
+    std::string text;
+    for (std::size_t i = 0; i < written.size(); ++i) {
+        if (written.substr(i).starts_with("°")) {
+            i += std::string_view("°").size() - 1;
+        } else if (written[i] != ' ') {
+            text += written[i];
+        }
+    }
+    return text;
+}
+
 }  // namespace
 
 std::vector<std::string_view> SplitText(std::string_view text, char separator) {
@@ -94,7 +107,8 @@ std::pair<float, float> ParseRange(const std::string& option, const std::string&
     return {*low, *high};
 }
 
-float ParseTemperature(const std::string& option, const std::string& text) {
+float ParseTemperature(const std::string& option, const std::string& written) {
+    const std::string text = WithoutDegrees(written);
     const char scale = text.empty() ? '\0' : static_cast<char>(text.back() & ~0x20);
     const auto value = ParseFinite<double>(std::string_view(text).substr(0, text.empty() ? 0 : text.size() - 1));
     const bool known = scale == 'C' || scale == 'F' || scale == 'K' || scale == 'R';

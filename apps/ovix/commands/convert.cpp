@@ -91,6 +91,7 @@ class CConvertCommand final : public ICommand {
 
     EExit Run() override {
         const measure::SMeasureOptions measureOptions = measure_.Options();
+        if (!range_.empty() && !IsPicture()) throw UsageFault("--range: has an effect on pictures (.png) alone");
         if (!range_.empty()) options_.range = ParseRange("--range", range_);
         if (!palette_.empty()) options_.palette = PaletteOf("--palette", palette_);
         const measure::CSource source = source_.Open();

@@ -13,6 +13,7 @@
 #include "apps/ovix/facts/calibration_json.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/facts/scene_json.h"
+#include "apps/ovix/fault.h"
 #include "apps/ovix/status_flags.h"
 #include "apps/ovix/text_table.h"
 #include "apps/ovix/units.h"
@@ -173,6 +174,7 @@ class CExplainCommand final : public ICommand {
         for (const std::string& text : set_) other.SetScene(text);
         const measure::SMeasureOptions changed = other.Options();
 
+        if (source_.ChoosesFrames()) throw UsageFault("--frames: has no effect here; --frame names the one frame");
         const measure::CSource source = source_.Open();
         measure::SRawFrame raw;
         CSourceArguments::ReadOne(source, frame_, "--frame", raw);

@@ -146,6 +146,7 @@ class CInfoCommand final : public ICommand {
         } catch (const CFault&) {
             if (!found.empty()) ShowBlocksAlone(blocks);
             if (!found.empty() && IsWholeWithoutFrames(found)) return ExitDone;
+            if (found.empty() && !source_.NamesType()) ShowGuesses();
             throw;
         }
         if (hexdump_) return ShowBytes(*source);
@@ -164,6 +165,45 @@ class CInfoCommand final : public ICommand {
             return {};
         }
     }
+    /// What the bytes of a dump speak for, best first, as options to paste.
+    void ShowGuesses() const {
+        std::vector<measure::SGuess> guesses;
+        try {
+            if (source_.File() != "-") guesses = measure::GuessFormat(source_.File());
+        } catch (const measure::CError&) {
+            return;  // of a file that cannot be read, the error that follows says so
+        }
+        if (guesses.empty()) return;
+        if (json_) return PrintJson(GuessesJson(guesses));
+        CTextTable table({{"The bytes may be"}, {"Mark"}, {"Size in header"}, {"Counter rises"}, {"No remainder"}});
+        const auto word = [](bool speaks) { return speaks ? "yes" : "-"; };
+        for (const measure::SGuess& guess : guesses)
+            table.Row({OptionsOf(guess), word(guess.mark), word(guess.sizeInHeader), word(guess.counterRises),
+                       word(guess.noRemainder)});
+        Print(table.Text());
+    }
+    static std::string OptionsOf(const measure::SGuess& guess) {
+        const measure::SFrameFormat& format = guess.format;
+        return fmt::format("--pixel-type \"{}\" --size {}x{}", format.pixelTypeName, format.width, format.height) +
+               (guess.frameSize ? fmt::format(" --frame-size {}", guess.frameSize) : "");
+    }
+    Json GuessesJson(const std::vector<measure::SGuess>& guesses) const {
+        Json list = Json::array();
+        for (const measure::SGuess& guess : guesses) {
+            list.push_back({{"options", OptionsOf(guess)},
+                            {"pixelType", guess.format.pixelTypeName},
+                            {"width", guess.format.width},
+                            {"height", guess.format.height},
+                            {"frameBytes", guess.frameSize ? Json(guess.frameSize) : Json()},
+                            {"mark", guess.mark},
+                            {"sizeInHeader", guess.sizeInHeader},
+                            {"counterRises", guess.counterRises},
+                            {"noRemainder", guess.noRemainder},
+                            {"fullEvidence", guess.Full()}});
+        }
+        return {{"schema", kSchemaVersion}, {"file", source_.File()}, {"guesses", std::move(list)}};
+    }
+
     /// A file of blocks without pixels is a kind of its own.
     static bool IsWholeWithoutFrames(const std::vector<measure::SBlock>& blocks) {
         return std::ranges::all_of(blocks, [](const measure::SBlock& block) {
