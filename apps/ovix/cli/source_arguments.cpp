@@ -67,7 +67,7 @@ CSource CSourceArguments::Open(bool acceptDamage) const {
     options.acceptDamage = options.acceptDamage || acceptDamage;
     const bool describes = !pixelType_.empty() || !size_.empty() || !frameSize_.empty();
     try {
-        const CSource source = spool_ ? OpenSpooled(options) : measure::Open(file_, options);
+        CSource source = spool_ ? OpenSpooled(options) : measure::Open(file_, options);
         if (source.Kind() == measure::ESource::Recording && describes)
             throw UsageFault(source.Name() +
                              " is a recording, which says by itself what --pixel-type, --size and --frame-size say");

@@ -131,7 +131,7 @@ constexpr SPalette kPalettes[] = {{"inferno", kInferno}, {"magma", kMagma}, {"vi
 std::span<const SPalette> Palettes() { return kPalettes; }
 
 SColour SPalette::At(double share) const {
-    return ColourOf(colours[static_cast<u32>(255 * std::clamp(share, 0.0, 1.0) + 0.5)]);
+    return ColourOf(colours[static_cast<u32>(std::lround(255 * std::clamp(share, 0.0, 1.0)))]);
 }
 
 EPixelKind KindOf(float value, u8 status, SRange range) {
