@@ -67,7 +67,7 @@ void AddParts(std::vector<SStoredPart>& parts, StoredLayout layout, u32 at, cons
         for (u32 i = 0; i < field.count && !field.parts.empty(); ++i) {
             const std::string number = field.count > 1 ? ' ' + std::to_string(i) : std::string();
             AddParts(parts, field.parts, at + field.offset + i * (field.size / field.count),
-                     std::string(" of ").append(field.name) + number + owner);
+                     std::string(" of ").append(field.name).append(number).append(owner));
         }
     }
 }

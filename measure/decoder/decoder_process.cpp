@@ -190,12 +190,11 @@ void CDecoderProcess::Decode(std::span<const u8> frame, u16* pixels) {
 
 bool CDecoderProcess::Ask(std::size_t frameBytes, u8& answer) {
     const SRequest request{mappedBytes_, u64{2} * pixelCount_, frameBytes};
-    if (::send(socket_, &request, sizeof request, MSG_NOSIGNAL) != ssize_t{sizeof request}) {
-        Stop("ended", false);
-    } else if (!AwaitAnswer()) {
+    const bool sent = ::send(socket_, &request, sizeof request, MSG_NOSIGNAL) == ssize_t{sizeof request};
+    if (sent && !AwaitAnswer()) {
         silent_ = true;
         Stop("gave no answer in time and was ended");
-    } else if (::recv(socket_, &answer, 1, 0) != 1) {
+    } else if (!sent || ::recv(socket_, &answer, 1, 0) != 1) {
         Stop("ended", false);
     }
     return IsAlive();
