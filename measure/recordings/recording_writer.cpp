@@ -14,7 +14,7 @@ using SourceInfo = reduce::CSourceInfoReduceObject;
 namespace {
 
 TSharedPtr<SourceInfo> RequireInfo(reduce::CReduceObjectArray& objects) {
-    const auto info = objects.GetSourceInfo(false);
+    auto info = objects.GetSourceInfo(false);
     if (!info) throw CError({.id = EError::WrongArgument, .problem = "a recording needs a source info"});
     return info;
 }
