@@ -32,7 +32,7 @@ u64 FindFrameSize(const IBytes& bytes, CFrameProbe& probe, u64 smallest, bool te
     if (const u64 size = DividingSize(bytes, probe, smallest)) return size;
     const u64 tail = MostTail(smallest);
     const std::vector<u8> behind = bytes.Get(smallest, smallest + tail);
-    if (const auto distance = NextPassing(probe, behind, 0, tail + 1, smallest)) return smallest + *distance;
+    if (const auto distance = NextFrame(probe, behind, 0, tail + 1, smallest, smallest)) return smallest + *distance;
     return bytes.Size() - smallest <= kPaddingOfLast ? bytes.Size() : smallest;
 }
 

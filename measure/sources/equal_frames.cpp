@@ -13,19 +13,24 @@ constexpr std::size_t kMostTears = 256;
 /// a frame.
 class CTearSearch {
   public:
-    CTearSearch(const IBytes& bytes, const CFrameProbe& probe, u64 step, u64 size, u64 end)
-        : bytes_(bytes), probe_(probe), step_(step), size_(size), end_(end) {}
+    CTearSearch(const IBytes& bytes, const CFrameProbe& probe, u64 step, std::span<const u8> first, u64 end)
+        : bytes_(bytes),
+          probe_(probe),
+          step_(step),
+          size_(first.size()),
+          smallest_(probe.SmallestSize(first)),
+          end_(end) {}
 
     bool PassesAt(u64 offset) const {
         const std::vector<u8> frame = bytes_.Get(offset, size_);
         return frame.size() == size_ && probe_.Passes(frame);
     }
-    /// The last place within three frames from the end at which a frame passes.
+    /// The last place within three frames from the end at which a frame like the first begins.
     std::optional<u64> LastFrame(u64 start) const {
         const u64 from = end_ - std::min(end_ - start, 3 * step_);
         const std::vector<u8> tail = bytes_.Get(from, end_ - from);
         for (u64 at = tail.size() < size_ ? 0 : tail.size() - size_ + 1; at-- > 0;) {
-            if (probe_.Passes(std::span(tail).subspan(at, size_))) return from + at;
+            if (probe_.Begins(std::span(tail).subspan(at, size_), smallest_)) return from + at;
         }
         return {};
     }
@@ -43,23 +48,24 @@ class CTearSearch {
         return PassesAt(start + (good + 1) * step_) ? good + 2 : good + 1;
     }
     /// The next frame behind a torn place; the last one when none is near.
-    u64 NextFrame(u64 torn, u64 last) const {
+    u64 FrameBehind(u64 torn, u64 last) const {
         const u64 most = std::min(last - torn + 1, 2 * step_ + CFrameProbe::kMostTail);
         const std::vector<u8> window = bytes_.Get(torn, most + size_);
-        return torn + NextPassing(probe_, window, 0, most, size_).value_or(last - torn);
+        return torn + NextFrame(probe_, window, 0, most, size_, smallest_).value_or(last - torn);
     }
 
   private:
     const IBytes& bytes_;
     const CFrameProbe& probe_;
-    u64 step_, size_, end_;
+    u64 step_, size_, smallest_, end_;
 };
 
 }  // namespace
 
-std::optional<u64> NextPassing(const CFrameProbe& probe, std::span<const u8> bytes, u64 from, u64 to, u64 size) {
+std::optional<u64> NextFrame(const CFrameProbe& probe, std::span<const u8> bytes, u64 from, u64 to, u64 size,
+                             u64 smallest) {
     for (u64 at = from; at < to && at + size <= bytes.size(); ++at) {
-        if (probe.Passes(bytes.subspan(at, size))) return at;
+        if (probe.Begins(bytes.subspan(at, size), smallest)) return at;
     }
     return {};
 }
@@ -87,15 +93,17 @@ void CEqualFrames::ReportCut(const Report& report) const {
 }
 
 void CEqualFrames::FindTears(const CFrameProbe& probe, const Report& report) {
-    const CTearSearch search(bytes_, probe, step_, size_, end_);
     u64 start = stretches_.back().offset;
-    if (!Count() || search.PassesAt(start + (Count() - 1) * step_) || !probe.TellsFrames(size_)) return;
+    const std::vector<u8> first = bytes_.Get(start, size_);
+    if (!Count() || !probe.Passes(first) || !probe.TellsFrames(size_)) return;  // nothing to go by
+    const CTearSearch search(bytes_, probe, step_, first, end_);
+    if (search.PassesAt(start + (Count() - 1) * step_)) return;
     const std::optional<u64> last = search.LastFrame(start);
     while (last && (*last - start) % step_ != 0 && stretches_.size() < kMostTears) {
         const u64 whole = search.FramesInPlace(start, *last);
         const u64 torn = start + whole * step_;
         if (torn > *last) break;
-        start = search.NextFrame(torn, *last);
+        start = search.FrameBehind(torn, *last);
         const u64 number = stretches_.back().first + whole;
         stretches_.push_back({number, start});
         report({.id = EFinding::BytesPassedOver,

@@ -128,7 +128,8 @@ struct SFirstFrame {
 SFirstFrame LookAtFirst(CFrameProbe& probe, std::span<const u8> bytes);
 
 /// The distance from the start of the bytes to the first place, from `from` up to but not including `to`, at which a
-/// frame of `size` bytes passes.
-std::optional<u64> NextPassing(const CFrameProbe& probe, std::span<const u8> bytes, u64 from, u64 to, u64 size);
+/// frame of `size` bytes begins, of which its decoder reads `smallest`.
+std::optional<u64> NextFrame(const CFrameProbe& probe, std::span<const u8> bytes, u64 from, u64 to, u64 size,
+                             u64 smallest);
 
 }  // namespace ovix::measure

@@ -22,6 +22,11 @@ class CFrameProbe {
     /// What is wrong with a frame; nothing when its decoder may be let loose on it.
     std::optional<CError> FaultOf(std::span<const u8> frame) const;
     bool Passes(std::span<const u8> frame) const;
+    /// Whether a frame of just this many bytes begins here, for those that look for one: a frame that is read from the
+    /// wrong byte on may pass as another form of its family, which is longer or shorter.
+    bool Begins(std::span<const u8> bytes, u64 smallest) const {
+        return Passes(bytes) && SmallestSize(bytes) == smallest;
+    }
     /// Whether bytes that pass are told from others by it; without that every place would pass.
     bool TellsFrames(u64 size) const;
     /// From now on a frame passes only when its decoder reads number and time of it, for families whose check does not

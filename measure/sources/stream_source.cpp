@@ -125,7 +125,8 @@ void CStreamSource::LookAtFirstFrame() {
         if (std::exchange(asked, true)) return {};
         return std::vector<u8>(frame.begin(), frame.end());
     });
-    tells_ = tells_ && probe_.TellsFrames(frame.size());
+    tells_ = tells_ && probe_.Passes(frame) && probe_.TellsFrames(frame.size());
+    if (tells_) smallest_ = probe_.SmallestSize(frame);
 }
 
 u64 CStreamSource::SizeHere() {
@@ -182,7 +183,7 @@ bool CStreamSource::StandsInPlace() {
     const u64 step = size_ + tail_;
     feed_.Fill(2 * step + size_);
     const std::span<const u8> window = feed_.Window();
-    const auto next = NextPassing(probe_, window, 1, window.size(), size_);
+    const auto next = NextFrame(probe_, window, 1, window.size(), size_, smallest_);
     return next ? *next % step == 0 : window.size() < step + size_;
 }
 
@@ -196,7 +197,7 @@ void CStreamSource::PassOver() {
             const u64 size = SizeHere();
             found = size && probe_.Passes(feed_.Window().first(size));
         } else if (window.size() >= size_) {
-            const auto next = NextPassing(probe_, window, 0, window.size(), size_);
+            const auto next = NextFrame(probe_, window, 0, window.size(), size_, smallest_);
             found = next.has_value();
             feed_.Drop(next ? *next : window.size() - size_);
         }

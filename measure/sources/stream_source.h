@@ -47,6 +47,7 @@ class CStreamSource final : public CSource::IBody {
     bool torn_ = false;      ///< the window begins with a frame behind a torn place
     bool tailKnown_ = true;  ///< how much stands behind each frame
     u64 size_ = 0;
+    u64 smallest_ = 0;  ///< of which the decoder reads so many
     u64 tail_ = 0;
     u64 number_ = 0;
     std::optional<u64> counted_ = {};  ///< frames that a recording says it has; 0 when it was not finished

@@ -103,6 +103,15 @@ TEST(NumberedSource, GoesOnBehindBytesThatWereLostOrInserted) {
     Bytes damaged = Frames(12);
     damaged[10 * m - 2428 - 128] ^= 1;
     EXPECT_EQ(Find(kGigE, damaged, static_cast<u32>(m)).offsets.size(), 12u);
+
+    // Frames with a header behind their pixels look like those without one to who begins to read 32 bytes late.
+    const Bytes digital = DigitalFrame(Ramp(kWidth * kHeight), {}, {});
+    const u64 d = digital.size();
+    Bytes last = digital + digital + digital + digital;
+    last[3 * d + 2u * kWidth * kHeight + 32] ^= 1;
+    EXPECT_EQ(Find(kGigE, last, static_cast<u32>(d)).offsets, (std::vector<u64>{0, d, 2 * d, 3 * d}));
+    last = digital + Cut(digital, d - 50) + digital + digital;
+    EXPECT_EQ(Find(kGigE, last, static_cast<u32>(d)).offsets.back(), 3 * d - 50);
 }
 
 TEST(NumberedSource, ReadsCountsOfBothByteOrders) {
