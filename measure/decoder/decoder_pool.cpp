@@ -22,20 +22,19 @@ std::string HelperPath() {
 CDecoderPool::~CDecoderPool() = default;
 
 CDecoderPool::Process CDecoderPool::Take() const {
-    Process taken;
-    lock_.Try([&] {
-        // Those of the parent of a forked process are put away: they serve it alone.
-        while (!idle_.empty() && !(taken && taken->IsOurs())) {
-            taken = std::move(idle_.back());
-            idle_.pop_back();
-        }
+    Process taken = idle_.With([](std::vector<Process>& idle) {
+        Process last;
+        if (idle.empty()) return last;
+        last = std::move(idle.back());
+        idle.pop_back();
+        return last;
     });
-    if (taken && taken->IsOurs()) return taken;
-    return std::make_unique<CDecoderProcess>(format_, patience_);
+    return taken ? std::move(taken) : std::make_unique<CDecoderProcess>(format_, patience_);
 }
 
 void CDecoderPool::Return(Process process) const {
-    if (process->IsAlive()) lock_.Try([&] { idle_.push_back(std::move(process)); });
+    if (!process->IsAlive()) return;
+    idle_.With([&](std::vector<Process>& idle) { idle.push_back(std::move(process)); });
 }
 
 void CDecoderPool::Decode(std::span<const u8> frame, u16* pixels) const {

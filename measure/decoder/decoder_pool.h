@@ -3,8 +3,8 @@
 #include <memory>
 #include <vector>
 
-#include "measure/brief_lock.h"
 #include "measure/decoder/decoder_process.h"
+#include "measure/per_process.h"
 
 namespace ovix::measure {
 
@@ -27,8 +27,7 @@ class CDecoderPool {
 
     SFrameFormat format_;
     std::chrono::milliseconds patience_;
-    mutable CBriefLock lock_;
-    mutable std::vector<Process> idle_;
+    TPerProcess<std::vector<Process>> idle_;
 };
 
 }  // namespace ovix::measure

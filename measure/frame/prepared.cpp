@@ -71,29 +71,27 @@ bool CPrepared::Convert(STypedData merged, const u8* presetMap, STypedData out, 
 }
 
 std::shared_ptr<const CPrepared> CPreparedCache::Find(const std::vector<u8>& key) const {
-    std::shared_ptr<const CPrepared> found;
-    lock_.Try([&] {
-        const auto entry = std::ranges::find_if(entries_, [&](const auto& e) { return e->Key() == key; });
-        if (entry == entries_.end()) return;
-        std::rotate(entries_.begin(), entry, entry + 1);
-        found = entries_.front();
+    return entries_.With([&](Entries& entries) -> std::shared_ptr<const CPrepared> {
+        const auto entry = std::ranges::find(entries, key, [](const auto& e) -> const auto& { return e->Key(); });
+        if (entry == entries.end()) return nullptr;
+        std::rotate(entries.begin(), entry, entry + 1);
+        return entries.front();
     });
-    return found;
 }
 
 std::shared_ptr<const CPrepared> CPreparedCache::Keep(std::shared_ptr<const CPrepared> made) const {
     std::shared_ptr<const CPrepared> dropped;  // goes after the lock is free
-    lock_.Try([&] {
-        for (const auto& entry : entries_) {
+    entries_.With([&](Entries& entries) {
+        for (const auto& entry : entries) {
             if (entry->Key() != made->Key()) continue;
             dropped = std::exchange(made, entry);
             return;
         }
-        if (entries_.size() == kMost) {
-            dropped = std::move(entries_.back());
-            entries_.pop_back();
+        if (entries.size() == kMost) {
+            dropped = std::move(entries.back());
+            entries.pop_back();
         }
-        entries_.insert(entries_.begin(), made);
+        entries.insert(entries.begin(), made);
     });
     return made;
 }

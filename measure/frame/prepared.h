@@ -3,8 +3,8 @@
 #include <memory>
 #include <vector>
 
-#include "measure/brief_lock.h"
 #include "measure/frame/frame_objects.h"
+#include "measure/per_process.h"
 #include "reduce/reduce.h"
 
 namespace ovix::measure {
@@ -40,7 +40,7 @@ class CPrepared {
     std::vector<u8> key_;
 };
 
-/// The conversions that were made ready last. Any number of threads; one that finds it busy does without.
+/// The conversions that were made ready last. Any number of threads.
 class CPreparedCache {
   public:
     std::shared_ptr<const CPrepared> Find(const std::vector<u8>& key) const;
@@ -49,9 +49,9 @@ class CPreparedCache {
 
   private:
     static constexpr std::size_t kMost = 16;
+    using Entries = std::vector<std::shared_ptr<const CPrepared>>;
 
-    mutable CBriefLock lock_;
-    mutable std::vector<std::shared_ptr<const CPrepared>> entries_;  ///< used last, first
+    TPerProcess<Entries> entries_;  ///< used last, first
 };
 
 }  // namespace ovix::measure

@@ -2,9 +2,9 @@
 
 #include <functional>
 #include <memory>
-#include <mutex>
 
 #include "measure/finding.h"
+#include "measure/per_process.h"
 #include "measure/sources/bytes.h"
 #include "measure/sources/frame_probe.h"
 
@@ -85,18 +85,20 @@ class COwnLengthFrames final : public IFrameLayout {
     u64 LengthAt(u64 offset) const;
     SExtent FrameAt(u64 offset) const;
     u64 NextStart(u64 offset) const;
-    /// Walks on until the frame is known; false at the end. The lock is held.
-    bool WalkTo(u64 frame) const;
+    struct SWalk {
+        std::vector<u64> kept;  ///< the offsets of the frames 0, stride, 2 stride, ...
+        u64 stride = 1;
+        u64 walked = 0;    ///< frames known so far
+        u64 walkedTo = 0;  ///< the end of the last of them
+        bool ended = false;
+        u64 lastFrame = ~u64{0};  ///< the frame asked for last, where the next one is looked for
+        SExtent last;
+    };
+    /// Walks on until the frame is known; false at the end.
+    bool WalkTo(u64 frame, SWalk& walk) const;
 
     const IBytes& bytes_;
-    mutable std::mutex mutex_;
-    mutable std::vector<u64> kept_;  ///< the offsets of the frames 0, stride, 2 stride, ...
-    mutable u64 stride_ = 1;
-    mutable u64 walked_ = 0;    ///< frames known so far
-    mutable u64 walkedTo_ = 0;  ///< the end of the last of them
-    mutable bool ended_ = false;
-    mutable u64 lastFrame_ = ~u64{0};  ///< the frame asked for last, where the next one is looked for
-    mutable SExtent last_;
+    TPerProcess<SWalk> walk_;
 };
 
 /// The layout of a dump of frames of one format, `frameSize` bytes each, or as found when 0.

@@ -66,41 +66,43 @@ u64 COwnLengthFrames::NextStart(u64 offset) const {
     return bytes_.Size();
 }
 
-bool COwnLengthFrames::WalkTo(u64 frame) const {
-    while (!ended_ && walked_ <= frame) {
-        const SExtent next = FrameAt(walkedTo_);
-        ended_ = next.size == 0;
-        if (ended_) break;
-        if (walked_ % stride_ == 0) {
-            if (kept_.size() == kMostKept) {
-                for (std::size_t i = 0; i < kMostKept / 2; ++i) kept_[i] = kept_[2 * i];
-                kept_.resize(kMostKept / 2);
-                stride_ *= 2;
+bool COwnLengthFrames::WalkTo(u64 frame, SWalk& walk) const {
+    while (!walk.ended && walk.walked <= frame) {
+        const SExtent next = FrameAt(walk.walkedTo);
+        walk.ended = next.size == 0;
+        if (walk.ended) break;
+        if (walk.walked % walk.stride == 0) {
+            if (walk.kept.size() == kMostKept) {
+                for (std::size_t i = 0; i < kMostKept / 2; ++i) walk.kept[i] = walk.kept[2 * i];
+                walk.kept.resize(kMostKept / 2);
+                walk.stride *= 2;
             }
-            if (walked_ % stride_ == 0) kept_.push_back(next.offset);
+            if (walk.walked % walk.stride == 0) walk.kept.push_back(next.offset);
         }
-        lastFrame_ = walked_++;
-        last_ = next;
-        walkedTo_ = next.offset + next.size;
+        walk.lastFrame = walk.walked++;
+        walk.last = next;
+        walk.walkedTo = next.offset + next.size;
     }
-    return frame < walked_;
+    return frame < walk.walked;
 }
 
 u64 COwnLengthFrames::Count() const {
-    const std::lock_guard lock(mutex_);
-    WalkTo(~u64{0} - 1);
-    return walked_;
+    return walk_.With([&](SWalk& walk) {
+        WalkTo(~u64{0} - 1, walk);
+        return walk.walked;
+    });
 }
 
 std::optional<SExtent> COwnLengthFrames::Find(u64 frame) const {
-    const std::lock_guard lock(mutex_);
-    if (!WalkTo(frame)) return {};
-    if (frame < lastFrame_ || frame - lastFrame_ > stride_) {
-        lastFrame_ = frame - frame % stride_;
-        last_ = FrameAt(kept_[frame / stride_]);
-    }
-    for (; lastFrame_ < frame; ++lastFrame_) last_ = FrameAt(last_.offset + last_.size);
-    return last_;
+    return walk_.With([&](SWalk& walk) -> std::optional<SExtent> {
+        if (!WalkTo(frame, walk)) return {};
+        if (frame < walk.lastFrame || frame - walk.lastFrame > walk.stride) {
+            walk.lastFrame = frame - frame % walk.stride;
+            walk.last = FrameAt(walk.kept[frame / walk.stride]);
+        }
+        for (; walk.lastFrame < frame; ++walk.lastFrame) walk.last = FrameAt(walk.last.offset + walk.last.size);
+        return walk.last;
+    });
 }
 
 }  // namespace ovix::measure

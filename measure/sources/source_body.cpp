@@ -29,7 +29,12 @@ TSharedPtr<reduce::IReduceObject> ShareTables(const TSharedPtr<reduce::IReduceOb
 CSource::IBody::IBody(std::shared_ptr<const CInputFile> file, ESource kind, SFrameFormat format)
     : file_(std::move(file)), kind_(kind), format_(std::move(format)) {}
 
-CSource::IBody::~IBody() = default;
+CSource::IBody::~IBody() {
+    for (const SFound* found = findings_; found;) {
+        const std::unique_ptr<const SFound> last(found);
+        found = last->before;
+    }
+}
 
 void CSource::IBody::SetObjects(const reduce::CReduceObjectArray& objects) {
     objects_ = objects;
@@ -77,14 +82,20 @@ void CSource::IBody::Overrule(reduce::CReduceObjectArray& objects) const {
 }
 
 std::vector<SFinding> CSource::IBody::Findings() const {
-    const std::lock_guard lock(mutex_);
-    return findings_;
+    std::vector<SFinding> findings;
+    for (const SFound* found = findings_; found; found = found->before) findings.push_back(found->finding);
+    std::reverse(findings.begin(), findings.end());
+    return findings;
 }
 
 void CSource::IBody::Add(SFinding finding) const {
-    const std::lock_guard lock(mutex_);
-    if (std::find(findings_.begin(), findings_.end(), finding) == findings_.end())
-        findings_.push_back(std::move(finding));
+    auto added = std::make_unique<SFound>(SFound{std::move(finding), findings_});
+    do {
+        for (const SFound* found = added->before; found; found = found->before) {
+            if (found->finding == added->finding) return;
+        }
+    } while (!findings_.compare_exchange_weak(added->before, added.get()));
+    static_cast<void>(added.release());
 }
 
 bool IsBigEndian(const SFrameFormat& format) { return format.filter.empty() && format.pixelTypeName == "counts-be"; }

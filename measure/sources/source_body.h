@@ -1,7 +1,7 @@
 #pragma once
 
+#include <atomic>
 #include <functional>
-#include <mutex>
 
 #include "measure/sources/input_file.h"
 #include "measure/sources/source.h"
@@ -49,8 +49,12 @@ class CSource::IBody {
     /// Lookups are not const, but change nothing.
     mutable reduce::CReduceObjectArray objects_;
     u32 overruled_ = 0;
-    mutable std::mutex mutex_;
-    mutable std::vector<SFinding> findings_;
+    /// Chained from the last one back, and only ever added to: without a lock, which a forked child might find held.
+    struct SFound {
+        SFinding finding;
+        const SFound* before;
+    };
+    mutable std::atomic<const SFound*> findings_ = nullptr;
 };
 
 /// Whether the frames are counts with the high byte first, which are handed out with the low byte first.

@@ -10,6 +10,13 @@
 /// Files of frames of the K410 family, 16 x 8 pixels unless told otherwise, made without the measuring layer.
 namespace ovix::test {
 
+/// The thread sanitizer allows no new threads in a child that was forked off while others ran.
+#ifdef __SANITIZE_THREAD__
+inline constexpr unsigned kThreadsAcrossForks = 1;
+#else
+inline constexpr unsigned kThreadsAcrossForks = 3;
+#endif
+
 inline constexpr u16 kWidth = 16, kHeight = 8;
 inline constexpr const char* kGigE = "K410 IR (GigE)";
 inline constexpr const char* kStream = "R7X IR (MJLS)";
