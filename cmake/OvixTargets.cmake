@@ -23,16 +23,33 @@ endif()
 target_compile_options(ovix_flags INTERFACE ${sanitizers})
 target_link_options(ovix_flags INTERFACE ${sanitizers})
 
-# A shared library with exactly the file name NAME.so and everything hidden that is not exported.
-# Its headers are installed under their place in the tree: those that are given, else all of its folder, as deep as it
-# goes.
+# The public headers of a library: what its umbrella header needs of its own folder, found along the include lines.
+function(ovix_public_headers result umbrella)
+  string(REGEX MATCH "^[a-z]+/" folder ${umbrella})
+  set(found)
+  set(next ${umbrella})
+  while(next)
+    list(POP_FRONT next header)
+    list(APPEND found ${header})
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${header})
+    file(STRINGS ${PROJECT_SOURCE_DIR}/${header} lines REGEX "^#include \"${folder}")
+    foreach(line IN LISTS lines)
+      string(REGEX REPLACE "^#include \"([^\"]+)\".*" "\\1" included ${line})
+      if(NOT included IN_LIST found AND NOT included IN_LIST next)
+        list(APPEND next ${included})
+      endif()
+    endforeach()
+  endwhile()
+  list(TRANSFORM found PREPEND ${PROJECT_SOURCE_DIR}/)
+  set(${result} ${found} PARENT_SCOPE)
+endfunction()
+
+# A shared library with exactly the file name NAME.so and everything hidden that is not exported. Its umbrella header
+# FOLDER/FOLDER.h and what that needs are installed under their places in the tree.
 function(ovix_library target name)
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
-  set(headers ${ARGN})
-  if(NOT headers)
-    file(GLOB_RECURSE headers CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
-    list(FILTER headers EXCLUDE REGEX "-inl\\.h$")  # pieces of source files, compiled once for each processor target
-  endif()
+  cmake_path(GET CMAKE_CURRENT_SOURCE_DIR FILENAME folder)
+  ovix_public_headers(headers ${folder}/${folder}.h)
   add_library(${target} SHARED ${sources})
   target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${headers})
   set_target_properties(${target} PROPERTIES
@@ -43,5 +60,10 @@ function(ovix_library target name)
   target_compile_features(${target} PUBLIC cxx_std_20)
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:ovix_flags>)
   # What is deleted at process exit needs its code until then, also when a host has closed the library before.
-  target_link_options(${target} PRIVATE -Wl,-z,nodelete $<$<STREQUAL:${OVIX_SANITIZE},>:-Wl,--no-undefined>)
+  target_link_options(${target} PRIVATE -Wl,-z,nodelete)
+  if(NOT OVIX_SANITIZE)
+    set(exports ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+    target_link_options(${target} PRIVATE -Wl,--no-undefined -Wl,--version-script=${exports})
+    set_target_properties(${target} PROPERTIES LINK_DEPENDS ${exports})
+  endif()
 endfunction()

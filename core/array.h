@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "core/exception.h"
-#include "core/memory.h"
+#include "core/process.h"
 
 namespace ovix {
 

@@ -8,6 +8,14 @@ CException::CException(const CException&) = default;
 CException& CException::operator=(const CException&) = default;
 CException::~CException() = default;
 
+const char* CException::what() const noexcept {
+    try {
+        return message_.GetUTF8();
+    } catch (const std::bad_alloc&) {
+        return "out of memory";
+    }
+}
+
 void ThrowIndexOutOfBounds() { throw CException(L"Index out of bounds."); }
 
 }  // namespace ovix

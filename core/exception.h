@@ -1,18 +1,22 @@
 #pragma once
 
-#include "core/api.h"
+#include <exception>
+
 #include "core/shared_ptr.h"
 #include "core/string.h"
 
 namespace ovix {
 
 /// The one exception of the core library, thrown by value.
-class OVIX_API CException {
+class OVIX_API CException : public std::exception {
   public:
     explicit CException(const CString& message, const CException* inner = nullptr);
     CException(const CException&);
     CException& operator=(const CException&);
-    virtual ~CException();
+    ~CException() override;
+
+    /// The message in UTF-8, valid as long as this is.
+    const char* what() const noexcept override;
 
     const CString& GetMessage() const { return message_; }
     /// Null when there is none.

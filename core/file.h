@@ -1,5 +1,7 @@
 #pragma once
 
+#include <span>
+
 #include "core/bytes.h"
 #include "core/shared_ptr.h"
 #include "core/string.h"
@@ -8,6 +10,11 @@ namespace ovix {
 
 /// An abstract file: bytes at a position that each read or write moves on. Not for two threads at once.
 /// The `Get` operations read one little-endian value and are false at the end of the file, leaving the value alone.
+///
+/// Who implements one owes these: `Read` and `Write` move as many bytes as they can and the position by as many;
+/// `Read` answers less than asked for only at the end. `Seek` knows the origins `FromStart` and `FromCurrent` and
+/// answers false, with the position where it was, for what it cannot do; positions up to the end must be reached.
+/// `FromEnd` is a courtesy that makes finding the end quick: without it the end is found by trying bytes.
 class OVIX_API IFile {
   public:
     enum ESeekOrigin : int {
@@ -33,8 +40,11 @@ class OVIX_API IFile {
     bool ReadBytes(void* data, u32 n);
     bool WriteBytes(const void* data, u32 n);
     bool WriteZeros(u64 n);
+    /// The position then: 0, unless the file cannot be moved.
     u64 SeekToBegin();
-    /// Bytes from the position to the end of the file.
+    /// Bytes from the position to the end of the file; the position stays. False when that cannot be known.
+    bool FindRemaining(u64& remaining);
+    /// The same; 0 when it cannot be known.
     u64 GetRemaining();
 
     bool GetBool(bool& value);
@@ -83,5 +93,63 @@ class OVIX_API IFile {
         return WriteBytes(bytes, sizeof bytes);
     }
 };
+
+/// A file in memory. It grows as it is written, unless it works on a caller's buffer.
+class OVIX_API CMemFile final : public IFile {
+  public:
+    CMemFile() = default;
+    CMemFile(const CMemFile&) = delete;
+    CMemFile& operator=(const CMemFile&) = delete;
+    ~CMemFile() override;
+
+    /// Works on a caller's buffer of fixed size, which is freed with `Free` at the end when `own` is set.
+    void Attach(u8* buffer, u32 size, bool own);
+    /// New bytes are zero; a position past the end moves to the end. False when memory fails, or when the buffer is
+    /// the caller's and too small. A caller's buffer that was made smaller can be written full again.
+    bool SetSize(i64 size);
+    u8* GetData() { return data_; }
+    u64 GetSize() const { return size_; }
+    /// Drops the content.
+    void Reset();
+
+    u32 Write(const void* data, u32 size) override;
+    u32 Read(void* data, u32 size) override;
+    u64 GetPosition() override { return position_; }
+    /// A position past the end is allowed; the gap fills with zeros at the next write.
+    bool Seek(i64 offset, int origin) override;
+
+  private:
+    bool Reserve(u64 capacity);
+
+    u8* data_ = nullptr;
+    u64 size_ = 0;
+    u64 capacity_ = 0;
+    u64 position_ = 0;
+    bool fixed_ = false;
+    bool own_ = true;
+};
+
+/// A file that keeps nothing of what is written but its CRC-32 (the reflected one of zip and Ethernet) and byte count.
+class OVIX_API CCalcCRC32File final : public IFile {
+  public:
+    u32 GetCRC() const { return crc_; }
+    u64 GetSize() const { return size_; }
+
+    u32 Write(const void* data, u32 size) override;
+    u32 Read(void*, u32) override { return 0; }
+    u64 GetPosition() override { return size_; }
+    bool Seek(i64, int) override { return false; }
+
+  private:
+    u32 crc_ = 0;
+    u64 size_ = 0;
+};
+
+/// The same CRC-32 over a file from its current position to the end. False when a read fails or there is no telling
+/// where the end is.
+OVIX_API bool CalcCRC32(u32& crc, TSharedPtr<IFile> file);
+
+/// The same CRC-32 over bytes.
+OVIX_API u32 CrcOf(std::span<const u8> bytes);
 
 }  // namespace ovix

@@ -107,7 +107,7 @@ bool IFileSystem::WildcardMatch(const wchar_t* pattern, const wchar_t* name) {
 
 TSharedPtr<IFile> CFileSystem::Open(const CString& path, u32 mode) {
     const char* how = mode == OpenForReading     ? "rb"
-                      : mode == CreateForWriting ? "wb"
+                      : mode == CreateForWriting ? "w+b"
                       : mode == OpenForUpdate    ? "r+b"
                                                  : nullptr;
     std::error_code ignored;

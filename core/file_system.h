@@ -2,14 +2,14 @@
 
 #include "core/array.h"
 #include "core/file.h"
-#include "core/singleton_ptr.h"
+#include "core/process.h"
 
 namespace ovix {
 
-/// One file of a listing. Names that do not fit in 511 characters are not listed.
+/// One file of a listing. Texts of more than 512 characters are not listed.
 class OVIX_API CDirectoryEntry {
   public:
-    static constexpr std::size_t kRoom = 512;
+    static constexpr std::size_t kRoom = 512 + 1;  ///< with the terminator
 
     const wchar_t* GetName() const { return name_; }
     const wchar_t* GetFullPath() const { return path_; }
@@ -34,8 +34,8 @@ class OVIX_API IFileSystem {
   public:
     enum EMode : u32 {
         OpenForReading = 18,
-        CreateForWriting = 40,
-        OpenForUpdate = 34,  ///< reading and writing in place
+        CreateForWriting = 40,  ///< and reading of what was written
+        OpenForUpdate = 34,     ///< reading and writing in place
     };
 
     virtual ~IFileSystem();

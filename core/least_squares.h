@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/api.h"
 #include "core/array.h"
+#include "core/types.h"
 
 namespace ovix {
 

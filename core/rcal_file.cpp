@@ -4,7 +4,7 @@
 #include <cmath>
 #include <utility>
 
-#include "core/crc32_file.h"
+#include "core/file.h"
 #include "core/sealed_record.h"
 
 namespace ovix {

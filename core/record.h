@@ -179,7 +179,7 @@ namespace detail {
 template <const auto& kFields>
 constexpr auto Sliced() {
     std::array<SStoredField, std::size(kFields)> layout;
-    for (std::size_t i = 0; i < layout.size(); ++i) layout[i] = kFields[i];
+    for (std::size_t i = 0; i < layout.size(); ++i) layout[i] = static_cast<const SStoredField&>(kFields[i]);
     return layout;
 }
 
@@ -213,6 +213,25 @@ constexpr auto SubRecords(u32 offset, const char* name = "") {
 OVIX_API bool ReadRecord(IFile& file, std::span<u8> record, u32 versionLimit);
 /// All zeros behind the size and the version.
 OVIX_API void StartRecord(std::span<u8> record, u32 version);
+
+/// An object's whole record of `kSize` bytes, described by one table. What the file does not hold as `ReadRecord` wants
+/// it leaves the object as it was.
+template <const auto& kFields, u32 kSize, class T>
+bool LoadWholeRecord(IFile& file, T& object, u32 versionLimit) {
+    static_assert(RecordEnd(kFields) <= kSize);
+    u8 record[kSize];
+    if (!ReadRecord(file, record, versionLimit)) return false;
+    LoadRecord(object, kFields, record);
+    return true;
+}
+template <const auto& kFields, u32 kSize, class T>
+bool SaveWholeRecord(IFile& file, const T& object) {
+    static_assert(RecordEnd(kFields) <= kSize);
+    u8 record[kSize];
+    StartRecord(record, object.version);
+    SaveRecord(object, kFields, record);
+    return file.WriteBytes(record, kSize);
+}
 
 /// Reads, or writes, what a table without gaps lists, one field after the other from the current position on. Both stop
 /// at the first failure, and what was read so far stays.

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "core/crc32_file.h"
+#include "core/file.h"
 
 namespace ovix {
 

@@ -1,12 +1,15 @@
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <concepts>
+#include <memory>
 #include <new>
 #include <type_traits>
 #include <utility>
 
-#include "core/memory.h"
+#include "core/process.h"
+#include "core/types.h"
 
 namespace ovix {
 
@@ -73,7 +76,11 @@ class TSharedPtr {
     friend bool operator==(const TSharedPtr& a, int b) { return reinterpret_cast<std::intptr_t>(a.object_) == b; }
     friend bool operator==(const TSharedPtr& a, std::nullptr_t) { return !a.object_; }
 
-    explicit operator bool() const { return object_ != nullptr; }
+    /// To bool and, by way of it, to no other number.
+    template <std::same_as<bool> Bool>
+    operator Bool() const {
+        return object_ != nullptr;
+    }
     T* operator->() const { return object_; }
     T& operator*() const { return *object_; }
     T* ptr() const { return object_; }
@@ -155,5 +162,29 @@ template <class T>
 TSharedPtr<T> BorrowShared(T& object) {
     return TSharedPtr<T>(&object, TSharedPtr<T>::DoNotDelete());
 }
+
+/// A table of numbers that copies share: the last one frees it. It serves as the plain pointer that kernels take, null
+/// until there is a table. It does not know its length; its owner does.
+template <class T>
+class TSharedTable {
+  public:
+    operator T*() const { return table_.get(); }
+    T* get() const { return table_.get(); }
+
+    /// A new table of n elements, not filled. Failure raises the allocator's exception and keeps the old one.
+    void Allocate(u64 n) { table_.reset(new T[n]); }
+    void Reset() { table_.reset(); }
+    /// A copy of the n elements that nobody else holds.
+    void Unshare(u64 n) {
+        if (!table_) return;
+        TSharedTable own;
+        own.Allocate(n);
+        std::copy_n(get(), n, own.get());
+        table_.swap(own.table_);
+    }
+
+  private:
+    std::shared_ptr<T[]> table_;
+};
 
 }  // namespace ovix

@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "core/api.h"
 #include "core/types.h"
 
 /// What stands where in a stored record, for programs that show, check or mend records byte by byte. The tables from

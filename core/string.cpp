@@ -12,7 +12,7 @@
 #include <string>
 #include <utility>
 
-#include "core/memory.h"
+#include "core/process.h"
 
 namespace ovix {
 

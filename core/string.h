@@ -1,12 +1,17 @@
 #pragma once
 
 #include <atomic>
+#include <concepts>
 #include <string>
+#include <type_traits>
 
-#include "core/api.h"
 #include "core/types.h"
 
 namespace ovix {
+
+/// A class that reads as a wide text.
+template <class T>
+concept WideText = std::is_class_v<T> && std::convertible_to<const T&, const wchar_t*>;
 
 /// A wide string value. It may be moved bytewise. Narrow text is UTF-8; bytes that are not valid become U+FFFD.
 /// Where case is ignored, it is that of the 26 Latin letters.
@@ -16,12 +21,20 @@ class OVIX_API CString {
     /// A length of -1 means up to the terminator; a null text is empty.
     CString(const wchar_t* text, int length = -1);
     CString(const char* text, int length = -1);
+    template <WideText T>
+        requires(!std::derived_from<T, CString>)
+    CString(const T& text) : CString(static_cast<const wchar_t*>(text)) {}
     CString(const CString& other);
     CString(CString&& other) noexcept;
     ~CString();
     CString& operator=(const CString& other);
     CString& operator=(CString&& other) noexcept;
     CString& operator=(const wchar_t* text);
+    template <WideText T>
+        requires(!std::derived_from<T, CString>)
+    CString& operator=(const T& text) {
+        return *this = static_cast<const wchar_t*>(text);
+    }
 
     /// Never null.
     operator const wchar_t*() const { return text_ ? text_ : L""; }
@@ -47,6 +60,11 @@ class OVIX_API CString {
 
     friend bool operator==(const CString& a, const CString& b) { return a.Equals(b); }
     friend bool operator==(const CString& a, const wchar_t* b) { return a.Equals(b); }
+    template <WideText T>
+        requires(!std::derived_from<T, CString>)
+    friend bool operator==(const CString& a, const T& b) {
+        return a.Equals(b);
+    }
 
   private:
     void Assign(const wchar_t* text, std::size_t length);

@@ -91,4 +91,37 @@ OVIX_API void IndiciesToPoints(u16 width, u16 height, const TArray<u32>& indices
 OVIX_API void IndiciesToPoints(const TArray<SScanLine>& lines, const TArray<u32>& indices, TArray<SPoint>& points);
 
 }  // namespace reduce
+
+/// Element-wise conversion by `NumericCast` between any two numeric types. False, with nothing touched, when either is
+/// not numeric. The buffers may be one when their elements have one width, and must not overlap otherwise.
+OVIX_API bool ConvertArray(STypedData dest, STypedData source, u32 count);
+
+/// Converts `count` elements; the rules are those of `ConvertArray`.
+using FConvertSpan = void (*)(const void* source, void* dest, std::size_t count);
+
+/// The conversion between two types, for callers that choose once and convert many short spans. Null when either type
+/// is not numeric.
+OVIX_API FConvertSpan ConvertSpanFunction(EDataType source, EDataType dest);
+
+struct OVIX_API CMath {
+    /// A temperature in another scale, in double: kelvin = Celsius + 273.15, Fahrenheit = Celsius * 1.8 + 32 =
+    /// kelvin * 1.8 - 459.67, Rankine = kelvin * 1.8, and the reverse. A scale outside the four leaves the number.
+    static double ConvertTemperature(double temperature, ETempType from, ETempType to);
+
+    /// The same for each element of a buffer: widened to double, converted, stored by `NumericCast`. Where the scales
+    /// ask for no change, the elements move as in `ConvertArray`. False, with nothing touched, when a type is not
+    /// numeric. The buffers may be one when their elements have one width, and must not overlap otherwise.
+    static bool ConvertTemperature(STypedData dest, STypedData source, u32 count, ETempType from, ETempType to);
+};
+
+/// A rectangle of an image or of its margins; each use says whether its ends are inclusive.
+struct RECT {
+    i32 left = 0;
+    i32 top = 0;
+    i32 right = 0;
+    i32 bottom = 0;
+
+    friend constexpr bool operator==(const RECT&, const RECT&) = default;
+};
+
 }  // namespace ovix

@@ -3,6 +3,9 @@
 #include <cstddef>
 #include <cstdint>
 
+/// Marks what `ovix.so` exports; everything else in it is hidden.
+#define OVIX_API __attribute__((visibility("default")))
+
 namespace ovix {
 
 using u8 = std::uint8_t;

@@ -3,10 +3,9 @@
 #include <cstdlib>
 #include <vector>
 
-#include "core/crc32_file.h"
-#include "core/mem_file.h"
+#include "core/file.h"
+#include "reduce/files/acquisition_file.h"
 #include "reduce/files/info_file.h"
-#include "reduce/files/pixels_header.h"
 #include "reduce/objects/source_info_reduce_object.h"
 
 /// The readers of info files and recordings, and the patch in place, over any bytes. An input is a file.

@@ -3,10 +3,10 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "core/mem_file.h"
+#include "core/file.h"
 #include "reduce/files/acquisition_file.h"
 #include "reduce/files/info_file.h"
-#include "reduce/objects/reduce_object_factory.h"
+#include "reduce/objects/reduce_object.h"
 #include "reduce/objects/source_info_reduce_object.h"
 #include "reduce/pixels/correction_objects.h"
 #include "support/byte_writer.h"

@@ -12,8 +12,6 @@
 #include "reduce/filters/families.h"
 #include "reduce/filters/filter_factory.h"
 #include "reduce/filters/osprey_filter.h"
-#include "reduce/objects/fov_reduce_object.h"
-#include "reduce/objects/frame_header_reduce_object.h"
 #include "reduce/objects/frame_info_reduce_object.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/source_info_reduce_object.h"

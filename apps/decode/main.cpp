@@ -86,8 +86,6 @@ class CHelper {
                                       static_cast<u32>(request.frameBytes), {memory_, UInt16}, unused, preset);
         } catch (const std::exception&) {
             return false;
-        } catch (const CException&) {
-            return false;
         }
     }
 

@@ -26,8 +26,6 @@ int main(int argc, char** argv) {
         Say("there is not enough memory");
     } catch (const std::exception& error) {
         Say(error.what());
-    } catch (const ovix::CException& error) {
-        Say(error.GetMessage().GetUTF8());
     }
     return ExitBadData;
 }

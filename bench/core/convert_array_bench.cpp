@@ -1,4 +1,4 @@
-#include "core/convert_array.h"
+#include "core/typed_data.h"
 
 #include "bench/support/data.h"
 #include "bench/support/peers.h"

@@ -32,9 +32,11 @@ struct SData {
     STemperatureParams Params(EModel model) const {
         STemperatureParams params;
         if (model == EModel::Table) {
-            params = {radiances.data(), temperatures.data(), static_cast<i32>(radiances.size()), nullptr, 0};
+            params.radiances = const_cast<double*>(radiances.data());
+            params.temperatures = const_cast<double*>(temperatures.data());
+            params.tableSize = static_cast<i32>(radiances.size());
         } else if (model == EModel::Polynomial) {
-            params.coefficients = kPolynomial;
+            params.coefficients = const_cast<double*>(kPolynomial);
             params.order = 2;
         }
         return params;
@@ -76,7 +78,7 @@ SJob Make(const SRun& run, EModel model, bool bare) {
     SJob job;
     job.run = [=](u32 lane) {
         if (bare) return Bare(model, *data, data->in[lane], data->out[lane].data());
-        const SRadianceParams line{kLine, 1, 0, nullptr};
+        const SRadianceParams line{const_cast<double*>(kLine), 1, 0, nullptr};  // which the kernels only read
         CountsToTemperature({data->in[lane].data(), UInt16}, {data->out[lane].data(), Flt32}, run.Pixels(), line,
                             data->Params(model), kCommon);
     };

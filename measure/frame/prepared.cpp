@@ -48,7 +48,7 @@ void CPrepared::FillTables(const Presets& presets) const {
     u8 status = 0;
     context_.Convert(STypedData{&count, UInt16}, STypedData{&value, Flt32}, &status, 1);
     if (std::ranges::count(presets, true) < 2) return;
-    for (u8 preset = 0; preset < presets.size(); ++preset) {
+    for (u8 preset = 0; preset < u8{reduce::CConvertContext::PresetCount}; ++preset) {
         if (presets[preset])
             context_.Convert(STypedData{&count, UInt16}, &preset, STypedData{&value, Flt32}, &status, 1);
     }

@@ -13,8 +13,9 @@ namespace {
 template <class Object>
 TSharedPtr<reduce::IReduceObject> CopyOf(const TSharedPtr<reduce::IReduceObject>& object) {
     // A plug-in may have put a class of its own in the place of the library's.
-    if (typeid(*object) != typeid(Object)) return {};
-    return MakeShared<Object>(static_cast<const Object&>(*object));
+    const reduce::IReduceObject& found = *object;
+    if (typeid(found) != typeid(Object)) return {};
+    return MakeShared<Object>(static_cast<const Object&>(found));
 }
 
 /// A copy that shares what tables the object has: they are replaced, never written to, by those who use them.

@@ -5,7 +5,7 @@
 #include <memory>
 #include <new>
 
-#include "core/convert_array.h"
+#include "core/typed_data.h"
 #include "reduce/convert/converter_factory.h"
 #include "reduce/convert/radiometry.h"
 #include "reduce/convert/table_converter.h"

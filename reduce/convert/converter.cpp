@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include "core/convert_array.h"
-#include "core/math.h"
-#include "core/numeric_cast.h"
+#include "core/typed_data.h"
+#include "core/visit.h"
 #include "reduce/pixels/selection.h"
 
 namespace ovix::reduce {

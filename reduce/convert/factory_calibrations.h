@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/shared_table.h"
-#include "reduce/objects/typed_reduce_object.h"
+#include "core/shared_ptr.h"
+#include "reduce/objects/reduce_object.h"
 
 /// The calibrations that cameras bring from the factory, as they are stored.
 namespace ovix::reduce {

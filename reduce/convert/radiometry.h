@@ -3,8 +3,8 @@
 #include <cmath>
 #include <memory>
 
-#include "core/numeric_cast.h"
 #include "core/temperature_scale.h"
+#include "core/visit.h"
 #include "reduce/convert/model_state.h"
 
 /// The formulas that the measurement models share.

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "core/numeric_cast.h"
+#include "core/visit.h"
 #include "reduce/convert/parallel_for.h"
 
 namespace ovix::reduce {

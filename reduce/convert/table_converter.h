@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "core/shared_table.h"
+#include "core/shared_ptr.h"
 #include "core/visit.h"
 #include "reduce/convert/converter.h"
 #include "reduce/pixels/apply_lut.h"

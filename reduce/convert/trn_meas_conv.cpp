@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "core/convert_array.h"
-#include "core/math.h"
+#include "core/typed_data.h"
 #include "core/visit.h"
 #include "reduce/convert/signal_model-inl.h"
 #include "reduce/convert/signal_runs.h"

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "core/math.h"
+#include "core/typed_data.h"
 #include "reduce/pixels/parts.h"
 #include "reduce/pixels/selection.h"
 

@@ -17,7 +17,9 @@ namespace ovix::reduce {
 
 namespace {
 
-const double* DataOrNull(const TArray<double>& values) { return values.size() ? values.data() : nullptr; }
+/// As the records of parameters take it, though nobody writes to it.
+double* Lent(const TArray<double>& values) { return const_cast<double*>(values.data()); }
+double* DataOrNull(const TArray<double>& values) { return values.size() ? Lent(values) : nullptr; }
 
 }  // namespace
 
@@ -53,12 +55,11 @@ bool CUserConverter::SPreset::ReadPixelBackgrounds(const CRCalFile& cal, int pre
 }
 
 SRadianceParams CUserConverter::SPreset::ToRadiance() const {
-    return {coefficients.data(), order, background, DataOrNull(pixelBackgrounds)};
+    return {Lent(coefficients), order, background, DataOrNull(pixelBackgrounds)};
 }
 
 STemperatureParams CUserConverter::SPreset::ToTemperature() const {
-    return {radiances.data(), temperatures.data(), static_cast<i32>(radiances.size()), tempCoefficients.data(),
-            tempOrder};
+    return {Lent(radiances), Lent(temperatures), static_cast<i32>(radiances.size()), Lent(tempCoefficients), tempOrder};
 }
 
 struct CUserConverter::SRecords {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/singleton_ptr.h"
+#include "core/process.h"
 #include "core/string.h"
 #include "reduce/api.h"
 

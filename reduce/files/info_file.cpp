@@ -3,23 +3,84 @@
 #include <algorithm>
 #include <cstring>
 
-#include "core/crc32_file.h"
-#include "core/mem_file.h"
-#include "reduce/files/object_block.h"
-#include "reduce/objects/reduce_object_factory.h"
+#include "core/record.h"
 #include "reduce/objects/source_info_reduce_object.h"
 
 namespace ovix::reduce {
 
 namespace {
 
+constexpr TRecordField<SInfoFileBlock> kFields[] = {
+    CharsField<&SInfoFileBlock::name>(0, "name"),
+    Field<&SInfoFileBlock::typeID>(32, "type id"),
+    Field<&SInfoFileBlock::version>(48, "version", EStored::Hex),
+    Field<&SInfoFileBlock::preset>(52, "preset"),
+    Field<&SInfoFileBlock::frame>(53, "frame"),
+    Field<&SInfoFileBlock::flags>(61, "flags"),
+    Field<&SInfoFileBlock::size>(65, "size"),
+    Field<&SInfoFileBlock::crc>(73, "CRC-32", EStored::Hex),
+};
+static_assert(RecordEnd(kFields) == SInfoFileBlock::HeaderBytes && IsGapless(kFields));
+
+/// All of an object's header but its name.
+bool FillFromObject(SInfoFileBlock& block, IReduceObject& object, u32 flags) {
+    block = {};
+    if (!object.CalcCRC(block.crc, block.size, flags)) return false;
+    block.typeID = object.GetTypeID();
+    block.version = object.version;
+    block.preset = object.preset;
+    block.frame = object.frameNumber;
+    block.flags = BlockReduceObject | (object.valid ? BlockValid : 0u);
+    return true;
+}
+
+/// Writes an object's block, header and data.
+bool WriteObjectBlock(const TSharedPtr<IFile>& file, IReduceObject& object, u32 flags) {
+    SInfoFileBlock block;
+    if (!FillFromObject(block, object, flags)) return false;
+    StrCpy(block.name, CString(object.GetName()).GetUTF8(), sizeof block.name);
+    return WriteInfoFileBlock(file, block) && object.Save(file, flags);
+}
+
+}  // namespace
+
+bool InitInfoFileBlock(SInfoFileBlock& block, TSharedPtr<IReduceObject> object) {
+    if (!FillFromObject(block, *object, 0)) return false;
+    StrCpy(block.name, CStringMB(object->GetName()), sizeof block.name);
+    return true;
+}
+
+StoredLayout InfoFileBlockLayout() { return kLayoutOf<kFields>; }
+
+bool ReadInfoFileBlock(TSharedPtr<IFile> file, SInfoFileBlock& block) {
+    block.headerOffset = file->GetPosition();
+    block.dataOffset = block.headerOffset + SInfoFileBlock::HeaderBytes;
+    return ReadFields<kFields>(*file, block);
+}
+
+bool WriteInfoFileBlock(TSharedPtr<IFile> file, const SInfoFileBlock& block) {
+    return WriteFields<kFields>(*file, block);
+}
+
+bool WriteInfoFileBlock(void* buffer, const SInfoFileBlock& block) {
+    SaveRecord(block, kFields, static_cast<u8*>(buffer));
+    return true;
+}
+
+bool WriteInfoFileBlock(TSharedPtr<IFile> file, TSharedPtr<IReduceObject> object) {
+    return WriteObjectBlock(file, *object, 0);
+}
+
+bool WriteFreeInfoFileBlock(TSharedPtr<IFile> file, u64 size) {
+    return WriteInfoFileBlock(file, FreeInfoFileBlock(size)) && file->WriteZeros(size);
+}
+
+namespace {
+
 /// The presets whose counts a recording keeps.
 constexpr u8 kCountedPresets = 4;
 
-/// The types whose blocks hold the bulky tables, known by their ids alone: this layer rests on no class of theirs.
-constexpr GUID kCorrection = "{4AD3EFCE-D157-4203-BFC2-3979EE047FE4}"_guid;
-constexpr GUID kUserCalibration = "{E5D7371A-BD64-448F-8240-6FDFA6FC0110}"_guid;
-bool HoldsTables(const GUID& type) { return type == kCorrection || type == kUserCalibration; }
+bool HoldsTables(const GUID& type) { return type == CorrectionTypeID || type == UserCalibrationTypeID; }
 
 bool ReadFileHeader(const TSharedPtr<IFile>& file) {
     u8 found[SInfoFileBlock::HeaderBytes];
@@ -71,14 +132,15 @@ class CObjectLoader {
 /// ends the reading with false.
 template <class Visitor>
 bool ForEachBlock(const TSharedPtr<IFile>& file, Visitor&& visit) {
-    while (file->GetRemaining() != 0) {
+    for (u64 remaining = 0;;) {
+        if (!file->FindRemaining(remaining)) return false;
+        if (remaining == 0) return true;
         SInfoFileBlock block;
         if (!ReadInfoFileBlock(file, block)) return false;
         if (!visit(block)) return false;
         if (block.size == SInfoFileBlock::ToEndOfFile) return true;
         if (!SeekBehind(file, block)) return false;
     }
-    return true;
 }
 
 /// Opens a path and goes on with the file; false when it cannot be opened.
@@ -192,8 +254,7 @@ bool PatchSourceInfo(const TSharedPtr<IFile>& file, SInfoFileBlock& block, const
 
 bool UpdateInfoFile(TSharedPtr<IFile> file, const u32* counts, bool unpacked) {
     InfoFileDirectory blocks;
-    file->SeekToBegin();
-    if (!ScanInfoFile(file, blocks, 0)) return false;
+    if (!file->Seek(0, IFile::FromStart) || !ScanInfoFile(file, blocks, 0)) return false;
     for (SInfoFileBlock& block : blocks) {
         if (block.typeID == CSourceInfoReduceObject::typeID && !PatchSourceInfo(file, block, counts, unpacked))
             return false;

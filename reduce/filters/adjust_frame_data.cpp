@@ -5,7 +5,6 @@
 #include <limits>
 
 #include "core/bytes.h"
-#include "core/deinterlace.h"
 #include "core/pixel_types.h"
 #include "reduce/filters/frame_images.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/guid.h"
-#include "core/rect.h"
+#include "core/typed_data.h"
 #include "reduce/api.h"
 
 namespace ovix::reduce {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "core/byte_swap.h"
+#include "core/bytes.h"
 #include "core/record.h"
 
 namespace ovix::reduce::camera_record {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/bytes.h"
-#include "reduce/objects/typed_reduce_object.h"
+#include "reduce/objects/reduce_object.h"
 
 /// The record that cameras of the K410 family and its older relatives deliver with each frame: 2428 bytes in the byte
 /// order of the camera, of which some families send the first 1148 only. The fields named here are read by decoders one

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "reduce/objects/typed_reduce_object.h"
+#include "reduce/objects/reduce_object.h"
 
 /// The objects of the Lapwing and Wren cameras.
 namespace ovix::reduce {

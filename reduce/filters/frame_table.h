@@ -100,7 +100,7 @@ void FixedText(CFieldText& text, const u8* bytes) {
 }
 template <auto kDecode>
 void FlagText(CFieldText& text, const u8* bytes) {
-    text.Add(kDecode(bytes) ? L"T" : L"F");
+    text.Add(kDecode(bytes) != 0 ? L"T" : L"F");
 }
 /// By the type of the value.
 template <auto kDecode>

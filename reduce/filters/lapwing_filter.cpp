@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "core/numeric_cast.h"
+#include "core/visit.h"
 #include "reduce/filters/families.h"
 #include "reduce/filters/frame_probe.h"
 #include "reduce/filters/frame_types.h"

@@ -4,7 +4,7 @@
 #include "reduce/filters/families.h"
 #include "reduce/filters/frame_types.h"
 #include "reduce/filters/header_line_family.h"
-#include "reduce/objects/fov_reduce_object.h"
+#include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/source_info_reduce_object.h"
 
 /// The LOR camera family: a packed little-endian header of 96 bytes at the start of the header line, and behind it the

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "core/numeric_cast.h"
+#include "core/visit.h"
 #include "reduce/convert/factory_calibrations.h"
 #include "reduce/filters/frame_types.h"
 #include "reduce/filters/header_line_family.h"

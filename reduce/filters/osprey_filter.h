@@ -1,7 +1,7 @@
 #pragma once
 
 #include "reduce/filters/header_line_filter.h"
-#include "reduce/objects/typed_reduce_object.h"
+#include "reduce/objects/reduce_object.h"
 
 namespace ovix::reduce {
 

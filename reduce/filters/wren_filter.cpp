@@ -2,7 +2,7 @@
 #include <cstring>
 
 #include "core/numbers.h"
-#include "core/numeric_cast.h"
+#include "core/visit.h"
 #include "reduce/filters/families.h"
 #include "reduce/filters/frame_probe.h"
 #include "reduce/filters/frame_types.h"

@@ -33,12 +33,11 @@ constexpr auto ParameterField() {
     return Field<parameter.member>(parameter.recordOffset, parameter.name);
 }
 
-constexpr u32 kRecordSize = 96;
-constexpr u32 kFromSource = 8;
+constexpr u32 kParametersSize = 96;
 
 /// The record behind its size and its version; the form older than 0x10001 is nothing but these.
-constexpr TRecordField<CParameters> kFields[] = {
-    Field<&CParameters::fromSource>(kFromSource),
+constexpr TRecordField<CParameters> kParametersFields[] = {
+    Field<&CParameters::fromSource>(8),
     ParameterField<0>(),
     ParameterField<1>(),
     ParameterField<2>(),
@@ -50,7 +49,18 @@ constexpr TRecordField<CParameters> kFields[] = {
     ParameterField<7>(),
     Field<&CParameters::parameterMask>(45),
 };
-static_assert(RecordEnd(kFields) == 49 && RecordEnd(kFields) <= kRecordSize && IsGapless(kFields));
+static_assert(RecordEnd(kParametersFields) == 49 && IsGapless(kParametersFields));
+
+constexpr u32 kFovSize = 64;
+/// One more than other records allow: there are files whose records bear version 0x20000 itself.
+constexpr u32 kFovVersionLimit = 0x20001;
+
+/// As above: record and oldest form.
+constexpr TRecordField<CFOVReduceObject> kFovFields[] = {
+    Field<&CFOVReduceObject::IHFOV>(8),
+    Field<&CFOVReduceObject::IVFOV>(16),
+};
+static_assert(RecordEnd(kFovFields) == 24 && IsGapless(kFovFields));
 
 }  // namespace
 
@@ -60,19 +70,14 @@ CObjectParametersReduceObject::CObjectParametersReduceObject() {
 }
 
 bool CObjectParametersReduceObject::Load(TSharedPtr<IFile> file, u32 blockVersion, u32) {
-    if (blockVersion < 0x10001) return ReadFields<kFields>(*file, *this);
-    u8 record[kRecordSize];
-    if (!ReadRecord(*file, record, 0x20000)) return false;
-    LoadRecord(*this, kFields, record);
-    return true;
+    if (blockVersion < 0x10001) return ReadFields<kParametersFields>(*file, *this);
+    return LoadWholeRecord<kParametersFields, kParametersSize>(*file, *this, 0x20000);
 }
 
 bool CObjectParametersReduceObject::Save(TSharedPtr<IFile> file, u32 flags) {
-    u8 record[kRecordSize];
-    StartRecord(record, version);
-    SaveRecord(*this, kFields, record);
-    if (flags & PersistInitialState) record[kFromSource] = 1;
-    return file->WriteBytes(record, sizeof record);
+    CObjectParametersReduceObject saved = *this;
+    saved.fromSource = fromSource || (flags & PersistInitialState);
+    return SaveWholeRecord<kParametersFields, kParametersSize>(*file, saved);
 }
 
 bool CObjectParametersReduceObject::Equals(const CObjectParametersReduceObject* other) const {
@@ -80,6 +85,15 @@ bool CObjectParametersReduceObject::Equals(const CObjectParametersReduceObject* 
         return static_cast<double>(std::fabs(this->*parameter.member - other->*parameter.member)) < 1e-8;
     });
 }
+
+CFOVReduceObject::CFOVReduceObject() { version = 0x10001; }
+
+bool CFOVReduceObject::Load(TSharedPtr<IFile> file, u32 blockVersion, u32) {
+    if (blockVersion < 0x10001) return ReadFields<kFovFields>(*file, *this);
+    return LoadWholeRecord<kFovFields, kFovSize>(*file, *this, kFovVersionLimit);
+}
+
+bool CFOVReduceObject::Save(TSharedPtr<IFile> file, u32) { return SaveWholeRecord<kFovFields, kFovSize>(*file, *this); }
 
 std::span<const SObjectParameter> ObjectParameters() { return kParameters; }
 

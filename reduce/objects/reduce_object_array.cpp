@@ -2,10 +2,9 @@
 
 #include <algorithm>
 
-#include "reduce/objects/fov_reduce_object.h"
 #include "reduce/objects/frame_info_reduce_object.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
-#include "reduce/objects/reduce_object_factory.h"
+#include "reduce/objects/reduce_object.h"
 #include "reduce/objects/source_info_reduce_object.h"
 
 namespace ovix::reduce {

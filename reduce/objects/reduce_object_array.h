@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/array.h"
-#include "core/rw_lock.h"
+#include "core/process.h"
 #include "reduce/objects/reduce_object.h"
 
 namespace ovix::reduce {

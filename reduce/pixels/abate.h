@@ -3,7 +3,7 @@
 #include "core/array.h"
 #include "core/typed_data.h"
 #include "reduce/api.h"
-#include "reduce/objects/typed_reduce_object.h"
+#include "reduce/objects/reduce_object.h"
 
 namespace ovix::reduce {
 

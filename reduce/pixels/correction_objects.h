@@ -2,8 +2,8 @@
 
 #include "core/file_system.h"
 #include "core/rcal_file.h"
-#include "core/shared_table.h"
-#include "reduce/objects/typed_reduce_object.h"
+#include "core/shared_ptr.h"
+#include "reduce/objects/reduce_object.h"
 
 /// What a source knows of its correction and of its calibration by the user.
 namespace ovix::reduce {
@@ -22,7 +22,7 @@ enum ECorrectionTables : u8 {
 /// while a kernel reads the tables nothing else but reading may happen, and `Save` turns them for a while.
 class OVIX_REDUCE_API CCorrectionReduceObject : public TReduceObject<CCorrectionReduceObject> {
   public:
-    static constexpr GUID typeID = "{4AD3EFCE-D157-4203-BFC2-3979EE047FE4}"_guid;
+    static constexpr GUID typeID = CorrectionTypeID;
     static constexpr const wchar_t* kName = L"Correction";
 
     TSharedTable<float> gain;  ///< identity 1
@@ -97,7 +97,7 @@ class OVIX_REDUCE_API CCorrectionCfgReduceObject : public TReduceObject<CCorrect
 /// Whoever fills `cal` sets `valid`. The stored record is that of `CRCalFile`, whatever the block's version says.
 class OVIX_REDUCE_API CRCalReduceObject : public TReduceObject<CRCalReduceObject> {
   public:
-    static constexpr GUID typeID = "{E5D7371A-BD64-448F-8240-6FDFA6FC0110}"_guid;
+    static constexpr GUID typeID = UserCalibrationTypeID;
     static constexpr const wchar_t* kName = L"RCal";
 
     CRCalFile cal;

@@ -3,8 +3,8 @@
 #include <limits>
 #include <type_traits>
 
-#include "core/numeric_cast.h"
 #include "core/types.h"
+#include "core/visit.h"
 
 /// The arithmetic of one pixel: what the vector loops must come to, and their own words where a value is beyond them.
 namespace ovix::reduce {

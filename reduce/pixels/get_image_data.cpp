@@ -1,6 +1,6 @@
 #include "reduce/pixels/get_image_data.h"
 
-#include "core/convert_array.h"
+#include "core/typed_data.h"
 #include "reduce/pixels/parts.h"
 
 namespace ovix::reduce {

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "core/convert_array.h"
+#include "core/typed_data.h"
 #include "reduce/pixels/simd/lut_simd.h"
 
 /// Tables that are indexed by signal value, over pixels that stand one behind the other.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/convert_array.h"
+#include "core/typed_data.h"
 #include "reduce/pixels/selection.h"
 #include "reduce/pixels/simd/nuc_simd.h"
 

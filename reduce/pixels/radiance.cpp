@@ -3,8 +3,8 @@
 #include <cmath>
 #include <cstring>
 
-#include "core/math.h"
-#include "core/numeric_cast.h"
+#include "core/typed_data.h"
+#include "core/visit.h"
 #include "reduce/pixels/formulas.h"
 #include "reduce/pixels/radiance_law.h"
 

@@ -18,10 +18,10 @@ struct SLimitRule {
 
 /// How the counts of one preset become radiance. The arrays belong to the caller.
 struct SRadianceParams {
-    const double* coefficients = nullptr;  ///< a[0] first
-    i32 order = 0;                         ///< the order code, see the table below
-    double background = 0;                 ///< for the orders -1 and -2
-    const double* backgrounds = nullptr;   ///< one for each frame pixel; replaces `background` if given
+    double* coefficients = nullptr;  ///< a[0] first
+    i32 order = 0;                   ///< the order code, see the table below
+    double background = 0;           ///< for the orders -1 and -2
+    double* backgrounds = nullptr;   ///< one for each frame pixel; replaces `background` if given
 };
 
 /// What all presets of a call share.

@@ -87,8 +87,8 @@ TEST(Array, ReadingTestsTheIndexWhereItCannotGrow) {
         try {
             static_cast<void>(constant[index]);
             ADD_FAILURE() << index;
-        } catch (const CException& error) {
-            EXPECT_STREQ(error.GetMessage().GetUTF8(), "Index out of bounds.");
+        } catch (const std::exception& error) {
+            EXPECT_STREQ(error.what(), "Index out of bounds.");
         }
     }
     EXPECT_EQ(array[2], 0);

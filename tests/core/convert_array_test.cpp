@@ -1,4 +1,4 @@
-#include "core/convert_array.h"
+#include "core/typed_data.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <limits>
 #include <vector>
 
-#include "core/numeric_cast.h"
+#include "core/visit.h"
 #include "tests/support/pixel_buffers.h"
 
 namespace ovix {

@@ -1,8 +1,6 @@
-#include "core/crc32_file.h"
+#include "core/file.h"
 
 #include <gtest/gtest.h>
-
-#include "core/mem_file.h"
 
 namespace ovix {
 namespace {

@@ -1,4 +1,4 @@
-#include "core/deinterlace.h"
+#include "core/pixel_types.h"
 
 #include <gtest/gtest.h>
 

@@ -141,8 +141,8 @@ TEST(FileSystem, ListsFilesInOrderOfTheirNames) {
         EXPECT_TRUE(FileSystem->Open(listing[i].GetFullPath(), IFileSystem::OpenForReading));
     }
     EXPECT_EQ(FileSystem->List(folder.Path("none"), L"*").size(), 0u);
-    EXPECT_FALSE(CDirectoryEntry().Set(std::wstring(512, L'x').c_str(), L"path"));
-    EXPECT_TRUE(CDirectoryEntry().Set(std::wstring(511, L'x').c_str(), L"path"));
+    EXPECT_FALSE(CDirectoryEntry().Set(std::wstring(513, L'x').c_str(), L"path"));
+    EXPECT_TRUE(CDirectoryEntry().Set(std::wstring(512, L'x').c_str(), L"path"));
 }
 
 }  // namespace

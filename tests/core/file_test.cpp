@@ -2,16 +2,69 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <limits>
+#include <algorithm>
 
-#include "core/mem_file.h"
 #include "tests/support/byte_writer.h"
 
 namespace ovix {
 namespace {
 
 using test::CByteWriter;
+
+/// A caller's own file of n bytes, each its place: it knows only the two origins that it has to.
+class COwnFile final : public IFile {
+  public:
+    explicit COwnFile(u64 size, bool moves = true) : size_(size), moves_(moves) {}
+
+    u32 Write(const void*, u32) override { return 0; }
+    u32 Read(void* data, u32 size) override {
+        mostAsked = std::max(mostAsked, size);
+        const u32 n = static_cast<u32>(std::min<u64>(size, size_ - std::min(size_, position_)));
+        for (u32 i = 0; i < n; ++i) static_cast<u8*>(data)[i] = static_cast<u8>(position_++);
+        return n;
+    }
+    u64 GetPosition() override { return position_; }
+    bool Seek(i64 offset, int origin) override {
+        if (!moves_ || (origin != FromStart && origin != FromCurrent)) return false;
+        const u64 to = (origin == FromStart ? 0 : position_) + static_cast<u64>(offset);
+        if (to > size_) return false;
+        position_ = to;
+        return true;
+    }
+
+    u32 mostAsked = 0;
+
+  private:
+    u64 size_;
+    bool moves_;
+    u64 position_ = 0;
+};
+
+TEST(File, FindsTheEndOfFilesThatDoNotKnowIt) {
+    for (const u64 size : {0, 1, 2, 3, 7, 8, 9, 1000, 4096}) {
+        for (const u64 at : {u64{0}, size / 2, size}) {
+            COwnFile file(size);
+            ASSERT_TRUE(file.Seek(static_cast<i64>(at), IFile::FromStart));
+            u64 remaining = 99;
+            EXPECT_TRUE(file.FindRemaining(remaining));
+            EXPECT_EQ(remaining, size - at) << "at " << at << " of " << size;
+            EXPECT_EQ(file.GetPosition(), at);
+        }
+    }
+    COwnFile pipe(10, false);
+    u64 remaining = 99;
+    u32 crc = 99;
+    EXPECT_FALSE(pipe.FindRemaining(remaining));
+    EXPECT_FALSE(CalcCRC32(crc, BorrowShared<IFile>(pipe)));
+    EXPECT_TRUE(remaining == 99 && crc == 99 && pipe.GetRemaining() == 0);
+}
+
+TEST(File, BelievesNoCountBeyondTheEnd) {
+    COwnFile file(64);  // begins with the count 0x03020100
+    CString text;
+    EXPECT_FALSE(file.GetString(text));
+    EXPECT_LE(file.mostAsked, 64u);
+}
 
 TEST(File, PutsAndGetsLittleEndianValues) {
     const GUID id = "{6D4A7D67-C5FB-4DE1-9904-E56F067AB126}"_guid;

@@ -1,4 +1,4 @@
-#include "core/math.h"
+#include "core/typed_data.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
-#include "core/mem_file.h"
+#include "core/file.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "core/memory.h"
+#include "core/process.h"
 
 namespace ovix {
 namespace {

@@ -6,7 +6,7 @@
 #include <limits>
 #include <vector>
 
-#include "core/mem_file.h"
+#include "core/file.h"
 #include "tests/support/byte_writer.h"
 
 namespace ovix {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "core/mem_file.h"
+#include "core/file.h"
 
 namespace ovix {
 namespace {

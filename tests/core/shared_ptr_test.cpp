@@ -20,6 +20,8 @@ void CountAndDelete(SBase* object) {
     delete object;
 }
 
+static_assert(std::is_convertible_v<TSharedPtr<SBase>, bool> && !std::is_convertible_v<TSharedPtr<SBase>, int>);
+
 TEST(SharedPtr, DisposesByItsDeleter) {
     SBase resident;
     const struct {

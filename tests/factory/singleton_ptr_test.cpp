@@ -1,4 +1,4 @@
-#include "core/singleton_ptr.h"
+#include "core/process.h"
 
 #include <gtest/gtest.h>
 

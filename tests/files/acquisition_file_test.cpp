@@ -4,12 +4,13 @@
 
 #include <cstring>
 
-#include "core/mem_file.h"
+#include "core/file.h"
 #include "core/pixel_types.h"
 #include "reduce/files/info_file.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/source_info_reduce_object.h"
 #include "support/byte_writer.h"
+#include "support/test_folder.h"
 
 namespace ovix::reduce {
 namespace {
@@ -72,6 +73,33 @@ TEST(AcquisitionFile, StartsWithTheMetadataAsTheSourcesOwnAndThePixelsBlock) {
         EXPECT_EQ(file->GetRemaining(), 0u);
         EXPECT_FALSE(ReadPixelsHeader(file, last.version, header));
     }
+}
+
+TEST(AcquisitionFile, IsStartedFilledAndFinishedAsOneFileOnTheDisk) {
+    const test::CTestFolder folder;
+    const CString path = folder.Path("recording.krt");
+    const TSharedPtr<IFile> file = FileSystem->Open(path, IFileSystem::CreateForWriting);
+    CReduceObjectArray array;
+    AddSource(array);
+    ASSERT_TRUE(file && StartKRTFile(file, array, true));
+    const u64 framesAt = file->GetPosition();
+    for (const char* frame : {"first", "other"}) ASSERT_TRUE(file->WriteBytes(frame, 5));
+    const u32 counts[4] = {1, 0, 1, 0};
+    ASSERT_TRUE(FinishKRTFile(file, counts, true));
+    ASSERT_TRUE(file->Close());
+
+    CReduceObjectArray loaded;
+    InfoFileDirectory blocks;
+    ASSERT_TRUE(LoadInfoFile(path, loaded, blocks, 0));
+    const auto source = loaded.GetSourceInfo(false);
+    EXPECT_EQ(source->presets[0].frameCount, 1u);
+    EXPECT_EQ(source->presets[2].frameCount, 1u);
+    EXPECT_FALSE(source->presets[1].enabled);
+    const TSharedPtr<IFile> again = FileSystem->Open(path, IFileSystem::OpenForReading);
+    char frames[11] = {};
+    ASSERT_TRUE(again->Seek(static_cast<i64>(framesAt), IFile::FromStart) && again->ReadBytes(frames, 10));
+    EXPECT_STREQ(frames, "firstother");
+    EXPECT_EQ(again->GetRemaining(), 0u);
 }
 
 TEST(AcquisitionFile, HeadersOfTheCallersGoInAsTheyStand) {

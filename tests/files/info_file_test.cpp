@@ -4,9 +4,9 @@
 
 #include <algorithm>
 
-#include "core/mem_file.h"
-#include "reduce/objects/fov_reduce_object.h"
+#include "core/file.h"
 #include "reduce/objects/frame_info_reduce_object.h"
+#include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/source_info_reduce_object.h"
 #include "reduce/pixels/correction_objects.h"
 #include "support/byte_writer.h"

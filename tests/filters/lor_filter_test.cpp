@@ -4,8 +4,8 @@
 
 #include "core/pixel_types.h"
 #include "reduce/filters/filter_factory.h"
-#include "reduce/objects/fov_reduce_object.h"
 #include "reduce/objects/frame_info_reduce_object.h"
+#include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/source_info_reduce_object.h"
 #include "support/header_line_frames.h"
 

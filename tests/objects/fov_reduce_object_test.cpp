@@ -1,4 +1,4 @@
-#include "reduce/objects/fov_reduce_object.h"
+#include "reduce/objects/object_parameters_reduce_object.h"
 
 #include <gtest/gtest.h>
 

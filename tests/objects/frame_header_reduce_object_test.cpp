@@ -1,4 +1,4 @@
-#include "reduce/objects/frame_header_reduce_object.h"
+#include "reduce/objects/frame_info_reduce_object.h"
 
 #include <gtest/gtest.h>
 

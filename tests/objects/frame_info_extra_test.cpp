@@ -1,4 +1,4 @@
-#include "reduce/objects/frame_info_extra.h"
+#include "reduce/objects/frame_info_reduce_object.h"
 
 #include <gtest/gtest.h>
 
@@ -73,6 +73,13 @@ TEST(FrameInfoExtra, HandlesReadAndWrite) {
     extra[L"i"] = 0.5;
     EXPECT_STREQ(extra[L"i"].getValue(), L"0.500000");
     EXPECT_EQ(extra.nValues(), 2u);
+
+    const CString unnamed = extra[0u];  // of the first entry, by an index of any type
+    CString named(extra[L"N"]);
+    EXPECT_STREQ(unnamed, L"3");
+    EXPECT_TRUE(named == extra[0]);
+    named = extra[L"i"];
+    EXPECT_STREQ(named, L"0.500000");
 
     for (const int index : {-1, 2}) {
         EXPECT_FALSE(extra[index].Exists());

@@ -1,4 +1,4 @@
-#include "reduce/objects/gps_data.h"
+#include "reduce/objects/source_info_reduce_object.h"
 
 #include <gtest/gtest.h>
 

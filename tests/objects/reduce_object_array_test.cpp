@@ -4,7 +4,6 @@
 
 #include <cstdlib>
 
-#include "reduce/objects/fov_reduce_object.h"
 #include "reduce/objects/frame_info_reduce_object.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/source_info_reduce_object.h"

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "reduce/objects/fov_reduce_object.h"
 #include "reduce/objects/frame_info_reduce_object.h"
+#include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/source_info_reduce_object.h"
 #include "support/object_file.h"
 

@@ -23,10 +23,10 @@ constexpr auto kUnknownScale = static_cast<ETempType>(9);
 constexpr ETempType kScales[] = {Celsius, Fahrenheit, Kelvin, Rankine, kUnknownScale};
 
 /// What the long-wave band gives from -20 to 180 degrees Celsius.
-constexpr double kRadiances[] = {0.0019, 0.0041, 0.0077, 0.0126, 0.0189, 0.0263};
-constexpr double kTemperatures[] = {-20, 20, 60, 100, 140, 180};
+double kRadiances[] = {0.0019, 0.0041, 0.0077, 0.0126, 0.0189, 0.0263};
+double kTemperatures[] = {-20, 20, 60, 100, 140, 180};
 constexpr i32 kTableSize = 6;
-constexpr double kCoefficients[] = {-70, 30000, -2e6, 9e7, -1e9, 1e10, 1e11, -1e12, 3e13};
+double kCoefficients[] = {-70, 30000, -2e6, 9e7, -1e9, 1e10, 1e11, -1e12, 3e13};
 constexpr double kHigh = 12, kLow = 8, kEmissivity = 0.875;
 
 // The models written down once more.
@@ -220,7 +220,7 @@ TEST(ToTemperature, SingleValues) {
 }
 
 TEST(ToTemperature, PowersAreSummedInSinglePrecisionForSingleDestinations) {
-    const double a[] = {16777216, 1, 1, 1, 1, 1, 1, 1};  // in single precision, each 1 is lost
+    double a[] = {16777216, 1, 1, 1, 1, 1, 1, 1};  // in single precision, each 1 is lost
     const double* coefficients[] = {a};
     const double one = 1;
     const i32 two = 2;
@@ -377,7 +377,7 @@ TEST(ToTemperature, RecordsChooseTheModel) {
 
 TEST(ToTemperature, CountsReachTemperatureWithoutRoundingBetween) {
     const u16 counts[] = {1, 2, 3, 1001};
-    const double lift[] = {1e8, 1}, lower[] = {-1e8, 1};  // a float near 1e8 knows multiples of 8
+    double lift[] = {1e8, 1}, lower[] = {-1e8, 1};  // a float near 1e8 knows multiples of 8
     float result[4];
     EXPECT_TRUE(CountsToTemperature({const_cast<u16*>(counts), UInt16}, {result, Flt32}, 4,
                                     {.coefficients = lift, .order = 1}, {.coefficients = lower, .order = 1}, {}));
@@ -389,7 +389,7 @@ TEST(ToTemperature, CountsReachTemperatureWithoutRoundingBetween) {
 
 TEST(ToTemperature, ImagesWithFewCountsHaveTheBitsOfSinglePixels) {
     // Preset 0 has counts enough for a table, 1 has a background for each pixel, 2 and 3 are short, 9 is beyond.
-    const double polynomial[] = {1.5, 0.01, 1e-7, 1e-11}, cubic[] = {-3, 2.25, -1e-3, 1e-6};
+    double polynomial[] = {1.5, 0.01, 1e-7, 1e-11}, cubic[] = {-3, 2.25, -1e-3, 1e-6};
     std::vector<u16> counts(3000);
     std::vector<u8> presets(3000);
     std::vector<double> backgrounds(3000);

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "core/mem_file.h"
+#include "core/file.h"
 #include "reduce/objects/reduce_object.h"
 #include "support/byte_writer.h"
 

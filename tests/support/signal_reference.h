@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "core/math.h"
+#include "core/typed_data.h"
 
 /// The formulas that the families with an object signal share, written down once more, in long double, from the
 /// physics. Steps that are told to happen in single precision happen in it here too.

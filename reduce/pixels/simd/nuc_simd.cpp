@@ -1,6 +1,6 @@
 #include "reduce/pixels/simd/nuc_simd.h"
 
-#include "core/numeric_cast.h"
+#include "core/visit.h"
 #include "reduce/pixels/formulas.h"
 
 #undef HWY_TARGET_INCLUDE

@@ -1,12 +1,20 @@
-#include "core/singleton_ptr.h"
+#include "core/process.h"
 
+#include <sys/syscall.h>
+#include <unistd.h>
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <mutex>
 #include <thread>
 #include <vector>
 
-namespace ovix::Private {
+#include "core/string.h"
+#include "core/version.h"
+
+namespace ovix {
+
+namespace Private {
 
 namespace {
 
@@ -55,4 +63,19 @@ void DeleteAtExit(void* object, int priority, void (*deleter)(void*)) {
 
 void YieldThread() { std::this_thread::yield(); }
 
-}  // namespace ovix::Private
+}  // namespace Private
+
+void* Alloc(std::size_t size) { return std::malloc(size); }
+void* Realloc(void* pointer, std::size_t size) { return std::realloc(pointer, size); }
+void Free(void* pointer) { std::free(pointer); }
+
+void DebugOutput(const wchar_t* text) {
+    static const bool wanted = std::getenv("OVIX_DEBUG_OUTPUT") != nullptr;
+    if (wanted) std::fputs(CString(text).GetUTF8(), stderr);
+}
+
+const char* Version() { return OVIX_VERSION_STRING; }
+
+unsigned CurrentThreadId() { return static_cast<unsigned>(::syscall(SYS_gettid)); }
+
+}  // namespace ovix

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <atomic>
+#include <shared_mutex>
 
-#include "core/api.h"
 #include "core/types.h"
 
 namespace ovix {
@@ -60,5 +60,35 @@ template <class T, int kPriority, int kReserved, class PostCreateT>
 constinit std::atomic<i32> TSingletonPtr<T, kPriority, kReserved, PostCreateT>::m_InstFirst = 0;
 template <class T, int kPriority, int kReserved, class PostCreateT>
 constinit std::atomic<i32> TSingletonPtr<T, kPriority, kReserved, PostCreateT>::m_InstDone = 0;
+
+/// The allocator of reference counts and array storage. All modules share it, so that one may free what another
+/// allocated. Answers null when memory fails.
+OVIX_API void* Alloc(std::size_t size);
+OVIX_API void* Realloc(void* pointer, std::size_t size);
+/// Null is allowed.
+OVIX_API void Free(void* pointer);
+
+/// Text for a developer's eyes: to standard error when the environment variable `OVIX_DEBUG_OUTPUT` is set, else
+/// dropped.
+OVIX_API void DebugOutput(const wchar_t* text);
+
+/// A number that names the calling thread.
+OVIX_API unsigned CurrentThreadId();
+
+/// Many readers or one writer. Copies share nothing: a copy is a new, free lock.
+class CRWLock {
+  public:
+    CRWLock() = default;
+    CRWLock(const CRWLock&) {}
+    CRWLock& operator=(const CRWLock&) { return *this; }
+
+    void ReadLock() { mutex_.lock_shared(); }
+    void ReadUnlock() { mutex_.unlock_shared(); }
+    void WriteLock() { mutex_.lock(); }
+    void WriteUnlock() { mutex_.unlock(); }
+
+  private:
+    std::shared_mutex mutex_;
+};
 
 }  // namespace ovix

@@ -1,11 +1,22 @@
-#include "core/rw_lock.h"
+#include "core/process.h"
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <thread>
+
+#include "core/version.h"
 
 namespace ovix {
 namespace {
+
+TEST(Version, IsThatOfTheProjectInMacrosAndLibrary) {
+    EXPECT_STREQ(OVIX_VERSION_STRING, OVIX_PROJECT_VERSION);
+    EXPECT_STREQ(Version(), OVIX_PROJECT_VERSION);
+    const std::string numbers = std::to_string(OVIX_VERSION_MAJOR) + '.' + std::to_string(OVIX_VERSION_MINOR) + '.' +
+                                std::to_string(OVIX_VERSION_PATCH);
+    EXPECT_EQ(numbers, OVIX_PROJECT_VERSION);
+}
 
 TEST(RWLock, ExcludesWritersAndSharesNothingWithCopies) {
     CRWLock lock;

@@ -1,0 +1,26 @@
+# What leaves the libraries, what the headers promise, and whether a customer's flags matter. Included by the test of the
+# package, which has installed it.
+foreach(library IN ITEMS ovix ovix.reduce ovix.measure)
+  run(nm -D --defined-only ${prefix}/${libraries}/${library}.so)
+  string(REGEX MATCHALL "[^\n]+" symbols "${output}")
+  list(FILTER symbols EXCLUDE REGEX " (_Z(Th[^_]*_)?(TI|TS|TV|TT|GV)?Z?NK?4ovix[^ ]*|ovix_[^ ]*)$")
+  if(symbols)
+    message(FATAL_ERROR "${library}.so lets out what is not of the project:\n${symbols}")
+  endif()
+endforeach()
+
+file(REMOVE_RECURSE ${work}/interface)
+run(${CMAKE_COMMAND} -S ${source}/interface -B ${work}/interface -G ${generator} -D INCLUDES=${prefix}/include/ovix
+  -D CMAKE_PREFIX_PATH=${prefix} -D CMAKE_CXX_COMPILER=${compiler} -D CMAKE_BUILD_TYPE=Debug)
+run(${CMAKE_COMMAND} --build ${work}/interface)
+run(${work}/interface/interface)
+run(${work}/interface/bits_plain)
+set(plain "${output}")
+run(${work}/interface/bits_fast)
+if(NOT output STREQUAL plain)
+  message(FATAL_ERROR "The flags of a customer change results:\n${plain}\n${output}")
+endif()
+file(READ ${work}/interface/arithmetic.txt functions)
+if(functions)
+  message(FATAL_ERROR "Public headers hold arithmetic, which a customer's flags would change:\n${functions}")
+endif()
