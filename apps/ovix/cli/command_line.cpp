@@ -7,6 +7,7 @@
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/suggestion.h"
 #include "apps/ovix/commands/command.h"
+#include "apps/ovix/commands/report.h"
 #include "apps/ovix/fault.h"
 
 namespace ovix::app {
@@ -31,9 +32,10 @@ class CGrammar {
             "out.png\n\n"
             "Exit status: 0 done, 1 the data would not do, 2 wrong usage, 3 done but frames were skipped,\n"
             "4 a file is missing, unreadable, unwritable or of no known format, 130 interrupted.");
-        for (const auto make : {MakeDemoCommand, MakeFormatsCommand, MakeSynthCommand, MakeInfoCommand,
-                                MakeConvertCommand, MakeStatsCommand, MakeExplainCommand, MakeCalibrateCommand,
-                                MakeAdjustCommand, MakeRecordCommand, MakeVerifyCommand, MakeRepairCommand})
+        for (const auto make :
+             {MakeDemoCommand, MakeFormatsCommand, MakeSynthCommand, MakeInfoCommand, MakeConvertCommand,
+              MakeReportCommand, MakeStatsCommand, MakeExplainCommand, MakeCalibrateCommand, MakeAdjustCommand,
+              MakeRecordCommand, MakeVerifyCommand, MakeRepairCommand})
             AddVerb(make());
     }
 
