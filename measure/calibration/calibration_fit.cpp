@@ -157,6 +157,8 @@ class CPresetFitter {
 
 }  // namespace
 
+double SFittedPoint::Residual() const { return celsius - point.celsius; }
+
 double SPresetFit::Rms() const {
     double squares = 0;
     for (const SFittedPoint& point : points) squares += point.Residual() * point.Residual();

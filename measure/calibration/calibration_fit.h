@@ -26,13 +26,14 @@ struct SFitOptions {
 };
 
 /// A point and what the fitted calibration makes of it. Radiances in W/(cm² sr).
-struct SFittedPoint {
+struct OVIX_MEASURE_API SFittedPoint {
     SCalibrationPoint point;
     double radiance = 0;  ///< of the black body
     double fitted = 0;    ///< of its counts
     double celsius = 0;   ///< of its counts
 
-    double Residual() const { return celsius - point.celsius; }  ///< kelvin; NaN where Planck's law finds none
+    /// In kelvin; NaN where Planck's law finds none.
+    double Residual() const;
 };
 
 /// One preset with its points, in the order of their counts.

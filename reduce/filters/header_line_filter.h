@@ -5,7 +5,7 @@
 namespace ovix::reduce {
 
 /// What one family of cameras with a header line says of its frames.
-struct SHeaderLine {
+struct OVIX_REDUCE_API SHeaderLine {
     GUID frameType;            ///< frames with header line and pixels
     const wchar_t* frameName;  ///< of that type in the registry
     GUID headerType;           ///< stands for a buffer that holds the header and no pixels

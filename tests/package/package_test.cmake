@@ -44,3 +44,7 @@ if(EXISTS ${built}/bin/ovix)
     message(FATAL_ERROR "Compressed frames are not measured:\n${output}")
   endif()
 endif()
+
+if(NOT sanitized)
+  include(${source}/interface/check.cmake)
+endif()

@@ -1,6 +1,9 @@
 # Of headers in the project's format: a source file that takes the address of every free function and variable that
 # they declare and do not define, so that it links only where all of them can be linked.
-BEGIN { print "#include \"core/core.h\"\n#include \"reduce/reduce.h\"\n#include \"measure/measure.h\"\n" }
+BEGIN {
+    kept = "[[gnu::used, gnu::retain]] "
+    print "#include \"core/core.h\"\n#include \"reduce/reduce.h\"\n#include \"measure/measure.h\"\n"
+}
 function put(statement,    name, rest) {
     gsub(/OVIX_[A-Z_]*API |\[\[[a-z]+\]\] /, "", statement)
     gsub(/ = [^,();]*(\(\)|\{\})?/, "", statement)  # values of parameters
@@ -8,16 +11,21 @@ function put(statement,    name, rest) {
     if (sub(/^extern /, "", statement)) {
         match(statement, /[A-Za-z_0-9]+;$/)
         name = substr(statement, RSTART, RLENGTH - 1)
-        print "namespace " space " { const void* ovixInterface" count " = &" name "; }"
+        print "namespace " space " { " kept "const void* ovixInterface" count " = &" name "; }"
         return
     }
     match(statement, /(operator[^ (]+|[A-Za-z_0-9]+)\(/)
     name = substr(statement, RSTART, RLENGTH - 1)
     rest = substr(statement, RSTART + RLENGTH)
-    print "namespace " space " { " substr(statement, 1, RSTART - 1) "(*ovixInterface" count ")(" substr(rest, 1, length(rest) - 1) " = &" name "; }"
+    print "namespace " space " { " kept substr(statement, 1, RSTART - 1) "(*ovixInterface" count ")(" substr(rest, 1, length(rest) - 1) " = &" name "; }"
 }
-/^namespace [a-zA-Z:]+ \{$/ { space = space (space == "" ? "" : "::") $2; next }
-/^\}  \/\/ namespace / { sub(/(^|::)[a-zA-Z]+$/, "", space); if ($NF ~ /::/) space = ""; next }
+FNR == 1 { depth = 0; space = "" }
+/^namespace ([a-zA-Z_0-9:]+ )?\{$/ {
+    outer[depth++] = space
+    if (NF == 3) space = space (space == "" ? "" : "::") $2
+    next
+}
+/^\}  \/\/ namespace/ { space = outer[--depth]; next }
 statement != "" || /^(\[\[|[A-Za-z])/ {
     line = $0
     sub(/ *\/\/.*/, "", line)

@@ -12,7 +12,7 @@ readelf --debug-dump=info "$1" | awk '
     }
     /DW_AT_deleted/ || /DW_AT_defaulted/ || /DW_AT_virtuality.*pure/ { bodiless = 1 }
     END { flush() }' | sort -u > names.txt
-echo '    .section .data.rel,"aw"'
+echo '    .section .data.rel,"awR"'
 c++filt -p < names.txt | paste names.txt - | awk '
     $0 !~ /</ { print "    .quad " $1; ++count }
     END { if (count < 200) print "    .error \"only " count " member functions found\"" }'
