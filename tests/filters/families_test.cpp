@@ -47,7 +47,8 @@ struct SExactFrame {
         return filterFactory()
             ->Create(form.filter)
             ->ParseFrame(frame.get(), type, form.width, kHeight, size,
-                         {pixels.get(), kind.HasPixels() ? kind.element : NoPixels}, objects, preset);
+                         kind.HasPixels() ? STypedData{pixels.get(), kind.element} : STypedData{nullptr, NoPixels},
+                         objects, preset);
     }
 
     const test::SFrameForm& form;

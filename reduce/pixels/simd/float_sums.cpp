@@ -151,6 +151,7 @@ u64 AddOnGrid(const Term& term, const float* v, u32 words, u64 sum, double base,
     const auto even = hn::Set(d, base), odd = hn::Set(d, std::bit_cast<double>(baseBits + 1));
     const auto one = hn::Set(db, 1);
     const u32 lanes = static_cast<u32>(hn::Lanes(d));
+    const auto bases = hn::Set(db, kWord / lanes * baseBits);  // of a word in one lane; an even number
     auto total = hn::Zero(db);
     auto values = hn::Zero(d);
     for (u32 word = 0; word < words; ++word, v += kWord) {
@@ -166,10 +167,10 @@ u64 AddOnGrid(const Term& term, const float* v, u32 words, u64 sum, double base,
             const int oddLanes = std::popcount(BitsOf(db, hn::TestBit(total, one)));
             sum += static_cast<u64>(MendHalfWay(term, v, even, odd, (sum + static_cast<u64>(oddLanes)) & 1));
         }
-        total = hn::Add(total, points);
+        total = hn::Add(total, hn::Sub(points, bases));
     }
     anyOrder += hn::GetLane(hn::SumOfLanes(d, values));
-    return sum + hn::GetLane(hn::SumOfLanes(db, total)) - u64{words} * kWord * baseBits;
+    return sum + hn::GetLane(hn::SumOfLanes(db, total));
 }
 
 u64 SquaresOnGrid(const float* v, u32 words, u64 sum, double base, double& anyOrder) {
