@@ -51,7 +51,7 @@ struct CRCalFile::SRules {
                });
     }
 
-    // The stored form, told once for writing and reading.
+    // The stored form, stated once for writing and reading.
     template <class Archive, class Image>
     static bool ImageFields(Archive& archive, Image& image) {
         return archive.Field(image.width) && archive.Field(image.height) && archive.Field(image.values);

@@ -15,7 +15,7 @@ enum BACKGROUND_TYPE : u32 {
 /// polynomial or a table from radiance to temperature; for all of them the band.
 ///
 /// A value: copies are independent. `preset` is 0 to 7. A getter is false, with its output as it was, where the
-/// calibration has nothing of the kind. The stored form is told in `docs/formats/rcal_file.md`.
+/// calibration has nothing of the kind. The stored form is described in `docs/formats/rcal_file.md`.
 class OVIX_API CRCalFile {
   public:
     static constexpr int PresetCount = 8;

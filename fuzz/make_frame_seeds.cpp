@@ -66,10 +66,10 @@ void AddShortRecord(const CSeedFolder& folder) {
     folder.Add("mv310_f7m2_native", kMV310, ShortRecordFrame(pixels, turned));
     folder.Add("mv310_f7m2_packet", kMV310, ShortRecordFrame(packet, sent), 0x23);
     folder.Add("mv310_screen", kMV310Screen, PixelBytes(pixels));
-    folder.Add("mv310_uyvy", kMV310Yuv, PixelBytes(pixels));
+    folder.Add("mv310_uyvy", kMV310YUV, PixelBytes(pixels));
     folder.Add("plover_f7m0", kPlover, ShortRecordFrame(pixels, sent));
     folder.Add("plover_f7m0_native", kPlover, ShortRecordFrame(pixels, turned));
-    folder.Add("plover_uyvy", kPloverYuv, PixelBytes(pixels));
+    folder.Add("plover_uyvy", kPloverYUV, PixelBytes(pixels));
 }
 
 /// A frame whose line holds the whole header, a frame of narrow lines, and the header alone.

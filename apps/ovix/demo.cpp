@@ -55,9 +55,9 @@ struct SForm {
     const char* form;
 };
 constexpr SForm kForms[] = {
-    {"{3874994E-B76D-45DE-871A-5CF46393B19B}"_guid, "digital"},
-    {"{ADA2658E-40C0-4C31-9C44-7667B8169FF6}"_guid, "jpeg-ls"},
-    {"{3874994E-B76D-45DE-871A-5CF46393B19B}"_guid, "digital-swapped"},
+    {frame_types::kK410GigE, "digital"},
+    {frame_types::kK410MJLS, "jpeg-ls"},
+    {frame_types::kK410GigE, "digital-swapped"},
 };
 
 std::string NameOfType(const GUID& type) {

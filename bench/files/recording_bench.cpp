@@ -8,6 +8,7 @@
 #include "reduce/files/acquisition_file.h"
 #include "reduce/filters/filter_factory.h"
 #include "reduce/filters/frame_questions.h"
+#include "reduce/filters/frame_types.h"
 #include "reduce/objects/source_info_reduce_object.h"
 
 /// Recording and reading frames, beside writing and reading as many bytes through the same files.
@@ -15,7 +16,7 @@ namespace ovix::bench {
 
 namespace {
 
-constexpr GUID kType = "{3874994E-B76D-45DE-871A-5CF46393B19B}"_guid;  // K410 IR (GigE)
+constexpr GUID kType = reduce::frame_types::kK410GigE;
 constexpr u32 kTail = 128 + 2428;
 /// After so many frames a file begins anew, so that it stays in the system's cache.
 constexpr u32 kFrames = 64;

@@ -3,6 +3,7 @@
 #include "bench/support/data.h"
 #include "core/bytes.h"
 #include "reduce/filters/filter_factory.h"
+#include "reduce/filters/frame_types.h"
 
 namespace ovix::bench {
 
@@ -11,8 +12,7 @@ namespace {
 using reduce::CReduceObjectArray;
 using reduce::IFilter;
 
-constexpr GUID kF7M0 = "{76ECF27C-7517-49D1-AED0-8C429934409D}"_guid;
-constexpr GUID kGigEFlipped = "{B3E83B04-FC6B-411D-B883-258685C80882}"_guid;
+constexpr GUID kF7M0 = reduce::frame_types::kK410F7M0, kGigEFlipped = reduce::frame_types::kK410GigEFlipped;
 
 /// Frames in the other byte order or turned, which cost more than a copy; decoded one after the other by one decoder
 /// into one source's objects.

@@ -12,7 +12,7 @@ namespace ovix::bench {
 
 namespace {
 
-constexpr GUID kF7M0 = "{76ECF27C-7517-49D1-AED0-8C429934409D}"_guid;
+constexpr GUID kF7M0 = reduce::frame_types::kK410F7M0;
 
 struct SLargeRecording {
     explicit SLargeRecording(const SRun& run) {

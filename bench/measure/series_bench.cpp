@@ -15,7 +15,7 @@ namespace ovix::bench {
 namespace {
 
 constexpr u32 kFrames = 16;
-constexpr GUID kType = "{3874994E-B76D-45DE-871A-5CF46393B19B}"_guid;  // K410 IR (GigE)
+constexpr GUID kType = reduce::frame_types::kK410GigE;
 
 /// A dump in the folder for temporary files that goes with its owner, and a measurement of its frames.
 struct SDump {

@@ -103,7 +103,8 @@ bool IConverter::BaseToOutput(STypedData in, u16 w, u16, SArea area, STypedData 
     return BaseToOutput(in, indices.data(), indices.size(), out, status);
 }
 
-// From here down map and indices are ignored: deliberate, the Curlew family lives by it.
+// From here down map and indices are ignored: the Curlew family has one model for all presets, and its callers get
+// this.
 bool IConverter::BaseToOutput(STypedData in, const u8* presetMap, const u32*, u32 count, STypedData out, u8* status) {
     return BaseToOutput(in, presetMap, out, status, count);
 }

@@ -67,7 +67,8 @@ class OVIX_REDUCE_API IConverter {
     //
     // The defaults come down to form W, which converts only a base to itself. A and S and M build an index list for
     // form L. Form L ignores its indices and converts the first `count` pixels, and the forms with a map ignore the
-    // map: both are deliberate, and hold for every converter that does not say otherwise.
+    // map: a converter of a plug-in that overrides neither gets just that, and callers of the Curlew family, which has
+    // one model for all presets, depend on it.
 
     virtual bool BaseToOutput(STypedData in, const u8* presetMap, u16 w, u16 h, SArea area, const u8* areaMask,
                               u32 stride, STypedData out, u8* status);

@@ -9,7 +9,7 @@
 #include "reduce/pixels/apply_lut.h"
 #include "reduce/pixels/simd/lut_simd.h"
 
-/// The buffer forms of the measurement models, told once: a model gives `block(signals, n, out, status)`, the results
+/// The buffer forms of the measurement models, stated once: a model gives `block(signals, n, out, status)`, the results
 /// of at most `kSignalBlock` signals in cache, where `status` may be null.
 namespace ovix::reduce {
 

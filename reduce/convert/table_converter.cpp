@@ -53,7 +53,7 @@ bool CTableConverter::RangeFromTable(u16 first, u16 last, float* out, u8* status
     const STable& table = tables_[number];
     if (!table.valid && last - first > span) UpdateTable(preset);
     if (!table.valid) return false;
-    // This path leaves the entry at `last` out, deliberately: one fewer than the formula writes.
+    // This path leaves the entry at `last` out, one fewer than the formula writes: callers count on it.
     const int count = std::max(last - first, 0);
     std::copy_n(table.values + first, count, out);
     if (status) std::copy_n(table.status + first, count, status);

@@ -127,7 +127,7 @@ double CTrnMeasConv::imgToPow(i32 img) const {
 u16 CTrnMeasConv::powToImg(double pow) const {
     if (pow == kNoData) return 0;
     const u32 img = static_cast<u32>(TruncateTo<i32>(CountOf(detector_, pow) + 0.5));
-    if (img > 65535) return 65535;  // a negative count has become a great one, deliberately
+    if (img > 65535) return 65535;  // a negative count has become a great one: callers hold counts made so
     return img ? static_cast<u16>(img) : u16{1};
 }
 

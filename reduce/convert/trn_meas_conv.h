@@ -119,7 +119,8 @@ class OVIX_REDUCE_API CTrnMeasConv : public TSignalModel<_object_par_t, _cal_par
     /// The radiance of a black body at so many degrees Celsius.
     static float tempToRad(float celsius);
 
-    /// The limit rule, told by a code: 1 good, or limits off; 2 overflow; 3 underflow; 4 outside the calibrated range.
+    /// The limit rule, stated by a code: 1 good, or limits off; 2 overflow; 3 underflow; 4 outside the calibrated
+    /// range.
     double clipPow(double pow, int* code) const;
     double imgToTemp(i32 img, int* code) const;
     double imgToObjectSignal(i32 img, int* code) const;

@@ -131,7 +131,7 @@ bool CUserConverter::ChangeObjectParameters(CObjectParametersReduceObject* param
     return true;
 }
 
-bool CUserConverter::canChangeObjectParameters() const { return false; }  // deliberate: applications go by Update
+bool CUserConverter::canChangeObjectParameters() const { return false; }  // applications then go by `Update`
 bool CUserConverter::canUseLUT() const { return !needIndices_; }
 bool CUserConverter::needIndicies() const { return needIndices_; }
 std::optional<CUserConverter::STableView> CUserConverter::TableInForce() {
@@ -209,8 +209,8 @@ bool CUserConverter::InTwoSteps(STypedData in, STypedData out, u8* status, u32 c
         if (wantsTemperature) ToTemperature(out, in, preset, form...);
         return true;
     }
-    // A preset without a background for each pixel counts as one of 0 here, even if it has a single value: deliberate,
-    // the other forms subtract the value.
+    // A preset without a background for each pixel counts as one of 0 here, even if it has a single value,
+    // which the other forms subtract: callers compare with results that were made so.
     const bool done = reduce::ToRadiance(out, in, form..., preset.coefficients.data(), preset.order,
                                          DataOrNull(preset.pixelBackgrounds), common_.radianceScale);
     if (done && wantsTemperature) ToTemperature(out, out, preset, count);

@@ -35,7 +35,8 @@ class OVIX_REDUCE_API CUserConverter : public TConverter<CUserConverter, CTableC
     CUserConverter();
 
     /// Reads the calibration and the scene; false without a calibration. Tables that were built stay as they are until
-    /// `ChangeObjectParameters`, deliberately, even if the calibration is another one.
+    /// `ChangeObjectParameters`, even if the calibration is another one: callers that update often keep their
+    /// tables.
     bool Update(EUnit base, ETempType baseType, CReduceObjectArray& objs, EUnit output, ETempType outputType,
                 bool* const presets, u8 count, u32 flags) override;
     /// False, although `ChangeObjectParameters` serves.

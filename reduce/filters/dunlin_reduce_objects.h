@@ -88,7 +88,7 @@ struct SDunlinFrame {
     u8 year = 0;           ///< since 2000
 };
 
-/// The last frame of one preset as its camera told it. Not stored.
+/// The last frame of one preset as its camera described it. Not stored.
 class OVIX_REDUCE_API CDunlinFrameInfoReduceObject : public TReduceObject<CDunlinFrameInfoReduceObject>,
                                                      public SDunlinFrame {
   public:

@@ -20,7 +20,7 @@ struct OVIX_REDUCE_API SHeaderLine {
 /// header, the pixels start behind it, at byte 2 * width. Stateless.
 ///
 /// A family derives from it, tells its `SHeaderLine`, reads three values in place and fills the objects; the rest is
-/// told here. Exported, as users of an exported family call its operations.
+/// stated here. Exported, as users of an exported family call its operations.
 class OVIX_REDUCE_API CHeaderLineFilter : public IFilter {
   public:
     ~CHeaderLineFilter() override;

@@ -164,9 +164,9 @@ void DescribeUncompressed(TArray<SFrameField>& fields, const u8* frame, u64 imag
 
 void DescribeCompressed(TArray<SFrameField>& fields, const u8* frame) {
     const u32 length = LoadBig<u32>(frame);
-    const CString told = CUInt32::ToString(length) + L" bytes";
-    fields.Add({0, kLengthSize, L"ImageLength", told});
-    fields.Add({kLengthSize, length, L"Image", L"a JPEG-LS stream of " + told});
+    const CString stated = CUInt32::ToString(length) + L" bytes";
+    fields.Add({0, kLengthSize, L"ImageLength", stated});
+    fields.Add({kLengthSize, length, L"Image", L"a JPEG-LS stream of " + stated});
     DescribeContainer(fields, frame, frame + kLengthSize + length);
 }
 

@@ -261,7 +261,7 @@ TSharedPtr<IReduceObject> COspreyFrameInfoReduceObject::Duplicate() const {
     TSharedPtr<IReduceObject> made = TReduceObject::Duplicate();
     if (const auto copy = made.Cast<COspreyFrameInfoReduceObject>()) {
         u8* bytes = reinterpret_cast<u8*>(copy->header);
-        const u32 kept = std::min(headerWords, kWords);  // words taken for bytes, deliberately
+        const u32 kept = std::min(headerWords, kWords);  // words taken for bytes: users of copies find zeros behind
         std::memset(bytes + kept, 0, sizeof copy->header - kept);
     }
     return made;

@@ -55,7 +55,7 @@ namespace reduce {
 /// A source as a whole: geometry, pixel type, unit of the stored pixels, identity of the camera, time of the recording,
 /// and for each preset whether it is in use and how many frames it has.
 ///
-/// Fields told as carried are stored and copied for applications; the library does not read them.
+/// Fields described as carried are stored and copied for applications; the library does not read them.
 class OVIX_REDUCE_API CSourceInfoReduceObject : public TReduceObject<CSourceInfoReduceObject> {
   public:
     static constexpr GUID typeID = "{344ED254-76DC-4B4C-B47B-3548A6837C26}"_guid;

@@ -155,7 +155,7 @@ bool CCorrectionReduceObject::Save(TSharedPtr<IFile> file, u32) {
     header[kPresent] = ExistingTables();
     if (!file->WriteBytes(header, sizeof header)) return false;
     Flip(flippedLeftRight, flippedTopBottom);
-    if (!WriteTables(*file)) return false;  // the tables deliberately stay turned
+    if (!WriteTables(*file)) return false;  // required as it is: the tables stay turned
     Flip(flippedLeftRight, flippedTopBottom);
     return true;
 }
@@ -222,7 +222,7 @@ bool CCorrectionReduceObject::Load(IFileSystem* fileSystem, const CString& path)
     }
     if (!first) return false;
 
-    flippedTopBottom = false;  // `flippedLeftRight` deliberately stays
+    flippedTopBottom = false;  // `flippedLeftRight` stays for callers that set it before
     Create(first->xPixels(), first->yPixels(), preset, found);
     valid = true;
     const u64 n = u64{first->xPixels()} * first->yPixels();
@@ -239,7 +239,7 @@ bool CCorrectionReduceObject::Load(IFileSystem* fileSystem, const CString& path)
 bool CCorrectionReduceObject::Save(IFileSystem* fileSystem, const CString& path) {
     if (width > 0xFFFF || height > 0xFFFF) return false;  // the files cannot say so
     const u8 tables = static_cast<u8>(present & ExistingTables());
-    const CString name = NameOf(path, kKinds[0]);  // for all three, deliberately
+    const CString name = NameOf(path, kKinds[0]);  // for all three: files written so exist, one over the other
     const u16 w = static_cast<u16>(width);
     const u16 h = static_cast<u16>(height);
     bool done = true;

@@ -8,7 +8,7 @@
 #include "core/typed_data.h"
 #include "reduce/api.h"
 
-/// The five ways of selecting pixels of a frame, told once.
+/// The five ways of selecting pixels of a frame, stated once.
 ///
 /// A selection is a sequence of runs. `ForEachRun(selection, f)` calls `f(run)` in visiting order; a run is either
 /// `SSpan`, pixels that stand one behind the other in the frame, or `SList`, a short block of frame indices.

@@ -19,7 +19,7 @@ constexpr bool IsCounted(u8 status) { return (status & kNotCounted) == 0; }
 /// the first in walking order keeps its place.
 ///
 /// A new object is all zeros. The routes that fill it (`GetStats`, `GetStatsLUT`, `CStatsCalculator`) do not all write
-/// the same fields, and a field that a route does not write keeps what it held; what an index counts is told there
+/// the same fields, and a field that a route does not write keeps what it held; what an index counts is stated there
 /// too.
 struct CStats {
     double mean = 0;  ///< of the valid pixels; kept when there are none

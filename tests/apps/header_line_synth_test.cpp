@@ -71,7 +71,7 @@ TEST(HeaderLineSynth, WholeWayToCounts) {
 TEST(HeaderLineSynth, OspreyToTemperaturesByTheCalibrationOfItsRecording) {
     const CToolFolder folder;
     const measure::SFrameFormat format{.filter = "Osprey",
-                                       .pixelType = "{1A3CAA37-2D15-4D6D-B4FE-B1FC2332D49A}"_guid,
+                                       .pixelType = frame_types::kOsprey,
                                        .pixelTypeName = "IACF",
                                        .width = kWidth,
                                        .height = kHeight};

@@ -13,15 +13,16 @@
 #include "reduce/objects/source_info_reduce_object.h"
 #include "reduce/pixels/correction_objects.h"
 #include "reduce/pixels/radiance.h"
+#include "support/pixel_reference.h"
 #include "support/selection_forms.h"
 
 namespace ovix::reduce {
 namespace {
 
-using Real = long double;
+using test::Planck;
+using test::Real;
 
 constexpr double kLow = 8, kHigh = 12;
-constexpr double kTableStep = 0.5;
 constexpr u16 kWidth = 6, kHeight = 4;
 constexpr u32 kPixels = kWidth * kHeight;
 /// Counts to radiance: 0.0006 at 2,000 counts, 0.03 at 51,000.
@@ -36,7 +37,7 @@ class UserConverter : public ::testing::Test {
         object->valid = true;
         object->cal.SetBandpass(kLow, kHigh);
         for (int p = 0; p < 8; ++p) object->cal.SetPolynomial(p, 1, {kOffset, kGain});
-        for (double t = -40; t <= 400; t += kTableStep) {
+        for (double t = -40; t <= 400; t += 0.5) {
             temperatures.Add(t);
             radiances.Add(Radiance(t, kLow, kHigh, 1));
         }
@@ -63,16 +64,9 @@ class UserConverter : public ::testing::Test {
         ASSERT_TRUE(Cal().SetBackgroundFile(preset, kWidth, kHeight, background));
         ASSERT_TRUE(Cal().SetPolynomial(preset, -2, {kOffset, kGain}));
     }
-    static Real Planck(Real radiance) {
-        return 14388.3L / (10 * std::log1p(11910.66L * 4 / (1e5L * radiance))) - 273.15L;
-    }
     Real Lookup(Real x) const {
-        const auto after = std::lower_bound(radiances.begin() + 1, radiances.end() - 1, static_cast<double>(x));
-        const auto m = static_cast<u32>(after - radiances.begin());
-        const Real share = (x - radiances[m - 1]) / (Real{radiances[m]} - radiances[m - 1]);
-        return temperatures[m - 1] + kTableStep * std::clamp<Real>(share, 0, 1);
+        return test::Lookup(radiances.data(), temperatures.data(), static_cast<i32>(radiances.size()), x);
     }
-    static Real Polynomial(Real x) { return kPolynomial[0] + kPolynomial[1] * x + kPolynomial[2] * x * x; }
 
     CReduceObjectArray array;
     TSharedPtr<CRCalReduceObject> object;
@@ -115,7 +109,8 @@ TEST_F(UserConverter, TableIsTheFormulaAtEveryEntry) {
     const SCase kCases[] = {
         {RadianceUser, true, true, [](const UserConverter&, Real r) { return r; }, 1e-8},
         {TemperatureUser, true, true, [](const UserConverter& t, Real r) { return t.Lookup(r / 0.75L); }, 1e-4},
-        {TemperatureUser, false, true, [](const UserConverter&, Real r) { return Polynomial(r / 0.75L); }, 1e-4},
+        {TemperatureUser, false, true,
+         [](const UserConverter&, Real r) { return test::Polynomial(kPolynomial.data(), 2, r / 0.75L); }, 1e-4},
         {TemperatureUser, false, false, [](const UserConverter&, Real r) { return Planck(r / 0.75L); }, 1e-4}};
     for (const SCase& c : kCases) {
         for (const int p : {0, 2, 5}) {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "core/pixel_types.h"
-#include "reduce/filters/filter_factory.h"
+#include "support/frame_reader.h"
 #include "support/k410_frames.h"
 
 /// What a recorder asks of the decoder: triggers, and single frames out of packets.
@@ -14,29 +14,9 @@ constexpr u16 kWidth = 6, kHeight = 4;
 constexpr u32 kPixels = kWidth * kHeight;
 constexpr u32 kImage = 2 * kPixels;
 
-class CK410RecordingTest : public ::testing::Test {
-  protected:
-    struct STrigger {
-        bool done, triggered;
-        bool operator==(const STrigger&) const = default;
-    };
-    STrigger Trigger(const Bytes& frame, GUID type, u8 field) {
-        bool triggered = true;
-        u16 index = 9;
-        const bool done = filter->CheckForTrigger(frame.data(), static_cast<u32>(frame.size()), type, kWidth, kHeight,
-                                                  1, field, triggered, index);
-        EXPECT_EQ(index, 0);
-        return {done, triggered};
-    }
-    bool Store(const Bytes& source, GUID type, u16 count, u16 index, Bytes& dest) {
-        return filter->StoreFrame(source.data(), static_cast<u32>(source.size()), type, kWidth, kHeight, count, index,
-                                  dest.data(), static_cast<u32>(dest.size()));
-    }
+SFrameReader Reader(GUID type) { return {L"K410", type, kWidth, kHeight}; }
 
-    TSharedPtr<IFilter> filter = filterFactory()->Create(L"K410");
-};
-
-TEST_F(CK410RecordingTest, DigitalTriggers) {
+TEST(K410Recording, DigitalTriggers) {
     const struct {
         SK410DigitalHeader header;
         u8 field;
@@ -54,16 +34,16 @@ TEST_F(CK410RecordingTest, DigitalTriggers) {
     for (const auto& c : cases) {
         const Bytes frame = DigitalFrame(Ramp(kPixels), c.header, {});
         for (const GUID& type : {kK410F7M0, kK410FNM0, kK410GigE}) {
-            EXPECT_EQ(Trigger(frame, type, c.field), (STrigger{true, c.triggered})) << &c - cases;
+            EXPECT_EQ(Reader(type).Trigger(frame, 1, c.field), c.triggered - 1) << &c - cases;
         }
         for (const GUID& type : {kK410GigEFlipped, kK410MJLS, kK410YUY2, rootIRType}) {
-            EXPECT_EQ(Trigger(frame, type, c.field), (STrigger{false, false}));
+            EXPECT_EQ(Reader(type).Trigger(frame, 1, c.field), std::nullopt);
         }
     }
-    EXPECT_EQ(Trigger(Bytes(3000), kK410GigE, 2), (STrigger{true, false}));  // neither form
+    EXPECT_EQ(Reader(kK410GigE).Trigger(Bytes(3000), 1, 2), -1);  // neither form
 }
 
-TEST_F(CK410RecordingTest, MarkCounterTriggersWhenItRises) {
+TEST(K410Recording, MarkCounterTriggersWhenItRises) {
     const auto frame = [](u32 mark, bool swapped) {
         SK410Container container;
         container.record.mark = mark;
@@ -77,19 +57,21 @@ TEST_F(CK410RecordingTest, MarkCounterTriggersWhenItRises) {
     } steps[] = {{7, 2, false}, {7, 2, false},         {8, 2, true},  {9, 1, false},
                  {9, 2, false}, {0xFFFFFFFF, 2, true}, {0, 2, false}, {1, 2, true}};
     for (const bool swapped : {false, true}) {
-        filter = filterFactory()->Create(L"K410");
+        const SFrameReader reader = Reader(kK410FNM0);
         for (const auto& step : steps) {
-            EXPECT_EQ(Trigger(frame(step.mark, swapped), kK410FNM0, step.field), (STrigger{true, step.triggered}));
+            EXPECT_EQ(reader.Trigger(frame(step.mark, swapped), 1, step.field), step.triggered - 1);
         }
     }
     SK410Container broken;
     broken.secondEntry = 2;
     broken.record.mark = 100;
-    EXPECT_EQ(Trigger(PlainFrame(Ramp(kPixels), broken), kK410F7M0, 2), (STrigger{false, false}));
-    EXPECT_EQ(Trigger(frame(2, false), kK410F7M0, 2), (STrigger{true, true}));  // the broken one was not remembered
+    const SFrameReader reader = Reader(kK410F7M0);
+    EXPECT_EQ(reader.Trigger(frame(1, false), 1, 2), -1);
+    EXPECT_EQ(reader.Trigger(PlainFrame(Ramp(kPixels), broken), 1, 2), std::nullopt);
+    EXPECT_EQ(reader.Trigger(frame(2, false), 1, 2), 0);  // the broken one was not remembered
 }
 
-TEST_F(CK410RecordingTest, PacketsAreCutIntoFrames) {
+TEST(K410Recording, PacketsAreCutIntoFrames) {
     const std::vector<u16> images = Ramp(3 * kPixels);
     const SK410DigitalHeader header{.counter = 0x9234};
     const Bytes digital = header.Make(), container = SK410Container().Make();
@@ -120,14 +102,14 @@ TEST_F(CK410RecordingTest, PacketsAreCutIntoFrames) {
         expected = Join({expected, c.tail, Bytes(5, 0xEE)});
         if (c.counter) Patch(expected, kImage + 12, c.counter, 2, true);
         Bytes dest(expected.size(), 0xEE);
-        const bool stored = filter->StoreFrame(source.data(), static_cast<u32>(source.size()), c.type, kWidth, kHeight,
-                                               c.count, c.index, dest.data(), static_cast<u32>(dest.size()));
-        EXPECT_EQ(stored, c.stored);
+        EXPECT_EQ(Reader(c.type).filter->StoreFrame(source.data(), SFrameReader::Size(source), c.type, kWidth, kHeight,
+                                                    c.count, c.index, dest.data(), SFrameReader::Size(dest)),
+                  c.stored);
         EXPECT_EQ(dest, expected);
     }
 }
 
-TEST_F(CK410RecordingTest, StoreFrameKeepsItsBounds) {
+TEST(K410Recording, StoreFrameKeepsItsBounds) {
     const Bytes tail = SK410Container().Make();
     const Bytes packet = Join({PixelBytes(Ramp(2 * kPixels)), tail});
     const std::size_t whole = kImage + tail.size();
@@ -142,21 +124,16 @@ TEST_F(CK410RecordingTest, StoreFrameKeepsItsBounds) {
         {"more images than there are", packet.size(), packet.size(), 60000, 0},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        Bytes dest(c.destSize, 0xEE);
-        EXPECT_FALSE(Store(Bytes(packet.begin(), packet.begin() + static_cast<long>(c.sourceSize)), kK410GigE, c.count,
-                           c.index, dest));
-        EXPECT_EQ(dest, Bytes(c.destSize, 0xEE));
+        const Bytes source(packet.begin(), packet.begin() + static_cast<long>(c.sourceSize));
+        EXPECT_TRUE(Reader(kK410GigE).Store(source, c.count, c.index, c.destSize).empty()) << c.name;
     }
     // Products beyond 32 bits: 65535 images of 65535 x 65535 are not in 64 bytes.
-    Bytes source(64), dest(64, 0xEE);
-    EXPECT_FALSE(filter->StoreFrame(source.data(), 64, kK410GigE, 65535, 65535, 65535, 65534, dest.data(), 64));
-    EXPECT_EQ(dest, Bytes(64, 0xEE));
+    SFrameReader large = Reader(kK410GigE);
+    large.width = large.height = 65535;
+    EXPECT_TRUE(large.Store(Bytes(64), 65535, 65534, 64).empty());
     // A single frame is copied as far as it goes.
-    for (const u16 count : {u16{0}, u16{1}}) {
-        Bytes small(10, 0xEE);
-        EXPECT_TRUE(Store(packet, kK410GigE, count, 0, small));
-        EXPECT_EQ(small, Bytes(packet.begin(), packet.begin() + 10));
+    for (const u32 count : {0u, 1u}) {
+        EXPECT_EQ(Reader(kK410GigE).Store(packet, count, 0, 10), Bytes(packet.begin(), packet.begin() + 10));
     }
 }
 

@@ -26,7 +26,7 @@ struct SFamily {
     GUID infrared;
     std::vector<GUID> videos;
 };
-const SFamily kFamilies[] = {{L"MV310", kMV310, {kMV310Screen, kMV310Yuv}}, {L"Plover", kPlover, {kPloverYuv}}};
+const SFamily kFamilies[] = {{L"MV310", kMV310, {kMV310Screen, kMV310YUV}}, {L"Plover", kPlover, {kPloverYUV}}};
 
 /// A decoder with the objects of its source.
 struct SStream {
@@ -154,14 +154,14 @@ TEST(ShortRecordFilter, NumbersAndTimes) {
     Bytes turned = ShortRecordFrame(Ramp(kPixels), {}), video(2 * kPixels);
 
     // One number for all frames of an MV310, whatever the record says.
-    const GUID order[] = {kMV310, kMV310Yuv, kMV310, kMV310Screen};
+    const GUID order[] = {kMV310, kMV310YUV, kMV310, kMV310Screen};
     for (u64 n = 0; n < 4; ++n) {
         Bytes frame = order[n] == kMV310 ? sent : video;
         EXPECT_EQ(mv310.Scan(frame, order[n]), (SScan{n, n, order[n] == kMV310 ? kRecordTime : 0}));
         ASSERT_TRUE(mv310.Parse(frame, order[n]));
         EXPECT_EQ(mv310.Info()->frameNumber, n);
     }
-    for (u32 n = 4; n < 65536; ++n) mv310.Parse(video, kMV310Yuv);
+    for (u32 n = 4; n < 65536; ++n) mv310.Parse(video, kMV310YUV);
     EXPECT_EQ(mv310.Info()->frameNumber, 65535u);
     EXPECT_EQ(mv310.Scan(sent, kMV310).counter, 0u);
 
@@ -172,8 +172,8 @@ TEST(ShortRecordFilter, NumbersAndTimes) {
     ASSERT_TRUE(plover.Parse(turned, kPlover));
     EXPECT_EQ(plover.Info()->frameNumber, 0x1234u);
     for (u64 n = 0; n < 2; ++n) {
-        EXPECT_EQ(plover.Scan(video, kPloverYuv), (SScan{n, 0, 0}));
-        ASSERT_TRUE(plover.Parse(video, kPloverYuv));
+        EXPECT_EQ(plover.Scan(video, kPloverYUV), (SScan{n, 0, 0}));
+        ASSERT_TRUE(plover.Parse(video, kPloverYUV));
         EXPECT_EQ(plover.Info()->frameNumber, n);
     }
 }
@@ -220,12 +220,12 @@ TEST(ShortRecordFilter, PacketsAreSpacedOver33Milliseconds) {
         {"third of three", kMV310, 3, 2, 0, 1148, 1148, 22, true},
         {"third of four", kMV310, 4, 2, 0, 1148, 1200, 16, true},
         {"more images than milliseconds", kMV310, 40, 39, 0, 1148, 1148, 0, true},
-        {"whatever the type", kMV310Yuv, 2, 1, 0, 1148, 1148, 16, true},
-        {"video without a record", kMV310Yuv, 2, 1, 0, 0, 0, 0, true},
+        {"whatever the type", kMV310YUV, 2, 1, 0, 1148, 1148, 16, true},
+        {"video without a record", kMV310YUV, 2, 1, 0, 0, 0, 0, true},
         {"record that ends in the time", kMV310, 2, 1, 0, 907, 1148, 0, false},
         {"no such image", kMV310, 2, 2, 0, 1148, 1148, 0, false},
         {"no room", kMV310, 2, 1, 0, 1148, 1147, 0, false},
-        {"less than three images", kMV310Yuv, 3, 0, 1, 0, 0, 0, false},
+        {"less than three images", kMV310YUV, 3, 0, 1, 0, 0, 0, false},
     };
     for (const SCase& c : cases) {
         SCOPED_TRACE(c.name);

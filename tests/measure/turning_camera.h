@@ -12,7 +12,7 @@ inline constexpr double kRadiancePerCount = 1e-6;
 
 class CTurningFilter : public reduce::IFilter {
   public:
-    static constexpr GUID kType = "{44ACBC8C-03B3-4599-B784-14DAD5C4BBF8}"_guid;
+    static constexpr GUID kType = reduce::frame_types::kF7M0;
 
     static void Register() {
         using Functions = TCreateAndDestroy<CTurningFilter, reduce::IFilter>;

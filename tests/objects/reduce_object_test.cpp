@@ -1,10 +1,15 @@
-#include "reduce/objects/reduce_object.h"
+#include "reduce/objects/reduce_object_array.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 #include "reduce/objects/frame_info_reduce_object.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
+#include "reduce/objects/reduce_object.h"
 #include "reduce/objects/source_info_reduce_object.h"
+#include "reduce/pixels/abate.h"
+#include "reduce/pixels/correction_objects.h"
 #include "support/object_file.h"
 
 namespace ovix::reduce {
@@ -138,6 +143,171 @@ TEST(ReduceObject, DuplicateOfAClassWhoseNameAForeignOneOwns) {
     const TSharedPtr<COther> copy = other.Duplicate().Cast<COther>();
     ASSERT_TRUE(copy);
     EXPECT_EQ(copy->value, 6);
+}
+
+TSharedPtr<CFOVReduceObject> NewFOV(u8 preset, double value = 0) {
+    const TSharedPtr<CFOVReduceObject> fov = MakeShared<CFOVReduceObject>();
+    fov->preset = preset;
+    fov->IHFOV = value;
+    return fov;
+}
+
+const GUID& kFOV = CFOVReduceObject::typeID;
+
+TEST(ReduceObjectArray, AnObjectOfTheWholeSourceServesAPresetUntilItGetsItsOwn) {
+    CReduceObjectArray objects;
+    const auto wide = objects.GetCorrection(255, true);
+    ASSERT_TRUE(wide);
+    EXPECT_EQ(objects.GetCorrection(2, false), wide);
+    const auto own = objects.GetCorrection(2, true);
+    EXPECT_FALSE(own == wide);
+    EXPECT_EQ(own->preset, 2);
+    EXPECT_EQ(objects.GetCorrection(2, false), own);
+    EXPECT_EQ(objects.GetCorrection(3, false), wide);
+}
+
+TEST(ReduceObjectArray, LookupTellsMinusOneFrom255) {
+    CReduceObjectArray objects;
+    EXPECT_FALSE(objects.GetObjectOfType(kFOV, 255, false));
+    const auto first = NewFOV(255);
+    const auto last = NewFOV(255);
+    objects.Add(first);
+    objects.Add(NewFOV(254));
+    objects.Add(last);
+    EXPECT_EQ(objects.GetObjectOfType(kFOV, -1, false).ptr(), first.ptr());  // exact: the first
+    EXPECT_EQ(objects.GetObjectOfType(kFOV, -1, true).ptr(), first.ptr());
+    EXPECT_EQ(objects.GetObjectOfType(kFOV, 255, false).ptr(), last.ptr());  // fallback: the last
+    EXPECT_EQ(objects.GetObjectByName(L"fov", -1, false).ptr(), first.ptr());
+    EXPECT_EQ(objects.GetObjectByName(L"fov", 0, false).ptr(), last.ptr());
+    EXPECT_EQ(objects.GetSize(), 3u);
+    const auto another = objects.GetObjectOfType(kFOV, 255, true);  // never exact, so it makes one more
+    EXPECT_EQ(another->preset, 255);
+    EXPECT_EQ(objects.GetSize(), 4u);
+    EXPECT_EQ(objects.GetObjectByName(L"FOV", 7, true)->preset, 7);
+    EXPECT_EQ(objects.GetSize(), 5u);
+}
+
+TEST(ReduceObjectArray, NothingIsMadeOfUnknownClasses) {
+    CReduceObjectArray objects;
+    EXPECT_FALSE(objects.GetObjectOfType(CGUID::Empty, -1, true));
+    EXPECT_FALSE(objects.GetObjectByName(L"fov ", -1, true));
+    EXPECT_FALSE(objects.GetObjectByName(L"fov", -1, true));  // creation, unlike the search, looks at the case
+    EXPECT_FALSE(objects.Add(TSharedPtr<IReduceObject>()));
+    EXPECT_EQ(objects.GetSize(), 0u);
+    EXPECT_FALSE(objects.GetAt(0));
+}
+
+TEST(ReduceObjectArray, TypedShortcutsMakeTheirClassAtItsPreset) {
+    CReduceObjectArray objects;
+    EXPECT_EQ(objects.GetSourceInfo(true)->preset, 255);
+    EXPECT_EQ(objects.GetObjectParameters(true)->preset, 255);
+    EXPECT_EQ(objects.GetFOV(true)->preset, 255);
+    EXPECT_EQ(objects.GetCorrectionCfg(true)->preset, 255);
+    EXPECT_EQ(objects.GetAbateCfg(true)->preset, 255);
+    EXPECT_EQ(objects.GetFrameInfo(3, true)->preset, 3);
+    EXPECT_EQ(objects.GetCorrection(4, true)->preset, 4);
+    EXPECT_EQ(objects.GetSize(), 7u);
+    EXPECT_TRUE(objects.GetSourceInfo(false) && objects.GetFOV(false) && objects.GetAbateCfg(false));
+    EXPECT_EQ(objects.GetSize(), 7u);
+}
+
+/// A plug-in's class that answers with the type id of a built-in one.
+class CImpostor : public TReduceObject<CImpostor> {
+  public:
+    static constexpr GUID typeID = CFOVReduceObject::typeID;
+    static constexpr const wchar_t* kName = L"FOV";
+};
+
+TEST(ReduceObjectArray, ShortcutsAreEmptyForAForeignClass) {
+    CReduceObjectArray objects;
+    objects.Add(MakeShared<CImpostor>());
+    EXPECT_TRUE(objects.GetObjectOfType(kFOV, -1, false));
+    EXPECT_FALSE(objects.GetFOV(false));
+    EXPECT_FALSE(objects.GetFOV(true));
+}
+
+TEST(ReduceObjectArray, ListsAndTestsByValidity) {
+    CReduceObjectArray objects;
+    objects.Add(NewFOV(0));
+    objects.Add(MakeShared<CSourceInfoReduceObject>());
+    objects.Add(NewFOV(1));
+    TArray<GUID> ids{CGUID::Empty};
+    objects.GetTypeIDs(ids, false);
+    ASSERT_EQ(ids.size(), 2u);
+    EXPECT_EQ(ids.GetAt(0), kFOV);
+    EXPECT_EQ(ids.GetAt(1), CSourceInfoReduceObject::typeID);
+    TArray<CString> names;
+    objects.GetNames(names, true);
+    ASSERT_EQ(names.size(), 1u);
+    EXPECT_STREQ(names.GetAt(0), L"SourceInfo");
+    EXPECT_TRUE(objects.HasObjectOfType(kFOV, false));
+    EXPECT_FALSE(objects.HasObjectOfType(kFOV, true));
+    EXPECT_TRUE(objects.HasObjectWithName(L"sourceINFO", true));
+    EXPECT_FALSE(objects.HasObjectWithName(L"fov", true));
+    objects.GetAt(2)->valid = true;
+    EXPECT_TRUE(objects.HasObjectOfType(kFOV, true));
+    objects.GetTypeIDs(ids, true);
+    EXPECT_EQ(ids.GetAt(0), CSourceInfoReduceObject::typeID);
+}
+
+TEST(ReduceObjectArray, RemovesByTypeAndSignedPreset) {
+    CReduceObjectArray objects;
+    for (const u8 preset : {u8{1}, u8{255}, u8{1}, u8{254}}) objects.Add(NewFOV(preset));
+    objects.Add(MakeShared<CSourceInfoReduceObject>());
+    objects.RemoveObjectOfType(kFOV, 255);  // no signed byte
+    objects.RemoveObjectOfType(kFOV, 9);
+    EXPECT_EQ(objects.GetSize(), 5u);
+    objects.RemoveObjectOfType(kFOV, 1);
+    objects.RemoveObjectOfType(kFOV, -2);
+    ASSERT_EQ(objects.GetSize(), 3u);
+    EXPECT_EQ(objects.GetAt(0)->preset, 255);
+    EXPECT_EQ(objects.GetAt(1)->preset, 1);
+    objects.RemoveAllObjectsOfType(kFOV);
+    ASSERT_EQ(objects.GetSize(), 1u);
+    EXPECT_TRUE(objects.GetSourceInfo(false));
+}
+
+TEST(ReduceObjectArray, CopiesShareObjectsAndDuplicatesDoNot) {
+    CReduceObjectArray objects;
+    objects.Add(NewFOV(255, 1.5));
+    CReduceObjectArray deep;
+    deep.Add(MakeShared<CSourceInfoReduceObject>());
+    objects.Duplicate(deep);
+    const CReduceObjectArray shallow = objects;
+    objects.GetFOV(false)->IHFOV = 2.5;
+    ASSERT_EQ(deep.GetSize(), 1u);
+    EXPECT_EQ(deep.GetFOV(false)->IHFOV, 1.5);
+    EXPECT_EQ(shallow.GetAt(0).Cast<CFOVReduceObject>()->IHFOV, 2.5);
+    objects.Reset();
+    EXPECT_EQ(objects.GetSize(), 0u);
+    EXPECT_EQ(shallow.GetSize(), 1u);
+}
+
+TEST(ReduceObjectFactory, NamesAndTypeIdsLeadToEachOther) {
+    const CReduceObjectFactory& factory = *reduceObjectFactory();
+    EXPECT_EQ(factory.GetTypeIDFromName(L"FOV"), kFOV);
+    EXPECT_EQ(factory.GetTypeIDFromName(L"fov"), CGUID::Empty);
+    EXPECT_STREQ(factory.GetNameFromTypeID(kFOV), L"FOV");
+    EXPECT_STREQ(factory.GetNameFromTypeID(CGUID::Empty), L"");
+    EXPECT_TRUE(factory.CreateByTypeID(kFOV).Cast<CFOVReduceObject>());
+    EXPECT_FALSE(factory.CreateByTypeID(CGUID::Empty));
+}
+
+/// The lines go out from the load of the library on, so a fresh process has to be watched.
+TEST(ReduceObjectFactoryDeathTest, RegistrationIsLogged) {
+    ::setenv("OVIX_DEBUG_OUTPUT", "1", 1);
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            CFOVReduceObject::Register();
+            std::_Exit(0);
+        },
+        testing::ExitedWithCode(0),
+        "\\[[0-9]+\\]: CReduceObjectFactory::Register: Registered FOV as id "
+        "\\{42FD8DA7-B376-45C2-8255-B9267E512077\\}\n(.*\n)*"
+        "\\[[0-9]+\\]: CReduceObjectFactory::Register: Failed to register FOV as id "
+        "\\{42FD8DA7-B376-45C2-8255-B9267E512077\\}\n");
+    ::unsetenv("OVIX_DEBUG_OUTPUT");
 }
 
 }  // namespace

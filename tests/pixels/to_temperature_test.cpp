@@ -11,11 +11,11 @@
 #include "core/visit.h"
 #include "reduce/pixels/radiance.h"
 #include "support/forms.h"
+#include "support/pixel_reference.h"
 
 namespace ovix::reduce {
 namespace {
 
-using Real = long double;
 using namespace test;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -42,23 +42,6 @@ Real FromCelsius(Real t, ETempType scale) {
         default:
             return t;
     }
-}
-Real Polynomial(const double* a, i32 order, Real x) {
-    Real sum = 0;
-    for (i32 k = order; k >= 0; --k) sum = sum * x + a[k];
-    return sum;
-}
-Real Lookup(const double* xs, const double* ys, i32 count, Real x) {
-    if (x <= xs[0]) return ys[0];
-    for (i32 i = 1; i < count; ++i) {
-        if (x <= xs[i]) return ys[i - 1] + (ys[i] - ys[i - 1]) * ((x - xs[i - 1]) / (xs[i] - xs[i - 1]));
-    }
-    return ys[count - 1];
-}
-Real Planck(Real radiance, Real scale) {
-    const Real width = kHigh - kLow, middle = (kHigh + kLow) / 2.0L;
-    return 14388.3L / (middle * std::log1p(11910.66L * width / (std::pow(middle, 5.0L) * (radiance / scale)))) -
-           273.15L;
 }
 Real Fit(Real x, Real R, Real B, Real F, Real O) { return B / std::log(R / (x - O) + F) - 273.15L; }
 
@@ -148,7 +131,7 @@ void CheckAllModels() {
         [&](ETempType scale, STypedData out, auto... form) {
             return ToTemperaturePlanck(out, in, form..., kHigh, kLow, kEmissivity, scale);
         },
-        [&](Real r, u8) { return Planck(r, kEmissivity); });
+        [&](Real r, u8) { return Planck(r / kEmissivity); });
     const double R[] = {2, 2.5, 3, 2}, B[] = {1450, 1400, 1500, 1450}, F[] = {1, 1.5, 0.5, 1};
     const double O[] = {0, 1e-4, 0, -1e-3};
     const float* const none = nullptr;
@@ -206,7 +189,8 @@ TEST(ToTemperature, SingleValues) {
     EXPECT_TRUE(std::isnan(t));
 
     EXPECT_EQ(ToTemperaturePlanck(0, kHigh, kLow, 1, Kelvin), 0);
-    EXPECT_NEAR(ToTemperaturePlanck(0.005, kHigh, kLow, 0.5, Celsius), static_cast<double>(Planck(0.005L, 0.5L)), 1e-9);
+    EXPECT_NEAR(ToTemperaturePlanck(0.005, kHigh, kLow, 0.5, Celsius), static_cast<double>(Planck(0.005L / 0.5L)),
+                1e-9);
 
     const auto fit = [](double x, double R, double F, ETempType scale) {
         return ToTemperatureRBF(x, R, 1450, F, 0.25, 0, 0, 0, 0, 1, scale);
@@ -311,7 +295,7 @@ struct SRecords {
     }
     Real Temperature(Real radiance, u8 p, bool flags) const {
         const Real x = radiance / kEmissivity;
-        if (p % 3 == 2) return Planck(radiance, kEmissivity);
+        if (p % 3 == 2) return Planck(radiance / kEmissivity);
         if (p % 3 == 0 && flags) return Lookup(kRadiances, kTemperatures, kTableSize, x);
         return Polynomial(kCoefficients, p % 3 == 0 ? 2 : p, x);
     }

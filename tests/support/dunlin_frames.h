@@ -8,9 +8,6 @@
 /// Frames of the Lapwing and Wren families, written from the format, with a switch for each form and each fault.
 namespace ovix::test {
 
-inline constexpr GUID kLapwing = "{AD56BAF5-751A-4328-B058-72B124803183}"_guid;
-inline constexpr GUID kWren = "{7E48B0A6-78A9-44BC-80E8-7888C83854F7}"_guid;
-
 /// The trailer of 96 bytes. Sensors and clock stand as Lapwing sends them, or as older Wren cameras do.
 struct STomzTrailer {
     const char* signature = "TOMZ";

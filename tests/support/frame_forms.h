@@ -58,9 +58,9 @@ inline std::vector<SFrameForm> FrameForms() {
         {"infrared", L"MV310", kMV310, ShortRecordFrame(image, {.swapped = true}), "marked full - - 6x9999"},
         {"no record", L"MV310", kMV310, noRecord, "unmarked full - -"},
         {"video", L"MV310", kMV310Screen, Bytes(48), kNone, kColours},
-        {"video", L"MV310", kMV310Yuv, Bytes(48), kNone, kColours},
+        {"video", L"MV310", kMV310YUV, Bytes(48), kNone, kColours},
         {"infrared", L"Plover", kPlover, ShortRecordFrame(image, {}), "marked full counter - 6x9999"},
-        {"video", L"Plover", kPloverYuv, Bytes(48), kNone, kColours},
+        {"video", L"Plover", kPloverYUV, Bytes(48), kNone, kColours},
     };
     const auto addLine = [&](const wchar_t* filter, GUID frame, GUID header, Bytes (*make)(u16), std::size_t read) {
         for (const u16 width : {u16{130}, u16{2}, u16{0}}) {

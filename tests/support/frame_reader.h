@@ -59,13 +59,15 @@ struct SFrameReader {
         const std::vector<u8> after(dest.get(), dest.get() + room);
         return done || after != before ? after : std::vector<u8>();
     }
-    /// The image that `CheckForTrigger` names, -1 for none; nothing when it refuses.
-    std::optional<int> Trigger(const std::vector<u8>& buffer, u16 count) const {
+    /// The image that `CheckForTrigger` names, -1 for none; nothing when it refuses, and then says so of the trigger
+    /// too.
+    std::optional<int> Trigger(const std::vector<u8>& buffer, u16 count, u8 field = 7) const {
         bool triggered = true;
         u16 index = 9;
-        if (!filter->CheckForTrigger(Exact(buffer).get(), Size(buffer), type, width, height, count, 7, triggered,
-                                     index))
-            return {};
+        if (!filter->CheckForTrigger(Exact(buffer).get(), Size(buffer), type, width, height, count, field, triggered,
+                                     index)) {
+            return triggered ? std::optional(-99) : std::nullopt;
+        }
         return triggered ? index : -1 - index;
     }
 

@@ -5,15 +5,6 @@
 /// Headers of the families with a header line, written from the formats, and frames around them.
 namespace ovix::test {
 
-inline constexpr GUID kOsprey = "{1A3CAA37-2D15-4D6D-B4FE-B1FC2332D49A}"_guid;
-inline constexpr GUID kOspreyHeader = "{E71E484F-1C37-4BB8-B4E2-EBF0727402F9}"_guid;
-inline constexpr GUID kLORRA = "{B3CC3849-01F1-499C-90E6-4799CE2979FF}"_guid;
-inline constexpr GUID kLORRAHeader = "{ABD16A8F-BB4A-415C-9BC6-7AB387743F25}"_guid;
-inline constexpr GUID kLORSB = "{762A7AEB-B98E-4628-8A7B-7AEE737F7754}"_guid;
-inline constexpr GUID kLORSBHeader = "{0C784596-B058-4D52-90C3-E995D9175865}"_guid;
-inline constexpr GUID kMVFalcon = "{8C2E0C91-A8D9-47E7-8667-482577F366B4}"_guid;
-inline constexpr GUID kMVFalconHeader = "{20DD2639-38C0-4E57-99EE-1B9224F8E5E2}"_guid;
-
 /// The bytes as low halves of 16-bit words from a word on.
 inline void PutLow(Bytes& header, std::size_t word, std::initializer_list<int> bytes) {
     for (const int byte : bytes) header.at(2 * word++) = static_cast<u8>(byte);

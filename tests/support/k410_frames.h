@@ -6,20 +6,13 @@
 #include <stdexcept>
 #include <vector>
 
+#include "reduce/filters/frame_types.h"
 #include "support/byte_writer.h"
 
 /// Frames of the K410 family, written from the format, with a switch for each form and each fault.
 namespace ovix::test {
 
-inline constexpr GUID kK410F7M0 = "{76ECF27C-7517-49D1-AED0-8C429934409D}"_guid;
-inline constexpr GUID kK410FNM0 = "{E97ED85F-B45C-409C-B685-0568E493A9D0}"_guid;
-inline constexpr GUID kK410GigE = "{3874994E-B76D-45DE-871A-5CF46393B19B}"_guid;
-inline constexpr GUID kK410GigEFlipped = "{B3E83B04-FC6B-411D-B883-258685C80882}"_guid;
-inline constexpr GUID kK410UYVY = "{4030E1B1-6E28-4E5C-88F7-16E54AF6A54A}"_guid;
-inline constexpr GUID kK410YUY2 = "{DDBF6368-76B6-49F2-A410-6CC47415AFD3}"_guid;
-inline constexpr GUID kK410BGR = "{036DA1C3-5794-4341-8BC1-5DEEAB52DFD5}"_guid;
-inline constexpr GUID kK410MJLS = "{ADA2658E-40C0-4C31-9C44-7667B8169FF6}"_guid;
-
+using namespace reduce::frame_types;
 using Bytes = std::vector<u8>;
 
 inline void Patch(Bytes& bytes, std::size_t offset, u64 value, int width, bool bigEndian = false) {

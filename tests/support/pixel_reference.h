@@ -7,6 +7,23 @@
 /// What pixel kernels have to compute, said once more and plainly.
 namespace ovix::test {
 
+using Real = long double;
+
+inline Real Polynomial(const double* a, i32 order, Real x) {
+    Real sum = 0;
+    for (i32 k = order; k >= 0; --k) sum = sum * x + a[k];
+    return sum;
+}
+inline Real Lookup(const double* xs, const double* ys, i32 count, Real x) {
+    if (x <= xs[0]) return ys[0];
+    for (i32 i = 1; i < count; ++i) {
+        if (x <= xs[i]) return ys[i - 1] + (ys[i] - ys[i - 1]) * ((x - xs[i - 1]) / (xs[i] - xs[i - 1]));
+    }
+    return ys[count - 1];
+}
+/// Degrees Celsius of a black body's radiance between 8 and 12 micrometres.
+inline Real Planck(Real radiance) { return 14388.3L / (10 * std::log1p(11910.66L * 4 / (1e5L * radiance))) - 273.15L; }
+
 /// A number in another type: the low bits of its whole part, through 64 signed bits; what those do not hold is their
 /// least, but `UInt64` takes values up to 2^64.
 template <class D, class S>

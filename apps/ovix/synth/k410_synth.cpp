@@ -10,21 +10,14 @@
 namespace ovix::app {
 namespace {
 
-constexpr GUID kF7M0 = "{76ECF27C-7517-49D1-AED0-8C429934409D}"_guid;
-constexpr GUID kFNM0 = "{E97ED85F-B45C-409C-B685-0568E493A9D0}"_guid;
-constexpr GUID kGigE = "{3874994E-B76D-45DE-871A-5CF46393B19B}"_guid;
-constexpr GUID kGigEFlipped = "{B3E83B04-FC6B-411D-B883-258685C80882}"_guid;
-constexpr GUID kUYVY = "{4030E1B1-6E28-4E5C-88F7-16E54AF6A54A}"_guid;
-constexpr GUID kYUY2 = "{DDBF6368-76B6-49F2-A410-6CC47415AFD3}"_guid;
-constexpr GUID kBGR = "{036DA1C3-5794-4341-8BC1-5DEEAB52DFD5}"_guid;
-constexpr GUID kMJLS = "{ADA2658E-40C0-4C31-9C44-7667B8169FF6}"_guid;
-
 constexpr int kBitsPerPixel = 14;
 constexpr u32 kRecordBytes = 2428;
 constexpr u32 kRecordOffset = 128;  ///< behind the container's index
 constexpr u32 kDigitalHeaderBytes = 32;
 
-bool IsVideo(const GUID& type) { return type == kUYVY || type == kYUY2 || type == kBGR; }
+bool IsVideo(const GUID& type) {
+    return type == frame_types::kK410UYVY || type == frame_types::kK410YUY2 || type == frame_types::kK410BGR;
+}
 
 /// The index, of two entries of 32 bytes, and the record. Its own fields are little-endian in every form.
 void AppendContainer(std::vector<u8>& bytes, const CRecordCamera& camera, u64 frame, bool swapped) {
@@ -71,9 +64,9 @@ class CK410Synth final : public ISynthesizer {
 
     std::vector<u8> Frame(u64 number, std::span<const float> kelvin) const override {
         const GUID& type = options_.type;
-        if (type == kBGR) return BGRPicture(kelvin, options_.width, options_.height);
-        if (IsVideo(type)) return YuvPicture(kelvin, type == kUYVY ? kUYVYPlaces : kYUY2Places);
-        return type == kMJLS ? CompressedFrame(number, kelvin) : PlainFrame(number, kelvin);
+        if (type == frame_types::kK410BGR) return BGRPicture(kelvin, options_.width, options_.height);
+        if (IsVideo(type)) return YuvPicture(kelvin, type == frame_types::kK410UYVY ? kUYVYPlaces : kYUY2Places);
+        return type == frame_types::kK410MJLS ? CompressedFrame(number, kelvin) : PlainFrame(number, kelvin);
     }
     TSharedPtr<reduce::CCorrectionReduceObject> Correction() const override {
         return IsVideo(options_.type) ? nullptr : camera_.Correction();
@@ -88,7 +81,7 @@ class CK410Synth final : public ISynthesizer {
     std::vector<u8> PlainFrame(u64 number, std::span<const float> kelvin) const {
         const bool swapped = options_.form.ends_with("-swapped");
         std::vector<u16> counts = camera_.Counts(kelvin, number);
-        if (options_.type == kGigEFlipped) std::reverse(counts.begin(), counts.end());
+        if (options_.type == frame_types::kK410GigEFlipped) std::reverse(counts.begin(), counts.end());
         std::vector<u8> bytes = CountBytes(counts, swapped);
         if (options_.form.starts_with("digital")) AppendDigitalHeader(bytes, number);
         AppendContainer(bytes, camera_, number, swapped);
@@ -101,14 +94,16 @@ class CK410Synth final : public ISynthesizer {
 
 std::vector<SSynthForm> Forms() {
     std::vector<SSynthForm> forms;
-    for (const GUID& type : {kF7M0, kFNM0, kGigE, kGigEFlipped}) {
+    for (const GUID& type :
+         {frame_types::kK410F7M0, frame_types::kK410FNM0, frame_types::kK410GigE, frame_types::kK410GigEFlipped}) {
         forms.push_back({type, "digital", "digital header and camera record behind the pixels"});
         forms.push_back({type, "plain", "camera record behind the pixels"});
         forms.push_back({type, "digital-swapped", "as digital, pixels and record in the other byte order"});
         forms.push_back({type, "plain-swapped", "as plain, pixels and record in the other byte order"});
     }
-    for (const GUID& type : {kUYVY, kYUY2, kBGR}) forms.push_back({type, "video", "a colour picture"});
-    forms.push_back({kMJLS, "jpeg-ls", "a JPEG-LS stream, then the camera record"});
+    for (const GUID& type : {frame_types::kK410UYVY, frame_types::kK410YUY2, frame_types::kK410BGR})
+        forms.push_back({type, "video", "a colour picture"});
+    forms.push_back({frame_types::kK410MJLS, "jpeg-ls", "a JPEG-LS stream, then the camera record"});
     return forms;
 }
 

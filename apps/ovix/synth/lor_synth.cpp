@@ -6,8 +6,6 @@
 namespace ovix::app {
 namespace {
 
-constexpr GUID kFrameRA = "{B3CC3849-01F1-499C-90E6-4799CE2979FF}"_guid;
-constexpr GUID kFrameSB = "{762A7AEB-B98E-4628-8A7B-7AEE737F7754}"_guid;
 constexpr u32 kHeaderBytes = 96;
 constexpr u32 kBytesWithLens = 120;
 
@@ -56,10 +54,12 @@ void WriteSB(u8* bytes, const SSynthOptions& options, u64 frame) {
     lens.PutRow<u16>(14, {285, 290, 270, 271, 272});
 }
 
-std::vector<SSynthForm> FormsRA() { return {{kFrameRA, "header-line", "a header line ahead of the pixels"}}; }
+std::vector<SSynthForm> FormsRA() {
+    return {{frame_types::kLORRA, "header-line", "a header line ahead of the pixels"}};
+}
 std::vector<SSynthForm> FormsSB() {
-    return {{kFrameSB, "lens", "a header line ahead of the pixels, with the lens block"},
-            {kFrameSB, "no-lens", "a header line ahead of the pixels"}};
+    return {{frame_types::kLORSB, "lens", "a header line ahead of the pixels, with the lens block"},
+            {frame_types::kLORSB, "no-lens", "a header line ahead of the pixels"}};
 }
 
 }  // namespace

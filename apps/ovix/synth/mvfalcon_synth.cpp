@@ -6,7 +6,6 @@
 namespace ovix::app {
 namespace {
 
-constexpr GUID kFrame = "{8C2E0C91-A8D9-47E7-8667-482577F366B4}"_guid;
 constexpr u32 kHeaderBytes = 256;
 
 /// A byte in the low half of each word.
@@ -67,7 +66,9 @@ void Write(u8* bytes, const SSynthOptions&, u64 frame) {
     header.Big(123, 1, 50);
 }
 
-std::vector<SSynthForm> Forms() { return {{kFrame, "header-line", "a header line ahead of the pixels"}}; }
+std::vector<SSynthForm> Forms() {
+    return {{frame_types::kMVFalcon, "header-line", "a header line ahead of the pixels"}};
+}
 
 }  // namespace
 

@@ -6,7 +6,6 @@
 namespace ovix::app {
 namespace {
 
-constexpr GUID kFrame = "{1A3CAA37-2D15-4D6D-B4FE-B1FC2332D49A}"_guid;
 constexpr u32 kHeaderBytes = 192;
 
 double PlanckResponse(double kelvin) { return 500 + 3e8 / std::expm1(3597 / kelvin); }
@@ -32,7 +31,7 @@ void Write(u8* header, const SSynthOptions& options, u64 frame) {
     reduce::COspreyFilter::EncodeHeader(values, header, options.width);
 }
 
-std::vector<SSynthForm> Forms() { return {{kFrame, "header-line", "a header line ahead of the pixels"}}; }
+std::vector<SSynthForm> Forms() { return {{frame_types::kOsprey, "header-line", "a header line ahead of the pixels"}}; }
 
 }  // namespace
 

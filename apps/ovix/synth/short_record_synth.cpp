@@ -4,12 +4,6 @@
 namespace ovix::app {
 namespace {
 
-constexpr GUID kMV310 = "{07C06B52-E505-45EA-85F5-73C9E5F0519C}"_guid;
-constexpr GUID kMV310Screen = "{B9A7A170-5FEF-4CBC-96E4-E6B84B9F56D7}"_guid;
-constexpr GUID kMV310Yuv = "{4C264D2A-288C-4A7B-A9A4-A9E18695CDFE}"_guid;
-constexpr GUID kPlover = "{FD728B9B-9B9B-4098-81E4-73EC59D2505C}"_guid;
-constexpr GUID kPloverYuv = "{0612D7F1-A3F5-423B-8A16-F77199066239}"_guid;
-
 constexpr u32 kRecordBytes = 1148;
 
 /// Counts, little-endian in both forms, and the first part of the record.
@@ -40,8 +34,10 @@ std::vector<SSynthForm> Forms(const GUID& infrared, std::initializer_list<GUID> 
     for (const GUID& type : videos) forms.push_back({type, "video", "a colour picture"});
     return forms;
 }
-std::vector<SSynthForm> MV310Forms() { return Forms(kMV310, {kMV310Screen, kMV310Yuv}); }
-std::vector<SSynthForm> PloverForms() { return Forms(kPlover, {kPloverYuv}); }
+std::vector<SSynthForm> MV310Forms() {
+    return Forms(frame_types::kMV310, {frame_types::kMV310Screen, frame_types::kMV310YUV});
+}
+std::vector<SSynthForm> PloverForms() { return Forms(frame_types::kPlover, {frame_types::kPloverYUV}); }
 
 }  // namespace
 

@@ -10,6 +10,8 @@
 
 namespace ovix::app {
 
+namespace frame_types = reduce::frame_types;
+
 /// What the frames of a stream have in common.
 struct SSynthOptions {
     GUID type;              ///< pixel type; one that the family makes
@@ -66,7 +68,7 @@ const SSynthFamily* FindSynthFamily(const GUID& type);
 /// The family whose decoder has the name, case aside. Throws wrong usage, with the names that there are, for another.
 const SSynthFamily& SynthFamilyOf(const std::string& option, const std::string& decoder);
 
-// The families, each told in its own file.
+// The families, each in its own file.
 
 /// Its four uncompressed types come as "digital" (a header ahead of the container), "plain", "digital-swapped" and
 /// "plain-swapped" (pixels and record in the other byte order), its compressed type as "jpeg-ls", its video types as

@@ -5,8 +5,6 @@
 namespace ovix::app {
 namespace {
 
-constexpr GUID kLapwing = "{AD56BAF5-751A-4328-B058-72B124803183}"_guid;
-constexpr GUID kWren = "{7E48B0A6-78A9-44BC-80E8-7888C83854F7}"_guid;
 constexpr u16 kLeastWidth = 48;  ///< of Lapwing, whose trailer takes a line
 
 /// What the two variants of the trailer "TOMZ" do not share.
@@ -127,11 +125,11 @@ class CWrenSynth final : public ISynthesizer {
 };
 
 std::vector<SSynthForm> LapwingForms() {
-    return {{kLapwing, "trailer", "a line with the trailer \"TOMZ\" behind the pixels"}};
+    return {{frame_types::kLapwing, "trailer", "a line with the trailer \"TOMZ\" behind the pixels"}};
 }
 std::vector<SSynthForm> WrenForms() {
-    return {{kWren, "native", "the trailer \"PRUV\" behind the pixels"},
-            {kWren, "older", "lines with the trailer \"TOMZ\" behind the pixels"}};
+    return {{frame_types::kWren, "native", "the trailer \"PRUV\" behind the pixels"},
+            {frame_types::kWren, "older", "lines with the trailer \"TOMZ\" behind the pixels"}};
 }
 
 }  // namespace

@@ -30,7 +30,7 @@ using VBits = hn::Vec<DBits>;
 
 /// The hardware fetches ahead to the end of a page only: 4 KiB.
 constexpr u32 kAhead = 1024;
-/// Pixels whose half-way cases are told by the bits of one word.
+/// Pixels whose half-way cases show in the bits of one word.
 constexpr u32 kWord = 64;
 
 /// The bits of a float as an integer of the same order, and back: below 0 the magnitude counts down.

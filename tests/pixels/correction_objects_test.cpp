@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "core/norm_file.h"
+#include "reduce/pixels/abate.h"
 #include "support/object_file.h"
 #include "support/test_folder.h"
 
@@ -108,39 +109,26 @@ TEST(Correction, FlipMovesPlacesAndContents) {
     }
 }
 
-TEST(Correction, RecordIsReadAndWrittenAsSpelled) {
-    for (const auto& [width, height] : {std::pair{3u, 2u}, {97u, 43u}}) {
-        CByteWriter record = Record(width, height, kAll);
-        Tables(record, width * height);
-        CCorrectionReduceObject object;
-        object.preset = 4;
-        object.flippedLeftRight = true;
-        ASSERT_TRUE(object.Load(FileOf(record), 0x10001, 0));
-        ExpectFilled(object, width, height);
-        EXPECT_EQ(object.preset, 4);
-        EXPECT_FALSE(object.valid || object.flippedLeftRight);
-        // Whatever way the tables are held, the file has its own, and the object keeps its own.
-        for (int way = 0; way < 4; ++way) {
-            object.SetFlipped(way & 1, way & 2);
-            const float first = object.gain[0];
-            EXPECT_EQ(SavedBytes(object), record.bytes);
-            EXPECT_EQ(object.gain[0], first);
-        }
-    }
-}
-
-TEST(Correction, OldStream) {
-    CByteWriter stream;
-    stream.U32(3).U32(2).U8(kAll);
-    Tables(stream, 6);
+TEST(Correction, RecordHasItsOwnWayWhateverTheTablesAreHeldIn) {
     CCorrectionReduceObject object;
-    ASSERT_TRUE(object.Load(FileOf(stream), 0x10000, 0));
-    ExpectFilled(object, 3, 2);
-
-    CByteWriter empty;
-    empty.U32(0).U32(2).U8(kAll);
-    ASSERT_TRUE(object.Load(FileOf(empty), 0, 0));
-    EXPECT_EQ(object.present, kAll);  // exactly what was read
+    Fill(object, 97, 43);
+    CByteWriter record = Record(97, 43, kAll);
+    Tables(record, 97 * 43);
+    for (int way = 0; way < 4; ++way) {
+        object.SetFlipped(way & 1, way & 2);
+        const float first = object.gain[0];
+        EXPECT_EQ(SavedBytes(object), record.bytes);
+        EXPECT_EQ(object.gain[0], first);
+    }
+    object.preset = 4;
+    object.valid = true;
+    ASSERT_TRUE(object.Load(FileOf(record), 0x10001, 0));
+    ExpectFilled(object, 97, 43);
+    EXPECT_EQ(object.preset, 4);
+    EXPECT_FALSE(object.valid || object.flippedLeftRight);
+    // Of an empty size the older form keeps the bits that it said.
+    ASSERT_TRUE(object.Load(FileOf(CByteWriter().U32(0).U32(2).U8(kAll)), 0, 0));
+    EXPECT_EQ(object.present, kAll);
     EXPECT_FALSE(object.gain);
     object.Flip(true, true);
     EXPECT_EQ(SavedBytes(object)[16], 0);  // taken from the tables
@@ -169,18 +157,6 @@ TEST(Correction, SizesAreHeldAgainstTheFile) {
         EXPECT_FALSE(object.Load(FileOf(stream.Append(tables)), 0x10000, 0));
         EXPECT_FALSE(object.gain || object.offset || object.mask || object.map);
     }
-    CByteWriter record = Record(3, 2, kAll);
-    Tables(record, 6);
-    for (std::size_t size = 0; size < record.bytes.size(); ++size) {
-        CCorrectionReduceObject object;
-        EXPECT_FALSE(object.Load(FileOf(record, size), 0x10001, 0)) << size;
-        EXPECT_FALSE(object.gain) << size;
-    }
-    EXPECT_FALSE(CCorrectionReduceObject().Load(FileOf(Record(0, 0, 0, 0x20000)), 0x10001, 0));
-    EXPECT_TRUE(CCorrectionReduceObject().Load(FileOf(Record(0, 0, kAll, 0x1FFFF)), 0x10001, 0));
-    CByteWriter wrongHeader = Record(0, 0, 0);
-    wrongHeader.bytes[0] = 33;
-    EXPECT_FALSE(CCorrectionReduceObject().Load(FileOf(wrongHeader), 0x10001, 0));
 }
 
 TEST(Correction, MapEntriesBeyondTheTableBecomeThePixelItself) {
@@ -232,6 +208,8 @@ TEST(Correction, FilesOfOneStem) {
     ASSERT_TRUE(CNormFile::SaveOffsetTable(FileSystem, disk.Path("other.x.mvo"), 2, 2, 1, offset));
     ASSERT_TRUE(CNormFile::SaveGainTable(FileSystem, disk.Path("other.x.mvg"), 3, 2, 1, gain));
     ASSERT_TRUE(CNormFile::SaveGainTable(FileSystem, disk.Path("wrong.mvb"), 3, 2, 1, gain));
+    ASSERT_TRUE(CNormFile::SaveGainTable(FileSystem, disk.Path("low.mvg"), 3, 2, 1, gain));
+    ASSERT_TRUE(CNormFile::SaveOffsetTable(FileSystem, disk.Path("low.mvo"), 3, 1, 1, offset));
 
     for (const char* path : {"stem", "stem.MVO", "stem.mvb", "stem.mvg"}) {
         CCorrectionReduceObject object;
@@ -256,7 +234,7 @@ TEST(Correction, FilesOfOneStem) {
     EXPECT_EQ(object.map[0], 1u);
     EXPECT_EQ(object.gain[0], 1.0f);
 
-    for (const char* path : {"none", "other.x", "other.x.mvb", "wrong", "stem.mvx"}) {
+    for (const char* path : {"none", "other.x", "other.x.mvb", "low", "wrong", "stem.mvx"}) {
         Fill(object, 2, 2);
         object.valid = object.flippedTopBottom = true;
         EXPECT_FALSE(object.Load(FileSystem, disk.Path(path))) << path;
@@ -281,6 +259,71 @@ TEST(Correction, AllTablesAreSavedUnderOneName) {
     wide.Create(65536, 1, 0, CorrectionGain);
     EXPECT_FALSE(wide.Save(FileSystem, disk.Path("wide")));
     EXPECT_FALSE(FileSystem->Open(disk.Path("wide.mvg"), IFileSystem::OpenForReading));
+}
+
+/// A block whose step s is preset `order[s]`, with the thresholds 100 + preset and 200 + preset.
+CByteWriter Block(std::initializer_list<u8> order, u32 version, u8 enabled = 1) {
+    CByteWriter bytes;
+    bytes.U32(32 + 32 * order.size()).U32(version).U8(enabled).U8(1).U8(order.size()).PadTo(32);
+    for (const u8 preset : order) bytes.U32(32).U8(preset).U16(100u + preset).U16(200u + preset).Zeros(23);
+    return bytes;
+}
+
+TEST(AbateCfg, PresetsAreLimitedInBothDirections) {
+    CAbateCfgReduceObject cfg;
+    ASSERT_TRUE(cfg.Load(FileOf(Block({200, 6, 5, 4, 3, 2, 1, 0}, 0x20000)), 0x20000, 0));
+    EXPECT_EQ(cfg.order[0], 7);
+    EXPECT_EQ(cfg.low[7], 300);
+    cfg.order[1] = 99;
+    const std::vector<u8> saved = SavedBytes(cfg);
+    EXPECT_EQ(saved[32 + 32 + 4], 7);
+    EXPECT_EQ(saved[32 + 32 + 5], 300 & 0xFF);
+    EXPECT_EQ(saved[8], 1);
+    cfg.enabled = false;
+    EXPECT_EQ(SavedBytes(cfg)[8], 0);
+    EXPECT_EQ(SavedBytes(cfg, PersistInitialState)[8], 1);
+    cfg.Default();
+    EXPECT_TRUE(cfg.mode == AbateFromFirst && cfg.order[0] == 0 && cfg.low[7] == 1000 && cfg.high[7] == 15000);
+}
+
+TEST(AbateCfg, BlocksThatLieChangeNothing) {
+    const auto patched = [](CByteWriter block, std::size_t offset, u8 value) {
+        block.bytes[offset] = value;
+        return block;
+    };
+    const CByteWriter good = Block({0, 1, 2, 3, 4, 5, 6, 7}, 0x20000);
+    const CByteWriter old = Block({0, 1, 2, 3}, 0x10001);
+    struct {
+        CByteWriter block;
+        u32 blockVersion;
+    } const cases[] = {
+        {patched(good, 0, 0), 0x20000},
+        {patched(good, 6, 3), 0x20000},
+        {patched(good, 10, 4), 0x20000},
+        {patched(good, 256, 0), 0x20000},
+        {good, 0x1FFFF},
+        {patched(old, 6, 2), 0x10001},
+        {patched(old, 10, 8), 0x10001},
+        {patched(old, 128, 0), 0x10001},
+        {old, 0x20000},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(&c - cases);
+        CAbateCfgReduceObject cfg;
+        EXPECT_FALSE(cfg.Load(FileOf(c.block), c.blockVersion, 0));
+        EXPECT_FALSE(cfg.enabled);
+        EXPECT_EQ(cfg.low[0], 1000);
+    }
+    CAbateCfgReduceObject cfg;
+    EXPECT_FALSE(cfg.Load(FileOf(good, 287), 0x20000, 0));
+    EXPECT_TRUE(cfg.Load(FileOf(patched(good, 6, 2)), 0x30000, 0));
+}
+
+TEST(AbateSortHelper, FirstKeyUpSecondDown) {
+    TArray<SAbateSortHelper> elements{{0, 2, 1}, {1, 1, 5}, {2, 2, 3}, {3, 1, 7}, {4, -1, 0}, {5, 2, 2}};
+    SAbateSortHelper::Sort(elements);
+    const u32 expected[] = {4, 3, 1, 2, 5, 0};
+    for (u32 i = 0; i < 6; ++i) EXPECT_EQ(elements.GetAt(i).tag, expected[i]);
 }
 
 }  // namespace

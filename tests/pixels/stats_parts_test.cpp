@@ -1,0 +1,167 @@
+#include "reduce/pixels/stats.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+#include "core/visit.h"
+#include "support/forms.h"
+#include "support/pixel_reference.h"
+#include "support/stats_fields.h"
+
+namespace ovix::reduce {
+namespace {
+
+using test::ExpectSame;
+using test::Held;
+
+TEST(StatsCalculator, FollowsItsStepsAndNotesNoIndex) {
+    CStats stats = Held();
+    CStatsCalculator calculator(stats);
+    calculator.Start();
+    CStats expected = Held();
+    expected.sum = expected.variance = 0;
+    expected.count = expected.statusUnion = expected.minimumStatus = expected.maximumStatus = 0;
+    expected.allMinimumIndex = expected.allMaximumIndex = 0xFFFFFFFF;
+    ExpectSame(stats, expected);
+
+    calculator.AddData(-2, 8, 9, 0);  // above what the record held, -2.5; not counted
+    calculator.AddData(-8, 1, 3, 5);  // the first that counts
+    calculator.AddData(-2, 4, 3, 3);  // the maximum, but not of all: the first stands
+    calculator.AddData(-2, 2, 2, 4);  // not the maximum: the first stands
+    calculator.AddData(-20, 16, 1, 1);
+    calculator.Finish();
+    expected.sum = -12;
+    expected.mean = -4;
+    expected.variance = 72 / 3.0 - 16;
+    expected.standardDeviation = std::sqrt(8.0);
+    expected.count = 3;
+    expected.minimum = -8;
+    expected.maximum = -2;
+    expected.minimumPosition = {3, 5};
+    expected.maximumPosition = {3, 3};
+    expected.minimumStatus = 1;
+    expected.maximumStatus = 4;
+    expected.statusUnion = 7;
+    expected.allMinimum = -20;
+    expected.allMaximum = -2;
+    expected.allMinimumPosition = {1, 1};
+    expected.allMaximumPosition = {9, 0};
+    expected.minimumIndex = expected.maximumIndex = expected.allMinimumIndex = expected.allMaximumIndex = 0;
+    expected.boundsTopLeft = {1, 0};
+    expected.boundsBottomRight = {9, 5};
+    expected.boundsWidth = 9;
+    expected.boundsHeight = 6;
+    expected.centerX = 5;
+    expected.centerY = 2.5;
+    ExpectSame(stats, expected);
+
+    CStats fresh;
+    CStatsCalculator below(fresh);
+    below.Start();
+    below.AddData(-5, 24, 7, 7);
+    below.Finish();
+    EXPECT_EQ(fresh.allMaximum, 0) << "goes on from what the record held";
+    EXPECT_EQ(fresh.allMaximumIndex, 0xFFFFFFFF);
+    EXPECT_EQ(fresh.boundsWidth, 0U);
+    EXPECT_EQ(fresh.boundsTopLeft, (SPoint{0, 0}));
+}
+
+TEST(CalcPositions, PlacesInTheSelectionBecomePoints) {
+    const auto points = [](const auto&... selection) {
+        CStats s = Held();
+        s.minimumIndex = 0;
+        s.maximumIndex = 3;
+        s.allMinimumIndex = 5;
+        s.allMaximumIndex = 0xFFFFFFFF;
+        s.firstIndex = 1;
+        s.lastIndex = 4;
+        CalcPositions(s, selection...);
+        return std::vector<SPoint>{s.minimumPosition, s.maximumPosition,   s.allMinimumPosition,
+                                   s.boundsTopLeft,   s.boundsBottomRight, s.allMaximumPosition};
+    };
+    const auto expect = [](std::vector<SPoint> found, std::vector<SPoint> expected) {
+        for (std::size_t i = 0; i < expected.size(); ++i) EXPECT_EQ(found[i], expected[i]) << i;
+    };
+    expect(points(SArea{10, 20, 12, 22}), {{20, 10}, {20, 11}, {22, 11}, {21, 10}, {21, 11}});
+    expect(points(u16{4}, u16{9}), {{0, 0}, {3, 0}, {1, 1}, {1, 0}, {0, 1}});
+    TArray<SScanLine> lines;
+    lines.Add({7, 5, 7});
+    lines.Add({2, 1, 2});  // five pixels: places 5 and beyond lie nowhere, and their points stay
+    expect(points(lines), {{5, 7}, {1, 2}, {101, 102}, {6, 7}, {2, 2}, {101, 102}});
+    const u32 indices[] = {9, 4, 8, 6, 13};
+    expect(points(u16{5}, u16{3}, indices, u32{5}), {{4, 1}, {1, 1}, {0, 0}, {4, 0}, {3, 2}, {0, 0}});
+    const u8 mask[] = {9, 9, 9, 9, 9, /**/ 9, 1, 0, 1, 9, /**/ 9, 0, 1, 1, 9};
+    const u32 stride = 5;  // rows 1 and 2, columns 1 to 3: four pixels
+    expect(points(SArea{1, 1, 2, 3}, mask, stride), {{1, 1}, {3, 2}, {101, 102}, {3, 1}, {4, 2}, {101, 102}});
+}
+
+using namespace test;
+
+TEST(GetStatsLUT, IsTheCalculatorOverTheTables) {
+    const SForms forms;
+    constexpr u16 kLower = 20, kUpper = 900;
+    std::vector<float> luts[3];
+    std::vector<u8> statusLuts[3];
+    for (u32 p = 0; p < 3; ++p) {
+        for (u32 k = 0; k <= kUpper; ++k) {
+            luts[p].push_back(static_cast<float>(k * k % 997) * 0.1f - static_cast<float>(20 * p));
+            statusLuts[p].push_back(static_cast<u8>(k % 7 == p ? 8 : k % 5));
+        }
+    }
+    const float* values[] = {luts[0].data(), luts[1].data(), luts[2].data()};
+    const u8* flags[] = {statusLuts[0].data(), statusLuts[1].data(), statusLuts[2].data()};
+    std::vector<u8> presets;
+    for (u32 i = 0; i < forms.Count(); ++i) presets.push_back(static_cast<u8>(i * i % 3));
+
+    const auto check = [&]<class T>(TElement<T>) {
+        std::mt19937 random(4);
+        std::vector<T> frame;
+        for (u32 i = 0; i < forms.Count(); ++i) {
+            const double quarters = static_cast<double>(random() % 4000) / 4 - 30;
+            if constexpr (std::is_integral_v<T>) {
+                frame.push_back(static_cast<T>(static_cast<i64>(quarters)));
+            } else {
+                frame.push_back(static_cast<T>(quarters));
+            }
+        }
+        if constexpr (std::is_floating_point_v<T>) frame[100] = static_cast<T>(NAN), frame[101] = T{30.5};
+        const STypedData data{frame.data(), DataTypeOf<T>()};
+        for (int form = 0; form < 10; ++form) {
+            SCOPED_TRACE(form);
+            const EForm which = test::kForms[form % 5];
+            const bool single = form < 5;
+            const u8* map = single ? nullptr : presets.data();
+            CStats stats = Held(), expected = Held();
+            ASSERT_TRUE(forms.CallInFrame(which, [&](auto... f) {
+                return single ? GetStatsLUT(data, stats, f..., values[0], flags[0], kLower, kUpper)
+                              : GetStatsLUT(data, map, stats, f..., values, flags, kLower, kUpper);
+            }));
+            CStatsCalculator calculator(expected);
+            calculator.Start();
+            for (const u32 i : forms.Visited(which)) {
+                const u32 place = test::Place(static_cast<float>(frame[i]), kLower, kUpper);
+                const u8 p = map ? map[i] : u8{0};
+                calculator.AddData(values[p][place], flags[p][place], static_cast<int>(i % forms.width),
+                                   static_cast<int>(i / forms.width));
+            }
+            calculator.Finish();
+            ExpectSame(stats, expected);
+        }
+    };
+    for (u32 type = Int8; type <= Flt64; ++type) {
+        SCOPED_TRACE(type);
+        Visit(static_cast<EDataType>(type), check);
+    }
+    u16 pixel = 3;
+    CStats stats = Held();
+    EXPECT_FALSE(GetStatsLUT({&pixel, Opaque}, stats, 1, 1, values[0], flags[0], 0, 9));
+    ExpectSame(stats, Held());
+    CStats bare;
+    EXPECT_TRUE(GetStatsLUT({&pixel, UInt16}, bare, 1, 1, values[0], nullptr, 0, 9)) << "no status table";
+    EXPECT_EQ(bare.count, 1U);
+}
+
+}  // namespace
+}  // namespace ovix::reduce
