@@ -137,21 +137,30 @@ TEST(MrlConv, TheWayBackTakesItsPowersInSinglePrecision) {
 TEST(MrlConv, LimitsOfRadianceStandApartFromTheRange) {
     const struct {
         float low, high;
-        double outside, beyond;  // of the upper end, kelvin
-    } kCases[] = {{-10.0f, 300.0f, 6.0, 15.0}, {-10.0f, 30.0f, 2.0, 5.0}, {-200.0f, -120.0f, 2.4, 6.0}};
+        double outside, beyond;            // of the upper end, kelvin
+        double outsideBelow, beyondBelow;  // of the lower end
+    } kCases[] = {{-10.0f, 300.0f, 6.0, 15.0, 2.0, 5.0},
+                  {-10.0f, 30.0f, 2.0, 5.0, 2.0, 5.0},
+                  {-150.0f, -120.0f, 2.4, 6.0, 3.0, 7.5}};
     for (const auto& c : kCases) {
         SMerlinConstants camera;
         camera.lowTemp = c.low, camera.highTemp = c.high;
         camera.c[0] = 0, camera.c[1] = 1;
         const CMrlConv model = Model(camera, kScenes[1]);
-        const auto radiance = [&](double kelvin) { return camera.planckR / (std::exp(camera.planckB / kelvin) - 1); };
-        const double upper = radiance(c.high + 273.15 + c.outside), over = radiance(c.high + 273.15 + c.beyond);
-        for (const auto& [value, code] :
-             {std::pair{upper * 0.9999, 0}, {upper * 1.0001, 1}, {over * 0.9999, 1}, {over * 1.0001, 4}}) {
+        const auto radiance = [&](double celsius) {
+            return camera.planckR / (std::exp(camera.planckB / (celsius + 273.15)) - 1);
+        };
+        const double upper = radiance(c.high + c.outside), over = radiance(c.high + c.beyond);
+        const double lower = radiance(c.low - c.outsideBelow), under = radiance(c.low - c.beyondBelow);
+        const std::pair<double, int> kCodes[] = {{upper * 0.9999, 0}, {upper * 1.0001, 1}, {over * 0.9999, 1},
+                                                 {over * 1.0001, 4},  {lower * 1.0001, 0}, {lower * 0.9999, 1},
+                                                 {under * 1.0001, 1}, {under * 0.9999, 2}};
+        for (const auto& [value, code] : kCodes) {
             u8 status = 99;
             const u16 signal = model.RadianceToSignal(static_cast<float>(value), &status);
-            EXPECT_EQ(status, code) << c.high;
-            EXPECT_EQ(signal, static_cast<u16>(static_cast<i64>(std::min(value, over)))) << c.high;  // no clamp
+            EXPECT_EQ(status, code) << c.high << ' ' << value;
+            const double limited = std::clamp(value, under, over);
+            EXPECT_EQ(signal, static_cast<u16>(static_cast<i64>(limited))) << c.high;  // no clamp
         }
     }
 }

@@ -71,6 +71,7 @@ TEST(InfoFile, WritesHeaderAndBlocksByteForByteInTheOrderOfTheArray) {
         ASSERT_TRUE(SaveInfoFile(f.file, array, flags));
         EXPECT_EQ(f.Bytes(), flags ? withoutTables.bytes : whole.bytes);
     }
+    EXPECT_FALSE(SaveInfoFile(L"/dev/full", array, 0));
 }
 
 TEST(InfoFile, LoadsWhatItKnowsListsAllAndStopsAtTheOpenEnd) {
