@@ -1,3 +1,5 @@
+#include <malloc.h>
+
 #include <exception>
 #include <new>
 #include <string>
@@ -9,8 +11,21 @@
 #include "apps/ovix/output/output_file.h"
 #include "core/core.h"
 
+namespace {
+
+/// Buffers of a frame come and go with each: taken from the system each time, their pages would cost more than the
+/// work on them.
+void KeepFreedMemory() {
+    constexpr int kMost = 32 << 20;
+    mallopt(M_MMAP_THRESHOLD, kMost);
+    mallopt(M_TRIM_THRESHOLD, 4 * kMost);
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
     using namespace ovix::app;
+    KeepFreedMemory();
     try {
         HoldStandardStreams();
         InstallInterruptCleanup();

@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <bit>
+
 #include "measure/frame/frame_work.h"
 #include "measure/frame/unit_choice.h"
 #include "measure/text.h"
@@ -6,20 +9,24 @@ namespace ovix::measure {
 
 namespace {
 
-/// Adds the pixels of a row of status bytes to those that bear each flag.
+/// Adds the pixels of a row of status bytes to those that bear each flag. Most stretches of a row hold one byte only.
 void CountFlags(std::span<const u8> row, SRegionStats& stats) {
-    u8 all = 0;
-    for (const u8 status : row) all |= status;
-    if (!all) {
-        stats.good += static_cast<u32>(row.size());
-        return;
+    constexpr std::size_t kStretch = 64;
+    for (std::size_t at = 0; at < row.size(); at += kStretch) {
+        const std::span<const u8> stretch = row.subspan(at, std::min(kStretch, row.size() - at));
+        const auto add = [&](u8 status, u32 pixels) {
+            if (!status) stats.good += pixels;
+            for (u32 left = status; left; left &= left - 1)
+                stats.flagged[static_cast<u32>(std::countr_zero(left))] += pixels;
+        };
+        u8 differs = 0;
+        for (const u8 status : stretch) differs |= static_cast<u8>(status ^ stretch[0]);
+        if (!differs) {
+            add(stretch[0], static_cast<u32>(stretch.size()));
+        } else {
+            for (const u8 status : stretch) add(status, 1);
+        }
     }
-    for (std::size_t bit = 0; bit < stats.flagged.size(); ++bit) {
-        u32 count = 0;
-        for (const u8 status : row) count += status >> bit & 1u;
-        stats.flagged[bit] += count;
-    }
-    for (const u8 status : row) stats.good += status == 0;
 }
 
 }  // namespace

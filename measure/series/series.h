@@ -50,8 +50,8 @@ class OVIX_MEASURE_API CSeries {
     CSeries(const CSeries&) = delete;
     CSeries& operator=(const CSeries&) = delete;
 
-    /// Calls `map(frame)` on worker threads, several at once, and `sink(result)` on the caller's thread with what came
-    /// of it, in the order of the frames.
+    /// Calls `map(frame)` on worker threads, several at once, and on the caller's thread, in the order of the frames,
+    /// `sink(result)` with what came of it, or `sink(result, frame)`, whose frame holds until the sink returns.
     template <class Map, class Sink>
     void Run(const Map& map, const Sink& sink) {
         using Result = std::decay_t<std::invoke_result_t<const Map&, const CFrame&>>;
@@ -61,7 +61,10 @@ class OVIX_MEASURE_API CSeries {
         });
         while (Advance()) {
             const std::unique_ptr<Result> result = std::move(results[CurrentSlot()]);
-            sink(std::move(*result));
+            if constexpr (std::is_invocable_v<const Sink&, Result, CFrame&>)
+                sink(std::move(*result), Current());
+            else
+                sink(std::move(*result));
         }
     }
 

@@ -50,8 +50,9 @@ bool CStatusTable::Knows(simd::SPlaceRange range, u32 count) {
     // NaN has come to place 0 when that lies below the lower limit: what stands between may be no entry.
     if (range.least < lower_) return false;
     const simd::SPlaceRange both{std::min(range.least, known_.least), std::max(range.greatest, known_.greatest)};
-    // Not where it takes longer to find out than the entries of the block.
-    if (u32{both.greatest} - both.least > 4 * count) return false;
+    // Not where it takes longer to find out than the entries of the pixels did that asked so far.
+    asked_ += count;
+    if (u32{both.greatest} - both.least > 4 * asked_) return false;
     known_ = both;
     FindRuns();
     return runs_.count != 0;

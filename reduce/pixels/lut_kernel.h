@@ -19,7 +19,8 @@ FLutIndexSpan LutIndexFunction(EDataType type);
 inline constexpr u32 kLutBlock = 2048;
 
 /// A table of status bytes. It holds few, long runs of one value: a pixel's entry is found sooner among these than in
-/// the table. What was found out of the table is kept, and grows with the places that blocks ask for.
+/// the table. What was found out of the table is kept, and grows with the places that blocks ask for, as far as the
+/// pixels that asked are worth it.
 class CStatusTable {
   public:
     CStatusTable(const u8* entries, u16 lower) : entries_(entries), lower_(lower) {}
@@ -33,6 +34,7 @@ class CStatusTable {
 
     const u8* entries_;
     u16 lower_;
+    u32 asked_ = 0;  ///< pixels that had to fetch their entries
     simd::SPlaceRange known_ = {65535, 0};
     simd::SStatusRuns runs_;
 };

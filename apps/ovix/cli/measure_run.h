@@ -22,8 +22,8 @@ class CMeasureRun {
     /// All are borrowed.
     CMeasureRun(const measure::CMeasurement& measurement, const CSourceArguments& arguments, bool merge);
 
-    /// `map(frame)` runs on several threads at once, `sink(result)` on the caller's, in the order of the frames. Throws
-    /// when not one frame would do.
+    /// `map(frame)` runs on several threads at once, `sink(result)` or `sink(result, frame)` on the caller's, in the
+    /// order of the frames. Throws when not one frame would do.
     template <class Map, class Sink>
     void Run(const Map& map, const Sink& sink) {
         measure::CSeries series(measurement_, Options("frame", true));

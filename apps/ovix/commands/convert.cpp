@@ -116,9 +116,9 @@ class CConvertCommand final : public ICommand {
             series.parameters = ParametersJson(measurement, frame);
             writer = MakeFrameWriter(output_, series, options_);
         };
-        const auto append = [&](const SEncoded& frame) {
-            range.Add(frame.range);
-            writer->Append(frame.picture, frame.encoded);
+        const auto append = [&](const SEncoded& encoded, const measure::CFrame& frame) {
+            range.Add(encoded.range);
+            writer->Append(PictureOf(frame), encoded.bytes);
         };
         if (source.IsNumbered()) {
             begin(run.First());
@@ -126,7 +126,7 @@ class CConvertCommand final : public ICommand {
         } else {
             run.ForEach([&](const measure::CFrame& frame) {
                 if (!writer) begin(frame);
-                append(Encode(*writer, frame));
+                append(Encode(*writer, frame), frame);
             });
         }
         writer->Finish();
@@ -143,29 +143,19 @@ class CConvertCommand final : public ICommand {
     /// Of a pipe nobody knows how many frames it brings: several.
     static constexpr u64 kFramesOfAPipe = 1'000'000;
 
-    /// A frame on its way from the thread that encoded it to the file. It borrows nothing of the pixels.
+    /// What goes with a frame from the thread that encoded it to the one that writes it.
     struct SEncoded {
-        SPicture picture;
-        std::vector<float> values;  ///< that the picture shows
-        std::vector<u8> status;
-        SEncodedFrame encoded;
+        SEncodedFrame bytes;
         CValueRange range;
     };
+    static SPicture PictureOf(const measure::CFrame& frame) {
+        return {.frame = frame.number,
+                .values = frame.values,
+                .status = frame.status,
+                .caption = frame.time ? TimeText(*frame.time) : ""};
+    }
     static SEncoded Encode(const IFrameWriter& writer, const measure::CFrame& frame) {
-        SEncoded result{.picture = {.frame = frame.number,
-                                    .values = frame.values,
-                                    .status = frame.status,
-                                    .caption = frame.time ? TimeText(*frame.time) : ""},
-                        .values = {},
-                        .status = {},
-                        .encoded = {},
-                        .range = CValueRange(frame)};
-        result.encoded = writer.Encode(result.picture);
-        result.values = frame.values;
-        result.status = frame.status;
-        result.picture.values = result.values;
-        result.picture.status = result.status;
-        return result;
+        return {writer.Encode(PictureOf(frame)), CValueRange(frame)};
     }
 
     void FindRange(CMeasureRun& run, const measure::CSource& source) {

@@ -14,13 +14,6 @@ namespace ovix::app {
 
 namespace {
 
-/// The figures of one frame, and what holds for all of the run, of which the first one is shown.
-struct SFrameRows {
-    std::vector<SStatsRow> rows;
-    EUnit unit;
-    Json parameters;
-};
-
 class CStatsCommand final : public ICommand {
   public:
     const char* Verb() const override { return "stats"; }
@@ -58,11 +51,11 @@ class CStatsCommand final : public ICommand {
             if (begun) printer->End({run.Skipped(), whole && run.Exit() != ExitSkipped, source.Findings()});
         };
         try {
-            run.Run([&](const measure::CFrame& frame) { return RowsOf(measurement, frame, regions); },
-                    [&](const SFrameRows& frame) {
-                        if (!begun) printer->Begin(Head(source, options.scale, frame, regions));
+            run.Run([&](const measure::CFrame& frame) { return RowsOf(frame, regions); },
+                    [&](const std::vector<SStatsRow>& rows, const measure::CFrame& frame) {
+                        if (!begun) printer->Begin(Head(measurement, frame, regions));
                         begun = true;
-                        for (const SStatsRow& row : frame.rows) printer->Row(row);
+                        for (const SStatsRow& row : rows) printer->Row(row);
                     });
         } catch (...) {
             end(false);
@@ -73,19 +66,19 @@ class CStatsCommand final : public ICommand {
     }
 
   private:
-    static SFrameRows RowsOf(const measure::CMeasurement& measurement, const measure::CFrame& frame,
-                             const std::vector<SRegion>& regions) {
-        SFrameRows result{.rows = {}, .unit = frame.unit, .parameters = ParametersJson(measurement, frame)};
+    static std::vector<SStatsRow> RowsOf(const measure::CFrame& frame, const std::vector<SRegion>& regions) {
+        std::vector<SStatsRow> rows;
         for (const SRegion& region : regions)
-            result.rows.push_back({.frame = frame.number, .region = region, .figures = frame.Statistics(region)});
-        return result;
+            rows.push_back({.frame = frame.number, .region = region, .figures = frame.Statistics(region)});
+        return rows;
     }
-    static SStatsHead Head(const measure::CSource& source, ETempType scale, const SFrameRows& frame,
+    /// What holds for all of the run, by its first frame.
+    static SStatsHead Head(const measure::CMeasurement& measurement, const measure::CFrame& frame,
                            const std::vector<SRegion>& regions) {
         SStatsHead head{.unit = frame.unit,
-                        .text = UnitText(frame.unit, scale),
-                        .parameters = frame.parameters,
-                        .lastFrame = source.Count().value_or(1) - 1};
+                        .text = UnitText(frame.unit, frame.scale),
+                        .parameters = ParametersJson(measurement, frame),
+                        .lastFrame = measurement.Source().Count().value_or(1) - 1};
         for (const SRegion& region : regions) head.longestName = std::max(head.longestName, TextWidth(region.name));
         return head;
     }

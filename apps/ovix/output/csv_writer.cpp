@@ -10,7 +10,9 @@
 namespace ovix::app {
 namespace {
 
-constexpr std::size_t kLongestText = 15;  ///< "-1.1754944e-38" and a comma ahead
+/// Of a value, with a comma ahead: ",-1.1754944e-38" and ",255".
+template <class T>
+constexpr std::size_t kLongestText = std::is_same_v<T, float> ? 15 : 4;
 
 /// The texts of values, each behind a comma. A frame has few different values, as many at most as its camera has
 /// counts: so a text that was made is kept and copied.
@@ -39,7 +41,7 @@ class TTexts {
     static constexpr std::size_t kPlaces = std::size_t{1} << kPlaceBits;
     struct SText {
         u32 bits = 0;
-        char bytes[kLongestText] = {};
+        char bytes[kLongestText<T>] = {};
         u8 size = 0;
     };
     std::vector<SText> kept_;
@@ -63,17 +65,18 @@ class TCsvFile {
         constexpr std::size_t kLongestStart = 40;
         const std::string start = fmt::format("{},", frame);
         TTexts<T> texts;
-        std::vector<u8> bytes(series.height * (kLongestStart + series.width * kLongestText));
-        char* const first = reinterpret_cast<char*>(bytes.data());
-        char* next = first;
+        std::vector<char> line(kLongestStart + series.width * kLongestText<T>);
+        std::vector<u8> bytes;
         for (unsigned y = 0; y < series.height; ++y) {
-            next = std::copy(start.begin(), start.end(), next);
+            char* next = std::copy(start.begin(), start.end(), line.data());
             next = std::to_chars(next, next + kLongestStart, y).ptr;
             for (const T value : plane.subspan(std::size_t{y} * series.width, series.width))
                 next = texts.Put(next, value);
             *next++ = '\n';
+            const auto size = static_cast<std::size_t>(next - line.data());
+            if (y == 0) bytes.reserve(size * (series.height + series.height / 8U));
+            bytes.insert(bytes.end(), line.data(), next);
         }
-        bytes.resize(static_cast<std::size_t>(next - first));
         return {std::move(bytes)};
     }
     void Append(std::span<const T>, const SEncodedFrame::Pieces& pieces, const Json&) {

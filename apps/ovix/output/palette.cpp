@@ -160,28 +160,49 @@ SColour ColourOfPixel(const SPalette& palette, float value, EPixelKind kind, SRa
     }
 }
 
-std::optional<SRange> Extremes(std::span<const float> values, std::span<const u8> status, u8 without) {
-    constexpr std::size_t kLanes = 32;
-    constexpr float kInfinity = std::numeric_limits<float>::infinity();
-    constexpr float kGreatest = std::numeric_limits<float>::max();
+namespace {
+
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+
+/// Of all values but NaN. Lanes that do not depend on each other, and no branch: the compiler makes vectors of it.
+SRange ExtremesOfAll(std::span<const float> values) {
+    constexpr std::size_t kLanes = 8;
     float low[kLanes], high[kLanes];
     std::fill(low, low + kLanes, kInfinity);
     std::fill(high, high + kLanes, -kInfinity);
-    // Lanes that do not depend on each other, and no branch: this is what the compiler makes vectors of.
-    const auto add = [&](const float* value, const u8* flags, std::size_t count) {
-        for (std::size_t i = 0; i < count; ++i) {
-            const bool counts = std::abs(value[i]) <= kGreatest && !(flags[i] & without);
-            const float below = counts ? value[i] : kInfinity, above = counts ? value[i] : -kInfinity;
-            low[i] = below < low[i] ? below : low[i];
-            high[i] = above > high[i] ? above : high[i];
-        }
+    const auto add = [&](std::size_t lane, float value) {
+        low[lane] = value < low[lane] ? value : low[lane];
+        high[lane] = value > high[lane] ? value : high[lane];
     };
-    static constexpr u8 kGood[kLanes] = {};
-    const auto flagsAt = [&](std::size_t i) { return status.empty() ? kGood : status.data() + i; };
     std::size_t i = 0;
-    for (; i + kLanes <= values.size(); i += kLanes) add(values.data() + i, flagsAt(i), kLanes);
-    add(values.data() + i, flagsAt(i), values.size() - i);
-    const SRange range{*std::min_element(low, low + kLanes), *std::max_element(high, high + kLanes)};
+    for (; i + kLanes <= values.size(); i += kLanes) {
+        for (std::size_t lane = 0; lane < kLanes; ++lane) add(lane, values[i + lane]);
+    }
+    for (; i < values.size(); ++i) add(0, values[i]);
+    return {*std::min_element(low, low + kLanes), *std::max_element(high, high + kLanes)};
+}
+
+}  // namespace
+
+std::optional<SRange> Extremes(std::span<const float> values, std::span<const u8> status, u8 without) {
+    constexpr std::size_t kStretch = 256;
+    SRange range{kInfinity, -kInfinity};
+    for (std::size_t at = 0; at < values.size(); at += kStretch) {
+        const std::span<const float> part = values.subspan(at, std::min(kStretch, values.size() - at));
+        const std::span<const u8> flags = status.empty() ? status : status.subspan(at, part.size());
+        u8 flagged = 0;
+        for (const u8 byte : flags) flagged |= byte;
+        SRange found = ExtremesOfAll(part);
+        // Most stretches end here: no pixel of them is to be left out.
+        if ((flagged & without) || found.low == -kInfinity || found.high == kInfinity) {
+            found = {kInfinity, -kInfinity};
+            for (std::size_t i = 0; i < part.size(); ++i) {
+                if (!std::isfinite(part[i]) || (!flags.empty() && flags[i] & without)) continue;
+                found = {std::min(found.low, part[i]), std::max(found.high, part[i])};
+            }
+        }
+        range = {std::min(range.low, found.low), std::max(range.high, found.high)};
+    }
     return range.low <= range.high ? std::optional(range) : std::nullopt;
 }
 
