@@ -44,20 +44,13 @@ function(ovix_public_headers result umbrella)
   set(${result} ${found} PARENT_SCOPE)
 endfunction()
 
-# A shared library with exactly the file name NAME.so and everything hidden that is not exported. Its umbrella header
-# FOLDER/FOLDER.h and what that needs are installed under their places in the tree.
-function(ovix_library target name)
-  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
-  cmake_path(GET CMAKE_CURRENT_SOURCE_DIR FILENAME folder)
-  ovix_public_headers(headers ${folder}/${folder}.h)
-  add_library(${target} SHARED ${sources})
-  target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${headers})
+# What all shared libraries are: everything hidden that is not exported, and `ovix::NAME` in the package.
+function(ovix_shared target name)
   set_target_properties(${target} PROPERTIES
-    PREFIX "" OUTPUT_NAME ${name} SUFFIX .so
     CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
     VERIFY_INTERFACE_HEADER_SETS ON
-    BUILD_RPATH $ORIGIN INSTALL_RPATH $ORIGIN)
-  target_compile_features(${target} PUBLIC cxx_std_20)
+    BUILD_RPATH $ORIGIN INSTALL_RPATH $ORIGIN
+    EXPORT_NAME ${name})
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:ovix_flags>)
   # What is deleted at process exit needs its code until then, also when a host has closed the library before.
   target_link_options(${target} PRIVATE -Wl,-z,nodelete)
@@ -66,4 +59,17 @@ function(ovix_library target name)
     target_link_options(${target} PRIVATE -Wl,--no-undefined -Wl,--version-script=${exports})
     set_target_properties(${target} PROPERTIES LINK_DEPENDS ${exports})
   endif()
+endfunction()
+
+# A library of C++ with exactly the file name NAME.so. Its umbrella header FOLDER/FOLDER.h and what that needs are
+# installed under their places in the tree.
+function(ovix_library target name)
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+  cmake_path(GET CMAKE_CURRENT_SOURCE_DIR FILENAME folder)
+  ovix_public_headers(headers ${folder}/${folder}.h)
+  add_library(${target} SHARED ${sources})
+  target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${headers})
+  ovix_shared(${target} ${folder})
+  set_target_properties(${target} PROPERTIES PREFIX "" OUTPUT_NAME ${name} SUFFIX .so)
+  target_compile_features(${target} PUBLIC cxx_std_20)
 endfunction()

@@ -41,6 +41,8 @@ class CInputFile final : public IBytes {
     explicit CInputFile(const std::filesystem::path& path);
     /// A descriptor that stays the caller's.
     CInputFile(int descriptor, std::string name);
+    /// None at all, for frames that lie in memory.
+    CInputFile(std::nullptr_t, std::string name) : name_(std::move(name)) {}
 
     const std::string& Name() const override { return name_; }
     /// Of a regular file when it was opened; 0 of others.

@@ -41,6 +41,24 @@ SFrameFormat FormatAsked(const SOpenOptions& options, const std::string& file) {
     return FindFormat(options.pixelType, options.width, options.height);
 }
 
+/// The caller has the frames: there is nothing to be read.
+class CPushedSource final : public CSource::IBody {
+  public:
+    CPushedSource(std::string name, SFrameFormat format)
+        : IBody(std::make_shared<CInputFile>(nullptr, std::move(name)),
+                format.filter.empty() ? ESource::Counts : ESource::Dump, format) {
+        SetObjects({});
+    }
+
+    bool IsNumbered() const override { return false; }
+    std::optional<u64> Count() const override { return {}; }
+    u64 FrameSize() const override { return 0; }
+    void Read(u64, SRawFrame&) const override {
+        throw CError({.id = EError::NotNumbered, .file = File().Name(), .problem = "its frames are the caller's"});
+    }
+    bool Next(SRawFrame&, const std::stop_token&) override { return false; }
+};
+
 CSource OpenStream(std::shared_ptr<const CInputFile> file, const SOpenOptions& options) {
     const std::string name = file->Name();
     CFeed feed(file, file->IsRegular() ? std::optional(options.patience) : std::nullopt);
@@ -66,6 +84,13 @@ CSource Open(const std::filesystem::path& path, const SOpenOptions& options) {
 
 CSource OpenDescriptor(int descriptor, std::string name, const SOpenOptions& options) {
     return OpenFile(std::make_shared<CInputFile>(descriptor, std::move(name)), options);
+}
+
+CSource PushedFrames(std::string name, const SOpenOptions& options) {
+    if (options.pixelType.empty() || options.pixelType == "auto")
+        throw CError({.id = EError::WrongArgument, .file = name, .problem = "frames in memory need a pixel type"});
+    SFrameFormat format = FormatAsked(options, name);
+    return CSource(std::make_shared<CPushedSource>(std::move(name), std::move(format)));
 }
 
 }  // namespace ovix::measure

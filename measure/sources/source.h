@@ -106,5 +106,9 @@ class OVIX_MEASURE_API CSource {
 OVIX_MEASURE_API CSource Open(const std::filesystem::path& path, const SOpenOptions& options = {});
 /// The same for a descriptor that can be read, a pipe or a socket; it stays the caller's.
 OVIX_MEASURE_API CSource OpenDescriptor(int descriptor, std::string name, const SOpenOptions& options);
+/// A source of frames that the caller has in memory and hands to `CMeasurement::Measure` or `CFrameReader::Read`, as a
+/// camera delivers them. Nothing can be read from it: it has no numbers, and `Next` ends at once. Of the options, pixel
+/// type and size count. Throws `CError` (WrongArgument, NoDecoder).
+OVIX_MEASURE_API CSource PushedFrames(std::string name, const SOpenOptions& options);
 
 }  // namespace ovix::measure
