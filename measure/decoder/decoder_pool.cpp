@@ -16,7 +16,7 @@ std::string HelperPath() {
     if (!::dladdr(&kAnchor, &library) || !library.dli_fname)
         throw CError({.id = EError::HelperMissing, .problem = "cannot find the place of the measuring library"});
     std::error_code ignored;
-    return std::filesystem::absolute(library.dli_fname, ignored).parent_path() / "ovix" / "ovix-decode";
+    return std::filesystem::absolute(library.dli_fname, ignored).parent_path() / "ovix-decode";
 }
 
 CDecoderPool::~CDecoderPool() = default;

@@ -4,7 +4,7 @@
 
 namespace ovix::measure {
 
-/// The program that decodes compressed frames: `ovix/ovix-decode` beside `ovix.measure.so`, where it is installed and
+/// The program that decodes compressed frames: `ovix-decode` beside `ovix.measure.so`, where it is installed and
 /// in the build tree.
 std::string HelperPath();
 
