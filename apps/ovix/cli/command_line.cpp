@@ -58,9 +58,13 @@ class CGrammar {
         return arguments;
     }
 
-    EExit Run(Arguments arguments) {
+    void Parse(Arguments arguments) {
         std::reverse(arguments.begin(), arguments.end());
         app_.parse(std::move(arguments));
+    }
+
+    EExit Run(Arguments arguments) {
+        Parse(std::move(arguments));
         for (std::size_t i = 0; i < verbs_.size(); ++i) {
             if (verbs_[i]->parsed()) return commands_[i]->Run();
         }
@@ -75,6 +79,8 @@ class CGrammar {
         for (std::size_t at = 0; (at = help.find("\n\n\n")) != std::string::npos;) help.erase(at, 1);
         return help;
     }
+
+    const CLI::App& Tree() const { return app_; }
 
     /// What the parser found wrong, in the tool's words.
     CFault Fault(const CLI::ParseError& error) const {
@@ -196,5 +202,18 @@ EExit RunCommandLine(const std::vector<std::string>& arguments) {
         throw grammar.Fault(error);
     }
 }
+
+std::function<void(const std::vector<std::string>&)> MakeCommandLineParser() {
+    return [grammar = std::make_shared<CGrammar>()](const std::vector<std::string>& arguments) {
+        try {
+            grammar->Parse(grammar->InOrder(arguments));
+        } catch (const CLI::Success&) {
+        } catch (const CLI::ParseError& error) {
+            throw grammar->Fault(error);
+        }
+    };
+}
+
+void WithCommandTree(const std::function<void(const CLI::App&)>& use) { use(CGrammar().Tree()); }
 
 }  // namespace ovix::app

@@ -53,7 +53,7 @@ class CConvertCommand final : public ICommand {
     const char* Brief() const override { return "pixels to a unit, as pictures or files of numbers"; }
     const char* Examples() const override {
         return "ovix convert dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 -o out.png\n"
-               "ovix convert dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 --frames 0-99 --unit temperature "
+               "ovix convert dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 --frames 0-9 --unit temperature "
                "--scale K --emissivity 0.95 --reflected-temp 20C -o run.npy\n"
                "ovix convert run.krt --merge-presets -o merged.png";
     }

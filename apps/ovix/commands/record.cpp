@@ -55,7 +55,7 @@ class CRecordCommand final : public ICommand {
         return "ovix record dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 -o run.krt\n"
                "ovix record dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 --emissivity 0.95 --correction nuc "
                "-o run.krt\n"
-               "ovix record run.krt --frames 100-199 -o part-of-run.krt";
+               "ovix record run.krt --frames 10-19 -o part-of-run.krt";
     }
     void AddOptions(CLI::App& verb) override {
         source_.Add(verb);

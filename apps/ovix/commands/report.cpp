@@ -44,7 +44,7 @@ class CReportCommand final : public ICommand {
     const char* Brief() const override { return "frames as one page for any browser, to move in and to hand on"; }
     const char* Examples() const override {
         return "ovix report run.krt -o run.html\n"
-               "ovix report run.krt --frames 0-999x10 --scale F --roi "
+               "ovix report run.krt --frames 0-19x2 --scale F --roi "
                "bearing=385,212,78,78 -o run.html\n"
                "ovix report run.krt --max-size 5M -o run.html";
     }

@@ -20,7 +20,7 @@ class CStatsCommand final : public ICommand {
     const char* Brief() const override { return "figures of frames and regions"; }
     const char* Examples() const override {
         return "ovix stats dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 --roi bearing=400,200,60,60\n"
-               "ovix stats dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 --frames 0-999x10 --scale F --csv";
+               "ovix stats dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 --frames 0-19x2 --scale F --csv";
     }
     void AddOptions(CLI::App& verb) override {
         source_.Add(verb);
