@@ -15,6 +15,7 @@
 #include "measure/frame/region.h"
 #include "measure/recordings/blocks.h"
 #include "measure/recordings/recording.h"
+#include "measure/series/in_order.h"
 #include "measure/series/series.h"
 #include "measure/sources/frame_format.h"
 #include "measure/sources/frame_numbers.h"

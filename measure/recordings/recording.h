@@ -17,6 +17,13 @@ struct SWriteOptions {
     std::optional<CSource> input = {};  ///< an output that is this very file is refused, whatever its names are
 };
 
+/// A frame as it goes into a recording.
+struct SReadyFrame {
+    std::vector<u8> bytes = {};
+    u32 preset = 0;  ///< for which it counts
+    u32 sum = 0;     ///< CRC-32 of the bytes, where sums are wanted
+};
+
 /// Writes a recording frame by frame, to FILE.part, which becomes FILE when it is finished. A process that is killed
 /// leaves a part that `RepairRecording` makes a recording of, with all frames that were added. One thread at a time.
 class OVIX_MEASURE_API CRecordingWriter {
@@ -29,9 +36,12 @@ class OVIX_MEASURE_API CRecordingWriter {
     CRecordingWriter(CRecordingWriter&&) noexcept;
     ~CRecordingWriter();
 
-    /// Appends a frame as the camera delivered it. One that the decoder does not store or would not take again throws
-    /// `CError`, and nothing of it is written.
-    void Add(std::span<const u8> frame);
+    /// Makes a frame ready as the camera delivered it. One that the decoder does not store or would not take again
+    /// throws `CError`. Any number of threads at a time, also while another one adds.
+    SReadyFrame Prepare(std::span<const u8> frame) const;
+    /// Appends what this writer made ready.
+    void Add(const SReadyFrame& frame);
+    void Add(std::span<const u8> frame) { Add(Prepare(frame)); }
     /// Puts the frame counts into the metadata, makes all of it last, and gives the file its name.
     void Finish();
     u64 Count() const;
@@ -55,13 +65,15 @@ OVIX_MEASURE_API void GatherMetadata(const CSource& source, std::span<const SRaw
                                      reduce::CReduceObjectArray& objects);
 
 /// Holds everything in a recording that can be told in two ways against itself, all of its frames included. Findings
-/// come in the order of the file but for the counts, which come last; answers whether none of them is damage.
+/// come in the order of the file but for the counts, which come last, on the caller's thread; answers whether none of
+/// them is damage. `threads` look at frames; 0: as many as the machine runs at once.
 OVIX_MEASURE_API bool CheckRecording(const std::filesystem::path& path,
-                                     const std::function<void(const SFinding&)>& report);
+                                     const std::function<void(const SFinding&)>& report, unsigned threads = 0);
 
 /// Makes the side file of sums for a recording that has none: a CRC-32 of each frame, against which every source holds
 /// the frames that it reads from then on. Throws `CError` for a recording that is not sound.
-OVIX_MEASURE_API void MakeChecksums(const std::filesystem::path& recording, bool overwrite = false);
+OVIX_MEASURE_API void MakeChecksums(const std::filesystem::path& recording, bool overwrite = false,
+                                    unsigned threads = 0);
 
 /// What became of a recording that was brought back.
 struct SRepaired {

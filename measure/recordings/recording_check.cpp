@@ -1,7 +1,9 @@
+#include <variant>
+
 #include "measure/recordings/metadata_check.h"
 #include "measure/recordings/recording.h"
 #include "measure/recordings/stored_frames.h"
-#include "measure/sources/input_file.h"
+#include "measure/series/in_order.h"
 #include "measure/text.h"
 
 namespace ovix::measure {
@@ -14,12 +16,18 @@ class CFramesCheck {
   public:
     CFramesCheck(const CRecordingFile& file, const Report& report) : file_(file), report_(report) {}
 
-    void Run(const std::filesystem::path& path) {
+    void Run(unsigned threads) {
         const auto source = LoadSourceInfo(file_);
         CStoredFrames frames(file_, source && source->fixedPreset, report_);
-        if (auto sums = FindSums(path, frames.Count())) frames.SetSums(std::move(*sums));
+        if (auto sums = SumsBeside(file_, frames.Count(), report_)) frames.SetSums(std::move(*sums));
         bool all = true;
-        for (u64 i = 0; i < frames.Count(); ++i) all = Check(frames, i) && all;
+        InOrder(
+            ThreadsOf(threads), Numbers(frames.Count()), [&](u64 number) { return Check(frames, number); },
+            [&](const std::variant<CStoredFrames::SRead, SFinding>& checked) {
+                if (const auto* finding = std::get_if<SFinding>(&checked)) report_(*finding);
+                if (const auto* frame = std::get_if<CStoredFrames::SRead>(&checked)) frames.Tally(*frame);
+                all = all && checked.index() == 0;
+            });
         frames.ReportCut(report_);
         if (!frames.Count())
             report_({.id = EFinding::NoFrames,
@@ -31,33 +39,20 @@ class CFramesCheck {
     }
 
   private:
-    std::optional<SFrameSums> FindSums(const std::filesystem::path& path, u64 count) {
-        const std::filesystem::path beside = SumsPath(path);
-        if (!IdentityOf(beside)) return {};
-        auto sums = LoadSums(beside);
-        if (sums && sums->BelongTo(file_) && sums->sums.size() == count) return sums;
-        report_({.id = EFinding::SumsMissing,
-                 .weight = EWeight::Damage,
-                 .what = beside.filename().string(),
-                 .expected = Say("the sums of the ", count, " frames of this recording"),
-                 .found = sums ? Say(sums->sums.size(), " of another") : "a damaged file"});
-        return {};
-    }
-    bool Check(CStoredFrames& frames, u64 number) {
+    /// The frame without its bytes, or what is wrong with it.
+    static std::variant<CStoredFrames::SRead, SFinding> Check(const CStoredFrames& frames, u64 number) {
         try {
-            frames.Read(number);
-            return true;
+            return CStoredFrames::SRead{.bytes = {}, .preset = frames.Read(number).preset};
         } catch (const CError& error) {
             const SErrorFacts& facts = error.Facts();
             if (facts.systemError || facts.id == EError::FileChanged) throw;
-            report_({.id = facts.id == EError::SumDiffers ? EFinding::SumDiffers : EFinding::FrameDamaged,
-                     .weight = EWeight::Damage,
-                     .frame = number,
-                     .offset = frames.OffsetOf(number) + facts.offset.value_or(0),
-                     .what = facts.problem,
-                     .expected = facts.expected,
-                     .found = facts.found});
-            return false;
+            return SFinding{.id = facts.id == EError::SumDiffers ? EFinding::SumDiffers : EFinding::FrameDamaged,
+                            .weight = EWeight::Damage,
+                            .frame = number,
+                            .offset = frames.OffsetOf(number) + facts.offset.value_or(0),
+                            .what = facts.problem,
+                            .expected = facts.expected,
+                            .found = facts.found};
         }
     }
     void CheckCounts(const u32* counts) {
@@ -96,7 +91,8 @@ class CFramesCheck {
 
 }  // namespace
 
-bool CheckRecording(const std::filesystem::path& path, const std::function<void(const SFinding&)>& report) {
+bool CheckRecording(const std::filesystem::path& path, const std::function<void(const SFinding&)>& report,
+                    unsigned threads) {
     const CRecordingFile file = OpenRecording(path);
     bool good = true;
     const Report look = [&](const SFinding& finding) {
@@ -104,11 +100,11 @@ bool CheckRecording(const std::filesystem::path& path, const std::function<void(
         report(finding);
     };
     CheckMetadata(file, look);
-    if (file.HasPixels()) CFramesCheck(file, look).Run(path);
+    if (file.HasPixels()) CFramesCheck(file, look).Run(threads);
     return good;
 }
 
-void MakeChecksums(const std::filesystem::path& recording, bool overwrite) {
+void MakeChecksums(const std::filesystem::path& recording, bool overwrite, unsigned threads) {
     const CRecordingFile file = OpenRecording(recording);
     bool good = true;
     const Report look = [&](const SFinding& finding) { good = good && finding.weight != EWeight::Damage; };
@@ -119,13 +115,15 @@ void MakeChecksums(const std::filesystem::path& recording, bool overwrite) {
     CStoredFrames frames(file, true, look);
     SFrameSums sums{
         .frameSize = file.Pixels().frameSize, .metadataCrc = file.Bytes().CrcOf(0, file.FramesAt()), .sums = {}};
-    for (u64 i = 0; i < frames.Count(); ++i) {
+    const auto sumOf = [&](u64 number) {
         try {
-            sums.sums.Add(CrcOf(frames.Read(i).first(file.Pixels().frameSize)));
+            const CStoredFrames::SRead frame = frames.Read(number);
+            return CrcOf(std::span(frame.bytes).first(sums.frameSize));
         } catch (const CError& error) {
-            throw error.Of(file.Name(), i);
+            throw error.Of(file.Name(), number);
         }
-    }
+    };
+    InOrder(ThreadsOf(threads), Numbers(frames.Count()), sumOf, [&](u32 sum) { sums.sums.Add(sum); });
     SaveSums(SumsPath(recording), sums, overwrite);
 }
 

@@ -139,7 +139,7 @@ class CRepair {
     void ChooseFrames(CStoredFrames& frames) {
         for (u64 i = 0; i < frames.Count(); ++i) {
             const auto taken = Take(frames, i);
-            if (const auto* error = std::get_if<1>(&taken)) {
+            if (const auto* error = std::get_if<CError>(&taken)) {
                 const SErrorFacts& facts = error->Facts();
                 ++result_.leftOut;
                 say_({.id = EFinding::FrameDamaged,
@@ -150,6 +150,7 @@ class CRepair {
                       .expected = facts.expected,
                       .found = facts.found});
             } else {
+                frames.Tally(std::get<CStoredFrames::SRead>(taken));
                 ++result_.frames;
             }
         }
@@ -162,7 +163,7 @@ class CRepair {
     }
 
     /// The frame, or what keeps it out of the new file. Failures of the system are thrown.
-    static std::variant<std::span<const u8>, CError> Take(CStoredFrames& frames, u64 number) {
+    static std::variant<CStoredFrames::SRead, CError> Take(const CStoredFrames& frames, u64 number) {
         try {
             return frames.Read(number);
         } catch (const CError& error) {
@@ -176,10 +177,10 @@ class CRepair {
         const u32 size = NewPixels().frameSize;
         for (u64 i = 0; i < frames.Count(); ++i) {
             const auto taken = Take(frames, i);
-            const auto* frame = std::get_if<0>(&taken);
+            const auto* frame = std::get_if<CStoredFrames::SRead>(&taken);
             if (!frame) continue;
-            output_.Write(*frame);
-            sums_.Add(CrcOf(frame->first(size)));
+            output_.Write(frame->bytes);
+            sums_.Add(CrcOf(std::span(frame->bytes).first(size)));
             ++done;
         }
         if (done != result_.frames)

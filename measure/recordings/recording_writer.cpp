@@ -36,12 +36,12 @@ const std::filesystem::path& NotTheInput(const std::filesystem::path& path, cons
 }  // namespace
 
 struct CRecordingWriter::SBody {
-    SBody(const std::filesystem::path& path, reduce::CReduceObjectArray& objects, const SFrameFormat& format,
-          u32 frameSize, const SWriteOptions& asked)
+    SBody(const std::filesystem::path& path, reduce::CReduceObjectArray& objects, const SFrameFormat& of, u32 size,
+          const SWriteOptions& asked)
         : options(asked),
-          probe(format),
+          format(of),
           counts(RequireInfo(objects)->fixedPreset),
-          stored(frameSize),
+          frameSize(size),
           output(NotTheInput(path, asked), asked.overwrite,
                  asked.keepPart ? COutputFile::EPart::Kept : COutputFile::EPart::Named),
           library(output),
@@ -62,19 +62,24 @@ struct CRecordingWriter::SBody {
                           .problem = Say("cannot write ", what)});
     }
 
-    void Store(std::span<const u8> frame) {
-        const SFrameFormat& format = probe.Format();
-        if (frame.size() > stored.size())
+    /// With a decoder of its own, since some remember: each frame counts for what it says itself.
+    SReadyFrame Prepare(std::span<const u8> frame) const {
+        if (frame.size() > frameSize)
             throw CError({.id = EError::FrameRefused,
-                          .expected = Say("at most ", stored.size(), " bytes, as all frames of the recording"),
+                          .expected = Say("at most ", frameSize, " bytes, as all frames of the recording"),
                           .found = Say(frame.size())});
+        const auto filter = reduce::filterFactory()->Create(CString(format.filter.c_str()));
         if (!filter) throw CError({.id = EError::NoDecoder, .problem = "only frames of a decoder can be recorded"});
-        std::fill(stored.begin() + static_cast<std::ptrdiff_t>(frame.size()), stored.end(), u8{0});
+        const CFrameProbe probe(format);
         if (const auto fault = probe.FaultOf(frame)) throw CError(*fault);
+        SReadyFrame ready{.bytes = std::vector<u8>(frameSize)};
         if (!filter->StoreFrame(frame.data(), static_cast<u32>(frame.size()), format.pixelType, format.width,
-                                format.height, 1, 0, stored.data(), static_cast<u32>(stored.size())))
+                                format.height, 1, 0, ready.bytes.data(), frameSize))
             throw CError({.id = EError::FrameRefused, .problem = "the decoder does not store the frame"});
-        if (const auto fault = probe.FaultOf(stored)) throw CError(*fault);
+        if (const auto fault = probe.FaultOf(ready.bytes)) throw CError(*fault);
+        ready.preset = CFrameCounts::PresetOf(probe, ready.bytes);
+        if (options.checksums) ready.sum = CrcOf(ready.bytes);
+        return ready;
     }
 
     /// Calls `use(block, record)` for the stored source info.
@@ -119,10 +124,9 @@ struct CRecordingWriter::SBody {
     }
 
     SWriteOptions options;
-    CFrameProbe probe;
-    TSharedPtr<reduce::IFilter> filter = reduce::filterFactory()->Create(CString(probe.Format().filter.c_str()));
+    SFrameFormat format;
     CFrameCounts counts;
-    std::vector<u8> stored;
+    u32 frameSize;
     COutputFile output;
     COutputAsFile library;
     TSharedPtr<IFile> file;
@@ -139,17 +143,16 @@ CRecordingWriter::CRecordingWriter(const std::filesystem::path& path, reduce::CR
 CRecordingWriter::CRecordingWriter(CRecordingWriter&&) noexcept = default;
 CRecordingWriter::~CRecordingWriter() = default;
 
-void CRecordingWriter::Add(std::span<const u8> frame) {
+SReadyFrame CRecordingWriter::Prepare(std::span<const u8> frame) const { return body_->Prepare(frame); }
+
+void CRecordingWriter::Add(const SReadyFrame& frame) {
     SBody& body = *body_;
-    body.Store(frame);
-    CFrameCounts counts = body.counts;
-    counts.Add(body.probe, body.stored);
     body.broken = true;
-    body.output.WriteAt(body.framesAt + body.count * body.stored.size(), body.stored);
+    body.output.WriteAt(body.framesAt + body.count * body.frameSize, frame.bytes);
     body.broken = false;
-    body.counts = counts;
+    body.counts.Add(frame.preset);
     ++body.count;
-    if (body.options.checksums) body.sums.Add(CrcOf(body.stored));
+    if (body.options.checksums) body.sums.Add(frame.sum);
 }
 
 void CRecordingWriter::Finish() {
@@ -163,7 +166,7 @@ void CRecordingWriter::Finish() {
     body.RequireFinished();
     const u32 metadataCrc = body.options.checksums ? body.MetadataCrc() : 0;
     body.output.Commit();
-    SFrameSums sums{static_cast<u32>(body.stored.size()), metadataCrc, std::move(body.sums)};
+    SFrameSums sums{body.frameSize, metadataCrc, std::move(body.sums)};
     PutSums(body.output.Target(), body.options.checksums ? &sums : nullptr);
 }
 

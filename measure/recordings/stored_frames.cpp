@@ -20,12 +20,12 @@ SFrameFormat FormatIn(const CRecordingFile& file) {
 
 }  // namespace
 
-void CFrameCounts::Add(const CFrameProbe& probe, std::span<const u8> frame) {
+u32 CFrameCounts::PresetOf(const CFrameProbe& probe, std::span<const u8> frame) {
     const std::optional<u32> preset = probe.Preset(frame);
     if (!preset) throw CError({.id = EError::FrameRefused, .problem = "the decoder does not find the frame's preset"});
     if (*preset >= kPresets)
         throw CError({.id = EError::PresetOutOfRange, .expected = "a preset from 0 to 7", .found = Say(*preset)});
-    ++counts_[fixedPreset_ ? 0 : *preset];
+    return *preset;
 }
 
 CStoredFrames::CStoredFrames(const CRecordingFile& file, bool fixedPreset, const Report& report)
@@ -36,14 +36,15 @@ CStoredFrames::CStoredFrames(const CRecordingFile& file, bool fixedPreset, const
     layout_.FindTears(probe_, report);
 }
 
-std::span<const u8> CStoredFrames::Read(u64 frame) {
-    bytes_.resize(file_.FrameStep());
-    file_.Bytes().ReadAllAt(OffsetOf(frame), bytes_);
-    const std::span<const u8> pixels(bytes_.data(), file_.Pixels().frameSize);
-    if (const auto fault = probe_.FaultOf(pixels)) throw CError(*fault);
-    if (sums_) RequireSum(*sums_, frame, pixels);
-    counts_.Add(probe_, pixels);
-    return bytes_;
+CStoredFrames::SRead CStoredFrames::Read(u64 frame) const {
+    SRead read{.bytes = std::vector<u8>(file_.FrameStep())};
+    file_.Bytes().ReadAllAt(OffsetOf(frame), read.bytes);
+    const std::span<const u8> pixels(read.bytes.data(), file_.Pixels().frameSize);
+    const CFrameProbe probe(probe_.Format());  // one of one's own: it is no two threads'
+    if (const auto fault = probe.FaultOf(pixels)) throw CError(*fault);
+    if (sums_) sums_->Require(frame, pixels);
+    read.preset = CFrameCounts::PresetOf(probe, pixels);
+    return read;
 }
 
 }  // namespace ovix::measure

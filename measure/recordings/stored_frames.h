@@ -13,8 +13,10 @@ class CFrameCounts {
     /// With `fixedPreset` all frames count as of preset 0, whatever they say.
     explicit CFrameCounts(bool fixedPreset) : fixedPreset_(fixedPreset) {}
 
-    /// Counts a frame that passed its family's check. Throws `CError` for one whose preset no recording can have.
-    void Add(const CFrameProbe& probe, std::span<const u8> frame);
+    /// The preset for which a frame counts that passed its family's check. Throws `CError` for one whose preset no
+    /// recording can have.
+    static u32 PresetOf(const CFrameProbe& probe, std::span<const u8> frame);
+    void Add(u32 preset) { ++counts_[fixedPreset_ ? 0 : preset]; }
     /// Of `kPresets` presets.
     const u32* Data() const { return counts_; }
 
@@ -35,20 +37,26 @@ class CStoredFrames {
     u64 Count() const { return layout_.Count(); }
     u64 OffsetOf(u64 frame) const { return layout_.Find(frame).value_or(SExtent{}).offset; }
     void ReportCut(const Report& report) const { layout_.ReportCut(report); }
-    /// The bytes of a frame up to the next one, which hold until the next is read. Throws `CError`, its offset within
-    /// the frame, for one that would not do; that is not counted.
-    std::span<const u8> Read(u64 frame);
+    struct SRead {
+        std::vector<u8> bytes;  ///< up to the next frame
+        u32 preset = 0;         ///< for which it counts
+    };
+    /// Throws `CError`, its offset within the frame, for one that would not do. Any number of threads.
+    SRead Read(u64 frame) const;
+    void Tally(const SRead& frame) { counts_.Add(frame.preset); }
     const CFrameCounts& Counts() const { return counts_; }
     /// Holds the frames that are read from now on against these.
-    void SetSums(SFrameSums sums) { sums_ = std::move(sums); }
+    void SetSums(CSumCheck sums) {
+        sums_ = std::move(sums);
+        sums_->Locate(file_.Bytes(), layout_);
+    }
 
   private:
     const CRecordingFile& file_;
     CFrameProbe probe_;
     CEqualFrames layout_;
     CFrameCounts counts_;
-    std::optional<SFrameSums> sums_;
-    std::vector<u8> bytes_;
+    std::optional<CSumCheck> sums_;
 };
 
 }  // namespace ovix::measure

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "measure/series/in_order.h"
 #include "measure/series/series_engine.h"
 
 namespace ovix::measure {
@@ -12,8 +13,6 @@ namespace ovix::measure {
 namespace {
 
 constexpr u8 kNoData = 32;  ///< of a pixel's status
-
-unsigned ThreadsOf(unsigned wanted) { return wanted ? wanted : std::max(1u, std::thread::hardware_concurrency()); }
 
 }  // namespace
 

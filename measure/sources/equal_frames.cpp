@@ -81,6 +81,12 @@ std::optional<SExtent> CEqualFrames::Find(u64 frame) const {
     return SExtent{stretch.offset + (frame - stretch.first) * step_, size_};
 }
 
+std::vector<u64> CEqualFrames::FirstsBehindTears() const {
+    std::vector<u64> firsts;
+    for (std::size_t i = 1; i < stretches_.size(); ++i) firsts.push_back(stretches_[i].first);
+    return firsts;
+}
+
 void CEqualFrames::ReportCut(const Report& report) const {
     if (!CutBytes()) return;
     report({.id = EFinding::FrameCut,

@@ -13,23 +13,28 @@ constexpr std::size_t kPiece = std::size_t{1} << 20;
 }  // namespace
 
 bool CFeed::Fill(u64 wanted) {
-    while (Window().size() < wanted && !ended_) {
-        if (start_ > bytes_.size() / 2) {
-            bytes_.erase(bytes_.begin(), bytes_.begin() + static_cast<std::ptrdiff_t>(start_));
-            start_ = 0;
-        }
-        // By pieces, so that memory follows what comes and not what somebody says will come.
-        const std::size_t room = std::min<u64>(wanted - Window().size(), kPiece);
-        const std::size_t had = bytes_.size();
-        bytes_.resize(had + room);
-        const std::size_t read = ReadSome(std::span(bytes_).subspan(had));
-        bytes_.resize(had + read);
-        if (!read && stop_.stop_requested())
-            throw CError(
-                {.id = EError::Interrupted, .file = file_->Name(), .problem = "the waiting was ended on request"});
-        ended_ = read == 0;
-    }
+    // By pieces, so that memory follows what comes and not what somebody says will come.
+    while (Window().size() < wanted && !ended_) Take(std::min<u64>(wanted - Window().size(), kPiece));
     return Window().size() >= wanted;
+}
+
+bool CFeed::TakeWhatIsThere() {
+    if (!ended_) Take(kPiece);
+    return !ended_;
+}
+
+void CFeed::Take(std::size_t most) {
+    if (start_ > bytes_.size() / 2) {
+        bytes_.erase(bytes_.begin(), bytes_.begin() + static_cast<std::ptrdiff_t>(start_));
+        start_ = 0;
+    }
+    const std::size_t had = bytes_.size();
+    bytes_.resize(had + most);
+    const std::size_t read = ReadSome(std::span(bytes_).subspan(had));
+    bytes_.resize(had + read);
+    if (!read && stop_.stop_requested())
+        throw CError({.id = EError::Interrupted, .file = file_->Name(), .problem = "the waiting was ended on request"});
+    ended_ = read == 0;
 }
 
 void CFeed::Drop(u64 count) {

@@ -9,7 +9,7 @@
 namespace ovix::measure {
 
 /// Bytes that come one after the other, from a pipe or from a file that grows, through a window that holds no more than
-/// was asked for. One thread at a time.
+/// was asked for, once the first frame was found. One thread at a time.
 class CFeed {
   public:
     /// `patience` is how long a file that grows may stand still before it counts as ended; nothing for a pipe, which
@@ -23,6 +23,10 @@ class CFeed {
     bool Fill(u64 wanted);
     /// Waits for a byte more than the window has.
     bool FillMore() { return Fill(Window().size() + 1); }
+    /// Waits for more and takes all of it that is there, up to a mebibyte; false at the end.
+    bool TakeWhatIsThere();
+    /// Whether more is there already.
+    bool HasMore() const { return !ended_ && file_->AwaitNext(std::chrono::milliseconds(0)); }
     std::span<const u8> Window() const { return std::span(bytes_).subspan(start_); }
     /// Gives up bytes at the front of the window.
     void Drop(u64 count);
@@ -34,6 +38,7 @@ class CFeed {
     std::shared_ptr<const CInputFile> Shared() const { return file_; }
 
   private:
+    void Take(std::size_t most);
     std::size_t ReadSome(std::span<u8> bytes);
 
     std::shared_ptr<const CInputFile> file_;

@@ -44,6 +44,8 @@ class CEqualFrames final : public IFrameLayout {
     u64 CutBytes() const { return (end_ - stretches_.back().offset) % step_; }
 
     void ReportCut(const Report& report) const;
+    /// The number of the first frame behind each torn place.
+    std::vector<u64> FirstsBehindTears() const;
 
     u64 Count() const override { return stretches_.back().first + (end_ - stretches_.back().offset) / step_; }
     std::optional<SExtent> Find(u64 frame) const override;

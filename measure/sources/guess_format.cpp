@@ -92,12 +92,9 @@ void TryType(const IBytes& bytes, const SFrameFormat& type, std::vector<SGuess>&
     }
 }
 
-}  // namespace
-
-std::vector<SGuess> GuessFormat(const std::filesystem::path& path) {
-    const CInputFile file(path);
+std::vector<SGuess> GuessOf(const IBytes& bytes) {
     std::vector<SGuess> guesses;
-    if (!file.Size()) return guesses;
+    if (!bytes.Size()) return guesses;
     TArray<SPixelType> types;
     GetPixelTypes(types);
     for (const SPixelType& type : types) {
@@ -105,11 +102,19 @@ std::vector<SGuess> GuessFormat(const std::filesystem::path& path) {
         const SFrameFormat format = FormatOf(type.id, 0, 0);
         reduce::SFrameForm form;
         if (reduce::GetFrameForm(CString(format.filter.c_str()), type.id, form) && form.HasPixels())
-            TryType(file, format, guesses);
+            TryType(bytes, format, guesses);
     }
     std::stable_sort(guesses.begin(), guesses.end(),
                      [](const SGuess& a, const SGuess& b) { return a.Weight() > b.Weight(); });
     return guesses;
+}
+
+}  // namespace
+
+std::vector<SGuess> GuessFormat(const std::filesystem::path& path) { return GuessOf(CInputFile(path)); }
+
+std::vector<SGuess> GuessFormat(std::span<const u8> start) {
+    return GuessOf(CBytesInMemory("", {start.begin(), start.end()}));
 }
 
 }  // namespace ovix::measure

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -28,5 +29,7 @@ struct SGuess {
 /// registered type is tried with the sizes that detectors and screens commonly have and with those that the frames
 /// name; one of which any bytes would pass is left out. Throws `CError` for a file that cannot be read.
 OVIX_MEASURE_API std::vector<SGuess> GuessFormat(const std::filesystem::path& path);
+/// The same for bytes with which a stream begins; a last frame of them that is not whole yet says nothing.
+OVIX_MEASURE_API std::vector<SGuess> GuessFormat(std::span<const u8> start);
 
 }  // namespace ovix::measure

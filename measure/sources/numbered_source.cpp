@@ -34,7 +34,8 @@ void CNumberedSource::LookAtRecording(const CRecordingFile& file, const SOpenOpt
     frames->ReportCut(report);
     CheckTotal(file, objects, frames->Count(), report);
     CheckEnds(file.Bytes(), *frames, probe, report);
-    FindSums(file, frames->Count());
+    sums_ = SumsBeside(file, frames->Count(), report);
+    if (sums_) sums_->Locate(file.Bytes(), *frames);
     layout_ = std::move(frames);
     SetObjects(objects);
     constexpr u64 kMostTried = 16;
@@ -44,21 +45,6 @@ void CNumberedSource::LookAtRecording(const CRecordingFile& file, const SOpenOpt
         if (!place) return {};
         return File().Get(place->offset, place->size);
     });
-}
-
-void CNumberedSource::FindSums(const CRecordingFile& file, u64 count) {
-    const std::filesystem::path beside = SumsPath(file.Name());
-    if (!IdentityOf(beside)) return;
-    auto sums = LoadSums(beside);
-    if (sums && sums->BelongTo(file) && sums->sums.size() >= count) {
-        sums_ = std::move(sums);
-    } else {
-        Add({.id = EFinding::SumsMissing,
-             .weight = EWeight::Damage,
-             .what = beside.filename().string(),
-             .expected = Say("the sums of the ", count, " frames of this recording"),
-             .found = sums ? Say(sums->sums.size(), " of another") : "a damaged file"});
-    }
 }
 
 std::shared_ptr<CNumberedSource> CNumberedSource::OfDump(std::shared_ptr<const CInputFile> file, SFrameFormat format,
@@ -96,23 +82,8 @@ void CNumberedSource::Read(u64 number, SRawFrame& frame) const {
                       .problem = "the file became shorter while it was read",
                       .expected = Say(place->size, " bytes"),
                       .found = Say("the end of the file after ", read)});
-    if (sums_) HoldAgainstSum(frame);
+    if (sums_) HoldAgainstSum(*sums_, frame);
     if (IsBigEndian(Format())) SwapBytes(frame.bytes);
-}
-
-void CNumberedSource::HoldAgainstSum(const SRawFrame& frame) const {
-    try {
-        RequireSum(*sums_, frame.number, frame.bytes);
-    } catch (const CError& error) {
-        Add({.id = EFinding::SumDiffers,
-             .weight = EWeight::Damage,
-             .frame = frame.number,
-             .offset = frame.offset,
-             .what = error.Facts().problem,
-             .expected = error.Facts().expected,
-             .found = error.Facts().found});
-        throw error.Of(File().Name(), frame.number);
-    }
 }
 
 bool CNumberedSource::Next(SRawFrame&, const std::stop_token&) {

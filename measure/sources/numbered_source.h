@@ -28,11 +28,9 @@ class CNumberedSource final : public CSource::IBody {
 
   private:
     void LookAtRecording(const CRecordingFile& file, const SOpenOptions& options);
-    void FindSums(const CRecordingFile& file, u64 count);
-    void HoldAgainstSum(const SRawFrame& frame) const;
 
     std::unique_ptr<IFrameLayout> layout_;
-    std::optional<SFrameSums> sums_;
+    std::optional<CSumCheck> sums_;
 };
 
 }  // namespace ovix::measure

@@ -10,16 +10,38 @@ namespace ovix::measure {
 
 namespace {
 
+CError Ambiguous(const std::string& file, std::size_t guesses) {
+    return CError({.id = EError::UnknownFormat,
+                   .file = file,
+                   .expected = "bytes that speak for just one pixel type and size",
+                   .found = Say(guesses, " that they may be"),
+                   .advice = "say pixel type and size"});
+}
+
 /// What the bytes speak for, if that is just one thing.
 SFrameFormat FormatGuessed(const std::string& file) {
     const std::vector<SGuess> guesses = GuessFormat(file);
     const auto full = [](const SGuess& guess) { return guess.Full(); };
     if (std::count_if(guesses.begin(), guesses.end(), full) == 1) return guesses.front().format;
-    throw CError({.id = EError::UnknownFormat,
-                  .file = file,
-                  .expected = "bytes that speak for just one pixel type and size",
-                  .found = Say(guesses.size(), " that they may be"),
-                  .advice = "say pixel type and size"});
+    throw Ambiguous(file, guesses.size());
+}
+
+/// The same for what a stream begins with, as soon as it says so: a live one may bring no more for a while.
+SFrameFormat FormatPeeked(CFeed& feed) {
+    constexpr std::size_t kMostPeeked = std::size_t{64} << 20;
+    std::size_t looked = 0;
+    for (bool more = true;;) {
+        more = more && feed.TakeWhatIsThere() && feed.Window().size() < kMostPeeked;
+        const std::size_t seen = feed.Window().size();
+        if (more && seen < looked + looked / 2 && feed.HasMore()) continue;  // a look at all types takes its time
+        looked = seen;
+        const std::vector<SGuess> guesses = GuessFormat(feed.Window());
+        const auto speaks = [](const SGuess& guess) { return guess.mark && guess.sizeInHeader; };
+        const auto found = std::find_if(guesses.begin(), guesses.end(), speaks);
+        const auto count = std::count_if(guesses.begin(), guesses.end(), speaks);
+        if (count == 1) return found->format;
+        if (count > 1 || !more) throw Ambiguous(feed.File().Name(), guesses.size());
+    }
 }
 
 /// Plain counts have no decoder; their name says in which order the bytes are.
@@ -64,7 +86,7 @@ CSource OpenStream(std::shared_ptr<const CInputFile> file, const SOpenOptions& o
     CFeed feed(file, file->IsRegular() ? std::optional(options.patience) : std::nullopt);
     feed.Fill(CRecordingFile::MagicBytes);
     if (CRecordingFile::Recognises(feed.Window())) return CSource(CStreamSource::OfRecording(std::move(feed), options));
-    SFrameFormat format = FormatAsked(options, name);
+    SFrameFormat format = options.pixelType == "auto" ? FormatPeeked(feed) : FormatAsked(options, name);
     return CSource(CStreamSource::OfDump(std::move(feed), std::move(format), options));
 }
 

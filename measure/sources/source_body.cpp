@@ -4,7 +4,7 @@
 #include <typeinfo>
 #include <utility>
 
-#include "measure/sources/frame_probe.h"
+#include "measure/recordings/frame_sums.h"
 
 namespace ovix::measure {
 
@@ -97,6 +97,21 @@ void CSource::IBody::Add(SFinding finding) const {
         }
     } while (!findings_.compare_exchange_weak(added->before, added.get()));
     static_cast<void>(added.release());
+}
+
+void CSource::IBody::HoldAgainstSum(const CSumCheck& sums, const SRawFrame& frame) const {
+    try {
+        sums.Require(frame.number, frame.bytes);
+    } catch (const CError& error) {
+        Add({.id = EFinding::SumDiffers,
+             .weight = EWeight::Damage,
+             .frame = frame.number,
+             .offset = frame.offset,
+             .what = error.Facts().problem,
+             .expected = error.Facts().expected,
+             .found = error.Facts().found});
+        throw error.Of(File().Name(), frame.number);
+    }
 }
 
 bool IsBigEndian(const SFrameFormat& format) { return format.filter.empty() && format.pixelTypeName == "counts-be"; }

@@ -8,6 +8,8 @@
 
 namespace ovix::measure {
 
+class CSumCheck;
+
 /// What copies of a source share. Everything but the findings is settled when it is made; all members but `Next` may be
 /// called by any number of threads at once.
 class CSource::IBody {
@@ -41,6 +43,8 @@ class CSource::IBody {
     /// for all frames. The first frame that will do decides; `next` reads them one by one, and is
     /// not asked where the source tells no scene.
     void FindOverruled(const std::function<std::optional<std::vector<u8>>()>& next);
+    /// Throws `CError` (SumDiffers) for a frame that is not what it was, and adds the finding.
+    void HoldAgainstSum(const CSumCheck& sums, const SRawFrame& frame) const;
 
   private:
     std::shared_ptr<const CInputFile> file_;

@@ -49,6 +49,8 @@ std::shared_ptr<CStreamSource> CStreamSource::OfRecording(CFeed feed, const SOpe
     source->size_ = file.Pixels().frameSize;
     source->tail_ = file.FrameStep() - source->size_;
     source->counted_ = CountedFrames(objects);
+    if (source->File().IsRegular())
+        source->sums_ = SumsBeside(file, 0, [&](SFinding finding) { source->Add(std::move(finding)); });
     const u64 framesAt = file.FramesAt();
     const u64 step = file.FrameStep();
     CFeed& from = source->feed_;
@@ -172,6 +174,10 @@ bool CStreamSource::Next(SRawFrame& frame, const std::stop_token& stop) {
     frame.offset = feed_.Offset();
     frame.bytes.assign(feed_.Window().begin(), feed_.Window().begin() + static_cast<std::ptrdiff_t>(size));
     feed_.Drop(size);
+    if (sums_) {
+        if (unlocated_ && sums_->Locate(*unlocated_, frame.number, frame.bytes)) unlocated_.reset();
+        HoldAgainstSum(*sums_, frame);
+    }
     if (IsBigEndian(Format())) SwapBytes(frame.bytes);
     return true;
 }
@@ -204,6 +210,7 @@ void CStreamSource::PassOver() {
     } while (!found && feed_.Fill(ownLength_ ? 104 : size_ + 1));
     if (!found) feed_.Drop(feed_.Window().size());
     torn_ = true;
+    unlocated_ = number_;
     const u64 passed = feed_.Offset() - start;
     Add({.id = EFinding::BytesPassedOver,
          .weight = EWeight::Damage,

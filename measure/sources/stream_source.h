@@ -1,6 +1,6 @@
 #pragma once
 
-#include "measure/recordings/recording_file.h"
+#include "measure/recordings/frame_sums.h"
 #include "measure/sources/feed.h"
 #include "measure/sources/frame_layout.h"
 #include "measure/sources/source_body.h"
@@ -50,7 +50,9 @@ class CStreamSource final : public CSource::IBody {
     u64 smallest_ = 0;  ///< of which the decoder reads so many
     u64 tail_ = 0;
     u64 number_ = 0;
-    std::optional<u64> counted_ = {};  ///< frames that a recording says it has; 0 when it was not finished
+    std::optional<CSumCheck> sums_ = {};  ///< of a recording that somebody else still writes there are none
+    std::optional<u64> unlocated_ = {};   ///< first frame behind a torn place whose sum is yet to be found
+    std::optional<u64> counted_ = {};     ///< frames that a recording says it has; 0 when it was not finished
 };
 
 }  // namespace ovix::measure

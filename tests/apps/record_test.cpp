@@ -187,5 +187,30 @@ TEST(Record, PartsAreKeptOnlyWhenAskedAndNeverReplaced) {
     EXPECT_EQ(RowsOf(folder, {"run.krt"}).size(), 2u);
 }
 
+TEST(Record, APipeThatIsEndedLeavesAPartForRepair) {
+    const CToolFolder folder;
+    Synthesise(folder, 3);
+    const std::string dump = test::ReadText(folder.Path("dump.raw"));
+    ASSERT_EQ(::mkfifo(folder.Path("pipe").c_str(), 0600), 0);
+    Arguments record = Arguments{"record", "-o", "run.krt"} + Dump();
+    record[3] = "-";
+    for (const int signal : {SIGKILL, SIGTERM}) {
+        const pid_t child = folder.Start(record, "/dev/null", "/dev/null", RLIM_INFINITY, folder.Path("pipe").string());
+        const int pipe = ::open(folder.Path("pipe").c_str(), O_WRONLY);
+        ASSERT_EQ(::write(pipe, dump.data(), dump.size()), static_cast<ssize_t>(dump.size()));
+        std::error_code none;
+        for (int i = 0; i < 1000 && !(std::filesystem::file_size(folder.Path("run.krt.part"), none) + 1 > dump.size());
+             ++i)
+            ::usleep(10'000);
+        ::kill(child, signal);
+        ::waitpid(child, nullptr, 0);
+        ::close(pipe);
+        folder.Do({"repair", "run.krt.part", "-o", "run.krt", "--overwrite"});
+        EXPECT_EQ(RowsOf(folder, {"run.krt"}), RowsOf(folder, Dump())) << signal;
+        std::filesystem::remove(folder.Path("run.krt.part"));
+        std::filesystem::remove(folder.Path("run.krt"));
+    }
+}
+
 }  // namespace
 }  // namespace ovix::app

@@ -157,6 +157,42 @@ TEST(Recording, AFrameThatIsNotWhatItWasIsRefusedWhereSumsStandBesideIt) {
     EXPECT_EQ(NamesIn(folder), std::vector<std::string>{"run.krt"});
 }
 
+TEST(Recording, FramesBehindATornPlaceAreHeldAgainstTheirOwnSums) {
+    const CSourceFolder folder;
+    Write(folder.At("run.krt"), 8, {.checksums = true});
+    Bytes bytes = CSourceFolder::Get(folder.At("run.krt"));
+    const auto frame = [&](i64 number) { return bytes.end() - (8 - number) * i64{kFrame}; };
+    frame(3)[7] ^= 1;  // a pixel of the first one behind
+    bytes.erase(frame(2) + 50, frame(2) + 150);
+    folder.Put("run.krt", bytes);
+
+    std::vector<Bytes> expected;
+    for (const int number : {0, 1, 4, 5, 6, 7}) expected.push_back(NumberedFrame(static_cast<u16>(number)));
+    std::vector<Bytes> good[2];
+    std::vector<EError> bad[2];
+    const CSource numbered = Open(folder.At("run.krt"));
+    const CSource followed = Open(folder.At("run.krt"), {.follow = true, .patience = std::chrono::milliseconds(20)});
+    SRawFrame raw;
+    const auto take = [&](int way, const auto& read) {
+        try {
+            if (!read()) return false;
+            good[way].push_back(raw.bytes);
+        } catch (const CError& error) {
+            bad[way].push_back(error.Id());
+        }
+        return true;
+    };
+    for (u64 i = 0; i < numbered.Count(); ++i) take(0, [&] { return numbered.Read(i, raw), true; });
+    while (take(1, [&] { return followed.Next(raw); })) {
+    }
+    for (const auto& frames : good) EXPECT_EQ(frames, expected);
+    EXPECT_EQ(bad[0], std::vector<EError>{EError::SumDiffers});
+    EXPECT_EQ(bad[1], (std::vector<EError>{EError::FrameRefused, EError::SumDiffers}));
+    u64 differ = 0;
+    for (const SFinding& finding : FindingsOf(folder.At("run.krt"))) differ += finding.id == EFinding::SumDiffers;
+    EXPECT_EQ(differ, 1u);
+}
+
 TEST(Recording, DamageOfAnyByteIsToldOrChangesNothing) {
     const CSourceFolder folder;
     Write(folder.At("run.krt"), 3, {.checksums = true});

@@ -203,6 +203,38 @@ TEST(Series, TakesTheFramesOfAPipeAsTheyCome) {
     }
 }
 
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // these keep freed memory
+TEST(Series, AHundredThousandFramesOfAPipeLeaveMemoryFlat) {
+    constexpr u64 kFrames = 100'000;
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    std::jthread writer([&] {
+        const Bytes frames = test::Frames(100);
+        for (u64 i = 0; i < kFrames / 100; ++i) {
+            for (std::size_t at = 0; at < frames.size();)
+                at += static_cast<std::size_t>(::write(ends[1], &frames[at], frames.size() - at));
+        }
+        ::close(ends[1]);
+    });
+    const auto resident = [] {
+        std::ifstream facts("/proc/self/statm");
+        u64 all = 0, pages = 0;
+        facts >> all >> pages;
+        return pages * static_cast<u64>(::sysconf(_SC_PAGESIZE));
+    };
+    const CMeasurement measurement(OpenDescriptor(ends[0], "pipe", AsDump()), {.quantity = EQuantity::Counts});
+    CSeries series(measurement, {.threads = 2});
+    u64 early = 0, seen = 0;
+    for (const CFrame& frame : series) {
+        EXPECT_EQ(frame.number, seen);
+        if (++seen == 1000) early = resident();
+    }
+    EXPECT_EQ(seen, kFrames);
+    EXPECT_LT(resident(), early + (u64{2} << 20));  // where the frames came to 270 MB
+    ::close(ends[0]);
+}
+#endif
+
 TEST(Series, GoesOnOnBothSidesOfAFork) {
     const CTurningDump dump(Turning(60));
     const CMeasurement measurement(dump.Source(), {});

@@ -136,6 +136,30 @@ TEST(StreamSource, TheFirstFrameIsThereBeforeTheSecond) {
     EXPECT_EQ(FactsOf([&] { source.Read(0, frame); }).id, EError::NotNumbered);
 }
 
+TEST(StreamSource, TheFirstFrameSpeaksForItsTypeAndSize) {
+    const Bytes frame = CompressedFrame(EncodeJpegLs(Ramp(80 * 60, 14), 80, 60), {});
+    CPipe pipe({});
+    pipe.held_ = true;
+    pipe.Write(frame);
+    const CSource source = OpenDescriptor(pipe.Reader(), "pipe", {.pixelType = "auto"});
+    EXPECT_EQ(source.Format().pixelTypeName, kStream);
+    EXPECT_EQ(source.Format().width, 80);
+    SRawFrame first;
+    ASSERT_TRUE(source.Next(first));
+    EXPECT_EQ(first.bytes, frame);
+    // Frames that several types share, and bytes that no type takes.
+    SK410Container container;
+    container.record.width = 80;
+    Bytes shared = PlainFrame(Ramp(80 * 60), container);
+    Patch(shared, 2u * 80 * 60 + container.recordOffset + 4, 60, 2);
+    const auto idOf = [](const Bytes& bytes) {
+        const CPipe other(bytes);
+        return FactsOf([&] { OpenDescriptor(other.Reader(), "pipe", {.pixelType = "auto"}); }).id;
+    };
+    EXPECT_EQ(idOf(shared), EError::UnknownFormat);
+    EXPECT_EQ(idOf(Bytes(9000, 'x')), EError::UnknownFormat);
+}
+
 TEST(StreamSource, FollowsARecordingUntilItIsFinished) {
     const CSourceFolder folder;
     reduce::CReduceObjectArray objects;

@@ -39,14 +39,6 @@ class CMeasureRun {
         series.Run(map, sink);
         End(false);
     }
-    /// `sink(frame)` on the caller's thread, in the order of the frames.
-    template <class Sink>
-    void ForEach(const Sink& sink) {
-        measure::CSeries series(measurement_, Options("frame", true));
-        series_ = &series;
-        for (const measure::CFrame& frame : series) sink(frame);
-        End(true);
-    }
 
     /// The first of the chosen frames that will do, of a source with numbers: what holds for all of them shows in it.
     /// Throws its error where the run would stop at an earlier one.

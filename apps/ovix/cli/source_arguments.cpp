@@ -126,13 +126,7 @@ EOnFault CSourceArguments::OnError() const {
     return ParseChoice<EOnFault>("--on-error", onError_, {{"stop", EOnFault::Stop}, {"skip", EOnFault::Skip}});
 }
 
-unsigned CSourceArguments::Jobs() const {
-    if (jobs_.empty()) return 0;
-    const auto jobs = ParseNumber<unsigned>(jobs_);
-    if (!jobs || !*jobs || *jobs > 1024)
-        throw UsageFault("--jobs: expected a number from 1 to 1024, found \"" + jobs_ + "\"");
-    return *jobs;
-}
+unsigned CSourceArguments::Jobs() const { return ParseJobs(jobs_); }
 
 EExit CSourceArguments::Exit(const CSource& source, u64 skipped) {
     return skipped || source.Worst() == EWeight::Damage ? ExitSkipped : ExitDone;

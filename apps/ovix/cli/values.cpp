@@ -125,6 +125,14 @@ float ParseWithin(const std::string& option, const std::string& text, float low,
     return *value;
 }
 
+unsigned ParseJobs(const std::string& text) {
+    if (text.empty()) return 0;
+    const auto jobs = ParseNumber<unsigned>(text);
+    if (!jobs || !*jobs || *jobs > 1024)
+        throw UsageFault("--jobs: expected a number from 1 to 1024, found \"" + text + "\"");
+    return *jobs;
+}
+
 std::vector<SRegion> ParseRegions(const std::vector<std::string>& texts, u16 width, u16 height) {
     std::vector<SRegion> regions;
     for (const std::string& text : texts) {

@@ -42,6 +42,9 @@ float ParseTemperature(const std::string& option, const std::string& text);
 /// A number within limits, both included.
 float ParseWithin(const std::string& option, const std::string& text, float low, float high);
 
+/// The value of `--jobs`, from 1 to 1024; 0 where nothing is said.
+unsigned ParseJobs(const std::string& text);
+
 /// "x,y,w,h" or "name=x,y,w,h", each inside the image and with a name of its own: "roi1", "roi2" and so on when none is
 /// given.
 std::vector<SRegion> ParseRegions(const std::vector<std::string>& texts, u16 width, u16 height);

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <cmath>
 #include <filesystem>
+#include <mutex>
 
 #include "apps/ovix/cli/choice.h"
 #include "apps/ovix/cli/console.h"
@@ -120,15 +121,14 @@ class CConvertCommand final : public ICommand {
             range.Add(encoded.range);
             writer->Append(PictureOf(frame), encoded.bytes);
         };
-        if (source.IsNumbered()) {
-            begin(run.First());
-            run.Run([&](const measure::CFrame& frame) { return Encode(*writer, frame); }, append);
-        } else {
-            run.ForEach([&](const measure::CFrame& frame) {
-                if (!writer) begin(frame);
-                append(Encode(*writer, frame), frame);
-            });
-        }
+        // What holds for all frames shows in the first one, which of a pipe is there only when it comes.
+        std::once_flag begun;
+        if (source.IsNumbered()) std::call_once(begun, [&] { begin(run.First()); });
+        const auto encode = [&](const measure::CFrame& frame) {
+            std::call_once(begun, begin, frame);
+            return Encode(*writer, frame);
+        };
+        run.Run(encode, append);
         writer->Finish();
         Report(run, source, *measurement.Unit(), series, range);
         return run.Exit();

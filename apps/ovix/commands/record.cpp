@@ -24,8 +24,8 @@ class CFrameWalk {
         if (source.IsNumbered() && !frames_) frames_ = measure::CFrameNumbers::All(*source.Count());
     }
     /// False at the end. Throws the error of a frame, behind which it goes on.
-    bool Next(measure::SRawFrame& raw) {
-        if (!source_.IsNumbered()) return NextInOrder(raw);
+    bool Next(measure::SRawFrame& raw, const std::stop_token& stop = {}) {
+        if (!source_.IsNumbered()) return NextInOrder(raw, stop);
         if (at_ == frames_->Count()) return false;
         source_.Read((*frames_)[at_++], raw);
         return true;
@@ -33,9 +33,9 @@ class CFrameWalk {
     u64 Total() const { return source_.IsNumbered() ? frames_->Count() : 0; }
 
   private:
-    bool NextInOrder(measure::SRawFrame& raw) {
+    bool NextInOrder(measure::SRawFrame& raw, const std::stop_token& stop) {
         while (!frames_ || at_ < frames_->Count()) {
-            if (!source_.Next(raw)) return false;
+            if (!source_.Next(raw, stop)) return false;
             if (!frames_) return true;
             if (raw.number == (*frames_)[at_]) return ++at_, true;
         }
@@ -69,7 +69,7 @@ class CRecordCommand final : public ICommand {
             ->group(group);
         verb.add_flag("--keep-part", how_.keepPart,
                       "leave what was written as FILE.part where the recording does not come to its end, for \"ovix "
-                      "repair\"")
+                      "repair\" (frames of a pipe always: nobody has them again)")
             ->group(group);
         verb.add_flag("--overwrite", how_.overwrite, "replace a file that exists")->group(group);
         verb.add_flag("--json", json_, "say what was done as JSON")->group(group);
@@ -82,18 +82,18 @@ class CRecordCommand final : public ICommand {
         told.userCalibration = told_.UserCalibration();
         const measure::CSource source = source_.Open();
         how_.input = source;
+        how_.keepPart = how_.keepPart || !source.IsNumbered();
         const u32 frameSize = FrameSize(source);
 
         CFrameWalk walk(source, source_.Frames(source));
-        measure::SRawFrame raw;
         reduce::CReduceObjectArray objects;
-        const bool pending = Gather(source, walk, raw, objects);
+        auto first = Gather(source, walk, objects);
         measure::AddToSource(objects, told, source.Format());
 
         measure::CRecordingWriter writer(output_, objects, source.Format(), frameSize, how_);
         std::optional<CRemovedOnInterrupt> removed;
         if (!how_.keepPart) removed.emplace(writer.Part());
-        WriteAll(source, walk, raw, pending, writer);
+        WriteAll(source, walk, std::move(first), writer);
         if (!done_) throw CAppError(ExitBadData, fmt::format("not one of {} frames would do", skipped_));
         writer.Finish();
         Report(source, frameSize, writer.Bytes());
@@ -101,53 +101,75 @@ class CRecordCommand final : public ICommand {
     }
 
   private:
-    /// What the recording says before its first frame; of a pipe the first frame is taken for it, and true the answer.
-    bool Gather(const measure::CSource& source, CFrameWalk& walk, measure::SRawFrame& raw,
-                reduce::CReduceObjectArray& objects) {
+    /// A frame on its way, or why there is none.
+    struct SStep {
+        measure::SRawFrame raw = {};
+        measure::SReadyFrame ready = {};
+        std::optional<measure::CError> fault = {};
+    };
+
+    /// What the recording says before its first frame; of a pipe the first frame is taken for it, and answered.
+    std::optional<SStep> Gather(const measure::CSource& source, CFrameWalk& walk, reduce::CReduceObjectArray& objects) {
         if (source.IsNumbered()) {
             const auto frames = source_.Frames(source);
             measure::GatherMetadata(source, frames ? *frames : measure::CFrameNumbers::All(*source.Count()), objects);
-            return false;
+            return {};
         }
-        if (!Try([&] { return walk.Next(raw); })) return false;
-        measure::GatherMetadata(source, std::span(&raw, 1), objects);
-        return true;
-    }
-
-    /// What the step answers; a frame that would not do is skipped where that is wanted.
-    template <class Step>
-    bool Try(const Step& step) {
-        for (;;) {
-            try {
-                return step();
-            } catch (const measure::CError& error) {
-                const bool ofFrame = error.Facts().frame && FaultOf(error).Exit() == ExitBadData;
-                if (!ofFrame || source_.OnError() == measure::EOnFault::Stop) throw;
-                ++skipped_;
-                Say(std::string(FaultOf(error).what()) + " (skipped)");
+        for (auto step = Read(walk, {}); step; step = Read(walk, {})) {
+            if (step->fault) {
+                Skip(*step->fault);
+                continue;
             }
+            measure::GatherMetadata(source, std::span(&step->raw, 1), objects);
+            return step;
         }
+        return {};
     }
 
-    void WriteAll(const measure::CSource& source, CFrameWalk& walk, measure::SRawFrame& raw, bool pending,
+    /// Nothing at the end.
+    static std::optional<SStep> Read(CFrameWalk& walk, const std::stop_token& stop) {
+        SStep step;
+        try {
+            if (!walk.Next(step.raw, stop)) return {};
+        } catch (const measure::CError& error) {
+            step.fault = error;
+        }
+        return step;
+    }
+
+    /// Says a frame that would not do, where it is to be skipped; else, and for what is no frame's fault, throws.
+    void Skip(const measure::CError& error) {
+        const CFault fault = FaultOf(error);
+        const bool ofFrame = error.Facts().frame && fault.Exit() == ExitBadData;
+        if (!ofFrame || source_.OnError() == measure::EOnFault::Stop) throw measure::CError(error);
+        ++skipped_;
+        Say(std::string(fault.what()) + " (skipped)");
+    }
+
+    /// Frames are read one after the other, made ready side by side, and written in order.
+    void WriteAll(const measure::CSource& source, CFrameWalk& walk, std::optional<SStep> first,
                   measure::CRecordingWriter& writer) {
         CProgress progress("frame", walk.Total());
         std::size_t said = source.Findings().size();
-        for (bool more = true; more;) {
-            progress.Show(done_);
-            more = Try([&] {
-                if (!std::exchange(pending, false) && !walk.Next(raw)) return false;
-                try {
-                    writer.Add(raw.bytes);
-                } catch (const measure::CError& error) {
-                    if (FaultOf(error).Exit() != ExitBadData) throw;  // no frame's fault
-                    throw error.Of(source.Name(), raw.number);
-                }
-                ++done_;
-                return true;
-            });
+        const auto next = [&](const std::stop_token& stop) {
+            return first ? std::exchange(first, std::nullopt) : Read(walk, stop);
+        };
+        const auto prepare = [&](SStep step) {
+            if (step.fault) return step;
+            try {
+                step.ready = writer.Prepare(step.raw.bytes);
+            } catch (const measure::CError& error) {
+                step.fault = FaultOf(error).Exit() == ExitBadData ? error.Of(source.Name(), step.raw.number) : error;
+            }
+            return step;
+        };
+        measure::InOrder(measure::ThreadsOf(source_.Jobs()), next, prepare, [&](const SStep& step) {
             source_.SayNew(source, said);
-        }
+            if (step.fault) return Skip(*step.fault);
+            writer.Add(step.ready);
+            progress.Show(++done_);
+        });
+        source_.SayNew(source, said);
     }
 
     /// Of frames that differ the largest is looked for, ahead of all else.

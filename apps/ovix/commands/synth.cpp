@@ -2,14 +2,12 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <thread>
 
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/suggestion.h"
 #include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/fault.h"
-#include "apps/ovix/in_order.h"
 #include "apps/ovix/output/frame_writer.h"
 #include "apps/ovix/output/library_file.h"
 #include "apps/ovix/output/output_file.h"
@@ -161,6 +159,7 @@ class CSynthCommand final : public ICommand {
     }
 
     struct SMade {
+        u64 number;
         std::vector<float> kelvin;
         std::vector<u8> frame;
         SEncodedFrame truth;
@@ -170,20 +169,20 @@ class CSynthCommand final : public ICommand {
                            IFrameWriter* truth) {
         const CScene scene(options.width, options.height);
         const std::vector<u8> good(std::size_t{options.width} * options.height);
-        const auto picture = [&](u64 number, const std::vector<float>& kelvin) {
-            return SPicture{.frame = number, .values = kelvin, .status = good, .caption = {}};
+        const auto picture = [&](const SMade& made) {
+            return SPicture{.frame = made.number, .values = made.kelvin, .status = good, .caption = {}};
         };
         const auto make = [&](u64 number) {
-            SMade made{scene.Render(number), {}, {}};
+            SMade made{number, scene.Render(number), {}, {}};
             made.frame = camera.Frame(number, made.kelvin);
-            if (truth) made.truth = truth->Encode(picture(number, made.kelvin));
+            if (truth) made.truth = truth->Encode(picture(made));
             return made;
         };
         CProgress progress("frame", count);
-        MakeInOrder(count, std::max(1u, std::thread::hardware_concurrency()), make, [&](u64 number, const SMade& made) {
-            progress.Show(number);
+        measure::InOrder(measure::ThreadsOf(0), measure::Numbers(count), make, [&](const SMade& made) {
+            progress.Show(made.number);
             dump.Write(made.frame.data(), made.frame.size());
-            if (truth) truth->Append(picture(number, made.kelvin), made.truth);
+            if (truth) truth->Append(picture(made), made.truth);
         });
         return dump.Size();
     }

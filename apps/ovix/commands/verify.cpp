@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "apps/ovix/cli/console.h"
+#include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/fault.h"
@@ -26,20 +27,24 @@ class CVerifyCommand final : public ICommand {
                       "of a sound recording: write a CRC of each frame to FILE.crc, against which every verb holds the "
                       "frames that it reads from then on");
         verb.add_flag("--overwrite", overwrite_, "replace a file of sums that exists");
+        verb.add_option("--jobs", jobs_, "frames in work at once (else as many as the machine has processors)")
+            ->type_name("N");
         verb.add_flag("--json", json_, "one JSON document");
     }
     EExit Run() override {
         if (overwrite_ && !makeChecksums_) throw UsageFault("--overwrite goes with --make-checksums");
+        const unsigned jobs = ParseJobs(jobs_);
         u64 counts[3] = {};
         std::vector<measure::SFinding> listed;
-        const bool good = measure::CheckRecording(file_, [&](const measure::SFinding& finding) {
+        const auto look = [&](const measure::SFinding& finding) {
             ++counts[static_cast<std::size_t>(finding.weight)];
             if (!json_)
                 Print(FindingLine(file_, finding) + '\n');
             else if (listed.size() < kMostListed)
                 listed.push_back(finding);
-        });
-        if (good && makeChecksums_) measure::MakeChecksums(file_, overwrite_);
+        };
+        const bool good = measure::CheckRecording(file_, look, jobs);
+        if (good && makeChecksums_) measure::MakeChecksums(file_, overwrite_, jobs);
         Report(good, counts, listed);
         return good ? ExitDone : ExitBadData;
     }
@@ -77,6 +82,7 @@ class CVerifyCommand final : public ICommand {
     }
 
     std::string file_;
+    std::string jobs_;
     bool makeChecksums_ = false;
     bool overwrite_ = false;
     bool json_ = false;
