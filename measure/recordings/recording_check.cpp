@@ -1,9 +1,9 @@
 #include <variant>
 
+#include "measure/in_order.h"
 #include "measure/recordings/metadata_check.h"
 #include "measure/recordings/recording.h"
 #include "measure/recordings/stored_frames.h"
-#include "measure/series/in_order.h"
 #include "measure/text.h"
 
 namespace ovix::measure {

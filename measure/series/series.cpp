@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "measure/series/in_order.h"
+#include "measure/in_order.h"
 #include "measure/series/series_engine.h"
 
 namespace ovix::measure {

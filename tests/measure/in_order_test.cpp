@@ -1,4 +1,4 @@
-#include "measure/series/in_order.h"
+#include "measure/in_order.h"
 
 #include <gtest/gtest.h>
 
