@@ -123,7 +123,7 @@ TEST_F(ConvertContext, ConvertsInAllForms) {
     // Without a converter pixels are moved, and maps are not looked at.
     ASSERT_TRUE(context.SetUnit(Counts, Celsius));
     ASSERT_TRUE(Update({true}));
-    test::SFormsImage().Check(convert, {counts.begin(), counts.end()}, false);
+    test::CheckForms(convert, {counts.begin(), counts.end()}, false);
     float value = 0;
     EXPECT_FALSE(context.GetCalibratedRange(value, out[0], 255));
     EXPECT_TRUE(context.Convert(5.5f, value, status[0], 255));
@@ -140,7 +140,7 @@ TEST_F(ConvertContext, ConvertsInAllForms) {
     ASSERT_TRUE(Update({true}));
     std::vector<float> kelvin(65536);
     ASSERT_TRUE(context.Convert({counts.data(), UInt16}, {kelvin.data(), Flt32}, nullptr, 65536));
-    test::SFormsImage().Check(convert, kelvin, true);
+    test::CheckForms(convert, kelvin, true);
     EXPECT_TRUE(context.Convert(30000.0f, value, status[0], 255));
     EXPECT_EQ(value, kelvin[30000]);
     EXPECT_TRUE(context.ConvertBack(value, value, status[0], 255));

@@ -216,12 +216,12 @@ TYPED_TEST(FactoryConverter, SingleValuesThereAndBack) {
     float out = 0;
     u16 signal = 0;
     u8 status = 0;
-    ASSERT_TRUE(this->Update(TemperatureFactory, {0, 1, 5}, kNoScale));
+    ASSERT_TRUE(this->Update(TemperatureFactory, {0, 1, 4, 5}, kNoScale));
     ASSERT_TRUE(this->converter.SignalToOutput(u16{9000}, out, status, 0));
     int flags = 0;  // an unknown scale is kelvin, and without object parameters the scene the default one
     EXPECT_NEAR(out, static_cast<double>(KelvinOf(TypeParam::Reference(0, {}), 9000, flags)), 1e-4);
-    for (const u8 preset : std::initializer_list<u8>{2, 5, 8, 254}) {  // off, or no model
-        if (preset == 5 && this->kIsCurlew) continue;
+    for (const u8 preset : std::initializer_list<u8>{2, 4, 5, 8, 254}) {  // off, or no model
+        if ((preset == 4 || preset == 5) && this->kIsCurlew) continue;
         EXPECT_FALSE(this->converter.SignalToOutput(u16{9000}, out, status, preset)) << int{preset};
         EXPECT_FALSE(this->converter.SignalToOutput(5, 6, &out, &status, preset)) << int{preset};
         EXPECT_FALSE(this->converter.OutputToSignal(20, signal, status, preset)) << int{preset};
@@ -237,7 +237,7 @@ TYPED_TEST(FactoryConverter, SelectsPixelsInAllForms) {
     for (const u8 preset : std::initializer_list<u8>{0, 2}) this->AddPreset(preset, 0);
     ASSERT_TRUE(this->Update(TemperatureFactory, {0, 2}));
     const auto convert = [&](const auto&... arguments) { return this->converter.BaseToOutput(arguments...); };
-    test::SFormsImage().Check(convert, this->Table(), this->kIsCurlew);
+    test::CheckForms(convert, this->Table(), this->kIsCurlew);
     // A buffer rounds, and takes numbers alone.
     float in = 10100.5f, out = 0;
     ASSERT_TRUE(this->converter.BaseToOutput({&in, Flt32}, {&out, Flt32}, nullptr, 1));

@@ -136,7 +136,7 @@ TEST_F(UserConverter, TableIsTheFormulaAtEveryEntry) {
 
 TEST_F(UserConverter, AllFormsThroughTheTables) {
     ASSERT_TRUE(Update(TemperatureUser));
-    test::SFormsImage().Check([&](auto... form) { return converter.BaseToOutput(form...); }, Table(), false);
+    test::CheckForms([&](auto... form) { return converter.BaseToOutput(form...); }, Table(), false);
 
     // By the map each pixel takes the table of its preset.
     Cal().SetPolynomial(2, 1, {0, 1});
@@ -234,15 +234,16 @@ TEST_F(UserConverter, PixelBackgroundsGoByTheFormula) {
     EXPECT_FALSE(converter.canUseLUT());
     EXPECT_FALSE(converter.SignalToOutput(1, 2, nullptr, nullptr, 0)) << "a line over a background of each pixel";
 
-    test::SFormsImage image;
-    const STypedData in{image.counts, UInt16};
+    u16 frame[kPixels];
+    for (u32 i = 0; i < kPixels; ++i) frame[i] = static_cast<u16>(10000 + 100 * i);
+    const STypedData in{frame, UInt16};
     u8 map[kPixels];
     std::fill_n(map, kPixels, u8{2});
     map[8] = 5;
     map[23] = 0;
     const auto radiance = [&](u32 pixel, u8 p) -> Real {
         const Real background = p == 5 ? 300 : (p == 0 ? 500 : 1000) + 10.0L * pixel;
-        return (image.counts[pixel] - background) * Real{kGain} + Real{kOffset};
+        return (frame[pixel] - background) * Real{kGain} + Real{kOffset};
     };
     double out[kPixels];
     float single[kPixels];
