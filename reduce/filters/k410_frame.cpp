@@ -60,7 +60,7 @@ bool CheckCompressed(const CFrameProbe& probe, u16 width, u16 height) {
     if (!probe.Holds(0, kLengthSize, L"the length of the JPEG-LS stream")) return false;
     const u64 length = LoadBig<u32>(probe.At(0));
     const u64 container = kLengthSize + length;
-    if (!probe.Holds(kLengthSize, length, L"the JPEG-LS stream of the length told at byte 0")) return false;
+    if (!probe.Holds(kLengthSize, length, L"the JPEG-LS stream of the length stated at byte 0")) return false;
     if (!probe.Holds(container, sizeof kSignature, L"the container's signature")) return false;
     if (!HasSignature(probe.At(container))) {
         return probe.Refuse(container, L"the container's signature (0x004D4B4D)",

@@ -28,7 +28,7 @@ CMrlConv Model(const SMerlinConstants& camera, const SScene& scene) {
     return model;
 }
 
-/// One camera, told by each kind of polynomial that can tell it.
+/// One camera, described by each kind of polynomial that can describe it.
 std::vector<SMerlinConstants> Cameras() {
     std::vector<SMerlinConstants> cameras(5);
     cameras[1].degree = -1;  // around a signal of 8000

@@ -33,7 +33,7 @@ struct SVisit {
 
 enum class ERoute { Void, Boolean };
 
-/// The figures of a walk, one comparison after the other as they are told, over what the record held.
+/// The figures of a walk, one comparison after the other as they are described, over what the record held.
 CStats Reference(CStats s, const std::vector<SVisit>& visits, bool hasStatus, ERoute route, u32 width) {
     double squares = 0;
     s.sum = 0;

@@ -8,7 +8,7 @@
 #include "core/typed_data.h"
 
 /// The formulas that the families with an object signal share, written down once more, in long double, from the
-/// physics. Steps that are told to happen in single precision happen in it here too.
+/// physics. Steps that are stated to happen in single precision happen in it here too.
 namespace ovix::test {
 
 struct SScene {
