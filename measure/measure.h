@@ -8,6 +8,7 @@
 #include "measure/finding.h"
 #include "measure/frame/additions.h"
 #include "measure/frame/calibration_facts.h"
+#include "measure/frame/frame_index.h"
 #include "measure/frame/frame_reader.h"
 #include "measure/frame/measurement.h"
 #include "measure/frame/options.h"

@@ -5,24 +5,41 @@
 #include "measure/frame/frame_decoder.h"
 #include "measure/frame/frame_objects.h"
 #include "measure/frame/scene.h"
+#include "measure/text.h"
 
 namespace ovix::measure {
 
 struct CFrameReader::SBody {
-    explicit SBody(const CSource& source) : decoder(source, {}) { source.Describe(description); }
+    SBody(const CSource& source, std::chrono::milliseconds patience) : decoder(source, patience) {
+        source.Describe(description);
+    }
 
     CFrameDecoder decoder;
     reduce::CReduceObjectArray description;
 };
 
-CFrameReader::CFrameReader(CSource source)
-    : source_(std::move(source)), body_(std::make_shared<const SBody>(source_)) {}
+CFrameReader::CFrameReader(CSource source, std::chrono::milliseconds decodePatience)
+    : source_(std::move(source)), body_(std::make_shared<const SBody>(source_, decodePatience)) {}
+
+const reduce::SFrameForm& CFrameReader::Form() const { return body_->decoder.Form(); }
 
 SFrameFacts CFrameReader::Read(SRawFrame& raw, reduce::CReduceObjectArray& objects) const {
+    return Read(raw, objects, nullptr);
+}
+
+SFrameFacts CFrameReader::Read(SRawFrame& raw, reduce::CReduceObjectArray& objects, std::span<u8> pixels) const {
+    if (pixels.size() < body_->decoder.PixelBytes())
+        throw CError({.id = EError::WrongArgument,
+                      .expected = Say("room for ", body_->decoder.PixelBytes(), " bytes of pixels"),
+                      .found = Say(pixels.size())});
+    return Read(raw, objects, static_cast<void*>(pixels.data()));
+}
+
+SFrameFacts CFrameReader::Read(SRawFrame& raw, reduce::CReduceObjectArray& objects, void* pixels) const {
     CopyObjects(body_->description, objects);
     CSceneTrail scene(objects);
     try {
-        const SFrameFacts facts = body_->decoder.Decode(raw.bytes, objects, nullptr);
+        const SFrameFacts facts = body_->decoder.Decode(raw.bytes, objects, pixels);
         scene.Finish(source_, {});
         return facts;
     } catch (const CError& error) {

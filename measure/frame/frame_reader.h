@@ -1,7 +1,9 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
+#include <span>
 
 #include "measure/sources/source.h"
 #include "measure/time.h"
@@ -18,18 +20,27 @@ struct SFrameFacts {
     std::optional<u64> counter = {};
 };
 
-/// Reads the metadata of single frames, without their pixels. Immutable and shared by threads.
+/// Reads single frames as they were recorded: their metadata, and their pixels before any correction. Immutable and
+/// shared by threads.
 class OVIX_MEASURE_API CFrameReader {
   public:
-    explicit CFrameReader(CSource source);
+    /// The patience is that for one compressed frame, as of a measurement.
+    explicit CFrameReader(CSource source, std::chrono::milliseconds decodePatience = std::chrono::seconds(20));
+
+    /// What the pixels of the source are.
+    const reduce::SFrameForm& Form() const;
 
     /// The frame's metadata goes to `objects`, which first become what the source says. Some families repair a frame
     /// where it stands, so its bytes may change. Throws `CError` with file and frame for one that would not do.
     SFrameFacts Read(SRawFrame& raw, reduce::CReduceObjectArray& objects) const;
+    /// The same with the pixels: width times height of `Form().bytesPerPixel` in rows from the top.
+    SFrameFacts Read(SRawFrame& raw, reduce::CReduceObjectArray& objects, std::span<u8> pixels) const;
     /// What the source alone says.
     void Describe(reduce::CReduceObjectArray& objects) const { source_.Describe(objects); }
 
   private:
+    SFrameFacts Read(SRawFrame& raw, reduce::CReduceObjectArray& objects, void* pixels) const;
+
     struct SBody;
     CSource source_;
     std::shared_ptr<const SBody> body_;

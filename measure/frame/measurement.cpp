@@ -40,9 +40,11 @@ struct CMeasurement::SBody : std::enable_shared_from_this<SBody> {
     const SUnitChoice& Choose(reduce::CReduceObjectArray& objects) const;
 
     void Begin(CFrame& frame, const SRawFrame& first) const;
+    SPixelRoom RoomIn(CFrame& frame) const;
     SFrameFacts Decode(SRawFrame& raw, CFrame::SWork& work) const;
     void Prepare(CFrame& frame) const;
-    void Convert(CFrame& frame) const;
+    void Measure(SRawFrame& raw, CFrame& frame, const SPixelRoom& room) const;
+    void Convert(CFrame& frame, const SPixelRoom& room) const;
     void ConvertMerged(CFrame& frame) const;
     template <class Step>
     auto OfFrame(u64 number, const Step& step) const;
@@ -145,8 +147,13 @@ void CMeasurement::SBody::Begin(CFrame& frame, const SRawFrame& first) const {
     CopyObjects(description, frame.work->objects);
     frame.work->presets = {};
     frame.work->pixels.resize(decoder.PixelBytes());
+}
+
+/// Makes room for the pixels in the frame itself.
+SPixelRoom CMeasurement::SBody::RoomIn(CFrame& frame) const {
     frame.values.resize(source.Format().PixelCount());
     frame.status.resize(source.Format().PixelCount());
+    return {frame.values.data(), frame.status.data()};
 }
 
 SFrameFacts CMeasurement::SBody::Decode(SRawFrame& raw, CFrame::SWork& work) const {
@@ -176,7 +183,7 @@ void CMeasurement::SBody::Prepare(CFrame& frame) const {
         work.objects.GetObjectParameters(true)->estimatedAtmosphereTrans = used->estimatedAtmosphereTrans;
 }
 
-void CMeasurement::SBody::Convert(CFrame& frame) const {
+void CMeasurement::SBody::Convert(CFrame& frame, const SPixelRoom& room) const {
     CFrame::SWork& work = *frame.work;
     const u32 count = source.Format().PixelCount();
     OfFrame(frame.number, [&] {
@@ -184,10 +191,20 @@ void CMeasurement::SBody::Convert(CFrame& frame) const {
         if (corrects) work.corrected.resize(count);
         if (!work.prepared->Correct(pixels, {work.corrected.data(), Flt32}, count))
             throw Unusable("the correction tables cannot be used");
-        if (!work.prepared->Convert(pixels, {frame.values.data(), Flt32}, frame.status.data(), count))
+        if (!work.prepared->Convert(pixels, {room.values, Flt32}, room.status, count))
             throw CError(
                 {.id = EError::FrameRefused, .problem = "the pixels cannot be converted to " + UnitWords(frame.unit)});
     });
+}
+
+void CMeasurement::SBody::Measure(SRawFrame& raw, CFrame& frame, const SPixelRoom& room) const {
+    Begin(frame, raw);
+    CSceneTrail scene(frame.work->objects);
+    const SFrameFacts facts = Decode(raw, *frame.work);
+    Describe(frame, facts);
+    frame.work->origins = scene.Finish(source, options.scene);
+    Prepare(frame);
+    Convert(frame, room);
 }
 
 void CMeasurement::SBody::ConvertMerged(CFrame& frame) const {
@@ -197,12 +214,12 @@ void CMeasurement::SBody::ConvertMerged(CFrame& frame) const {
     for (std::size_t i = 0; i < std::size(frames); ++i) frames[i] = {work.counts[i].data(), Flt32};
     work.merged.resize(count);
     work.presetMap.resize(count);
+    const SPixelRoom room = RoomIn(frame);
     const STypedData merged{work.merged.data(), Flt32};
     OfFrame(frame.number, [&] {
         if (!work.prepared->Merge(frames, merged, work.presetMap.data(), count))
             throw Unusable("the frames cannot be merged");
-        if (!work.prepared->Convert(merged, work.presetMap.data(), {frame.values.data(), Flt32}, frame.status.data(),
-                                    count))
+        if (!work.prepared->Convert(merged, work.presetMap.data(), {room.values, Flt32}, room.status, count))
             throw CError({.id = EError::FrameRefused,
                           .problem = "the merged pixels cannot be converted to " + UnitWords(frame.unit)});
     });
@@ -238,15 +255,15 @@ CFrame CMeasurement::Measure(u64 number) const {
     return frame;
 }
 
-void CMeasurement::Measure(SRawFrame& raw, CFrame& frame) const {
-    body_->Begin(frame, raw);
-    CSceneTrail scene(frame.work->objects);
-    const SFrameFacts facts = body_->Decode(raw, *frame.work);
-    Describe(frame, facts);
-    frame.work->origins = scene.Finish(body_->source, body_->options.scene);
-    body_->Prepare(frame);
-    body_->Convert(frame);
+void CMeasurement::Measure(u64 number, CFrame& frame, const SPixelRoom& room) const {
+    if (!frame.work) frame.work = std::make_unique<CFrame::SWork>();
+    body_->OfFrame(number, [&] { body_->source.Read(number, frame.work->raw); });
+    frame.values.clear();
+    frame.status.clear();
+    body_->Measure(frame.work->raw, frame, room);
 }
+
+void CMeasurement::Measure(SRawFrame& raw, CFrame& frame) const { body_->Measure(raw, frame, body_->RoomIn(frame)); }
 
 void CMeasurement::MeasureMerged(std::span<SRawFrame> raws, CFrame& frame) const {
     if (raws.empty()) throw CError({.id = EError::WrongArgument, .problem = "there is no frame to be merged"});

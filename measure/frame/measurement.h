@@ -58,6 +58,12 @@ class OVIX_MEASURE_API CFrame {
     std::unique_ptr<SWork> work;
 };
 
+/// Memory of the caller's for width times height values and as many status bytes, null where they are not wanted.
+struct SPixelRoom {
+    float* values = nullptr;
+    u8* status = nullptr;
+};
+
 /// The way of the frames of a source to a unit: read, check, decode, correct, convert.
 ///
 /// Immutable and shared: every thread may measure with the same one, each into a frame of its own, copies are one
@@ -85,6 +91,8 @@ class OVIX_MEASURE_API CMeasurement {
     /// Measures a frame. Throws `CError` with file and frame for one that will not do; others can still be measured.
     void Measure(u64 number, CFrame& frame) const;
     CFrame Measure(u64 number) const;
+    /// The same with the pixels in the caller's memory instead of in the frame, which keeps none then.
+    void Measure(u64 number, CFrame& frame, const SPixelRoom& room) const;
     /// The same for bytes that were read already. Some families repair a frame where it stands, so its bytes may
     /// change.
     void Measure(SRawFrame& raw, CFrame& frame) const;

@@ -7,14 +7,9 @@
 #include "measure/per_process.h"
 #include "measure/sources/bytes.h"
 #include "measure/sources/frame_probe.h"
+#include "measure/sources/source.h"
 
 namespace ovix::measure {
-
-/// A run of bytes of a file.
-struct SExtent {
-    u64 offset = 0;
-    u64 size = 0;
-};
 
 using Report = std::function<void(SFinding)>;
 

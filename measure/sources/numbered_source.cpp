@@ -57,30 +57,33 @@ std::shared_ptr<CNumberedSource> CNumberedSource::OfDump(std::shared_ptr<const C
     return source;
 }
 
+SExtent CNumberedSource::Find(u64 number) const {
+    if (const std::optional<SExtent> place = layout_->Find(number)) return *place;
+    throw CError({.id = EError::NoSuchFrame,
+                  .file = File().Name(),
+                  .frame = number,
+                  .expected = Say("one of ", layout_->Count(), " frames"),
+                  .found = Say("frame ", number)});
+}
+
 void CNumberedSource::Read(u64 number, SRawFrame& frame) const {
-    const std::optional<SExtent> place = layout_->Find(number);
-    if (!place)
-        throw CError({.id = EError::NoSuchFrame,
-                      .file = File().Name(),
-                      .frame = number,
-                      .expected = Say("one of ", layout_->Count(), " frames"),
-                      .found = Say("frame ", number)});
-    if (place->size > CUInt32::Max)
+    const SExtent place = Find(number);
+    if (place.size > CUInt32::Max)
         throw CError({.id = EError::FrameRefused,
                       .file = File().Name(),
                       .frame = number,
                       .problem = "has more bytes than a frame can have"});
     frame.number = number;
-    frame.offset = place->offset;
-    frame.bytes.resize(place->size);
-    const std::size_t read = File().ReadAt(place->offset, frame.bytes);
-    if (read < place->size)
+    frame.offset = place.offset;
+    frame.bytes.resize(place.size);
+    const std::size_t read = File().ReadAt(place.offset, frame.bytes);
+    if (read < place.size)
         throw CError({.id = EError::FileChanged,
                       .file = File().Name(),
                       .frame = number,
                       .offset = read,
                       .problem = "the file became shorter while it was read",
-                      .expected = Say(place->size, " bytes"),
+                      .expected = Say(place.size, " bytes"),
                       .found = Say("the end of the file after ", read)});
     if (sums_) HoldAgainstSum(*sums_, frame);
     if (IsBigEndian(Format())) SwapBytes(frame.bytes);

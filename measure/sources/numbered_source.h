@@ -24,6 +24,7 @@ class CNumberedSource final : public CSource::IBody {
     std::optional<u64> Count() const override { return layout_->Count(); }
     u64 FrameSize() const override { return layout_->FrameSize(); }
     void Read(u64 number, SRawFrame& frame) const override;
+    SExtent Find(u64 number) const override;
     bool Next(SRawFrame& frame, const std::stop_token& stop) override;
 
   private:

@@ -17,6 +17,7 @@ std::optional<u64> CSource::Count() const { return body_->Count(); }
 u64 CSource::FrameSize() const { return body_->FrameSize(); }
 
 void CSource::Read(u64 number, SRawFrame& frame) const { body_->Read(number, frame); }
+SExtent CSource::Find(u64 number) const { return body_->Find(number); }
 bool CSource::Next(SRawFrame& frame, const std::stop_token& stop) const { return body_->Next(frame, stop); }
 
 void CSource::Describe(reduce::CReduceObjectArray& objects) const { body_->Describe(objects); }

@@ -42,6 +42,12 @@ struct SRawFrame {
     std::vector<u8> bytes = {};
 };
 
+/// A run of bytes of a file.
+struct SExtent {
+    u64 offset = 0;
+    u64 size = 0;
+};
+
 /// Raw camera frames, whatever they lie in: a recording, a dump, plain counts, a pipe, a file that grows.
 ///
 /// An opened source is immutable but for its findings, and shared: copies are one source, and all members may be called
@@ -69,6 +75,9 @@ class OVIX_MEASURE_API CSource {
     /// Replaces `frame` by one frame of a numbered source. Throws `CError` with file and frame when it cannot be had;
     /// others can still be read then.
     void Read(u64 number, SRawFrame& frame) const;
+    /// Where a frame of a numbered source stands in the file, which is not read. Throws `CError` (NoSuchFrame,
+    /// NotNumbered).
+    SExtent Find(u64 number) const;
     /// The next frame of a source that is not numbered; false at its end. One caller at a time. A torn place goes on at
     /// the next frame that passes its family's check: that frame follows, after one `CError` (FrameRefused) that says
     /// how many bytes were passed over, in a call of its own. A stop that is asked for ends the waiting for bytes, with

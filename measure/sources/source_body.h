@@ -27,6 +27,7 @@ class CSource::IBody {
     virtual std::optional<u64> Count() const = 0;
     virtual u64 FrameSize() const = 0;
     virtual void Read(u64 number, SRawFrame& frame) const = 0;
+    virtual SExtent Find(u64 number) const = 0;
     virtual bool Next(SRawFrame& frame, const std::stop_token& stop) = 0;
 
     void Describe(reduce::CReduceObjectArray& objects) const;

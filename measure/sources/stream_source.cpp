@@ -251,7 +251,9 @@ bool CStreamSource::End() {
     return false;
 }
 
-void CStreamSource::Read(u64, SRawFrame&) const {
+void CStreamSource::Read(u64 number, SRawFrame&) const { Find(number); }
+
+SExtent CStreamSource::Find(u64) const {
     throw CError({.id = EError::NotNumbered,
                   .file = File().Name(),
                   .problem = "its frames come one after the other and cannot be asked for by number"});

@@ -26,6 +26,7 @@ class CStreamSource final : public CSource::IBody {
     std::optional<u64> Count() const override { return {}; }
     u64 FrameSize() const override { return ownLength_ ? 0 : size_; }
     void Read(u64 number, SRawFrame& frame) const override;
+    SExtent Find(u64 number) const override;
     bool Next(SRawFrame& frame, const std::stop_token& stop) override;
 
   private:

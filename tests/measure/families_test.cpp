@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <numeric>
+#include <set>
 
 #include "apps/ovix/scene.h"
 #include "apps/ovix/synth/synth.h"
@@ -76,8 +77,42 @@ void ExpectAlike(const CMeasurement& measurement, const std::vector<Bytes>& fram
         const u64 number = i * 7 % frames.size();
         measurement.Measure(number, frame);
         ASSERT_TRUE(SameBits(frame, plain[number])) << "frame " << number;
+        SPlain room;
+        measurement.Measure(number, frame, {room.values.data(), room.status.data()});
+        ASSERT_TRUE(frame.values.empty());
+        std::swap(frame.values, room.values);
+        std::swap(frame.status, room.status);
+        ASSERT_TRUE(SameBits(frame, plain[number])) << "frame " << number << " in the caller's memory";
     }
 }
+
+/// The pixels that a reader finds who knows the index alone are those as recorded, and each frame says by way of the
+/// index what it says when it is measured. Answers whether there is a place.
+bool ExpectIndexed(const CSource& source, const Bytes& file) {
+    const CFrameIndex index(source);
+    const CFrameReader reader(source);
+    const CMeasurement measurement(source, {});
+    for (u64 number = 0; number < source.Count(); ++number) {
+        const CFrame frame = measurement.Measure(number);
+        const SFrameFacts facts = index.Facts(number);
+        EXPECT_EQ(facts.time, frame.time);
+        EXPECT_EQ(facts.counter, frame.counter);
+        EXPECT_EQ(facts.namesPreset ? std::optional(facts.preset) : std::nullopt, frame.preset);
+        if (!index.Pixels()) continue;
+        SRawFrame raw;
+        source.Read(number, raw);
+        Bytes pixels(2 * kPixels);
+        reduce::CReduceObjectArray objects;
+        reader.Read(raw, objects, pixels);
+        const u64 at = index.Frame(number).offset + index.Pixels()->offset;
+        for (std::size_t i = 0; i < pixels.size(); ++i)
+            if (pixels[i] != file[at + (index.Pixels()->bigEndian ? i ^ 1 : i)]) return ADD_FAILURE() << i, false;
+    }
+    return index.Pixels().has_value();
+}
+
+/// Counts that decoders turn, pack or mask.
+const std::set<std::string> kNotPlain = {"K410 IR (GigE, Flipped)", "Wren"};
 
 TEST(Families, GiveTheSameBitsOnAnyNumberOfThreadsInAnyOrder) {
     const CSourceFolder folder;
@@ -94,6 +129,12 @@ TEST(Families, GiveTheSameBitsOnAnyNumberOfThreadsInAnyOrder) {
             const CSource source = Open(folder.Put("dump", dump),
                                         {.pixelType = PixelTypeName(form.type), .width = kWide, .height = kHigh});
             const CMeasurement probe(source, {});
+            const std::string type = PixelTypeName(form.type);
+            reduce::SFrameForm pixels;
+            reduce::GetFrameForm(CString(source.Format().filter.c_str()), form.type, pixels);
+            const bool plain =
+                pixels.element == UInt16 && !pixels.compressed && kNotPlain.find(type) == kNotPlain.end();
+            EXPECT_EQ(ExpectIndexed(source, dump), plain);
             for (const EUnit unit : probe.Offered()) {
                 for (const EQuantity quantity : {EQuantity::Counts, EQuantity::Signal, EQuantity::Radiance,
                                                  EQuantity::Temperature, EQuantity::Green, EQuantity::Average}) {
