@@ -3,6 +3,7 @@
 // From any source of frames to measurements: what the tool, Python, other programs and services share. Nothing is
 // printed, no signal is handled, no state belongs to the process.
 
+#include "measure/archive/zarr_references.h"
 #include "measure/calibration/calibration_fit.h"
 #include "measure/error.h"
 #include "measure/finding.h"

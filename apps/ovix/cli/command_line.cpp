@@ -35,7 +35,7 @@ class CGrammar {
         for (const auto make :
              {MakeDemoCommand, MakeFormatsCommand, MakeSynthCommand, MakeInfoCommand, MakeConvertCommand,
               MakeReportCommand, MakeStatsCommand, MakeExplainCommand, MakeCalibrateCommand, MakeAdjustCommand,
-              MakeRecordCommand, MakeVerifyCommand, MakeRepairCommand})
+              MakeRecordCommand, MakeVerifyCommand, MakeRepairCommand, MakeIndexCommand})
             AddVerb(make());
     }
 

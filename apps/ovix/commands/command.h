@@ -37,5 +37,6 @@ std::unique_ptr<ICommand> MakeRecordCommand();
 std::unique_ptr<ICommand> MakeVerifyCommand();
 std::unique_ptr<ICommand> MakeRepairCommand();
 std::unique_ptr<ICommand> MakeCalibrateCommand();
+std::unique_ptr<ICommand> MakeIndexCommand();
 
 }  // namespace ovix::app

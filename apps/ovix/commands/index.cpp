@@ -1,0 +1,82 @@
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+
+#include "apps/ovix/cli/console.h"
+#include "apps/ovix/cli/values.h"
+#include "apps/ovix/commands/command.h"
+#include "apps/ovix/fault.h"
+#include "apps/ovix/json.h"
+#include "apps/ovix/output/output_file.h"
+
+namespace ovix::app {
+
+namespace {
+
+class CIndexCommand final : public ICommand {
+  public:
+    const char* Verb() const override { return "index"; }
+    const char* Brief() const override {
+        return "where the counts of many recordings stand, so that readers of Zarr open them as one array";
+    }
+    const char* Examples() const override {
+        return "ovix index archive/*.krt -o archive.json\n"
+               "ovix index archive/*.krt --base-url https://example.org/archive -o archive.json";
+    }
+    void AddOptions(CLI::App& verb) override {
+        verb.add_option("FILE", files_, "recordings, or dumps of raw frames of one kind")->required()->type_name("");
+        const auto add = [&](const char* group, const char* name, std::string& value, const char* type,
+                             const char* help) {
+            return verb.add_option(name, value, help)->type_name(type)->group(group);
+        };
+        add("Input", "--pixel-type", options_.pixelType, "NAME", "of dumps: pixel type of the frames");
+        add("Input", "--size", size_, "WxH", "of dumps: size of the image in pixels");
+        add("Output", "-o,--output", output_, "FILE", "the references (JSON)")->required();
+        add("Output", "--base-url", how_.baseUrl, "URL",
+            "name the files by this and their names, for readers over HTTP (else by their full paths)");
+        add("Output", "--frames-per-reference", together_, "N",
+            "so many frames are one reference, of a structured type (else 1)");
+        verb.add_flag("--overwrite", overwrite_, "replace a file that exists")->group("Output");
+        verb.add_flag("--json", json_, "say what was done as JSON")->group("Output");
+    }
+
+    EExit Run() override {
+        if (!size_.empty()) std::tie(options_.width, options_.height) = ParseSize("--size", size_);
+        if (!together_.empty()) {
+            const auto together = ParseNumber<u64>(together_);
+            if (!together || !*together)
+                throw UsageFault("--frames-per-reference: expected at least 1, found \"" + together_ + "\"");
+            how_.framesPerReference = *together;
+        }
+        while (how_.baseUrl.ends_with('/')) how_.baseUrl.pop_back();
+        COutputFile output(output_, overwrite_);
+        CProgress progress("file", files_.size());
+        how_.progress = [&](u64 done, u64) { progress.Show(done); };
+        const std::vector<std::filesystem::path> files(files_.begin(), files_.end());
+        const std::string text = measure::ZarrReferences(files, options_, how_);
+        output.Write(text.data(), text.size());
+        output.Commit();
+        if (json_)
+            PrintJson(
+                {{"schema", kSchemaVersion}, {"output", output_}, {"files", files.size()}, {"bytes", text.size()}});
+        else
+            Say(fmt::format("{}: {} {}", output_, files.size(), files.size() == 1 ? "file" : "files"));
+        return ExitDone;
+    }
+
+  private:
+    std::vector<std::string> files_;
+    measure::SOpenOptions options_;
+    measure::SReferenceOptions how_;
+    std::string size_;
+    std::string together_;
+    std::string output_;
+    bool overwrite_ = false;
+    bool json_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<ICommand> MakeIndexCommand() { return std::make_unique<CIndexCommand>(); }
+
+}  // namespace ovix::app
