@@ -64,7 +64,7 @@ class CConvertCommand final : public ICommand {
         CMeasureRun::AddOption(verb, mergePresets_);
         const char* group = "Output";
         verb.add_option("-o,--output", output_,
-                        "what to write, by extension: .png (one file a frame), .tif, .npy or .csv")
+                        "what to write, by extension: .png (one file a frame), .tif, .npy, .csv, .zarr or .nxs")
             ->required()
             ->type_name("FILE")
             ->group(group);
@@ -78,9 +78,17 @@ class CConvertCommand final : public ICommand {
             ->type_name("NAME")
             ->group(group);
         verb.add_option("--compression", options_.compression,
-                        "of .tif and .png: 0 none, 1 quick (the default), up to 12 small")
+                        "of .tif, .png, .zarr and .nxs: 0 none, 1 quick (the default), up to 12 small")
             ->check(CLI::Range(0, 12))
             ->type_name("LEVEL")
+            ->group(group);
+        verb.add_option("--step", options_.step,
+                        "of .zarr: store values as whole multiples of this, in their unit (else as floats)")
+            ->check(CLI::PositiveNumber)
+            ->type_name("STEP")
+            ->group(group);
+        verb.add_flag("--by-trace", options_.byTrace,
+                      "of .zarr: chunks of 64 frames and 64 x 64 pixels, for who reads pixels over time")
             ->group(group);
         verb.add_option("--roi", regions_, "a region to be marked in pictures: x,y,w,h or name=x,y,w,h")
             ->type_name("REGION")
@@ -95,6 +103,8 @@ class CConvertCommand final : public ICommand {
         if (!range_.empty() && !IsPicture()) throw UsageFault("--range: has an effect on pictures (.png) alone");
         if (!range_.empty()) options_.range = ParseRange("--range", range_);
         if (!palette_.empty()) options_.palette = PaletteOf("--palette", palette_);
+        if ((options_.step > 0 || options_.byTrace) && !CString(output_.c_str()).EndsWithNoCase(L".zarr"))
+            throw UsageFault("--step and --by-trace: have an effect on .zarr alone");
         const measure::CSource source = source_.Open();
         const measure::SFrameFormat& format = source.Format();
         options_.marks = ParseRegions(regions_, format.width, format.height);
@@ -152,7 +162,8 @@ class CConvertCommand final : public ICommand {
         return {.frame = frame.number,
                 .values = frame.values,
                 .status = frame.status,
-                .caption = frame.time ? TimeText(*frame.time) : ""};
+                .caption = frame.time ? TimeText(*frame.time) : "",
+                .time = frame.time};
     }
     static SEncoded Encode(const IFrameWriter& writer, const measure::CFrame& frame) {
         return {writer.Encode(PictureOf(frame)), CValueRange(frame)};

@@ -37,7 +37,9 @@ std::unique_ptr<IFrameWriter> MakeFrameWriter(const std::filesystem::path& targe
     if (extension.EqualsNoCase(L".tif") || extension.EqualsNoCase(L".tiff")) {
         return MakeTiffWriter(target, series, options);
     }
-    throw CAppError(ExitUsage, fmt::format("{}: an output ends in .png, .tif, .npy or .csv, not in \"{}\"",
+    if (extension.EqualsNoCase(L".zarr")) return MakeZarrWriter(target, series, options);
+    if (extension.EqualsNoCase(L".nxs")) return MakeNexusWriter(target, series, options);
+    throw CAppError(ExitUsage, fmt::format("{}: an output ends in .png, .tif, .npy, .csv, .zarr or .nxs, not in \"{}\"",
                                            target.string(), target.extension().string()));
 }
 

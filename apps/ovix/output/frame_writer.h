@@ -27,10 +27,11 @@ struct SSeries {
 
 /// One frame. The pixels belong to the caller.
 struct SPicture {
-    u64 frame = 0;                  ///< its number in the source
-    std::span<const float> values;  ///< width times height, in the unit of the series
-    std::span<const u8> status;     ///< as many status bytes, or none
-    std::string caption;            ///< what differs from frame to frame: the time, say
+    u64 frame = 0;                           ///< its number in the source
+    std::span<const float> values;           ///< width times height, in the unit of the series
+    std::span<const u8> status;              ///< as many status bytes, or none
+    std::string caption;                     ///< what differs from frame to frame: the time, say
+    std::optional<measure::Time> time = {};  ///< when it was taken; nothing where the frame does not say it
 };
 
 struct SWriteOptions {
@@ -39,6 +40,9 @@ struct SWriteOptions {
     /// with a sensor's noise, level 2 saves 1 % and takes half as long again; 4, 6 and 9 take 2 to 5 times as long as 1
     /// and save less than that or nothing.
     int compression = 1;
+    // Of Zarr.
+    double step = 0;       ///< values are stored as whole multiples of it, in their unit; 0: as floats
+    bool byTrace = false;  ///< chunks of many frames and few pixels, for who reads pixels over time
     // Of pictures.
     const SPalette* palette = &Palettes().front();
     /// The values at the ends of the palette; several frames need it said, one has its own lowest and highest.
@@ -72,7 +76,8 @@ class IFrameWriter {
     virtual void Finish() = 0;
 };
 
-/// The writer that belongs to the extension: `.png`, `.tif` or `.tiff`, `.npy`, `.csv`, in any case of letters.
+/// The writer that belongs to the extension: `.png`, `.tif` or `.tiff`, `.npy`, `.csv`, `.zarr`, `.nxs`, in any case of
+/// letters.
 /// Another extension is wrong usage.
 ///
 /// - NPY 1.0: little-endian 32-bit floats of shape (height, width), or (frames, height, width) when several frames are
@@ -86,6 +91,11 @@ class IFrameWriter {
 ///   the shortest texts that read back to the same value.
 /// - PNG: a picture for the eye: palette, colour bar with the unit, title and caption, the marked regions, and a legend
 ///   for what the palette does not show, where it occurs.
+///
+/// - Zarr, a folder of format 2: arrays of values and status by the CF conventions, packed by Blosc with shuffled bits,
+///   and the coordinates time and frame. It is written to `out.zarr.part`, which at any time can be read as far as it
+///   is written, also after the process was killed.
+/// - NeXus, HDF5: the same in /entry/data (NXdata), with its origin in /entry/process; likewise in `out.nxs.part`.
 ///
 /// Several frames go to one file, but for PNG, where each has its own: `out.png` becomes `out-000012.png` for frame 12.
 /// The status bytes of TIFF, NPY and CSV go to a file beside: `out.status.npy`.

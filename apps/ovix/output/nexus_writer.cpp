@@ -1,0 +1,257 @@
+#include <fmt/format.h>
+#include <hdf5.h>
+
+#include <algorithm>
+#include <limits>
+
+#include "apps/ovix/fault.h"
+#include "apps/ovix/output/cf_attributes.h"
+#include "apps/ovix/output/file_kinds.h"
+
+namespace ovix::app {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// An identifier of the library, closed with its owner.
+class CHandle {
+  public:
+    CHandle(hid_t id, herr_t (*close)(hid_t)) : id_(id), close_(close) {
+        if (id_ < 0) throw CAppError(ExitFile, "HDF5 refuses a file, group or array");
+    }
+    CHandle(const CHandle&) = delete;
+    CHandle& operator=(const CHandle&) = delete;
+    ~CHandle() { close_(id_); }
+    operator hid_t() const { return id_; }
+
+  private:
+    hid_t id_;
+    herr_t (*close_)(hid_t);
+};
+
+void Require(herr_t done, const std::string& what) {
+    if (done < 0) throw CAppError(ExitFile, "cannot write " + what);
+}
+
+/// Of text of any length in UTF-8, as readers take it for text.
+hid_t TextType() {
+    const hid_t type = H5Tcopy(H5T_C_S1);
+    H5Tset_size(type, H5T_VARIABLE);
+    H5Tset_cset(type, H5T_CSET_UTF8);
+    return type;
+}
+
+void PutAttribute(hid_t object, const char* name, hid_t space, const char* const* texts) {
+    const CHandle type(TextType(), H5Tclose), place(space, H5Sclose);
+    const CHandle attribute(H5Acreate2(object, name, type, place, H5P_DEFAULT, H5P_DEFAULT), H5Aclose);
+    Require(H5Awrite(attribute, type, texts), name);
+}
+
+void PutText(hid_t object, const char* name, const std::string& text) {
+    const char* const one = text.c_str();
+    PutAttribute(object, name, H5Screate(H5S_SCALAR), &one);
+}
+
+void PutTexts(hid_t object, const char* name, const std::vector<const char*>& texts) {
+    const hsize_t count = texts.size();
+    PutAttribute(object, name, H5Screate_simple(1, &count, nullptr), texts.data());
+}
+
+void PutDataset(hid_t group, const char* name, const std::string& text) {
+    const CHandle type(TextType(), H5Tclose), space(H5Screate(H5S_SCALAR), H5Sclose);
+    const CHandle set(H5Dcreate2(group, name, type, space, H5P_DEFAULT, H5P_DEFAULT, H5P_DEFAULT), H5Dclose);
+    const char* const one = text.c_str();
+    Require(H5Dwrite(set, type, H5S_ALL, H5S_ALL, H5P_DEFAULT, &one), name);
+}
+
+struct SGroup : CHandle {
+    SGroup(hid_t parent, const char* name, const char* nexusClass)
+        : CHandle(H5Gcreate2(parent, name, H5P_DEFAULT, H5P_DEFAULT, H5P_DEFAULT), H5Gclose) {
+        PutText(*this, "NX_class", nexusClass);
+    }
+};
+
+/// The bytes of equal rank of all elements one behind the other, as the filter "shuffle" has them.
+std::vector<u8> Shuffled(const u8* bytes, std::size_t size, std::size_t width) {
+    std::vector<u8> shuffled(size);
+    const std::size_t count = size / width;
+    for (std::size_t rank = 0; rank < width; ++rank)
+        for (std::size_t i = 0; i < count; ++i) shuffled[rank * count + i] = bytes[i * width + rank];
+    return shuffled;
+}
+
+/// An array that grows by one element of its first dimension, a chunk each: a plane, or a number of a column.
+class CGrowing {
+  public:
+    CGrowing(hid_t group, const char* name, hid_t type, std::vector<hsize_t> element, hsize_t together, int level)
+        : type_(type), shape_(std::move(element)), set_(Create(group, name, together, level), H5Dclose) {}
+
+    hid_t Set() const { return set_; }
+    /// Compressed as the array has it.
+    void AppendChunk(const std::vector<u8>& packed) {
+        const hsize_t at = Grow();
+        std::vector<hsize_t> offset(shape_.size(), 0);
+        offset[0] = at;
+        Require(H5Dwrite_chunk(set_, H5P_DEFAULT, 0, offset.data(), packed.size(), packed.data()), "a frame");
+    }
+    template <class T>
+    void Append(T value) {
+        const hsize_t at = Grow(), one = 1;
+        const CHandle space(H5Dget_space(set_), H5Sclose), memory(H5Screate_simple(1, &one, nullptr), H5Sclose);
+        H5Sselect_hyperslab(space, H5S_SELECT_SET, &at, nullptr, &one, nullptr);
+        Require(H5Dwrite(set_, type_, memory, space, H5P_DEFAULT, &value), "a number");
+    }
+
+  private:
+    hid_t Create(hid_t group, const char* name, hsize_t together, int level) {
+        shape_.insert(shape_.begin(), 0);
+        std::vector<hsize_t> most = shape_, chunk = shape_;
+        most[0] = H5S_UNLIMITED;
+        chunk[0] = together;
+        const int rank = static_cast<int>(shape_.size());
+        const CHandle space(H5Screate_simple(rank, shape_.data(), most.data()), H5Sclose);
+        const CHandle how(H5Pcreate(H5P_DATASET_CREATE), H5Pclose);
+        H5Pset_chunk(how, rank, chunk.data());
+        if (level > 0) {
+            if (H5Tget_size(type_) > 1) H5Pset_shuffle(how);
+            H5Pset_deflate(how, static_cast<unsigned>(level));
+        }
+        return H5Dcreate2(group, name, type_, space, H5P_DEFAULT, how, H5P_DEFAULT);
+    }
+    hsize_t Grow() {
+        ++shape_[0];
+        Require(H5Dset_extent(set_, shape_.data()), "one frame more");
+        return shape_[0] - 1;
+    }
+
+    hid_t type_;
+    std::vector<hsize_t> shape_;
+    CHandle set_;
+};
+
+/// NeXus: /entry (NXentry) with /entry/data (NXdata), written beside its place and flushed with each frame.
+class CNexusWriter final : public IFrameWriter {
+  public:
+    CNexusWriter(const fs::path& target, const SSeries& series, const SWriteOptions& options)
+        : target_(target),
+          options_(options),
+          level_(std::min(options.compression, 9)),
+          part_(RequireRoom()),
+          file_(H5Fcreate(part_.c_str(), H5F_ACC_EXCL, H5P_DEFAULT, H5P_DEFAULT), H5Fclose),
+          removed_(part_),
+          entry_(file_, "entry", "NXentry"),
+          data_(entry_, "data", "NXdata"),
+          values_(data_, VariableName(series.unit).c_str(), H5T_NATIVE_FLOAT, {series.height, series.width}, 1, level_),
+          status_(data_, "status", H5T_NATIVE_UINT8, {series.height, series.width}, 1, level_),
+          frame_(data_, "frame", H5T_NATIVE_INT64, {}, kColumn, 0),
+          time_(data_, "time", H5T_NATIVE_DOUBLE, {}, kColumn, 0) {
+        Describe(series);
+    }
+
+    SEncodedFrame Encode(const SPicture& picture) const override {
+        SEncodedFrame encoded;
+        encoded.values.push_back(Packed(picture.values.data(), picture.values.size_bytes(), sizeof(float)));
+        if (!picture.status.empty()) encoded.status.push_back(Packed(picture.status.data(), picture.status.size(), 1));
+        return encoded;
+    }
+    void Append(const SPicture& picture, const SEncodedFrame& encoded) override {
+        if (!begun_) Begin(picture);
+        values_.AppendChunk(encoded.values.front());
+        for (const auto& status : encoded.status) status_.AppendChunk(status);
+        frame_.Append<i64>(static_cast<i64>(picture.frame));
+        const bool timed = start_ && picture.time;
+        time_.Append<double>(timed    ? std::chrono::duration<double>(*picture.time - *start_).count()
+                             : start_ ? std::numeric_limits<double>::quiet_NaN()
+                                      : static_cast<double>(picture.frame));
+        Require(H5Fflush(file_, H5F_SCOPE_LOCAL), part_);
+    }
+    void Finish() override {
+        if (!begun_) throw CAppError(ExitBadData, target_.string() + ": no frame to write");
+        Require(H5Fflush(file_, H5F_SCOPE_GLOBAL), part_);
+        std::error_code error;
+        fs::rename(part_, target_, error);
+        if (error) throw SystemFault(ExitFile, target_.string(), "cannot write", error.value());
+        removed_.path.clear();
+    }
+
+  private:
+    static constexpr hsize_t kColumn = 1024;
+
+    std::string RequireRoom() const {
+        H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr);  // it would print what is thrown here
+        const std::string part = target_.string() + ".part";
+        if (fs::exists(part))
+            throw CFault(
+                {.exit = ExitFile, .file = part, .problem = "is there already: somebody writes it, or never finished"});
+        if (fs::exists(target_) && !(options_.overwrite && fs::is_regular_file(target_)))
+            throw CFault({.exit = ExitFile, .file = target_.string(), .problem = "exists (--overwrite replaces it)"});
+        return part;
+    }
+    void Describe(const SSeries& series) {
+        const std::string name = VariableName(series.unit);
+        PutText(file_, "default", "entry");
+        PutText(entry_, "default", "data");
+        PutDataset(entry_, "title", series.title);
+        PutText(data_, "signal", name);
+        PutText(data_, "auxiliary_signals", "status");
+        PutTexts(data_, "axes", {"time", ".", "."});
+        PutText(values_.Set(), "units", series.unit.symbol);
+        PutText(values_.Set(), "long_name", series.unit.Label());
+        const Json flags = StatusAttributes();
+        PutText(status_.Set(), "flag_masks", JsonText(flags["flag_masks"]));
+        PutText(status_.Set(), "flag_meanings", flags["flag_meanings"]);
+        const SGroup process(entry_, "process", "NXprocess");
+        PutDataset(process, "program", "ovix");
+        PutDataset(process, "version", OVIX_VERSION);
+        const SGroup note(process, "parameters", "NXnote");
+        PutDataset(note, "type", "application/json");
+        PutDataset(note, "data", JsonText(series.parameters));
+    }
+    void Begin(const SPicture& first) {
+        start_ = first.time;
+        PutText(time_.Set(), "long_name", start_ ? "time (s)" : "number of the frame; frames carry no time");
+        if (start_) {
+            PutText(time_.Set(), "units", "s");
+            PutText(time_.Set(), "start", TimeText(*start_));
+            PutDataset(entry_, "start_time", TimeText(*start_));
+        }
+        begun_ = true;
+    }
+    std::vector<u8> Packed(const void* plane, std::size_t size, std::size_t width) const {
+        const u8* bytes = static_cast<const u8*>(plane);
+        if (level_ == 0) return {bytes, bytes + size};
+        return Deflated(width > 1 ? Shuffled(bytes, size, width) : std::vector<u8>(bytes, bytes + size), level_);
+    }
+
+    /// What is not finished goes, but for a process that is killed.
+    struct SRemoved {
+        explicit SRemoved(std::string file) : path(std::move(file)) {}
+        SRemoved(const SRemoved&) = delete;
+        SRemoved& operator=(const SRemoved&) = delete;
+        ~SRemoved() {
+            std::error_code ignored;
+            if (!path.empty()) fs::remove(path, ignored);
+        }
+        std::string path;
+    };
+
+    fs::path target_;
+    SWriteOptions options_;
+    int level_;
+    std::string part_;
+    CHandle file_;
+    SRemoved removed_;
+    SGroup entry_, data_;
+    CGrowing values_, status_, frame_, time_;
+    std::optional<measure::Time> start_;
+    bool begun_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<IFrameWriter> MakeNexusWriter(const fs::path& target, const SSeries& series,
+                                              const SWriteOptions& options) {
+    return std::make_unique<CNexusWriter>(target, series, options);
+}
+
+}  // namespace ovix::app
