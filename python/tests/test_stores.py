@@ -1,0 +1,107 @@
+"""What the tool writes for others, read by others: Zarr by zarr and xarray, HDF5 by h5py."""
+
+import json
+import subprocess
+import time
+
+import numpy as np
+import pytest
+from conftest import GIGE, HEIGHT, PLAIN, TOOL, WIDTH, tool
+
+import ovix
+
+xarray, zarr, h5py = (pytest.importorskip(name) for name in ("xarray", "zarr", "h5py"))
+
+
+@pytest.fixture(scope="module")
+def run(tmp_path_factory):
+    """More frames than chunks of traces hold, and their temperatures and status."""
+    dump = PLAIN.make(tmp_path_factory.mktemp("stores") / "dump.raw", 70)
+    rec = ovix.open(dump, **PLAIN.how)
+    status = np.empty(rec.shape, np.uint8)
+    return dump, rec.temperature("K", status=status), status, rec.time
+
+
+def convert(dump, out, *options):
+    size = f"{WIDTH}x{HEIGHT}"
+    tool("convert", dump, "--pixel-type", GIGE, "--size", size, "--scale", "K", *options, "-o", out)
+    return out
+
+
+@pytest.mark.parametrize("options", [(), ("--compression", "0"), ("--by-trace",)])
+def test_zarr_holds_the_values_with_their_unit_status_and_time(run, tmp_path, options):
+    dump, temperature, status, times = run
+    store = convert(dump, tmp_path / "out.zarr", *options)
+    dataset = xarray.open_zarr(store)
+    assert np.array_equal(dataset.temperature, temperature) and np.array_equal(dataset.status, status)
+    assert np.array_equal(dataset.time, times) and np.array_equal(dataset.frame, range(70))
+    assert dataset.temperature.units == "K" and dataset.status.flag_masks == list(ovix.STATUS_FLAGS.values())
+    assert json.loads(dataset.parameters)["emissivity"] == 0.95
+    by_trace = options == ("--by-trace",)
+    assert dataset.temperature.encoding["chunks"] == ((64, 48, 64) if by_trace else (1, HEIGHT, WIDTH))
+    assert zarr.open(str(store))["temperature"].compressor.shuffle == 2
+
+
+def test_zarr_holds_temperatures_in_steps(run, tmp_path):
+    dump, temperature, _, _ = run
+    store = convert(dump, tmp_path / "out.zarr", "--step", "0.01")
+    assert zarr.open(str(store))["temperature"].dtype == np.int32
+    stored = xarray.open_zarr(store).temperature
+    assert np.max(np.abs(stored.values.astype(float) - temperature)) < 0.00502
+    small = sum(file.stat().st_size for file in (store / "temperature").iterdir())
+    assert small < temperature.nbytes / 2.5
+
+
+def test_nexus_holds_the_values_with_their_unit_status_and_time(run, tmp_path):
+    dump, temperature, status, times = run
+    with h5py.File(convert(dump, tmp_path / "out.nxs")) as file:
+        entry = file[file.attrs["default"]]
+        data = entry[entry.attrs["default"]]
+        signal = data[data.attrs["signal"]]
+        assert (entry.attrs["NX_class"], data.attrs["NX_class"]) == ("NXentry", "NXdata")
+        assert np.array_equal(signal, temperature) and signal.attrs["units"] == "K"
+        assert np.array_equal(data["status"], status) and np.array_equal(data["frame"], range(70))
+        seconds = (times - times[0]) / np.timedelta64(1, "s")
+        assert np.allclose(data[data.attrs["axes"][0]], seconds, atol=1e-6)
+        assert entry["start_time"][()].decode().startswith(str(times[0])[:26])
+        assert json.loads(entry["process/parameters/data"][()])["emissivity"] == 0.95
+
+
+@pytest.mark.parametrize("extension", [".zarr", ".nxs"])
+def test_what_is_written_is_readable_after_a_kill(run, tmp_path, extension):
+    dump, temperature, _, _ = run
+    out = tmp_path / ("out" + extension)
+    camera = ("--pixel-type", GIGE, "--size", f"{WIDTH}x{HEIGHT}", "--scale", "K")
+    writer = subprocess.Popen([TOOL, "convert", "-", *camera, "-o", out], stdin=subprocess.PIPE)
+    size = dump.stat().st_size // 70
+    writer.stdin.write(dump.read_bytes()[: 40 * size])
+    writer.stdin.flush()
+    part = tmp_path / (out.name + ".part")
+    column = part / "time" / ".zarray"
+    for _ in range(500):
+        time.sleep(0.02)
+        if extension == ".zarr" and column.exists() and json.loads(column.read_text())["shape"][0] >= 38:
+            break
+        if extension == ".nxs" and part.exists() and part.stat().st_size > 100_000:
+            time.sleep(0.5)
+            break
+    writer.kill()
+    writer.wait()
+    assert not out.exists()
+    if extension == ".zarr":
+        stored = xarray.open_zarr(part, consolidated=False).temperature.values
+    else:
+        with h5py.File(part) as file:
+            stored = file["entry/data/temperature"][:]
+    assert len(stored) >= 20 and np.array_equal(stored, temperature[: len(stored)])
+
+
+@pytest.mark.parametrize("extension", [".zarr", ".nxs"])
+def test_nothing_is_replaced_unasked(run, tmp_path, extension):
+    dump = run[0]
+    out = convert(dump, tmp_path / ("out" + extension), "--frames", "0-2")
+    size = f"{WIDTH}x{HEIGHT}"
+    again = [TOOL, "convert", dump, "--pixel-type", GIGE, "--size", size, "-o", out]
+    assert subprocess.run(again, capture_output=True).returncode == 4
+    assert subprocess.run([*again, "--overwrite"], capture_output=True).returncode == 0
+    assert sorted(path.name for path in tmp_path.iterdir()) == [out.name]
