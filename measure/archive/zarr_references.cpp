@@ -26,6 +26,7 @@ struct SFileFacts {
     std::vector<u64> offsets;
     std::vector<i64> ticks;
     std::vector<i16> presets;
+    std::vector<SFinding> findings;
     u64 end = 0;  ///< behind the last frame
 
     bool Timed() const { return std::ranges::find(ticks, kNoTime) == ticks.end(); }
@@ -57,6 +58,7 @@ SFileFacts LookAt(const std::filesystem::path& path, const SOpenOptions& options
         facts.presets.push_back(said.namesPreset ? said.preset : i16{-1});
         facts.end = frame.offset + frame.size;
     }
+    facts.findings = source.Findings();
     return facts;
 }
 
@@ -202,6 +204,11 @@ std::string ZarrReferences(std::span<const std::filesystem::path> files, const S
         throw CError({.id = EError::WrongArgument, .expected = "a file at least, and a frame a reference"});
     std::vector<SFileFacts> found = CFilesInParallel(files, options).Run(how);
     RequireAlike(found);
+    for (const SFileFacts& file : found) {
+        for (const SFinding& finding : file.findings) {
+            if (how.report) how.report(file.path, finding);
+        }
+    }
     constexpr i64 kMostTicks = std::numeric_limits<i64>::max() / 100;  // that are nanoseconds, too
     const bool timed = std::ranges::all_of(found, [](const SFileFacts& file) {
         return file.Timed() && std::ranges::all_of(file.ticks, [](i64 ticks) { return std::abs(ticks) < kMostTicks; });

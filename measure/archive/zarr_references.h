@@ -19,6 +19,8 @@ struct SReferenceOptions {
     unsigned threads = 0;       ///< that look at files side by side; 0: as many as the machine runs at once
     std::stop_token stop = {};  ///< asked for: it ends between two files with `Interrupted`
     std::function<void(u64 done, u64 total)> progress = {};  ///< called on the caller's thread now and then
+    /// Called on the caller's thread, at the end, for what each file is worth.
+    std::function<void(const std::string& file, const SFinding& finding)> report = {};
 };
 
 /// Virtual Zarr: a JSON text that says where in many files the counts of all frames stand, so that readers of Zarr open

@@ -10,7 +10,7 @@
 namespace ovix::measure {
 
 struct CFrameReader::SBody {
-    SBody(const CSource& source, std::chrono::milliseconds patience) : decoder(source, patience) {
+    explicit SBody(const CSource& source) : decoder(source, SMeasureOptions().decodePatience) {
         source.Describe(description);
     }
 
@@ -18,8 +18,8 @@ struct CFrameReader::SBody {
     reduce::CReduceObjectArray description;
 };
 
-CFrameReader::CFrameReader(CSource source, std::chrono::milliseconds decodePatience)
-    : source_(std::move(source)), body_(std::make_shared<const SBody>(source_, decodePatience)) {}
+CFrameReader::CFrameReader(CSource source)
+    : source_(std::move(source)), body_(std::make_shared<const SBody>(source_)) {}
 
 const reduce::SFrameForm& CFrameReader::Form() const { return body_->decoder.Form(); }
 

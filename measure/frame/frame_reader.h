@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <memory>
 #include <optional>
 #include <span>
@@ -24,8 +23,7 @@ struct SFrameFacts {
 /// shared by threads.
 class OVIX_MEASURE_API CFrameReader {
   public:
-    /// The patience is that for one compressed frame, as of a measurement.
-    explicit CFrameReader(CSource source, std::chrono::milliseconds decodePatience = std::chrono::seconds(20));
+    explicit CFrameReader(CSource source);
 
     /// What the pixels of the source are.
     const reduce::SFrameForm& Form() const;

@@ -75,7 +75,8 @@ class CPushedSource final : public CSource::IBody {
     bool IsNumbered() const override { return false; }
     std::optional<u64> Count() const override { return {}; }
     u64 FrameSize() const override { return 0; }
-    void Read(u64, SRawFrame&) const override {
+    void Read(u64 number, SRawFrame&) const override { Find(number); }
+    SExtent Find(u64) const override {
         throw CError({.id = EError::NotNumbered, .file = File().Name(), .problem = "its frames are the caller's"});
     }
     bool Next(SRawFrame&, const std::stop_token&) override { return false; }

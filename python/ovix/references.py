@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import json
 import os
+import warnings
 from typing import Any
 
 from . import _core
@@ -32,13 +33,16 @@ def index(
     that is written whole or not at all. `pixel_type`, `size`, `frame_size` and `accept_damage` are those of `ovix.open`.
 
     Raises `FormatError` for pixels that cannot be told so: compressed ones, and those that a decoder turns, masks or
-    colours; and for files that differ.
+    colours; and for files that differ. Warns of doubts and damages that a file shows.
     """
     if out is not None and not overwrite and os.path.exists(out):
         raise FileExistsError(17, "exists", os.fspath(out))
     options = source_arguments(**how)
     url = (base_url or "").rstrip("/")
-    text = _core.zarr_references(expand(paths), *options, url, frames_per_reference, threads)
+    text, findings = _core.zarr_references(expand(paths), *options, url, frames_per_reference, threads)
+    for file, one in findings:
+        if one["weight"] != "note":
+            warnings.warn(f"{file}: {one['weight']}: {one['what']}", stacklevel=2)
     if out is not None:
         _write(os.fspath(out), text)
     refs: dict[str, Any] = json.loads(text)

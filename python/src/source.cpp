@@ -93,16 +93,24 @@ py::array Extents(const CPySource& self, const Numbers& numbers) {
     return Owned(std::move(places), {numbers.size(), 2});
 }
 
-std::string References(const std::vector<std::string>& paths, const std::string& pixelType, u16 width, u16 height,
-                       u32 frameSize, bool follow, double patience, bool acceptDamage, const std::string& baseUrl,
-                       u64 framesPerReference, unsigned threads) {
+py::tuple References(const std::vector<std::string>& paths, const std::string& pixelType, u16 width, u16 height,
+                     u32 frameSize, bool follow, double patience, bool acceptDamage, const std::string& baseUrl,
+                     u64 framesPerReference, unsigned threads) {
     const SOpenOptions options = OptionsOf(pixelType, width, height, frameSize, follow, patience, acceptDamage);
     const std::vector<std::filesystem::path> files(paths.begin(), paths.end());
     CSignals signals;
     SReferenceOptions how{.baseUrl = baseUrl, .framesPerReference = framesPerReference, .threads = threads};
     how.progress = [&](u64, u64) { signals.Check(); };
-    const py::gil_scoped_release unlocked;
-    return ZarrReferences(files, options, how);
+    std::vector<std::pair<std::string, SFinding>> found;
+    how.report = [&](const std::string& file, const SFinding& finding) { found.emplace_back(file, finding); };
+    std::string text;
+    {
+        const py::gil_scoped_release unlocked;
+        text = ZarrReferences(files, options, how);
+    }
+    py::list findings;
+    for (const auto& [file, finding] : found) findings.append(py::make_tuple(file, Dict(finding)));
+    return py::make_tuple(text, findings);
 }
 
 }  // namespace

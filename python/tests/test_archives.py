@@ -9,7 +9,7 @@ from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 
 import numpy as np
 import pytest
-from conftest import FORMS, GIGE, HEIGHT, PLAIN, WIDTH, tool
+from conftest import FORMS, GIGE, HEIGHT, PLAIN, TOOL, WIDTH, tool
 
 import ovix
 
@@ -153,6 +153,15 @@ def test_the_tool_writes_the_same_list(archive, tmp_path):
     files = [archive / "run0.krt", archive / "run1.krt"]
     tool("index", *files, "--base-url", "https://example.org/a/", "-o", tmp_path / "refs.json")
     assert json.loads((tmp_path / "refs.json").read_text()) == ovix.index(files, base_url="https://example.org/a")
+
+
+def test_a_damaged_file_is_listed_and_said(archive, tmp_path):
+    (tmp_path / "cut.krt").write_bytes((archive / "run0.krt").read_bytes()[:-100])
+    with pytest.warns(UserWarning, match="cut.krt: damage"):
+        refs = ovix.index(tmp_path / "cut.krt")["refs"]
+    assert "counts/6.0.0" in refs and "counts/7.0.0" not in refs
+    done = subprocess.run([TOOL, "index", tmp_path / "cut.krt", "-o", tmp_path / "refs.json"], capture_output=True)
+    assert done.returncode == 3 and b"cut" in done.stderr
 
 
 def test_several_frames_may_be_one_reference(archive):

@@ -5,6 +5,7 @@
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
+#include "apps/ovix/facts/findings.h"
 #include "apps/ovix/fault.h"
 #include "apps/ovix/json.h"
 #include "apps/ovix/output/output_file.h"
@@ -20,8 +21,8 @@ class CIndexCommand final : public ICommand {
         return "where the counts of many recordings stand, so that readers of Zarr open them as one array";
     }
     const char* Examples() const override {
-        return "ovix index archive/*.krt -o archive.json\n"
-               "ovix index archive/*.krt --base-url https://example.org/archive -o archive.json";
+        return "ovix index run.krt -o archive.json\n"
+               "ovix index run.krt --base-url https://example.org/archive -o archive.json";
     }
     void AddOptions(CLI::App& verb) override {
         verb.add_option("FILE", files_, "recordings, or dumps of raw frames of one kind")->required()->type_name("");
@@ -52,16 +53,24 @@ class CIndexCommand final : public ICommand {
         COutputFile output(output_, overwrite_);
         CProgress progress("file", files_.size());
         how_.progress = [&](u64 done, u64) { progress.Show(done); };
+        bool damaged = false;
+        how_.report = [&](const std::string& file, const measure::SFinding& finding) {
+            damaged = damaged || finding.weight == measure::EWeight::Damage;
+            if (finding.weight != measure::EWeight::Note) Say(FindingLine(file, finding));
+        };
         const std::vector<std::filesystem::path> files(files_.begin(), files_.end());
         const std::string text = measure::ZarrReferences(files, options_, how_);
         output.Write(text.data(), text.size());
         output.Commit();
         if (json_)
-            PrintJson(
-                {{"schema", kSchemaVersion}, {"output", output_}, {"files", files.size()}, {"bytes", text.size()}});
+            PrintJson({{"schema", kSchemaVersion},
+                       {"output", output_},
+                       {"files", files.size()},
+                       {"bytes", text.size()},
+                       {"complete", !damaged}});
         else
             Say(fmt::format("{}: {} {}", output_, files.size(), files.size() == 1 ? "file" : "files"));
-        return ExitDone;
+        return damaged ? ExitSkipped : ExitDone;
     }
 
   private:
