@@ -32,7 +32,7 @@ def index(
     The list names files by their full paths, or with `base_url` by their names behind it, for HTTP. `out` is a JSON file
     that is written whole or not at all. `pixel_type`, `size`, `frame_size` and `accept_damage` are those of `ovix.open`.
 
-    Raises `FormatError` for pixels that cannot be told so: compressed ones, and those that a decoder turns, masks or
+    Raises `FormatError` for pixels that cannot be stated so: compressed ones, and those that a decoder turns, masks or
     colours; and for files that differ. Warns of doubts and damages that a file shows.
     """
     if out is not None and not overwrite and os.path.exists(out):
