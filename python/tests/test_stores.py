@@ -89,7 +89,7 @@ def test_what_is_written_is_readable_after_a_kill(run, tmp_path, extension):
     writer.wait()
     assert not out.exists()
     if extension == ".zarr":
-        stored = xarray.open_zarr(part, consolidated=False).temperature.values
+        stored = xarray.open_zarr(part).temperature.values
     else:
         with h5py.File(part) as file:
             stored = file["entry/data/temperature"][:]

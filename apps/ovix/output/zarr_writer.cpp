@@ -217,6 +217,8 @@ class CZarrWriter final : public IFrameWriter {
         time_->Append(!timed_        ? static_cast<i64>(picture.frame)
                       : picture.time ? NanosecondsOf(*picture.time)
                                      : CColumn::kNone);
+        // Where arrays differ in length by a frame that is being written, readers go by this, which is replaced as one.
+        if (!options_.byTrace || ++appended_ % kTraceFrames == 0) WriteMetadata();
     }
     void Finish() override {
         if (!time_) throw CAppError(ExitBadData, target_.string() + ": no frame to write");
@@ -266,6 +268,7 @@ class CZarrWriter final : public IFrameWriter {
     SWriteOptions options_;
     std::optional<CPlanes> values_, status_;
     std::optional<CColumn> frame_, time_;
+    u64 appended_ = 0;
     bool timed_ = false;
     bool made_ = false;
     bool done_ = false;
