@@ -50,8 +50,8 @@ TEST(PackedFrame, BytesAreThoseOfTheForm) {
                                                        0, 2, 0, 4, 32, 0));   // status
     EXPECT_NEAR(packed.figures.largestRounding, 0.1, 1e-6);
     EXPECT_EQ(packed.figures.gaps, 1u);
-    EXPECT_EQ(packed.figures.lowest, -1);  // of the pixels without a flag
-    EXPECT_EQ(packed.figures.highest, 10);
+    EXPECT_EQ(packed.figures.range.Range().low, -1);  // of the pixels within what can be measured
+    EXPECT_EQ(packed.figures.range.Range().high, 10);
 }
 
 TEST(PackedFrame, TakesAsManyPlanesAsItsLargestDifference) {

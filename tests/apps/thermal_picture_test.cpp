@@ -1,5 +1,6 @@
 #include "apps/ovix/output/thermal_picture.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <png.h>
 
@@ -9,6 +10,8 @@
 
 #include "app_files.h"
 #include "apps/ovix/output/frame_writer.h"
+#include "apps/ovix/output/plain_picture.h"
+#include "tool_run.h"
 
 namespace ovix::app {
 namespace {
@@ -72,9 +75,11 @@ TEST(ColourScale, KindsOfPixels) {
     for (const auto& c : cases) EXPECT_EQ(KindOf(c.value, c.status, {10, 20}), c.kind) << c.value << " " << +c.status;
 }
 
-TEST(ColourScale, RangeLooksAtWhatIsShown) {
+TEST(PictureRange, LooksAtWhatIsShown) {
     const auto expectRange = [](std::vector<float> values, std::vector<u8> status, float low, float high) {
-        const SRange range = RangeOfPixels(values, status);
+        CCommonRange common;
+        common.Add(SuitingRange(values, status, static_cast<u32>(values.size())));
+        const SRange range = common.Range();
         EXPECT_FLOAT_EQ(range.low, low);
         EXPECT_FLOAT_EQ(range.high, high);
     };
@@ -91,6 +96,57 @@ TEST(ColourScale, RangeLooksAtWhatIsShown) {
     expectRange({kNaN}, {}, 0, 1);
     expectRange({}, {}, 0, 1);
     expectRange({1e9f}, {}, 1e9f - 1000, 1e9f + 1000);
+}
+
+/// A slope from 20 to 30 with what is put into it.
+std::vector<float> Slope(std::initializer_list<std::pair<std::size_t, float>> with) {
+    std::vector<float> values(200 * 100);
+    for (std::size_t i = 0; i < values.size(); ++i) values[i] = 20 + 10 * static_cast<float>(i % 200) / 199;
+    for (const auto& [at, value] : with) values[at] = value;
+    return values;
+}
+
+TEST(PictureRange, IsSpoiledByNoDeadPixelAndKeepsSmallSpots) {
+    const std::size_t middle = 50 * 200 + 100;
+    const struct {
+        const char* what;
+        std::vector<float> values;
+        SRange range;
+    } cases[] = {
+        {"nothing", Slope({}), {20, 30}},
+        {"dead in the middle, a corner and an edge", Slope({{middle, 99}, {0, 0}, {19999, 99}, {199, -5}}), {20, 30}},
+        {"two dead ones side by side", Slope({{middle, 99}, {middle + 1, 98}}), {20, 30}},
+        {"a spot", Slope({{middle, 50}, {middle + 1, 51}, {middle + 200, 52}, {middle + 201, 53}}), {20, 53}},
+        {"a cold spot and one hot pixel", Slope({{0, 5}, {1, 5}, {200, 4}, {201, 5}, {middle, 99}}), {4, 30}},
+        {"what noise may do", Slope({{middle, 33.4f}, {0, 16.6f}}), {16.6f, 33.4f}},
+    };
+    for (const auto& c : cases) {
+        const auto range = SuitingRange(c.values, {}, 200);
+        ASSERT_TRUE(range);
+        EXPECT_EQ(range->low, c.range.low) << c.what;
+        EXPECT_EQ(range->high, c.range.high) << c.what;
+    }
+    CCommonRange common;  // of a sequence, the widest
+    for (const auto& c : cases) common.Add(SuitingRange(c.values, {}, 200));
+    EXPECT_EQ(common.Range().low, 4);
+    EXPECT_EQ(common.Range().high, 53);
+}
+
+TEST(PictureRange, PercentilesAreValuesOfThePixels) {
+    std::vector<float> values(101);
+    for (std::size_t i = 0; i < values.size(); ++i) values[i] = static_cast<float>((i * 37) % 101);  // 0 to 100
+    std::vector<u8> status(101);
+    const auto expect = [&](Percentiles shares, float low, float high) {
+        const auto range = SuitingRange(values, status, 101, shares);
+        ASSERT_TRUE(range);
+        EXPECT_EQ(range->low, low);
+        EXPECT_EQ(range->high, high);
+    };
+    expect({0, 100}, 0, 100);
+    expect({1, 99}, 1, 99);
+    expect({25, 50}, 25, 50);
+    for (std::size_t i = 0; i < values.size(); ++i) status[i] = values[i] < 50 ? 32 : 0;  // 50 to 100 are left
+    expect({0, 50}, 50, 75);
 }
 
 TEST(ColourScale, TicksAreRoundNumbers) {
@@ -121,7 +177,10 @@ SSeries Series(u16 width, u16 height) {
     return series;
 }
 
-SLook Look(SRange range, std::span<const SRegion> marks = {}) { return {range, Palettes().front(), marks}; }
+/// A drawing in the first palette.
+SThermalPicture Draw(const SSeries& series, const SPicture& picture, SRange range, const SWriteOptions& options = {}) {
+    return DrawThermalPicture(series, picture, {range, options});
+}
 
 /// The palette is sampled, not computed with: entry 255 x share, which the test knows from a share of its own.
 SColour Entry(double share) { return ColourOf(Palettes()[0].colours[static_cast<u32>(std::lround(255 * share))]); }
@@ -130,7 +189,7 @@ TEST(ThermalPicture, PixelsAndBarShareOnePalette) {
     const SSeries series = Series(4, 2);
     const std::vector<float> values{10, 12.5f, 20, 30, 9, 31, 15, 29};
     const std::vector<u8> status{0, 0, 0, 0, 0, 0, 32, 4};
-    const SThermalPicture drawn = DrawThermalPicture(series, {0, values, status, "caption"}, Look({10, 30}));
+    const SThermalPicture drawn = Draw(series, {0, values, status, "caption"}, {10, 30});
     const auto at = [&](int x, int y) {
         return drawn.canvas.At(drawn.image.x + x * drawn.scale + drawn.scale / 2,
                                drawn.image.y + y * drawn.scale + drawn.scale / 2);
@@ -160,7 +219,7 @@ TEST(ThermalPicture, PixelsAndBarShareOnePalette) {
 TEST(ThermalPicture, HatchesWhatIsNotCalibrated) {
     const std::vector<float> values{20, 20};
     const std::vector<u8> status{0, 1};
-    const SThermalPicture drawn = DrawThermalPicture(Series(2, 1), {0, values, status, ""}, Look({10, 30}));
+    const SThermalPicture drawn = Draw(Series(2, 1), {0, values, status, ""}, {10, 30});
     const auto plainPixels = [&](int x) {
         int plain = 0;
         for (int i = 0; i < drawn.scale; ++i)
@@ -177,11 +236,11 @@ TEST(ThermalPicture, HatchesWhatIsNotCalibrated) {
 TEST(ThermalPicture, NamesNeverCoverTheBar) {
     const std::vector<float> values(160 * 120, 25.0f);
     const SPicture picture{0, values, {}, ""};
-    const SThermalPicture plain = DrawThermalPicture(Series(160, 120), picture, Look({25, 26}));
+    const SThermalPicture plain = Draw(Series(160, 120), picture, {25, 26});
     for (const char* name : {"a name that is far longer than all of the picture is wide, so that it cannot end in it",
                              "\u0645\u062d\u0645\u0644", "\u8f74\u627f", "short", "\xFF\xFE", "two\nlines"}) {
         for (const SRegion& mark : {SRegion{name, 150, 60, 10, 10}, SRegion{name, 159, 0, 1, 1}}) {
-            const SThermalPicture drawn = DrawThermalPicture(Series(160, 120), picture, Look({25, 26}, {&mark, 1}));
+            const SThermalPicture drawn = Draw(Series(160, 120), picture, {25, 26}, {.marks = {mark}});
             u32 changed = 0;
             for (int y = 0; y < plain.canvas.Height(); ++y) {
                 for (int x = 0; x < plain.canvas.Width(); ++x) {
@@ -195,12 +254,64 @@ TEST(ThermalPicture, NamesNeverCoverTheBar) {
     }
 }
 
+/// Light lines run between the pixels on both sides of the level, and nowhere else.
+TEST(ThermalPicture, IsothermsRunBetweenPixels) {
+    const SSeries series = Series(4, 2);
+    const std::vector<float> values{10, 20, 30, 30, 10, 30, kNaN, 30};
+    const SThermalPicture drawn = Draw(series, {0, values, {}, ""}, {0, 40}, {.isotherms = {25}, .zoom = 40});
+    ASSERT_EQ(drawn.scale, 40);
+    const auto isLight = [&](double x, double y) {  // in pixels of the frame
+        const auto at = [](double place, int start) { return start + static_cast<int>(place * 40); };
+        return drawn.canvas.At(at(x, drawn.image.x), at(y, drawn.image.y)) == ColourOf(0xFFFFFF);
+    };
+    EXPECT_TRUE(isLight(2, 0.5));   // 20 | 30
+    EXPECT_TRUE(isLight(1, 1.5));   // 10 | 30
+    EXPECT_TRUE(isLight(1.5, 1));   // 20 above 30
+    EXPECT_FALSE(isLight(1, 0.5));  // 10 | 20
+    EXPECT_FALSE(isLight(3, 0.5));
+    EXPECT_FALSE(isLight(0.5, 1));
+    EXPECT_FALSE(isLight(2, 1.5));  // beside no number
+    EXPECT_FALSE(isLight(2.5, 1));
+    const int row = drawn.bar.y + static_cast<int>(std::lround((drawn.bar.height - 1) * 15 / 40.0));
+    EXPECT_EQ(drawn.canvas.At(drawn.bar.x + 2, row), ColourOf(0xFFFFFF));
+}
+
+TEST(ThermalPicture, CrossHairsStandAtTheHottestAndColdestGoodPixel) {
+    std::vector<float> values(40 * 30, 20.0f);
+    std::vector<u8> status(values.size());
+    values[10 * 40 + 7] = 10, values[20 * 40 + 30] = 33;
+    values[100] = 99, status[100] = 4;
+    const SPicture picture{0, values, status, ""};
+    const SThermalPicture plain = Draw(Series(40, 30), picture, {10, 33}, {.zoom = 9});
+    const SThermalPicture marked = Draw(Series(40, 30), picture, {10, 33}, {.markExtremes = true, .zoom = 9});
+    const auto changed = [&](int x, int y, int dx, int dy) {
+        const int u = plain.image.x + x * 9 + 4 + dx, v = plain.image.y + y * 9 + 4 + dy;
+        return marked.canvas.At(u, v) != plain.canvas.At(u, v);
+    };
+    for (const auto& [x, y] : {std::pair{7, 10}, {30, 20}}) {
+        EXPECT_FALSE(changed(x, y, 0, 0));  // the pixel itself is seen
+        for (const auto& [dx, dy] : {std::pair{-9, 0}, {9, 0}, {0, -9}, {0, 9}}) EXPECT_TRUE(changed(x, y, dx, dy));
+    }
+    EXPECT_FALSE(changed(100 % 40, 100 / 40, 9, 0));
+}
+
+TEST(ThermalPicture, VideoHasItsOwnColoursAndNoBar) {
+    const std::vector<float> values{1, 2};
+    const std::vector<u32> colours{0x102030, 0xFFEE01};
+    const SThermalPicture drawn = Draw(Series(2, 1), {0, values, {}, "", {}, colours}, {});
+    EXPECT_EQ(drawn.bar.width, 0);
+    for (int x : {0, 1}) {
+        const int middle = drawn.image.x + x * drawn.scale + drawn.scale / 2;
+        EXPECT_EQ(drawn.canvas.At(middle, drawn.image.y + drawn.scale / 2), ColourOf(colours[static_cast<u32>(x)]));
+    }
+}
+
 TEST(ThermalPicture, AnySizeCanBeDrawn) {
     for (const auto& [width, height] : {std::pair<u16, u16>{1, 1}, {1, 700}, {900, 1}, {641, 3}, {2000, 1500}}) {
         const std::vector<float> values(std::size_t{width} * height, 25.0f);
         const SSeries series = Series(width, height);
         const std::vector<SRegion> marks{{"all", 0, 0, width, height}};
-        const SThermalPicture drawn = DrawThermalPicture(series, {0, values, {}, "caption"}, Look({25, 26}, marks));
+        const SThermalPicture drawn = Draw(series, {0, values, {}, "caption"}, {25, 26}, {.marks = marks});
         EXPECT_EQ(drawn.image.width, width * drawn.scale);
         EXPECT_LE(drawn.image.x + drawn.image.width, drawn.bar.x);
         EXPECT_LE(drawn.image.y + drawn.image.height, drawn.canvas.Height());
@@ -244,7 +355,7 @@ TEST(PngWriter, ReadsBackAsDrawnInOneRangeForAll) {
     } cases[] = {{"one.png", 1, {0, values, {}, ""}}, {"s-000012.png", 2, {12, hotter, {}, ""}}};
     for (const auto& [name, frames, picture] : cases) {
         series.frames = frames;
-        const SThermalPicture drawn = DrawThermalPicture(series, picture, Look({0, 511}));
+        const SThermalPicture drawn = Draw(series, picture, {0, 511});
         png_image image;
         const std::vector<u8> pixels = ReadPng(test::PathIn(folder, name), image);
         ASSERT_EQ(image.width, static_cast<u32>(drawn.canvas.Width()));
@@ -255,6 +366,74 @@ TEST(PngWriter, ReadsBackAsDrawnInOneRangeForAll) {
                 ASSERT_EQ((SColour{next[0], next[1], next[2]}), drawn.canvas.At(x, y)) << name;
         }
     }
+}
+
+TEST(PlainPicture, NumbersTellTheValues) {
+    const SUnitText celsius = UnitText(TemperatureFactory, Celsius), counts = UnitText(Counts, Celsius);
+    const struct {
+        SRange ends;
+        SUnitText unit;
+        double scale, offset;
+    } scales[] = {{{20, 30}, celsius, 2e-4, 19.9998},  // 10 in 65,533 steps of 1.53e-4, rounded up
+                  {{-40, 25}, celsius, 1e-3, -40.001},
+                  {{7, 7}, celsius, 2e-10, 7 - 2e-10},
+                  {{0, 65535}, counts, 1, 0},
+                  {{-1, 70000}, counts, 2, -4}};
+    for (const auto& c : scales) {
+        const Json found = CPlainScale(c.ends, c.unit).Describe();
+        EXPECT_NEAR(found["scale"].get<double>(), c.scale, c.scale * 1e-9);
+        EXPECT_NEAR(found["offset"].get<double>(), c.offset, 1e-9);
+    }
+    const std::vector<float> values{20, 30, 25, 19, 99, kNaN};
+    const std::vector<u8> status{0, 0, 32, 2, 0, 0};
+    u64 beyond = 9;
+    const SPngRows rows = CPlainScale({20, 30}, celsius).Rows({0, values, status, ""}, 3, beyond);
+    // 1, 50001 (C351), none; 1 for what is beyond, 65535, none: each but the first less the one before it, byte by
+    // byte.
+    EXPECT_THAT(rows.bytes, testing::ElementsAre(1, 0, 1, 0xC3, 0x50, 0x3D, 0xAF,  //
+                                                 1, 0, 1, 0xFF, 0xFE, 1, 1));
+    EXPECT_EQ(beyond, 2u);
+    EXPECT_TRUE(rows.grey16);
+}
+
+/// Blue, green and red of each pixel, the lowest line first, as the camera sends them.
+TEST(ConvertCommand, WritesVideoInItsColours) {
+    test::CToolFolder folder;
+    test::WriteText(folder.Path("v.raw"), std::string("\x03\x02\x01\x06\x05\x04\x30\x20\x10\xFF\x80\x01", 12));
+    const std::vector<std::string> input{"convert", "v.raw", "--pixel-type", "K410 BGR (24-bit)", "--size", "2x2"};
+    auto plain = input;
+    plain.insert(plain.end(), {"--plain", "-o", "v.png"});
+    folder.Do(plain);
+    png_image image;
+    const std::vector<u8> pixels = ReadPng(folder.Path("v.png"), image);
+    EXPECT_THAT(pixels, testing::ElementsAre(0x10, 0x20, 0x30, 0x01, 0x80, 0xFF, 1, 2, 3, 4, 5, 6));
+}
+
+TEST(ConvertCommand, PictureOptionsThatMeanNothingAreRefused) {
+    test::CToolFolder folder;
+    folder.Do({"synth", "--size", "64x48", "--family", "Plover", "-o", "f.raw"});
+    const std::vector<std::string> input{"convert", "f.raw", "--pixel-type", "Plover IR (F7M0)", "--size", "64x48"};
+    const std::vector<std::vector<std::string>> refused{{"-o", "o.npy", "--zoom", "2"},
+                                                        {"-o", "o.csv", "--isotherm", "3"},
+                                                        {"-o", "o.tif", "--mark-extremes"},
+                                                        {"-o", "o.npy", "--plain"},
+                                                        {"-o", "o.png", "--range", "p9,p1"},
+                                                        {"-o", "o.png", "--range", "p1,99"},
+                                                        {"-o", "o.png", "--range", "p-1,p50"},
+                                                        {"-o", "o.png", "--isotherm", "nan"},
+                                                        {"-o", "o.png", "--zoom", "0"},
+                                                        {"-o", "o.png", "--plain", "--zoom", "2"},
+                                                        {"-o", "o.png", "--plain", "--range", "p1,p99"}};
+    for (const auto& more : refused) {
+        auto arguments = input;
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        EXPECT_EQ(folder.Run(arguments).status, 2) << more.back();
+    }
+    auto drawn = input;
+    drawn.insert(drawn.end(), {"-o", "o.png", "--range", "p1,p99", "--isotherm", "40"});
+    folder.Do(drawn);
+    const std::string png = test::ReadText(folder.Path("o.png"));
+    EXPECT_THAT(png, testing::HasSubstr("2026-01-15T12:00:00.000000Z  \\u00b7  emissivity 0.95"));
 }
 
 }  // namespace

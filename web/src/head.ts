@@ -58,10 +58,10 @@ export interface Head {
   scale: Scale | null;
   /** Between two neighbouring values, in `unit`. */
   step: number;
-  /** Lowest and highest of the pixels without a flag, over all frames; null when there are none. */
-  lowest: number | null;
-  highest: number | null;
+  /** The ends of the colour bar to begin with, which suit all frames; null when no pixel has a value. */
+  range: [low: number, high: number] | null;
   flags: StatusFlag[];
+  outsideBit: number;
   underBit: number;
   overBit: number;
   noDataBit: number;
@@ -72,7 +72,7 @@ export interface Head {
   /** 256 colours each, six hexadecimal digits a colour. */
   palettes: { name: string; colours: string }[];
   /** Of pixels that are not in the palette: below or above its ends, under or over what can be measured, no data. */
-  colours: Record<Exclude<Kind, "shown">, string>;
+  colours: Record<Exclude<Kind, "shown" | "uncalibrated">, string>;
   facts: FactSection[];
 }
 

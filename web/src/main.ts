@@ -75,17 +75,19 @@ async function start(): Promise<void> {
   const packed = document.querySelectorAll(".ovix-frame");
   if (packed.length !== head.frames.length) throw new Error(`${packed.length} of ${head.frames.length} frames are here`);
   const frames = new Frames(head, (index) => packed[index].textContent ?? "");
+  const [low, high] = head.range ?? [0, 1];
   const store = new Store({
     index: 0,
     frame: await frames.get(0),
     playing: false,
     palette: head.palettes[0].name,
     scale: head.scale,
-    low: head.lowest ?? 0,
-    high: Math.max(head.highest ?? 1, (head.lowest ?? 0) + head.step),
+    low,
+    high: Math.max(high, low + head.step),
     leaveOut: 0.5,
     follow: false,
     markBeyond: false,
+    goodOnly: true,
     tool: "look",
     regions: givenRegions(head),
     selected: null,

@@ -23,7 +23,7 @@ export function paletteIndex(value: number, low: number, high: number): number {
 }
 
 /** Below and above are a matter of the colour bar, under and over one of the camera. */
-export type Kind = "shown" | "below" | "above" | "under" | "over" | "noData";
+export type Kind = "shown" | "uncalibrated" | "below" | "above" | "under" | "over" | "noData";
 
 export interface Painting {
   palette: Palette;
@@ -40,18 +40,23 @@ export function kindOf(value: number, status: number, head: Head, painting: Pain
   if (status & head.overBit) return "over";
   if (painting.markBeyond && value < painting.low) return "below";
   if (painting.markBeyond && value > painting.high) return "above";
-  return "shown";
+  return status & head.outsideBit ? "uncalibrated" : "shown";
+}
+
+/** Whether it takes its colour from the palette. */
+export function isShown(kind: Kind): kind is "shown" | "uncalibrated" {
+  return kind === "shown" || kind === "uncalibrated";
 }
 
 /** Draws a frame into the words of an image of its size; answers how many pixels are of each kind. */
 export function paint(words: Uint32Array, frame: Frame, head: Head, painting: Painting): Record<Kind, number> {
-  const count = { shown: 0, below: 0, above: 0, under: 0, over: 0, noData: 0 };
+  const count = { shown: 0, uncalibrated: 0, below: 0, above: 0, under: 0, over: 0, noData: 0 };
   const special = Object.fromEntries(Object.entries(head.colours).map(([kind, rgb]) => [kind, colourOf(rgb)]));
   const { palette, low, high } = painting;
   for (let i = 0; i < words.length; ++i) {
     const value = frame.values[i];
     const kind = kindOf(value, frame.status[i], head, painting);
-    words[i] = kind === "shown" ? palette[paletteIndex(value, low, high)] : special[kind];
+    words[i] = isShown(kind) ? palette[paletteIndex(value, low, high)] : special[kind];
     ++count[kind];
   }
   return count;

@@ -21,6 +21,8 @@ export interface State {
   /** The range is found anew for every frame. */
   follow: boolean;
   markBeyond: boolean;
+  /** Figures are of pixels without any flag alone, not of all that the tool counts. */
+  goodOnly: boolean;
   tool: Tool;
   regions: Region[];
   /** Of a region; null for none. */

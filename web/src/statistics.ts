@@ -26,7 +26,13 @@ export interface Figures {
 
 export interface CountingRule {
   flags: readonly StatusFlag[];
+  /** Bits that keep a pixel out of the figures. */
   notCounted: number;
+}
+
+/** Either good pixels alone, or all that the head lets count. */
+export function ruleOf({ flags, notCounted }: CountingRule, goodOnly: boolean): CountingRule {
+  return { flags, notCounted: goodOnly ? 255 : notCounted };
 }
 
 /** The figures of a region, or of the whole frame for null. */

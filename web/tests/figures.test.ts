@@ -4,7 +4,7 @@ import { csvField, RegionCsv } from "../src/csv";
 import { parseHead, secondsOf, statusText, type Head } from "../src/head";
 import type { Frame } from "../src/packing";
 import { colourOf, kindOf, paletteIndex, type Kind } from "../src/palette";
-import { figuresOf, histogramOf, percentile, profileOf, sortedValues } from "../src/statistics";
+import { figuresOf, histogramOf, percentile, profileOf, ruleOf, sortedValues } from "../src/statistics";
 import { Shown, ticks, type Scale } from "../src/units";
 
 const frame: Frame = {
@@ -26,6 +26,7 @@ const head = {
     { bit: 2, key: "under", text: "below the range" },
     { bit: 32, key: "noData", text: "no data" },
   ],
+  outsideBit: 1,
   underBit: 2,
   overBit: 4,
   noDataBit: 32,
@@ -41,6 +42,8 @@ test("figures are of the numbers whose status lets them count", () => {
   assert.ok(Math.abs(whole.mean - mean) < 1e-12);
   assert.ok(Math.abs(whole.deviation - Math.sqrt(values.reduce((sum, v) => sum + v * v, 0) / 6 - mean * mean)) < 1e-12);
   assert.deepEqual([whole.minimum, whole.minimumAt, whole.maximum, whole.maximumAt], [1, { x: 0, y: 0 }, 4, { x: 3, y: 0 }]);
+  const good = figuresOf(frame, null, ruleOf(head, true));
+  assert.deepEqual([good.counted, good.mean, good.good], [4, 11 / 4, 5]);
   const none = figuresOf(frame, { kind: "rectangle", points: [{ x: 0, y: 1 }, { x: 1, y: 1 }] }, head);
   assert.deepEqual([none.pixels, none.counted, none.mean, none.minimumAt], [2, 0, NaN, null]);
 });
@@ -77,7 +80,7 @@ test("colours of values and of what is no value", () => {
   assert.deepEqual([-5, 10, 15, 20, 99].map((value) => paletteIndex(value, 10, 20)), [0, 0, 128, 255, 255]);
   const painting = { palette: new Uint32Array(256), low: 10, high: 20, markBeyond: false };
   const cases: [value: number, status: number, kind: Kind, marked: Kind][] = [
-    [15, 1, "shown", "shown"],
+    [15, 1, "uncalibrated", "uncalibrated"],
     [5, 0, "shown", "below"],
     [25, 0, "shown", "above"],
     [5, 2, "under", "under"],

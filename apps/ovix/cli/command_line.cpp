@@ -7,6 +7,7 @@
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/suggestion.h"
 #include "apps/ovix/commands/command.h"
+#include "apps/ovix/commands/plot.h"
 #include "apps/ovix/commands/report.h"
 #include "apps/ovix/fault.h"
 
@@ -34,8 +35,8 @@ class CGrammar {
             "4 a file is missing, unreadable, unwritable or of no known format, 130 interrupted.");
         for (const auto make :
              {MakeDemoCommand, MakeFormatsCommand, MakeSynthCommand, MakeInfoCommand, MakeConvertCommand,
-              MakeReportCommand, MakeStatsCommand, MakeExplainCommand, MakeCalibrateCommand, MakeAdjustCommand,
-              MakeRecordCommand, MakeVerifyCommand, MakeRepairCommand, MakeIndexCommand})
+              MakeReportCommand, MakePlotCommand, MakeStatsCommand, MakeExplainCommand, MakeCalibrateCommand,
+              MakeAdjustCommand, MakeRecordCommand, MakeVerifyCommand, MakeRepairCommand, MakeIndexCommand})
             AddVerb(make());
     }
 

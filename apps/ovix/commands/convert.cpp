@@ -5,17 +5,20 @@
 #include <filesystem>
 #include <mutex>
 
-#include "apps/ovix/cli/choice.h"
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/measure_arguments.h"
 #include "apps/ovix/cli/measure_run.h"
 #include "apps/ovix/cli/number_text.h"
+#include "apps/ovix/cli/picture_arguments.h"
 #include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/facts/scene_json.h"
+#include "apps/ovix/fault.h"
 #include "apps/ovix/output/frame_writer.h"
+#include "apps/ovix/output/video_colours.h"
+#include "apps/ovix/status_flags.h"
 
 namespace ovix::app {
 
@@ -68,15 +71,6 @@ class CConvertCommand final : public ICommand {
             ->required()
             ->type_name("FILE")
             ->group(group);
-        verb.add_option("--range", range_,
-                        "values at the ends of the palette (else lowest and highest of all frames, which are then "
-                        "read twice)")
-            ->type_name("LO,HI")
-            ->group(group);
-        verb.add_option("--palette", palette_,
-                        "colours of pictures: inferno (the default), magma, viridis, cividis, grey or grey-inverted")
-            ->type_name("NAME")
-            ->group(group);
         verb.add_option("--compression", options_.compression,
                         "of .tif, .png, .zarr and .nxs: 0 none, 1 quick (the default), up to 12 small")
             ->check(CLI::Range(0, 12))
@@ -90,24 +84,19 @@ class CConvertCommand final : public ICommand {
         verb.add_flag("--by-trace", options_.byTrace,
                       "of .zarr: chunks of 64 frames and 64 x 64 pixels, for who reads pixels over time")
             ->group(group);
-        verb.add_option("--roi", regions_, "a region to be marked in pictures: x,y,w,h or name=x,y,w,h")
-            ->type_name("REGION")
-            ->allow_extra_args(false)
-            ->group(group);
         verb.add_flag("--overwrite", options_.overwrite, "replace files that exist")->group(group);
         verb.add_flag("--json", json_, "say what was done as JSON")->group(group);
+        picture_.Add(verb);
     }
 
     EExit Run() override {
         const measure::SMeasureOptions measureOptions = measure_.Options();
-        if (!range_.empty() && !IsPicture()) throw UsageFault("--range: has an effect on pictures (.png) alone");
-        if (!range_.empty()) options_.range = ParseRange("--range", range_);
-        if (!palette_.empty()) options_.palette = PaletteOf("--palette", palette_);
         if ((options_.step > 0 || options_.byTrace) && !CString(output_.c_str()).EndsWithNoCase(L".zarr"))
             throw UsageFault("--step and --by-trace: have an effect on .zarr alone");
         const measure::CSource source = source_.Open();
+        if (!IsPicture()) picture_.RefuseAll();
         const measure::SFrameFormat& format = source.Format();
-        options_.marks = ParseRegions(regions_, format.width, format.height);
+        picture_.Put(options_, format.width, format.height);
         if (source.IsFile(output_)) throw UsageFault(output_ + " is the input");
         const measure::CMeasurement measurement(source, measureOptions);
         CMeasureRun run(measurement, source_, mergePresets_);
@@ -119,7 +108,8 @@ class CConvertCommand final : public ICommand {
 
         // A target that would not do is told before the frames are measured: a writer that is dropped leaves nothing.
         MakeFrameWriter(output_, series, options_);
-        if (IsPicture() && !options_.range && series.frames > 1) FindRange(run, source);
+        const CVideoColours video = IsPicture() ? CVideoColours(measurement) : CVideoColours();
+        if (IsPicture() && !options_.range && !video && series.frames > 1) FindRange(run, source);
         CValueRange range;
         std::unique_ptr<IFrameWriter> writer;
         const auto begin = [&](const measure::CFrame& frame) {
@@ -136,7 +126,7 @@ class CConvertCommand final : public ICommand {
         if (source.IsNumbered()) std::call_once(begun, [&] { begin(run.First()); });
         const auto encode = [&](const measure::CFrame& frame) {
             std::call_once(begun, begin, frame);
-            return Encode(*writer, frame);
+            return Encode(*writer, frame, video);
         };
         run.Run(encode, append);
         writer->Finish();
@@ -145,11 +135,6 @@ class CConvertCommand final : public ICommand {
     }
 
   private:
-    static const SPalette* PaletteOf(const char* option, const std::string& name) {
-        std::vector<std::pair<std::string, const SPalette*>> words;
-        for (const SPalette& palette : Palettes()) words.emplace_back(palette.name, &palette);
-        return ParseChoice<const SPalette*>(option, name, words);
-    }
     /// Of a pipe nobody knows how many frames it brings: several.
     static constexpr u64 kFramesOfAPipe = 1'000'000;
 
@@ -158,24 +143,43 @@ class CConvertCommand final : public ICommand {
         SEncodedFrame bytes;
         CValueRange range;
     };
-    static SPicture PictureOf(const measure::CFrame& frame) {
+    /// When it was taken, and what the values rest on most.
+    static std::string CaptionOf(std::string caption, const measure::CFrame& frame) {
+        for (const measure::SParameter& parameter : frame.Parameters()) {
+            if (parameter.key != "emissivity") continue;
+            caption += fmt::format("{}emissivity {:.4g}", caption.empty() ? "" : "  ·  ", parameter.value);
+        }
+        return caption;
+    }
+    SPicture PictureOf(const measure::CFrame& frame) const {
+        const std::string time = frame.time ? TimeText(*frame.time) : "";
         return {.frame = frame.number,
                 .values = frame.values,
                 .status = frame.status,
-                .caption = frame.time ? TimeText(*frame.time) : "",
+                .caption = IsPicture() ? CaptionOf(time, frame) : time,
                 .time = frame.time};
     }
-    static SEncoded Encode(const IFrameWriter& writer, const measure::CFrame& frame) {
-        return {writer.Encode(PictureOf(frame)), CValueRange(frame)};
+    SEncoded Encode(const IFrameWriter& writer, const measure::CFrame& frame, const CVideoColours& video) const {
+        SPicture picture = PictureOf(frame);
+        std::vector<u32> colours;
+        if (video) colours = video.Of(frame);
+        picture.colours = colours;
+        return {writer.Encode(picture), CValueRange(frame)};
+    }
+
+    /// Between its ends a drawn picture shows the frame well, a plain one all of its values.
+    static std::optional<SRange> RangeFor(const measure::CFrame& frame, const SWriteOptions& options) {
+        if (options.plain) return Extremes(frame.values, frame.status, kStatusNoData);
+        return SuitingRange(frame.values, frame.status, frame.width, options.percentiles);
     }
 
     void FindRange(CMeasureRun& run, const measure::CSource& source) {
         if (!source.IsNumbered())
             throw UsageFault("--range: several pictures need one range; --spool finds it for " + source.Name());
-        CValueRange range;
-        run.RunAhead([](const measure::CFrame& frame) { return CValueRange(frame); },
-                     [&](const CValueRange& frame) { range.Add(frame); });
-        options_.range = range.Ends().value_or(std::pair{0.0f, 1.0f});
+        CCommonRange common;
+        run.RunAhead([&](const measure::CFrame& frame) { return RangeFor(frame, options_); },
+                     [&](const std::optional<SRange>& frame) { common.Add(frame); });
+        options_.range = {common.Range().low, common.Range().high};
     }
 
     /// What was written: of several pictures the pattern of their names.
@@ -211,9 +215,7 @@ class CConvertCommand final : public ICommand {
     CSourceArguments source_;
     CMeasureArguments measure_;
     std::string output_;
-    std::string range_;
-    std::string palette_;
-    std::vector<std::string> regions_;
+    CPictureArguments picture_;
     SWriteOptions options_;
     bool mergePresets_ = false;
     bool json_ = false;

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "apps/ovix/json.h"
-#include "apps/ovix/output/palette.h"
+#include "apps/ovix/output/picture_range.h"
 #include "apps/ovix/region.h"
 #include "apps/ovix/units.h"
 
@@ -32,6 +32,8 @@ struct SPicture {
     std::span<const u8> status;              ///< as many status bytes, or none
     std::string caption;                     ///< what differs from frame to frame: the time, say
     std::optional<measure::Time> time = {};  ///< when it was taken; nothing where the frame does not say it
+    /// Of video: as many colours, 0xRRGGBB, which are what its picture shows.
+    std::span<const u32> colours = {};
 };
 
 struct SWriteOptions {
@@ -47,7 +49,13 @@ struct SWriteOptions {
     const SPalette* palette = &Palettes().front();
     /// The values at the ends of the palette; several frames need it said, one has its own lowest and highest.
     std::optional<std::pair<float, float>> range = {};
-    std::vector<SRegion> marks = {};  ///< regions to be drawn
+    /// In place of a range, of one frame: at the ends are the values at these shares of its pixels.
+    std::optional<Percentiles> percentiles = {};
+    std::vector<SRegion> marks = {};    ///< regions to be drawn
+    std::vector<float> isotherms = {};  ///< values along which lines are drawn
+    bool markExtremes = false;          ///< where the least and the greatest good pixel are, with their values
+    int zoom = 0;        ///< pixels of the picture for one of the frame, in both directions; 0: what suits
+    bool plain = false;  ///< the pixels alone, as numbers of 16 bits
 };
 
 /// What `IFrameWriter::Encode` makes of a frame. What is in it is the format's own matter.
@@ -89,8 +97,10 @@ class IFrameWriter {
 /// - CSV: a table for spreadsheets and scripts, one line for each row of each frame: the number of the frame, the row,
 ///   then the pixels from left to right. The head names them with their unit: `frame,row,x0 [°C],x1 [°C]`. Numbers are
 ///   the shortest texts that read back to the same value.
-/// - PNG: a picture for the eye: palette, colour bar with the unit, title and caption, the marked regions, and a legend
-///   for what the palette does not show, where it occurs.
+/// - PNG: a picture for the eye: palette, colour bar with the unit, title and caption, what is marked, and a legend for
+///   what the palette does not show, where it occurs; of video its colours. `Description` is JSON in ASCII: what
+///   `DescribeSeries` and `DescribeFrame` say, the range and the palette. A plain one holds the pixels alone, grey in
+///   16 bits, as `CPlainScale` says; its description holds the scale.
 ///
 /// - Zarr, a folder of format 2: arrays of values and status by the CF conventions, packed by Blosc with shuffled bits,
 ///   and the coordinates time and frame. It is written to `out.zarr.part`, which at any time can be read as far as it

@@ -212,11 +212,6 @@ SRange RangeBetween(float low, float high) {
     return {low - half, low + half};
 }
 
-SRange RangeOfPixels(std::span<const float> values, std::span<const u8> status) {
-    const auto found = Extremes(values, status, kStatusNoData | kStatusUnder | kStatusOver);
-    return found ? RangeBetween(found->low, found->high) : SRange{0, 1};
-}
-
 std::vector<STick> Ticks(SRange range, int wanted) {
     constexpr double kSlack = 1e-3;  // of a step: the ends of the range are floats, seldom round themselves
     const double low = range.low;

@@ -73,9 +73,6 @@ SColour ColourOfPixel(const SPalette& palette, float value, EPixelKind kind, SRa
 std::optional<SRange> Extremes(std::span<const float> values, std::span<const u8> status, u8 without);
 /// The range between two finite values; where they are equal, a range of 1 around them.
 SRange RangeBetween(float low, float high);
-/// From the least to the greatest value that is finite and neither under, over nor without data; 0 to 1 where there is
-/// none. `status` may be empty.
-SRange RangeOfPixels(std::span<const float> values, std::span<const u8> status);
 
 struct STick {
     double value = 0;

@@ -1,80 +1,17 @@
 #include <fmt/format.h>
-#include <png.h>
-
 #include <algorithm>
 
 #include "apps/ovix/fault.h"
 #include "apps/ovix/output/file_kinds.h"
 #include "apps/ovix/output/output_file.h"
+#include "apps/ovix/output/picture_range.h"
+#include "apps/ovix/output/plain_picture.h"
+#include "apps/ovix/output/png_file.h"
 #include "apps/ovix/output/thermal_picture.h"
+#include "apps/ovix/status_flags.h"
 
 namespace ovix::app {
 namespace {
-
-void AppendBytes(png_structp png, png_bytep data, size_t size) {
-    auto& bytes = *static_cast<std::vector<u8>*>(png_get_io_ptr(png));
-    try {
-        bytes.insert(bytes.end(), data, data + size);
-    } catch (...) {
-        png_error(png, "out of memory");
-    }
-}
-
-/// The rows as a zlib stream. Their filter is 0, "none": a palette's colours repeat, their differences do not.
-std::vector<u8> PackedRows(const CCanvas& canvas, int level) {
-    const std::size_t width = static_cast<std::size_t>(canvas.Width());
-    std::vector<u8> rows(static_cast<std::size_t>(canvas.Height()) * (1 + 3 * width));
-    u8* next = rows.data();
-    for (int y = 0; y < canvas.Height(); ++y) {
-        *next++ = 0;
-        const u32* pixels = canvas.Row(y);
-        for (std::size_t x = 0; x < width; ++x, next += 3) {
-            next[0] = static_cast<u8>(pixels[x] >> 16);
-            next[1] = static_cast<u8>(pixels[x] >> 8);
-            next[2] = static_cast<u8>(pixels[x]);
-        }
-    }
-    return Deflated(rows, level);
-}
-
-/// libpng leaves by `longjmp`, so nothing here may have a destructor. The pixels are packed already.
-bool Encode(png_structp png, png_infop info, const CCanvas& canvas, std::span<const u8> packed, png_textp texts,
-            int textCount) {
-    if (setjmp(png_jmpbuf(png))) return false;
-    png_set_IHDR(png, info, static_cast<png_uint_32>(canvas.Width()), static_cast<png_uint_32>(canvas.Height()), 8,
-                 PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-    png_set_sRGB_gAMA_and_cHRM(png, info, PNG_sRGB_INTENT_PERCEPTUAL);
-    png_set_text(png, info, texts, textCount);
-    png_write_info(png, info);
-    png_write_chunk(png, reinterpret_cast<png_const_bytep>("IDAT"), packed.data(), packed.size());
-    png_write_chunk(png, reinterpret_cast<png_const_bytep>("IEND"), nullptr, 0);
-    return true;
-}
-
-png_text Text(const char* key, std::string& text) {
-    png_text entry = {};
-    entry.compression = PNG_TEXT_COMPRESSION_NONE;
-    entry.key = const_cast<char*>(key);
-    entry.text = text.data();
-    entry.text_length = text.size();
-    return entry;
-}
-
-/// `description` is ASCII.
-std::vector<u8> PngOf(const CCanvas& canvas, std::string description, int level) {
-    std::vector<u8> bytes;
-    const std::vector<u8> packed = PackedRows(canvas, level);
-    std::string software = "ovix " OVIX_VERSION;
-    png_text texts[] = {Text("Software", software), Text("Description", description)};
-    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-    png_infop info = png ? png_create_info_struct(png) : nullptr;
-    if (!info) throw std::bad_alloc();
-    png_set_write_fn(png, &bytes, AppendBytes, nullptr);
-    const bool done = Encode(png, info, canvas, packed, texts, 2);
-    png_destroy_write_struct(&png, &info);
-    if (!done) throw CAppError(ExitBadData, "a picture of this size cannot be written as PNG");
-    return bytes;
-}
 
 class CPngWriter final : public IFrameWriter {
   public:
@@ -84,14 +21,8 @@ class CPngWriter final : public IFrameWriter {
     }
 
     SEncodedFrame Encode(const SPicture& picture) const override {
-        const SRange range = RangeFor(picture);
-        Json description = DescribeSeries(series_);
-        description.update(DescribeFrame(picture));
-        description["range"] = {range.low, range.high};
-        description["palette"] = options_.palette->name;
-        const SThermalPicture drawn = DrawThermalPicture(series_, picture, {range, *options_.palette, options_.marks});
         SEncodedFrame encoded;
-        encoded.values.push_back(PngOf(drawn.canvas, JsonText(description, -1, true), options_.compression));
+        encoded.values.push_back(options_.plain ? Plain(picture) : Drawn(picture));
         return encoded;
     }
     void Append(const SPicture& picture, const SEncodedFrame& encoded) override {
@@ -106,10 +37,46 @@ class CPngWriter final : public IFrameWriter {
     }
 
   private:
+    Json Description(const SPicture& picture) const {
+        Json description = DescribeSeries(series_);
+        description.update(DescribeFrame(picture));
+        return description;
+    }
+
+    std::vector<u8> Drawn(const SPicture& picture) const {
+        Json description = Description(picture);
+        SRange range;
+        if (picture.colours.empty()) {
+            range = RangeFor(picture);
+            description["range"] = {range.low, range.high};
+            description["palette"] = options_.palette->name;
+        }
+        const SThermalPicture drawn = DrawThermalPicture(series_, picture, {range, options_});
+        return PngOf(RowsOf(drawn.canvas), JsonText(description, -1, true), options_.compression);
+    }
+
+    std::vector<u8> Plain(const SPicture& picture) const {
+        Json description = Description(picture);
+        if (!picture.colours.empty())
+            return PngOf(RowsOf(DrawPixels(picture.colours, series_.width, series_.height)),
+                         JsonText(description, -1, true), options_.compression);
+        const SRange ends = options_.range
+                                ? SRange{options_.range->first, options_.range->second}
+                                : Extremes(picture.values, picture.status, kStatusNoData).value_or(SRange{0, 1});
+        const CPlainScale scale(ends, series_.unit);
+        description.update(scale.Describe());
+        u64 beyond = 0;
+        const SPngRows rows = scale.Rows(picture, series_.width, beyond);
+        description["beyond"] = beyond;
+        return PngOf(rows, JsonText(description, -1, true), options_.compression);
+    }
+
     SRange RangeFor(const SPicture& picture) const {
         if (options_.range) return RangeBetween(options_.range->first, options_.range->second);
         if (series_.frames > 1) throw UsageFault(target_.string() + ": pictures of several frames need one range");
-        return RangeOfPixels(picture.values, picture.status);
+        CCommonRange range;
+        range.Add(SuitingRange(picture.values, picture.status, series_.width, options_.percentiles));
+        return range.Range();
     }
     std::filesystem::path PathOfFrame(u64 frame) const {
         return target_.parent_path() /

@@ -12,15 +12,15 @@ constexpr SColour kGround = ColourOf(0x15171C);
 constexpr SColour kInk = ColourOf(0xE8EAED);
 constexpr SColour kDimInk = ColourOf(0xA3A9B1);
 constexpr SColour kEdge = ColourOf(0x3A3F47);
-constexpr SColour kMarkColour = ColourOf(0xFFFFFF);
-constexpr SColour kShadow = ColourOf(0x000000);
+constexpr SColour kLight = ColourOf(0xFFFFFF);
+constexpr SColour kDark = ColourOf(0x000000);
 constexpr int kSmallestLongSide = 480;
 
 /// All measures follow from the height of a capital letter, which follows from the picture's size.
 struct SMeasures {
-    SMeasures(const SSeries& series) {
+    SMeasures(const SSeries& series, int zoom) {
         const int longSide = std::max<int>(series.width, series.height);
-        scale = std::max(1, (kSmallestLongSide + longSide - 1) / longSide);
+        scale = zoom ? zoom : std::max(1, (kSmallestLongSide + longSide - 1) / longSide);
         letter = std::max(10, longSide * scale / 60);
     }
     int Letters(double count) const { return static_cast<int>(std::lround(count * letter)); }
@@ -79,24 +79,33 @@ class CDrawing {
     CDrawing(const SSeries& series, const SPicture& picture, const SLook& look)
         : series_(series),
           picture_(picture),
-          look_(look),
+          options_(look.options),
           range_(look.range),
           caption_(CaptionOf(series, picture)),
-          m_(series),
+          m_(series, options_.zoom),
           kinds_(picture, look.range),
           ticks_(Ticks(range_, std::max(BarHeight() / m_.Letters(5), 2))),
           out_(Lay()) {}
 
     SThermalPicture Draw() {
+        CPictureMarks marks(out_.canvas, out_.image, m_.scale, m_.letter, ImageRoom());
         DrawHead();
-        DrawImage();
-        for (const SRegion& mark : look_.marks) DrawMark(mark);
-        DrawBar();
+        IsVideo() ? DrawVideo() : DrawImage();
+        if (!IsVideo()) {
+            for (const float level : options_.isotherms) marks.Isotherm(picture_, series_.width, level);
+            DrawBar();
+            for (const float level : options_.isotherms) {
+                if (range_.low <= level && level <= range_.high) marks.LineAcross(out_.bar, RowOfBar(level));
+            }
+        }
+        for (const SRegion& mark : options_.marks) marks.Region(mark);
+        if (options_.markExtremes && !IsVideo()) marks.Extremes(picture_, series_.width, series_.unit);
         DrawFoot();
         return std::move(out_);
     }
 
   private:
+    bool IsVideo() const { return !picture_.colours.empty(); }
     double Size() const { return m_.letter; }
     int ImageHeight() const { return series_.height * m_.scale; }
     int BarHeight() const { return std::max(ImageHeight(), m_.Letters(14)); }
@@ -108,6 +117,7 @@ class CDrawing {
         for (const STick& tick : ticks_) labels = std::max(labels, CCanvas::TextWidth(tick.label, Size()));
         const SBox image{edge, head, series_.width * m_.scale, ImageHeight()};
         SBox bar{edge + ImageRoom() + m_.Letters(1.8), head, m_.Letters(1.9), BarHeight()};
+        if (IsVideo()) return LayVideo(image);
         const int labelRoom = m_.Letters(1.4) + static_cast<int>(std::ceil(labels));
         const int unitRoom = static_cast<int>(std::ceil(CCanvas::TextWidth(series_.unit.Label(), Size())));
         const int width = bar.x + std::max(bar.width + labelRoom, std::min(unitRoom, m_.Letters(16))) + edge;
@@ -121,6 +131,12 @@ class CDrawing {
         }
         if (kinds_.count[PixelBelow]) bar.height -= Cap();
         return {CCanvas(width, height, kGround), image, bar, m_.scale};
+    }
+    SThermalPicture LayVideo(const SBox& image) const {
+        const int width = ImageRoom() + 2 * image.x;
+        const int foot = caption_.empty() ? m_.Letters(1.8) : m_.Letters(3.8);
+        return {
+            CCanvas(width, image.y + image.height + foot, kGround), image, {width - image.x, image.y, 0, 0}, m_.scale};
     }
     /// The block in the colour of what lies beyond at an end of the bar, with the gap before it.
     int Cap() const { return m_.Letters(1.5); }
@@ -143,7 +159,7 @@ class CDrawing {
     void DrawHead() {
         const int baseline = m_.Letters(2.9), left = out_.image.x, right = out_.bar.x;
         out_.canvas.Text(left, baseline, Size() * 1.15, series_.title, kInk, right - left - Size());
-        out_.canvas.Text(right, baseline, Size(), series_.unit.Label(), kInk);
+        if (!IsVideo()) out_.canvas.Text(right, baseline, Size(), series_.unit.Label(), kInk);
     }
 
     /// A thin line around, so that the dark end of the palette does not run into the ground.
@@ -153,13 +169,22 @@ class CDrawing {
     }
     int Line() const { return std::max(1, m_.letter / 10); }
 
+    void DrawVideo() {
+        DrawEdge(out_.image);
+        for (std::size_t i = 0; i < picture_.colours.size(); ++i) {
+            const int x = static_cast<int>(i % series_.width), y = static_cast<int>(i / series_.width);
+            out_.canvas.Fill(out_.image.x + x * m_.scale, out_.image.y + y * m_.scale, m_.scale, m_.scale,
+                             ColourOf(picture_.colours[i]));
+        }
+    }
+
     void DrawImage() {
         DrawEdge(out_.image);
         std::size_t i = 0;
         for (int y = 0; y < series_.height; ++y) {
             for (int x = 0; x < series_.width; ++x, ++i) {
                 const auto kind = static_cast<EPixelKind>(kinds_.ofPixel[i]);
-                const SColour colour = ColourOfPixel(look_.palette, picture_.values[i], kind, range_);
+                const SColour colour = ColourOfPixel(*options_.palette, picture_.values[i], kind, range_);
                 const SBox box{out_.image.x + x * m_.scale, out_.image.y + y * m_.scale, m_.scale, m_.scale};
                 out_.canvas.Fill(box.x, box.y, box.width, box.height, colour);
                 if (kind == PixelUncalibrated) Hatch(box, colour);
@@ -172,32 +197,14 @@ class CDrawing {
         const bool light = 2 * ground.red + 5 * ground.green + ground.blue > 8 * 110;
         for (int y = box.y; y < box.y + box.height; ++y) {
             for (int x = box.x; x < box.x + box.width; ++x) {
-                if ((x + y) % distance < Line()) out_.canvas.Fill(x, y, 1, 1, light ? kShadow : kMarkColour);
+                if ((x + y) % distance < Line()) out_.canvas.Fill(x, y, 1, 1, light ? kDark : kLight);
             }
         }
     }
 
-    /// A light line between dark ones shows on every colour.
-    void DrawMark(const SRegion& mark) {
-        const int line = Line();
-        const SBox box{out_.image.x + mark.x * m_.scale, out_.image.y + mark.y * m_.scale, mark.width * m_.scale,
-                       mark.height * m_.scale};
-        out_.canvas.Frame(box.x - line, box.y - line, box.width + 2 * line, box.height + 2 * line, line, kShadow);
-        out_.canvas.Frame(box.x + line, box.y + line, box.width - 2 * line, box.height - 2 * line, line, kShadow);
-        out_.canvas.Frame(box.x, box.y, box.width, box.height, line, kMarkColour);
-        DrawName(mark.name, box);
-    }
-
-    /// Above its box, or inside where there is no room above; never over the colour bar.
-    void DrawName(const std::string& name, const SBox& box) {
-        const bool roomAbove = box.y - m_.Letters(2) > out_.image.y;
-        const int lowest = out_.image.y + out_.image.height - m_.Letters(0.5);
-        const int baseline = roomAbove ? box.y - m_.Letters(0.7) : std::min(box.y + m_.Letters(1.8), lowest);
-        const double room = ImageRoom() - m_.Letters(0.8);
-        const double width = std::min(CCanvas::TextWidth(name, Size()), room);
-        const double left = box.x + (roomAbove ? 0 : m_.Letters(0.8));
-        out_.canvas.TextOnPicture(std::clamp(left, 0.0 + out_.image.x, out_.image.x + room - width), baseline, Size(),
-                                  name, kMarkColour, room);
+    int RowOfBar(double value) const {
+        const double share = (range_.high - value) / (double{range_.high} - range_.low);
+        return out_.bar.y + static_cast<int>(std::lround(share * (out_.bar.height - 1)));
     }
 
     void DrawBar() {
@@ -205,7 +212,7 @@ class CDrawing {
         DrawEdge(bar);
         for (int row = 0; row < bar.height; ++row) {
             out_.canvas.Fill(bar.x, bar.y + row, bar.width, 1,
-                             look_.palette.At(1 - static_cast<double>(row) / std::max(1, bar.height - 1)));
+                             options_.palette->At(1 - static_cast<double>(row) / std::max(1, bar.height - 1)));
         }
         const int block = Cap() - CapGap();
         if (kinds_.count[PixelAbove]) out_.canvas.Fill(bar.x, bar.y - Cap(), bar.width, block, kAboveColour);
@@ -214,15 +221,14 @@ class CDrawing {
         }
         const int right = bar.x + bar.width;
         for (const STick& tick : ticks_) {
-            const double share = (range_.high - tick.value) / (double{range_.high} - range_.low);
-            const int y = bar.y + static_cast<int>(std::lround(share * (bar.height - 1)));
+            const int y = RowOfBar(tick.value);
             out_.canvas.Fill(right, y - Line() / 2, m_.Letters(0.5), Line(), kDimInk);
             out_.canvas.Text(right + m_.Letters(1.0), y + Size() * 0.5, Size(), tick.label, kInk);
         }
     }
 
     void DrawFoot() {
-        int top = out_.image.y + BarHeight();
+        int top = out_.image.y + (IsVideo() ? ImageHeight() : BarHeight());
         const int left = out_.image.x;
         if (!caption_.empty()) {
             out_.canvas.Text(left, top + m_.Letters(2.3), Size(), caption_, kDimInk, out_.canvas.Width() - 2 * left);
@@ -231,7 +237,7 @@ class CDrawing {
         for (const SLegendEntry& entry : legend_) {
             const int line = top + entry.line * m_.Letters(2.4);
             const SBox sample{left + entry.x, line + m_.Letters(1.3), m_.letter, m_.letter};
-            const SColour colour = ColourOfPixel(look_.palette, (range_.low + range_.high) / 2, entry.kind, range_);
+            const SColour colour = ColourOfPixel(*options_.palette, (range_.low + range_.high) / 2, entry.kind, range_);
             out_.canvas.Fill(sample.x, sample.y, sample.width, sample.height, colour);
             if (entry.kind == PixelUncalibrated) Hatch(sample, colour);
             out_.canvas.Text(sample.x + m_.Letters(1.7), line + m_.Letters(2.3), Size(), entry.text, kInk);
@@ -240,7 +246,7 @@ class CDrawing {
 
     const SSeries& series_;
     const SPicture& picture_;
-    const SLook& look_;
+    const SWriteOptions& options_;
     SRange range_;
     std::string caption_;
     SMeasures m_;

@@ -1,15 +1,12 @@
 #include "apps/ovix/report/packed_frame.h"
 
 #include <fmt/format.h>
-#include <libdeflate.h>
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <memory>
-#include <new>
 
-#include "apps/ovix/app_error.h"
+#include "apps/ovix/output/file_kinds.h"
 
 namespace ovix::app {
 
@@ -38,16 +35,6 @@ std::string Base64(std::span<const u8> bytes) {
         for (std::size_t k = 0; k < 4; ++k) text += k > here ? '=' : kDigits[word >> (18 - 6 * k) & 63];
     }
     return text;
-}
-
-std::vector<u8> Deflate(std::span<const u8> bytes) {
-    constexpr int kLevel = 8;  // from here on a tenth of the size costs many times the time
-    const std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor*)> compressor(
-        libdeflate_alloc_compressor(kLevel), libdeflate_free_compressor);
-    if (!compressor) throw std::bad_alloc();
-    std::vector<u8> result(libdeflate_zlib_compress_bound(compressor.get(), bytes.size()));
-    result.resize(libdeflate_zlib_compress(compressor.get(), bytes.data(), bytes.size(), result.data(), result.size()));
-    return result;
 }
 
 i32 StepsOf(float value, double step) {
@@ -99,18 +86,11 @@ SPagePixels BinPixels(std::span<const float> values, std::span<const u8> status,
 void SPackFigures::Add(const SPackFigures& other) {
     largestRounding = std::max(largestRounding, other.largestRounding);
     gaps += other.gaps;
-    if (!other.lowest) return;
-    lowest = std::min(lowest.value_or(*other.lowest), *other.lowest);
-    highest = std::max(highest.value_or(*other.highest), *other.highest);
-}
-
-void SPackFigures::AddPixel(float value, u8 status) {
-    if (status || !std::isfinite(value)) return;
-    lowest = std::min(lowest.value_or(value), value);
-    highest = std::max(highest.value_or(value), value);
+    range.Add(other.range.Widest());
 }
 
 SPackedFrame PackFrame(const SPagePixels& pixels, double step) {
+    constexpr int kLevel = 8;  // from here on a tenth of the size costs many times the time
     const std::size_t size = pixels.values.size();
     SPackedFrame packed;
     SPackFigures& figures = packed.figures;
@@ -126,7 +106,6 @@ SPackedFrame PackFrame(const SPagePixels& pixels, double step) {
         }
         codes[i] = StepsOf(value, step);
         figures.largestRounding = std::max(figures.largestRounding, std::abs(value - codes[i] * step));
-        figures.AddPixel(value, pixels.status[i]);
     }
 
     const std::vector<u32> differences = Differences(codes, pixels.width);
@@ -138,7 +117,8 @@ SPackedFrame PackFrame(const SPagePixels& pixels, double step) {
     }
     if (figures.gaps) bytes.insert(bytes.end(), gaps.begin(), gaps.end());
     bytes.insert(bytes.end(), pixels.status.begin(), pixels.status.end());
-    packed.text = Base64(Deflate(bytes));
+    packed.text = Base64(Deflated(bytes, kLevel));
+    figures.range.Add(SuitingRange(pixels.values, pixels.status, pixels.width));
     return packed;
 }
 

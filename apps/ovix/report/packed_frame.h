@@ -1,10 +1,10 @@
 #pragma once
 
-#include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "apps/ovix/output/picture_range.h"
 #include "core/core.h"
 
 namespace ovix::app {
@@ -24,14 +24,11 @@ SPagePixels BinPixels(std::span<const float> values, std::span<const u8> status,
 
 /// What was lost and found when frames were packed.
 struct SPackFigures {
-    double largestRounding = 0;   ///< between a value and what the page has for it
-    u64 gaps = 0;                 ///< pixels that are no number
-    std::optional<float> lowest;  ///< of the pixels without a flag
-    std::optional<float> highest;
+    double largestRounding = 0;  ///< between a value and what the page has for it
+    u64 gaps = 0;                ///< pixels that are no number
+    CCommonRange range;          ///< that suits the frames
 
     void Add(const SPackFigures& other);
-    /// Widens the range where the pixel is a number without a flag.
-    void AddPixel(float value, u8 status);
 };
 
 struct SPackedFrame {

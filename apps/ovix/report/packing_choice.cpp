@@ -27,11 +27,9 @@ SPacking CPackingChoice::Finest(EUnit unit) const {
     if (IsTemperature(unit)) {
         step = kTemperatureStep;
     } else if (unit != Counts) {
-        SPackFigures range;
-        for (const SFrame& frame : sample_) {
-            for (std::size_t i = 0; i < frame.values.size(); ++i) range.AddPixel(frame.values[i], frame.status[i]);
-        }
-        step = SuitingStep(range.lowest.value_or(0), range.highest.value_or(1));
+        CCommonRange range;
+        for (const SFrame& frame : sample_) range.Add(SuitingRange(frame.values, frame.status, width_));
+        step = SuitingStep(range.Range().low, range.Range().high);
     }
     return {wish_.bin.value_or(1), wish_.step.value_or(step)};
 }

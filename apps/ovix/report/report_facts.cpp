@@ -42,7 +42,8 @@ Rows CalibrationRows(const measure::SCalibrationFacts& facts) {
     return rows;
 }
 
-Rows FindingRows(std::span<const measure::SFinding> findings) {
+SFactSection FindingsSection(std::span<const measure::SFinding> findings) {
+    if (findings.empty()) return {"Findings", {}, {{"of the source", "none"}}};
     Rows rows;
     for (const Json& finding : FindingsJson(findings)) {
         std::string place;
@@ -56,7 +57,7 @@ Rows FindingRows(std::span<const measure::SFinding> findings) {
         }
         rows.push_back({ShownJson(finding["id"]), ShownJson(finding["weight"]), place, what});
     }
-    return rows;
+    return {"Findings", {"finding", "weight", "place", "what"}, std::move(rows)};
 }
 
 Rows ProvenanceRows(const SReport& report, const measure::CMeasurement& measurement, const measure::CFrame& first,
@@ -89,7 +90,7 @@ std::vector<SFactSection> ReportFacts(const SReport& report, const measure::CMea
          {"value of", "is", "by"},
          CalibrationRows(measure::FactoryCalibration(objects, preset))},
         {"User calibration", {"value of", "is", "by"}, CalibrationRows(measure::UserCalibration(objects, preset))},
-        {"Findings", {"finding", "weight", "place", "what"}, FindingRows(measurement.Source().Findings())},
+        FindingsSection(measurement.Source().Findings()),
         {"Provenance", {}, ProvenanceRows(report, measurement, first, skipped)},
     };
     std::erase_if(facts, [](const SFactSection& section) { return section.rows.empty(); });

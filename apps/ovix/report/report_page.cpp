@@ -47,11 +47,6 @@ Json DescribeFlags() {
     return flags;
 }
 
-template <class T>
-Json OrNull(const std::optional<T>& value) {
-    return value ? Json(*value) : Json();
-}
-
 Json DescribeFrame(const SReportFrame& frame) {
     Json json{{"number", frame.number}};
     if (frame.time) json["time"] = *frame.time;
@@ -77,6 +72,7 @@ Json ListOf(const std::vector<T>& items, Describe describe) {
 
 Json DescribeReport(const SReport& report) {
     const u32 bin = report.packing.bin;
+    const std::optional<SRange>& range = report.figures.range.Widest();
     static constexpr const char* kScales[] = {"C", "F", "K", "R"};
     return {
         {"form", kForm},
@@ -93,9 +89,9 @@ Json DescribeReport(const SReport& report) {
         {"difference", report.unit.difference},
         {"scale", report.scale ? Json(kScales[*report.scale]) : Json()},
         {"step", report.packing.step},
-        {"lowest", OrNull(report.figures.lowest)},
-        {"highest", OrNull(report.figures.highest)},
+        {"range", range ? Json({range->low, range->high}) : Json()},
         {"flags", DescribeFlags()},
+        {"outsideBit", kStatusOutside},
         {"underBit", kStatusUnder},
         {"overBit", kStatusOver},
         {"noDataBit", kStatusNoData},

@@ -41,7 +41,7 @@ export class Mapping {
 export class Picture {
   readonly canvas = byId<HTMLCanvasElement>("picture");
   /** Of the frame that is drawn. */
-  counts: Readonly<Record<Kind, number>> = { shown: 0, below: 0, above: 0, under: 0, over: 0, noData: 0 };
+  counts: Readonly<Record<Kind, number>> = { shown: 0, uncalibrated: 0, below: 0, above: 0, under: 0, over: 0, noData: 0 };
   private readonly pixels = document.createElement("canvas");
   private size = { width: 1, height: 1 };
 

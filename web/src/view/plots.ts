@@ -4,9 +4,9 @@ import uPlot from "uplot";
 import { secondsOf, type Head } from "../head";
 import { linePixels, type Region } from "../regions";
 import type { Store } from "../state";
-import { histogramOf, profileOf, sortedValues } from "../statistics";
+import { histogramOf, profileOf, ruleOf, sortedValues, type CountingRule } from "../statistics";
 import { Shown } from "../units";
-import { byId, fillSelect, make, onThemeChange, themeColour } from "./dom";
+import { byId, fillSelect, make, onThemeChange, swatch, themeColour } from "./dom";
 import { regionColour } from "./picture";
 import type { Series } from "./series";
 
@@ -38,6 +38,7 @@ interface Content {
 
 export class Plots {
   private readonly place = byId("plot");
+  private readonly names = byId("plot-names");
   private readonly note = byId("plot-note");
   private readonly figure = byId<HTMLSelectElement>("figure");
   private readonly seconds: number[] | null;
@@ -58,7 +59,7 @@ export class Plots {
     this.addKinds();
     new ResizeObserver(() => this.plot?.setSize({ width: this.place.clientWidth, height: HEIGHT })).observe(this.place);
     onThemeChange(() => this.show());
-    store.on(["frame", "regions", "selected", "scale"], () => this.show());
+    store.on(["frame", "regions", "selected", "scale", "goodOnly"], () => this.show());
   }
 
   private addKinds(): void {
@@ -82,12 +83,16 @@ export class Plots {
     this.note.textContent = "";
     if (content) this.draw(content);
     else this.note.textContent = this.kind === "profile" ? "Draw or select a line to see its profile." : "Nothing to plot.";
+    this.names.replaceChildren(...(content?.curves ?? []).map(({ label, colour }) => make("li", {}, swatch(colour), label)));
     const names = content?.curves.map(({ label }) => label).join(", ") ?? "nothing yet";
     this.place.setAttribute("aria-label", `${KINDS[this.kind]}: ${names}`);
   }
 
   private get shown(): Shown {
     return new Shown(this.head, this.store.state.scale);
+  }
+  private get rule(): CountingRule {
+    return ruleOf(this.head, this.store.state.goodOnly);
   }
   private quantityLabel(): string {
     return `${this.head.quantity} (${this.shown.symbol})`;
@@ -115,7 +120,7 @@ export class Plots {
     const longest = Math.max(...lines.map((line) => linePixels(line.points).length));
     const curves = lines.map((line) => ({
       ...nameOf(line),
-      values: profileOf(frame, line.points, this.head).map((value) => (Number.isNaN(value) ? null : shown.value(value))),
+      values: profileOf(frame, line.points, this.rule).map((value) => (Number.isNaN(value) ? null : shown.value(value))),
     }));
     for (const { values } of curves) while (values.length < longest) values.push(null);
     const x = Array.from({ length: longest }, (_, i) => i * this.head.bin);
@@ -125,7 +130,7 @@ export class Plots {
   private histogram(): Content | null {
     const { frame } = this.store.state;
     const region = this.store.selectedRegion();
-    const sorted = sortedValues(frame, region, this.head);
+    const sorted = sortedValues(frame, region, this.rule);
     const { shown } = this;
     const { edges, counts } = histogramOf(sorted, BINS);
     if (edges.length === 0) return null;

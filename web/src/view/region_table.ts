@@ -3,9 +3,9 @@
 import type { Head } from "../head";
 import type { Region } from "../regions";
 import type { Store } from "../state";
-import { figuresOf, type Figures } from "../statistics";
+import { figuresOf, ruleOf, type Figures } from "../statistics";
 import { Shown } from "../units";
-import { byId, make, makeButton, swatch } from "./dom";
+import { byId, fillSelect, make, makeButton, swatch } from "./dom";
 import { regionColour } from "./picture";
 
 export class RegionTable {
@@ -19,30 +19,32 @@ export class RegionTable {
     private readonly store: Store,
     private readonly focusPicture: () => void,
   ) {
-    store.on(["regions", "selected", "frame", "scale"], () => this.show());
+    const which = byId<HTMLSelectElement>("figures-of");
+    fillSelect(which, [["good", "good pixels"], ["counted", "all that ovix stats counts"]]);
+    which.addEventListener("change", () => store.set({ goodOnly: which.value === "good" }));
+    store.on(["regions", "selected", "frame", "scale", "goodOnly"], () => this.show());
   }
 
   private show(): void {
-    const { regions, frame, scale, selected } = this.store.state;
+    const { regions, frame, scale, selected, goodOnly } = this.store.state;
     const shown = new Shown(this.head, scale);
-    const titles = [`mean (${shown.symbol})`, "min", "max", `std (${shown.difference})`, "pixels", "good"];
+    const rule = ruleOf(this.head, goodOnly);
+    const titles = [`mean (${shown.symbol})`, "min", "max", `std (${shown.difference})`, "counted", "good"];
     const header = make("tr", {}, ...["region", ...titles].map((text) => make("th", { scope: "col" }, text)));
     for (const id of this.rows.keys()) if (!regions.some((region) => region.id === id)) this.rows.delete(id);
 
-    const whole = make("tr", {}, make("td", {}, "whole frame"), ...cells(figuresOf(frame, null, this.head), shown));
+    const whole = make("tr", {}, make("td", {}, "whole frame"), ...cells(figuresOf(frame, null, rule), shown));
     const rows = regions.map((region) => {
       const row = this.rowOf(region);
       row.classList.toggle("selected", region.id === selected);
       row.querySelector("[aria-pressed]")?.setAttribute("aria-pressed", String(region.id === selected));
-      const figures = cells(figuresOf(frame, region, this.head), shown);
+      const figures = cells(figuresOf(frame, region, rule), shown);
       [...row.cells].slice(1).forEach((cell) => cell.remove());
       row.cells[0].after(...figures);
       return row;
     });
     this.place([header, whole, ...rows]);
-    this.note.textContent =
-      "Figures are of the pixels that count, as in the tool; good are those without any flag." +
-      (regions.length === 0 ? " Choose a shape above the picture and draw." : "");
+    this.note.textContent = regions.length === 0 ? "Choose a shape above the picture and draw." : "";
   }
 
   /** Moves rows only where they are not in place: a moved field would lose its focus. */

@@ -4,7 +4,7 @@ import type { Frames } from "../frames";
 import type { Head } from "../head";
 import type { Region } from "../regions";
 import type { Store } from "../state";
-import { figuresOf, type Figures } from "../statistics";
+import { figuresOf, ruleOf, type Figures } from "../statistics";
 
 /** One region over the frames; `null` for the whole frame, undefined where it is not made yet. */
 export interface RegionSeries {
@@ -25,7 +25,7 @@ export class Series {
     /** Called as figures come. */
     private readonly progress: () => void,
   ) {
-    store.on(["regions"], () => this.restart());
+    store.on(["regions", "goodOnly"], () => this.restart());
   }
 
   /** The whole frame, then the regions in their order. */
@@ -44,7 +44,7 @@ export class Series {
   }
 
   private of(region: Region | null): (Figures | undefined)[] {
-    const key = region ? JSON.stringify([region.kind, region.points]) : "";
+    const key = JSON.stringify([this.store.state.goodOnly, region?.kind, region?.points]);
     const figures = this.made.get(key) ?? new Array<Figures | undefined>(this.head.frames.length).fill(undefined);
     this.made.set(key, figures);
     return figures;
@@ -61,12 +61,13 @@ export class Series {
 
   /** Ends early when the regions have changed. */
   private async run(turn: number, wanted: RegionSeries[]): Promise<void> {
+    const rule = ruleOf(this.head, this.store.state.goodOnly);
     let told = performance.now();
     for (let index = 0; index < this.head.frames.length && turn === this.turn; ++index) {
       const missing = wanted.filter(({ figures }) => !figures[index]);
       if (missing.length === 0) continue;
       const frame = await this.frames.get(index);
-      for (const { region, figures } of missing) figures[index] = figuresOf(frame, region, this.head);
+      for (const { region, figures } of missing) figures[index] = figuresOf(frame, region, rule);
       if (performance.now() - told < 100) continue;
       told = performance.now();
       this.progress();

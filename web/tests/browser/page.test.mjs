@@ -40,10 +40,10 @@ const regionRows = (page) =>
   );
 const lastRegion = async (page) => (await regionRows(page)).at(-1);
 
-/** Mean of a rectangle of the first frame over the pixels that count. */
+/** Mean of a rectangle of the first frame over the good pixels. */
 function meanOf(x0, y0, x1, y1) {
   let [sum, count] = [0, 0];
-  for (let y = y0; y <= y1; ++y) for (let x = x0; x <= x1; ++x) if (!(status[at(0, x, y)] & 24)) [sum, count] = [sum + values[at(0, x, y)], count + 1];
+  for (let y = y0; y <= y1; ++y) for (let x = x0; x <= x1; ++x) if (!status[at(0, x, y)]) [sum, count] = [sum + values[at(0, x, y)], count + 1];
   return sum / count;
 }
 
@@ -83,6 +83,7 @@ for (const name of browserNames) {
     });
 
     test("figures over all frames are those of stats", async () => {
+      await type(page, "figures-of", "counted");
       const ours = readCsv((await savedText(page, "#save-regions")).replaceAll(BAD_NAME, "bad"));
       const theirs = readCsv(tool("stats", ...frames, "--roi", `frame=0,0,${WIDTH},${HEIGHT}`, ...ROI, "--csv").replaceAll(BAD_NAME, "bad"));
       assert.equal(ours.length, 3 * COUNT);
@@ -91,6 +92,12 @@ for (const name of browserNames) {
         for (const column of same) assert.equal(mine[column], theirs[i][column], `${mine.region} ${column}`);
         for (const column of ["min (°C)", "max (°C)", "mean (°C)", "std (K)"]) near(+mine[column], +theirs[i][column], HALF, `${mine.region} ${column}`);
       });
+      await type(page, "figures-of", "good");
+      const good = readCsv((await savedText(page, "#save-regions")).replaceAll(BAD_NAME, "bad"))[0];
+      const values0 = values.subarray(0, WIDTH * HEIGHT).filter((_, i) => !status[i]);
+      assert.equal(+good["counted (px)"], values0.length);
+      assert.ok(values0.length < WIDTH * HEIGHT, "the frame has bad pixels");
+      near(+good["max (°C)"], values0.reduce((most, one) => Math.max(most, one)), HALF, "maximum of good pixels");
     });
 
     test("a pixel has the colour of its palette, its value and its status", async () => {

@@ -1,0 +1,126 @@
+#include "apps/ovix/output/picture_marks.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace ovix::app {
+namespace {
+
+constexpr SColour kLight = ColourOf(0xFFFFFF);
+constexpr SColour kShadow = ColourOf(0x000000);
+
+bool HasValue(const SPicture& picture, std::size_t i) {
+    const u8 status = picture.status.empty() ? u8{0} : picture.status[i];
+    const EPixelKind kind = KindOf(picture.values[i], status, {0, 0});
+    return kind != PixelNoData && kind != PixelUnder && kind != PixelOver;
+}
+
+/// Where the least and the greatest of the good pixels are, the first of equal ones; none where no pixel is good.
+std::optional<std::pair<std::size_t, std::size_t>> ExtremesAt(const SPicture& picture) {
+    std::optional<std::pair<std::size_t, std::size_t>> at;
+    for (std::size_t i = 0; i < picture.values.size(); ++i) {
+        const float value = picture.values[i];
+        if (!std::isfinite(value) || (!picture.status.empty() && picture.status[i])) continue;
+        if (!at) at = {i, i};
+        if (value < picture.values[at->first]) at->first = i;
+        if (value > picture.values[at->second]) at->second = i;
+    }
+    return at;
+}
+
+/// With as many decimals as show a thousandth of what lies between the two.
+std::string ValueText(float value, double span, const SUnitText& unit) {
+    const int decimals = span > 0 ? std::clamp(static_cast<int>(std::ceil(2.5 - std::log10(span))), 0, 6) : 1;
+    return fmt::format("{:.{}f} {}", value, decimals, unit.symbol);
+}
+
+}  // namespace
+
+SBox CPictureMarks::BoxOf(int x, int y, int width, int height) const {
+    return {image_.x + x * scale_, image_.y + y * scale_, width * scale_, height * scale_};
+}
+
+void CPictureMarks::Region(const SRegion& region) {
+    const int line = Line();
+    const SBox box = BoxOf(region.x, region.y, region.width, region.height);
+    canvas_.Frame(box.x - line, box.y - line, box.width + 2 * line, box.height + 2 * line, line, kShadow);
+    canvas_.Frame(box.x + line, box.y + line, box.width - 2 * line, box.height - 2 * line, line, kShadow);
+    canvas_.Frame(box.x, box.y, box.width, box.height, line, kLight);
+    Name(region.name, box, true);
+}
+
+void CPictureMarks::Isotherm(const SPicture& picture, u16 width, float level) {
+    const auto differ = [&](std::size_t i, std::size_t j) {
+        return (picture.values[i] >= level) != (picture.values[j] >= level) && HasValue(picture, i) &&
+               HasValue(picture, j);
+    };
+    const auto draw = [&](int thickness, SColour colour) {
+        const int before = thickness / 2, length = scale_ + thickness;
+        for (std::size_t i = 0; i < picture.values.size(); ++i) {
+            const int x = static_cast<int>(i % width), y = static_cast<int>(i / width);
+            const SBox box = BoxOf(x, y, 1, 1);
+            const int right = box.x + scale_ - before, below = box.y + scale_ - before;
+            if (x + 1 < width && differ(i, i + 1)) canvas_.Fill(right, box.y - before, thickness, length, colour);
+            if (i + width < picture.values.size() && differ(i, i + width))
+                canvas_.Fill(box.x - before, below, length, thickness, colour);
+        }
+    };
+    draw(3 * Line(), kShadow);
+    draw(Line(), kLight);
+}
+
+void CPictureMarks::Extremes(const SPicture& picture, u16 width, const SUnitText& unit) {
+    const auto at = ExtremesAt(picture);
+    if (!at) return;
+    const auto [least, greatest] = *at;
+    const double span = double{picture.values[greatest]} - picture.values[least];
+    const auto upper = std::min(least, greatest);  // its value stands above it, that of the other one below
+    for (const auto& [pixel, word] : {std::pair{least, "min"}, std::pair{greatest, "max"}}) {
+        const SBox box = BoxOf(static_cast<int>(pixel % width), static_cast<int>(pixel / width), 1, 1);
+        CrossHair(box);
+        const int arm = Letters(0.7);
+        Name(fmt::format("{} {}", word, ValueText(picture.values[pixel], span, unit)),
+             {box.x, box.y - arm, box.width, box.height + 2 * arm}, pixel == upper);
+    }
+}
+
+/// Four arms that leave the pixel itself to be seen.
+void CPictureMarks::CrossHair(const SBox& pixel) {
+    const int line = Line(), gap = 2 * line, arm = Letters(0.9);
+    const int x = pixel.x + (pixel.width - line) / 2, y = pixel.y + (pixel.height - line) / 2;
+    const auto draw = [&](int edge, SColour colour) {
+        const int length = arm + 2 * edge, thickness = line + 2 * edge;
+        canvas_.Fill(pixel.x - gap - arm - edge, y - edge, length, thickness, colour);
+        canvas_.Fill(pixel.x + pixel.width + gap - edge, y - edge, length, thickness, colour);
+        canvas_.Fill(x - edge, pixel.y - gap - arm - edge, thickness, length, colour);
+        canvas_.Fill(x - edge, pixel.y + pixel.height + gap - edge, thickness, length, colour);
+    };
+    draw(line, kShadow);
+    draw(0, kLight);
+}
+
+void CPictureMarks::LineAcross(const SBox& box, int y) {
+    const int line = Line();
+    canvas_.Fill(box.x, y - line - line / 2, box.width, 3 * line, kShadow);
+    canvas_.Fill(box.x, y - line / 2, box.width, line, kLight);
+}
+
+/// Above its box, or inside where there is no room above; below it where that is wanted and there is room; never beyond
+/// its room, where the colour bar is.
+void CPictureMarks::Name(const std::string& name, const SBox& box, bool above) {
+    const int lowest = image_.y + image_.height - Letters(0.5), under = box.y + box.height + Letters(1.8);
+    const bool below = !above && under <= lowest;
+    const bool roomAbove = !below && box.y - Letters(2) > image_.y;
+    const int inside = std::min(box.y + Letters(1.8), lowest);
+    const int baseline = below ? under : roomAbove ? box.y - Letters(0.7) : inside;
+    const double room = room_ - Letters(0.8);
+    const double width = std::min(CCanvas::TextWidth(name, letter_), room);
+    const double left = box.x + (roomAbove || below ? 0 : Letters(0.8));
+    canvas_.TextOnPicture(std::clamp(left, 0.0 + image_.x, image_.x + room - width), baseline, letter_, name, kLight,
+                          room);
+}
+
+}  // namespace ovix::app
