@@ -407,6 +407,9 @@ TEST(ConvertCommand, WritesVideoInItsColours) {
     png_image image;
     const std::vector<u8> pixels = ReadPng(folder.Path("v.png"), image);
     EXPECT_THAT(pixels, testing::ElementsAre(0x10, 0x20, 0x30, 0x01, 0x80, 0xFF, 1, 2, 3, 4, 5, 6));
+    auto refused = input;
+    refused.insert(refused.end(), {"--range", "0,9", "-o", "r.png"});
+    EXPECT_EQ(folder.Run(refused).status, 2);
 }
 
 TEST(ConvertCommand, PictureOptionsThatMeanNothingAreRefused) {

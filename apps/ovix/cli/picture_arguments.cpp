@@ -63,6 +63,16 @@ void CPictureArguments::RefuseAll() const {
     }
 }
 
+void CPictureArguments::RefuseOfVideo() const {
+    for (const char* of : {"--range", "--palette", "--isotherm", "--mark-extremes"}) {
+        for (const CLI::Option* option : given_) {
+            if (option->count() && option->get_name() == of)
+                throw UsageFault(std::string(of) +
+                                 ": has no effect on video in its colours; --unit average has a palette");
+        }
+    }
+}
+
 void CPictureArguments::PutRange(SWriteOptions& options) const {
     if (range_.empty()) return;
     if (range_.starts_with('p')) {

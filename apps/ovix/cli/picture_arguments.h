@@ -16,8 +16,10 @@ namespace ovix::app {
 class CPictureArguments {
   public:
     void Add(CLI::App& verb);
-    /// Throws wrong usage for each of them: what is written is no picture.
+    /// Throws wrong usage for those that were given: what is written is no picture.
     void RefuseAll() const;
+    /// The same for those that speak of values and of a palette: the picture is one of video.
+    void RefuseOfVideo() const;
     /// Puts what they say into the options of the writer.
     void Put(SWriteOptions& options, u16 width, u16 height) const;
 

@@ -109,6 +109,7 @@ class CConvertCommand final : public ICommand {
         // A target that would not do is told before the frames are measured: a writer that is dropped leaves nothing.
         MakeFrameWriter(output_, series, options_);
         const CVideoColours video = IsPicture() ? CVideoColours(measurement) : CVideoColours();
+        if (video) picture_.RefuseOfVideo();
         if (IsPicture() && !options_.range && !video && series.frames > 1) FindRange(run, source);
         CValueRange range;
         std::unique_ptr<IFrameWriter> writer;

@@ -180,7 +180,9 @@ function drawName(context: CanvasRenderingContext2D, mapping: Mapping, region: R
   const bounds = boundsOf(region);
   const { x, y } = mapping.toScreen(bounds);
   context.font = '600 12px system-ui, "DejaVu Sans", sans-serif';
-  const at = { x: Math.max(2, x), y: y - 5 < 12 ? y + bounds.height * mapping.scale + 14 : y - 5 };
+  const width = context.canvas.width / context.getTransform().a;
+  const rightmost = width - context.measureText(region.name).width - 2;
+  const at = { x: Math.max(2, Math.min(x, rightmost)), y: y - 5 < 12 ? y + bounds.height * mapping.scale + 14 : y - 5 };
   context.lineWidth = 3;
   context.lineJoin = "round";
   context.strokeStyle = "#000000c0";

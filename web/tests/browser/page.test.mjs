@@ -82,6 +82,19 @@ for (const name of browserNames) {
       await type(page, "position", "0");
     });
 
+    test("zooming shows a part of the frame around its middle", async () => {
+      const rows = async () => (await savedText(page, "#save-pixels")).trim().split("\n").slice(1).map((row) => row.split(",").slice(0, 3).map(Number));
+      await page.click("#zoom-in");
+      await page.click("#zoom-in");
+      const seen = await rows();
+      near(seen.length, HEIGHT / 1.5 ** 2, 2, "rows in view");
+      near((seen[0][1] + seen.at(-1)[1]) / 2, (HEIGHT - 1) / 2, 1, "row in the middle");
+      const left = Math.round((WIDTH - WIDTH / 1.5 ** 2) / 2);
+      assert.ok([-1, 0, 1].some((by) => Math.abs(seen[0][2] - values[at(0, left + by, seen[0][1])]) <= HALF), "the first pixel in view");
+      await page.click("#zoom-fit");
+      assert.equal((await rows()).length, HEIGHT);
+    });
+
     test("figures over all frames are those of stats", async () => {
       await type(page, "figures-of", "counted");
       const ours = readCsv((await savedText(page, "#save-regions")).replaceAll(BAD_NAME, "bad"));
