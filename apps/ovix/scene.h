@@ -9,8 +9,9 @@ namespace ovix::app {
 /// A warm machine with a hot bearing and a cool pipe before a wall, with a temperature at every point and every moment.
 /// It is described in shares of the picture, so that it looks the same at every size. Frames are 20 ms apart. The
 /// machine runs for three seconds, in which the shaft turns and the bearing warms up; it stops for four, in which it
-/// cools down by 27 K; and runs again. Meanwhile hot billets pass below it, one every two seconds, and cool on their
-/// way.
+/// cools down by 27 K; and runs again. At its middle, t seconds after the start, the bearing has 341 K + 9.5 K
+/// (1 - exp(-t)) until it stops, and tends to 316 K with exp(-t / 2.5 s) from then on. Meanwhile hot billets pass below
+/// it, one every two seconds, and cool on their way.
 
 /// All temperatures of the scene lie between these, in kelvin.
 inline constexpr float kSceneColdest = 283;

@@ -56,6 +56,12 @@ TEST(Scene, WarmsUpCoolsAndMoves) {
         for (int side : {0, 1})  // of the floor below the machine
             billet[side] = std::max<double>(billet[side], kelvin[110 * kWidth + (side ? 150u : 10u)]);
     }
+    const struct {
+        u64 frame;
+        double kelvin;
+    } moments[] = {{0, 341}, {50, 341 + 9.5 * 0.632121}, {150, 341 + 9.5 * 0.950213}, {275, 316 + 34.02702 * 0.367879}};
+    for (const auto& m : moments)  // 20 ms apart
+        EXPECT_NEAR(scene.Render(m.frame)[62 * kWidth + 105], m.kelvin, 0.001) << m.frame;
     EXPECT_GT(means[149] - means[0], 5);
     EXPECT_LT(means[349] - means[149], -15);
     EXPECT_NEAR(means[403], means[0], 1);  // after a cycle of 8.07 s
