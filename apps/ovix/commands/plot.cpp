@@ -17,6 +17,7 @@
 #include "apps/ovix/fault.h"
 #include "apps/ovix/output/output_file.h"
 #include "apps/ovix/plot/plot_data.h"
+#include "apps/ovix/units.h"
 
 namespace ovix::app {
 
@@ -128,7 +129,10 @@ class CPlotCommand final : public ICommand {
         SLooked looked{.number = frame.number,
                        .time = frame.time,
                        .unit = UnitText(frame.unit, frame.scale),
-                       .parameters = ParametersJson(measurement, frame)};
+                       .parameters = ParametersJson(measurement, frame),
+                       .figures = {},
+                       .lines = {},
+                       .sets = {}};
         if (kind == EKind::Profile) {
             for (const SLine& line : asked.lines) looked.lines.push_back(ProfileOf(frame, line));
             return looked;
