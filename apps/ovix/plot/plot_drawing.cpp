@@ -13,7 +13,7 @@ namespace ovix::app {
 namespace {
 
 constexpr SColour kPaper = ColourOf(0xFFFFFF), kInk = ColourOf(0x16191F), kGrid = ColourOf(0xE0E4EA);
-/// Told from each other by eyes that mix up red and green, too; the second round is dashed.
+/// Distinct for eyes that mix up red and green, too; the second round is dashed.
 constexpr SColour kCurveColours[] = {ColourOf(0x0072B2), ColourOf(0xD55E00), ColourOf(0x009E73),
                                      ColourOf(0xCC79A7), ColourOf(0xB8860B), ColourOf(0x56B4E9)};
 constexpr double kLetter = 10, kEdge = 18, kNamesTop = 56, kNameLine = 22, kSample = 26;
@@ -104,7 +104,8 @@ class CPlotDrawing {
         cairo_save(cairo_);
         cairo_translate(cairo_, kEdge + kLetter, bottom);
         cairo_rotate(cairo_, -std::acos(0.0));
-        Text(0, 0, kLetter, plot_.yLabel, frame_.height);
+        const double length = std::min(WidthOf(LayOut(plot_.yLabel, kLetter).get()), frame_.height);
+        Text((frame_.height - length) / 2, 0, kLetter, plot_.yLabel, frame_.height);
         cairo_restore(cairo_);
     }
 

@@ -35,7 +35,7 @@ struct SPlotFrame {
 
 /// So large are plots, in pixels.
 inline constexpr int kPlotWidth = 960, kPlotHeight = 540;
-/// No more curves can be told from each other.
+/// With more curves nobody knows one from another.
 inline constexpr std::size_t kMostCurves = 12;
 
 SPlotFrame FrameOf(const SPlot& plot);

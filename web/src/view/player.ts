@@ -69,8 +69,8 @@ export class Player {
     const facts = this.head.frames[index];
     const parts = [`frame ${facts.number}`, `${index + 1} of ${this.frames.count}`];
     if (this.seconds) parts.push(`${this.seconds[index].toFixed(3)} s`);
-    if (facts.time) parts.push(facts.time.replace("T", " ").replace("Z", " UTC"));
     byId("moment").textContent = parts.join(" · ");
+    byId("clock").textContent = facts.time?.replace("T", " ").replace("Z", " UTC") ?? "";
     this.position.value = String(index);
     this.position.setAttribute("aria-valuetext", parts.join(", "));
   }
