@@ -31,7 +31,7 @@ class CPlotCommand final : public ICommand {
     const char* Brief() const override { return "values over time, along a line or as a histogram, as PNG or SVG"; }
     const char* Examples() const override {
         return "ovix plot run.krt --roi bearing=385,212,78,78 -o time.svg\n"
-               "ovix plot run.krt --kind profile --line across=0,250,639,250 --frames 0,99 -o profile.png\n"
+               "ovix plot run.krt --kind profile --line across=0,250,639,250 --frames 0,-1 -o profile.png\n"
                "ovix plot run.krt --kind histogram --frames 0 -o histogram.png";
     }
     void AddOptions(CLI::App& verb) override {
