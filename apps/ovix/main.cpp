@@ -1,15 +1,14 @@
 #include <malloc.h>
 
+#include <algorithm>
 #include <exception>
-#include <new>
 #include <string>
 #include <vector>
 
 #include "apps/ovix/cli/command_line.h"
 #include "apps/ovix/cli/console.h"
-#include "apps/ovix/fault.h"
+#include "apps/ovix/facts/error_json.h"
 #include "apps/ovix/output/output_file.h"
-#include "core/core.h"
 
 namespace {
 
@@ -29,18 +28,13 @@ int main(int argc, char** argv) {
     try {
         HoldStandardStreams();
         InstallInterruptCleanup();
-        return RunCommandLine({argv + 1, argv + argc});
-    } catch (const CAppError& error) {
-        Say(error.what());
-        return error.Exit();
-    } catch (const ovix::measure::CError& error) {
-        const CFault fault = FaultOf(error);
-        Say(fault.what());
+        const std::vector<std::string> arguments(argv + 1, argv + argc);
+        // Errors of the command line itself are in the form that it asks for.
+        if (std::ranges::find(arguments, "--json") != arguments.end()) UseJsonErrors();
+        return RunCommandLine(arguments);
+    } catch (const std::exception&) {
+        const CFault fault = CurrentFault();
+        SayFault(fault);
         return fault.Exit();
-    } catch (const std::bad_alloc&) {
-        Say("there is not enough memory");
-    } catch (const std::exception& error) {
-        Say(error.what());
     }
-    return ExitBadData;
 }

@@ -31,7 +31,9 @@ void Synthesise(const CToolFolder& folder, int count, const Arguments& more = {}
 }
 
 Json RowsOf(const CToolFolder& folder, const Arguments& source) {
-    return Json::parse(folder.Run(Arguments{"stats", "--json"} + source).out)["rows"];
+    Json rows = Json::parse(folder.Run(Arguments{"stats", "--json"} + source).out)["rows"];
+    for (Json& row : rows) row.erase("file");
+    return rows;
 }
 
 u64 NumberAt(const std::string& bytes, std::size_t offset, int width) {

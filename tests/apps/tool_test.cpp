@@ -209,7 +209,7 @@ TEST(Tool, OrderOfOptionsDoesNotMatter) {
         EXPECT_EQ(out, first);
         std::rotate(order.begin(), order.begin() + (turn % 2 ? 2 : 1), order.end());
     }
-    EXPECT_EQ(first.substr(0, 12), "frame,region");
+    EXPECT_EQ(first.substr(0, 10), "file,frame");
     EXPECT_EQ(folder.Do(Dump()), folder.Do(Arguments{"info"} + Dump()));
     EXPECT_EQ(folder.Do(Arguments{"--json"} + Dump()), folder.Do(Arguments{"info"} + Dump() + Arguments{"--json"}));
 }
@@ -309,7 +309,8 @@ TEST(Tool, RubbishIsAnsweredWithOneLineAStatusAndNoFile) {
         const bool skips = line.find("skip") != std::string::npos;
         // What was found at opening stands before the error that it became.
         EXPECT_TRUE(skips || run.ErrorLines() == 1 || run.error.find(": damage: ") != std::string::npos) << run.error;
-        EXPECT_EQ(run.error.substr(0, 6), "ovix: ");
+        const bool inJson = line.find("--json") != std::string::npos;
+        EXPECT_TRUE(inJson ? Json::parse(run.error)["error"]["exit"] == c.status : run.error.starts_with("ovix: "));
         EXPECT_EQ(folder.Files(), expected);
     }
     EXPECT_EQ(test::ReadText(folder.Path("there.npy")), "mine");
@@ -426,7 +427,7 @@ TEST(Tool, AnInterruptRemovesWhatIsNotFinished) {
     ::kill(child, SIGINT);
     int status = 0;
     ::waitpid(child, &status, 0);
-    EXPECT_EQ(WEXITSTATUS(status), 130);
+    EXPECT_EQ(WTERMSIG(status), SIGINT);
     EXPECT_TRUE(folder.Files().empty());
 }
 
@@ -445,7 +446,7 @@ TEST(Tool, ReadsFromAPipeAndTellsTheValuesOfOneFrame) {
     ASSERT_GT(values.size(), 3u);
     EXPECT_EQ(values[0]["name"], "Time");
     EXPECT_EQ(values[1]["name"], "FrameNumber");
-    EXPECT_EQ(values[1]["value"], "2");
+    EXPECT_EQ(values[1]["value"], 2);
 }
 
 TEST(Tool, HelpHasAnExampleForEveryVerb) {

@@ -7,8 +7,10 @@
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/suggestion.h"
 #include "apps/ovix/commands/command.h"
+#include "apps/ovix/commands/diff.h"
 #include "apps/ovix/commands/plot.h"
 #include "apps/ovix/commands/report.h"
+#include "apps/ovix/commands/uncertainty.h"
 #include "apps/ovix/fault.h"
 
 namespace ovix::app {
@@ -35,8 +37,9 @@ class CGrammar {
             "4 a file is missing, unreadable, unwritable or of no known format, 130 interrupted.");
         for (const auto make :
              {MakeDemoCommand, MakeFormatsCommand, MakeSynthCommand, MakeInfoCommand, MakeConvertCommand,
-              MakeReportCommand, MakePlotCommand, MakeStatsCommand, MakeExplainCommand, MakeCalibrateCommand,
-              MakeAdjustCommand, MakeRecordCommand, MakeVerifyCommand, MakeRepairCommand, MakeIndexCommand})
+              MakeReportCommand, MakePlotCommand, MakeStatsCommand, MakeExplainCommand, MakeUncertaintyCommand,
+              MakeDiffCommand, MakeCalibrateCommand, MakeAdjustCommand, MakeRecordCommand, MakeVerifyCommand,
+              MakeRepairCommand, MakeIndexCommand})
             AddVerb(make());
     }
 

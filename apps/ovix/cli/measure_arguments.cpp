@@ -1,6 +1,9 @@
 #include "apps/ovix/cli/measure_arguments.h"
 
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
+#include <set>
 
 #include "apps/ovix/cli/choice.h"
 #include "apps/ovix/cli/values.h"
@@ -125,6 +128,56 @@ std::optional<CRCalFile> CSceneArguments::UserCalibration() const {
     return IfGiven(userCalibration_, ReadUserCalibration);
 }
 
+std::vector<std::string> CSceneArguments::IdleIn(EUnit unit) const {
+    const bool byUser = unit == RadianceUser || unit == TemperatureUser;
+    const bool noScene = !byUser && unit != ObjectSignal && unit != RadianceFactory && !IsTemperature(unit);
+    std::vector<std::string> idle;
+    const auto look = [&](const char* option, const std::string& value, bool ofUser) {
+        if (!value.empty() && (noScene || (byUser && !ofUser))) idle.push_back(option);
+    };
+    look("--emissivity", emissivity_, true);
+    look("--distance", distance_, false);
+    look("--reflected-temp", reflectedTemp_, false);
+    look("--atmosphere-temp", atmosphereTemp_, false);
+    look("--atmosphere-trans", atmosphereTrans_, true);
+    look("--humidity", humidity_, false);
+    look("--ext-optics-temp", extOpticsTemp_, false);
+    look("--ext-optics-trans", extOpticsTrans_, false);
+    return idle;
+}
+
+void CMeasureArguments::RefuseIdle(EUnit unit) const {
+    std::vector<std::string> idle = told_.IdleIn(unit);
+    const bool byUser = unit == RadianceUser || unit == TemperatureUser;
+    const bool calibrated = byUser || unit == ObjectSignal || unit == RadianceFactory || unit == TemperatureFactory;
+    if (!scale_.empty() && !IsTemperature(unit)) idle.push_back("--scale");
+    if (!calibration_.empty() && !calibrated) idle.push_back("--cal");
+    if (told_.HasUserCalibration() && !byUser) idle.push_back("--user-cal");
+    if (!idle.empty()) throw UsageFault(idle.front() + ": has no effect on " + measure::UnitWords(unit));
+}
+
+void CMeasureArguments::RefuseIdle(const measure::CMeasurement& measurement,
+                                   const std::optional<measure::CFrameNumbers>& frames) const {
+    if (const auto unit = measurement.Unit()) RefuseIdle(*unit);
+    std::set<u8> missing;
+    for (const SCorrectionFiles& files : measurement.Options().corrections) {
+        if (files.preset) missing.insert(*files.preset);
+    }
+    const measure::CSource& source = measurement.Source();
+    measure::SRawFrame raw;
+    for (u64 n = 0; source.IsNumbered() && !missing.empty(); ++n) {
+        if (n == (frames ? frames->Count() : *source.Count()))
+            throw UsageFault(
+                fmt::format("--correction {}=: no frame bears preset {}", *missing.begin(), *missing.begin()));
+        try {
+            source.Read(frames ? (*frames)[n] : n, raw);
+            missing.erase(measurement.PresetOf(raw));
+        } catch (const measure::CError&) {
+            continue;  // the run says so
+        }
+    }
+}
+
 SMeasureOptions CMeasureArguments::Options() const {
     std::vector<std::pair<std::string, EQuantity>> quantities;
     for (const SQuantityWord& word : QuantityWords()) quantities.emplace_back(word.word, word.quantity);
@@ -136,7 +189,7 @@ SMeasureOptions CMeasureArguments::Options() const {
     });
     options.userCalibration = told_.UserCalibration();
     if (options.userCalibration && !options.calibration) options.calibration = ECalibration::User;
-    options.scale = ParseScale("--scale", scale_);
+    if (!scale_.empty()) options.scale = ParseScale("--scale", scale_);
     options.scene = told_.Scene();
     options.corrections = told_.Corrections();
     options.clip = IfGiven(clip_, ParseClip);

@@ -25,6 +25,9 @@ class CSceneArguments {
     void Set(const std::string& text);
     /// Throws `CFault` for a file that would not do.
     std::optional<CRCalFile> UserCalibration() const;
+    /// The options that say something of the scene and change nothing of values in the unit.
+    std::vector<std::string> IdleIn(EUnit unit) const;
+    bool HasUserCalibration() const { return !userCalibration_.empty(); }
 
   private:
     std::string emissivity_, distance_, reflectedTemp_, atmosphereTemp_, atmosphereTrans_, humidity_, extOpticsTemp_,
@@ -39,6 +42,12 @@ class CMeasureArguments {
     void Add(CLI::App& verb);
     /// Throws wrong usage for a value that would not do.
     measure::SMeasureOptions Options() const;
+    /// Throws wrong usage for an option that changes nothing of values in the unit.
+    void RefuseIdle(EUnit unit) const;
+    /// The same for what was asked for without a source, and for a correction of a preset that no frame bears: looks
+    /// through frames with numbers until each was seen.
+    void RefuseIdle(const measure::CMeasurement& measurement,
+                    const std::optional<measure::CFrameNumbers>& frames) const;
     /// As `CSceneArguments::Set`.
     void SetScene(const std::string& text) { told_.Set(text); }
 
@@ -46,7 +55,7 @@ class CMeasureArguments {
     CSceneArguments told_;
     std::string unit_;
     std::string calibration_;
-    std::string scale_ = "C";
+    std::string scale_;
     std::string clip_;
 };
 

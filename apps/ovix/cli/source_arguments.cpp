@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <chrono>
 
 #include "apps/ovix/cli/choice.h"
@@ -10,6 +11,7 @@
 #include "apps/ovix/cli/frame_selection.h"
 #include "apps/ovix/cli/values.h"
 #include "apps/ovix/facts/findings.h"
+#include "apps/ovix/facts/small_text.h"
 #include "apps/ovix/spool.h"
 
 namespace ovix::app {
@@ -18,11 +20,20 @@ using measure::CSource;
 using measure::EOnFault;
 using measure::EWeight;
 
-void CSourceArguments::Add(CLI::App& verb) {
-    verb.add_option("FILE", file_, "a recording or a dump of raw frames; - is the standard input")
-        ->required()
-        ->type_name("");
+void CSourceArguments::Add(CLI::App& verb, EInputs inputs) {
     const char* group = "Input";
+    if (inputs == EInputs::One) {
+        verb.add_option("FILE", file_, "a recording or a dump of raw frames; - is the standard input")
+            ->required()
+            ->type_name("");
+    } else {
+        verb.add_option("FILE", files_, "recordings or dumps of raw frames; - is the standard input")->type_name("");
+        verb.add_option("--files-from", filesFrom_,
+                        "more files, whose names stand in this one, a line each or with a zero byte behind each; - is "
+                        "the standard input")
+            ->type_name("LIST")
+            ->group(group);
+    }
     const auto add = [&](const char* name, std::string& value, const char* type, const char* help) {
         verb.add_option(name, value, help)->type_name(type)->group(group);
     };
@@ -43,6 +54,25 @@ void CSourceArguments::Add(CLI::App& verb) {
     flag("--spool", spool_, "copy a pipe to a temporary file first, so that its frames have numbers")->excludes(follow);
     flag("--strict", strict_, "doubts about the source are errors");
     flag("--accept-damage", acceptDamage_, "go on with a recording whose metadata are damaged");
+}
+
+std::vector<CSourceArguments> CSourceArguments::Each() const {
+    std::vector<std::string> names = files_;
+    if (!filesFrom_.empty()) {
+        const std::string list = ReadSmallText(filesFrom_, "a list of files");
+        const char separator = list.find('\0') == list.npos ? '\n' : '\0';
+        for (const std::string_view name : SplitText(list, separator)) {
+            if (!name.empty()) names.emplace_back(name);
+        }
+    }
+    if (names.empty()) throw UsageFault("FILE is required");
+    if (std::ranges::count(names, "-") > 1) throw UsageFault("-: the standard input is there once");
+    std::vector<CSourceArguments> each;
+    for (const std::string& name : names) {
+        each.push_back(*this);
+        each.back().file_ = name;
+    }
+    return each;
 }
 
 measure::SOpenOptions CSourceArguments::Options() const {

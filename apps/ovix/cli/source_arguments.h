@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "apps/ovix/app_error.h"
 #include "measure/measure.h"
@@ -12,11 +13,17 @@ class App;
 
 namespace ovix::app {
 
+/// How many files a verb takes in one call.
+enum class EInputs : u8 { One, Many };
+
 /// The options that say which file is read, how its frames lie in it, which of them are wanted, and what its faults
 /// mean.
 class CSourceArguments {
   public:
-    void Add(CLI::App& verb);
+    void Add(CLI::App& verb, EInputs inputs = EInputs::One);
+    /// Of a verb that takes many: the same options for each of the files, at least one. Throws for none, and for a list
+    /// of files that cannot be read.
+    std::vector<CSourceArguments> Each() const;
 
     /// Says what the source is worth on the standard error, and reads damaged metadata where the caller wants to show
     /// them. Throws when it or the options would not do, and for a doubt
@@ -44,6 +51,8 @@ class CSourceArguments {
     measure::CSource OpenSpooled(const measure::SOpenOptions& options) const;
 
     std::string file_;
+    std::vector<std::string> files_;
+    std::string filesFrom_;
     std::string pixelType_;
     std::string size_;
     std::string frameSize_;

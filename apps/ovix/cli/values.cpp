@@ -2,9 +2,9 @@
 
 #include <fmt/format.h>
 
-#include <array>
 #include <cmath>
 
+#include "apps/ovix/cli/regions.h"
 #include "apps/ovix/fault.h"
 
 namespace ovix::app {
@@ -32,26 +32,6 @@ double ToKelvin(double value, char scale) {
         default:
             return value;
     }
-}
-
-SRegion ParseRegion(const std::string& text, std::size_t number) {
-    const auto fault = [&] { return BadValue("--roi", text, "x,y,width,height or name=x,y,width,height"); };
-    SRegion region{.name = fmt::format("roi{}", number)};
-    std::string_view numbers = text;
-    if (const auto sign = numbers.find('='); sign != std::string_view::npos) {
-        region.name = numbers.substr(0, sign);
-        numbers.remove_prefix(sign + 1);
-        if (region.name.empty()) throw fault();
-    }
-    const auto parts = SplitText(numbers, ',');
-    const std::array<u16*, 4> fields{&region.x, &region.y, &region.width, &region.height};
-    if (parts.size() != fields.size()) throw fault();
-    for (std::size_t i = 0; i < fields.size(); ++i) {
-        const auto value = ParseNumber<u16>(parts[i]);
-        if (!value) throw fault();
-        *fields[i] = *value;
-    }
-    return region;
 }
 
 /// "20 °C", as the tool prints it, as "20C".
@@ -135,14 +115,10 @@ unsigned ParseJobs(const std::string& text) {
 
 std::vector<SRegion> ParseRegions(const std::vector<std::string>& texts, u16 width, u16 height) {
     std::vector<SRegion> regions;
-    for (const std::string& text : texts) {
-        SRegion region = ParseRegion(text, regions.size() + 1);
-        if (!region.width || !region.height || region.x + region.width > width || region.y + region.height > height)
-            throw BadValue("--roi", text, fmt::format("pixels inside the image of {} x {}", width, height));
-        for (const SRegion& other : regions) {
-            if (other.name == region.name) throw BadValue("--roi", text, "a name that no other region bears");
-        }
-        regions.push_back(std::move(region));
+    for (const measure::CPixelSet& pixels : PixelsOf(ParseShapes("--roi", texts), width, height)) {
+        if (pixels.Shape().kind != measure::EShape::Rectangle)
+            throw BadValue("--roi", pixels.Shape().name, "a rectangle, the one kind that is drawn");
+        regions.push_back(pixels.Bounds());
     }
     return regions;
 }

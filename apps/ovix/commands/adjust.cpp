@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <array>
+#include <cstdlib>
 
 #include "apps/ovix/cli/choice.h"
 #include "apps/ovix/cli/console.h"
@@ -97,12 +98,17 @@ class CAdjustCommand final : public ICommand {
     }
 
     EExit Run() override {
+        if (output_ == "-" && json_) throw UsageFault("--json: the standard output is taken by -o -");
         const SKind& kind = KindOf(pixelType_);
         RefuseIdleOptions(kind);
         const auto [width, height] = ParseSize("--size", size_);
         const RECT margins = Margins();
         const i32 shift = ParseInteger<i32>("--shift", shift_, -0x7FFFFFFF, 0x7FFFFFFF);
         const i32 mask = ParseInteger<i32>("--mask", mask_, 0, 0xFFFF);
+        // The kernel shifts as the processor does: by the lower five bits of the number.
+        if (IsCounts(kind) &&
+            ((0xFFFFu << (static_cast<u32>(std::abs(shift)) & 31)) & 0xFFFFu & static_cast<u32>(mask)) == 0)
+            throw UsageFault("--shift, --mask: not one bit of the counts is left");
         const u32 sourceSize = SourceSize(kind, width, height, margins);
 
         // What a frame holds is read by the adjustment alone: a source of so many bytes a frame will do.

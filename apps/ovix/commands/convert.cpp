@@ -99,6 +99,7 @@ class CConvertCommand final : public ICommand {
         picture_.Put(options_, format.width, format.height);
         if (source.IsFile(output_)) throw UsageFault(output_ + " is the input");
         const measure::CMeasurement measurement(source, measureOptions);
+        measure_.RefuseIdle(measurement, source_.Frames(source));
         CMeasureRun run(measurement, source_, mergePresets_);
         SSeries series;
         series.width = format.width;

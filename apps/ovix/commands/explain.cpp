@@ -174,6 +174,7 @@ class CExplainCommand final : public ICommand {
         for (const std::string& text : set_) other.SetScene(text);
         const measure::SMeasureOptions changed = other.Options();
 
+        if (options.quantity == measure::EQuantity::Counts) measure_.RefuseIdle(Counts);
         if (source_.ChoosesFrames()) throw UsageFault("--frames: has no effect here; --frame names the one frame");
         const measure::CSource source = source_.Open();
         measure::SRawFrame raw;

@@ -99,9 +99,9 @@ std::string Overview(const Json& d) {
 }
 
 std::string ValueTable(const Json& values) {
-    CTextTable table({{"Name"}, {"Value", CTextTable::Right}, {"Unit"}, {"Type"}});
+    CTextTable table({{"Name"}, {"Value", CTextTable::Right}, {"Unit"}, {"Kind"}});
     for (const Json& value : values)
-        table.Row({value["name"], ShownJson(value["value"]), value["unit"], value["type"]});
+        table.Row({value["name"], ShownJson(value["value"]), value["unit"], value["kind"]});
     return table.Text();
 }
 
@@ -137,6 +137,8 @@ class CInfoCommand final : public ICommand {
 
     EExit Run() override {
         const bool ofOneFrame = hexdump_ || !frame_.empty();
+        if (ofOneFrame && counters_) throw UsageFault("--counters: has no effect on one frame");
+        if (hexdump_ && !userCalibration_.empty()) throw UsageFault("--user-cal: has no effect on --hexdump");
         const std::vector<measure::SBlock> found =
             source_.File() == "-" || ofOneFrame ? std::vector<measure::SBlock>() : Blocks();
         const Json blocks = found.empty() ? Json() : BlocksJson(found);
@@ -239,7 +241,7 @@ class CInfoCommand final : public ICommand {
         measure::SRawFrame raw;
         CSourceArguments::ReadOne(source, frame_, "--frame", raw);
         report.Add(raw);
-        const Json values = report.FrameValues();
+        const Json values = report.FrameValues(raw.bytes);
         if (json_)
             PrintJson({{"schema", kSchemaVersion}, {"file", source.Name()}, {"values", values}});
         else

@@ -1,11 +1,39 @@
 #include "apps/ovix/commands/source_report.h"
 
+#include <cmath>
+#include <map>
+
+#include "apps/ovix/cli/values.h"
 #include "apps/ovix/facts/calibration_json.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/facts/scene_json.h"
 #include "apps/ovix/units.h"
 
 namespace ovix::app {
+
+namespace {
+
+/// The fields of a header as they are shown to a reader, with their units, by name; none where it is not described.
+std::map<std::string, std::string> ShownFields(std::vector<u8> frame, const measure::SFrameFormat& format) {
+    std::map<std::string, std::string> shown;
+    TArray<reduce::SFrameField> fields;
+    if (format.filter.empty() ||
+        !reduce::DescribeFrame(CString(format.filter.c_str()), frame.data(), format.pixelType, format.width,
+                               format.height, static_cast<u32>(frame.size()), fields))
+        return shown;
+    for (const reduce::SFrameField& field : fields) shown.emplace(field.name.GetUTF8(), field.value.GetUTF8());
+    return shown;
+}
+
+/// A text that is wholly a number, of a type of numbers, as that; others, as hexadecimal masks, as they are.
+Json ValueOf(const std::string& text, const std::string& type) {
+    if (type == "ascii") return text;
+    if (const auto whole = ParseNumber<i64>(text)) return *whole;
+    const auto number = ParseNumber<double>(text);
+    return number && std::isfinite(*number) ? Json(*number) : Json(text);
+}
+
+}  // namespace
 
 CSourceReport::CSourceReport(const measure::CSource& source, const std::optional<CRCalFile>& userCalibration)
     : source_(source), reader_(source), userCalibration_(userCalibration) {
@@ -128,18 +156,23 @@ Json CSourceReport::Document() {
     return document;
 }
 
-Json CSourceReport::FrameValues() {
+Json CSourceReport::FrameValues(std::vector<u8> frame) {
+    const std::map<std::string, std::string> shown = ShownFields(std::move(frame), source_.Format());
     Json values = Json::array();
     const auto info = objects_.GetFrameInfo(preset_, false);
     for (u32 i = 0; info && i < info->NumEntries(); ++i) {
         const auto entry = info->GetAt(i);
-        Json value = {{"name", entry.name.GetUTF8()},
-                      {"value", entry.value.GetUTF8()},
-                      {"unit", entry.unit.GetUTF8()},
+        const std::string name = entry.name.GetUTF8(), text = entry.value.GetUTF8();
+        // Decoders store a word for the kind as the unit; the unit itself stands where the header is described.
+        const auto field = shown.find(name);
+        const bool hasUnit = field != shown.end() && field->second.starts_with(text + ' ');
+        Json value = {{"name", name},
+                      {"value", ValueOf(text, entry.type.GetUTF8())},
+                      {"unit", hasUnit ? field->second.substr(text.size() + 1) : ""},
+                      {"kind", entry.unit.GetUTF8()},
                       {"type", entry.type.GetUTF8()}};
         // The fixed rows always hold something; what the frame does not carry is none.
-        if ((entry.name.Equals(L"Time") && !carriesTime_) || (entry.name.Equals(L"FrameNumber") && !carriesCounter_))
-            value["value"] = nullptr;
+        if ((name == "Time" && !carriesTime_) || (name == "FrameNumber" && !carriesCounter_)) value["value"] = nullptr;
         values.push_back(std::move(value));
     }
     return values;

@@ -20,8 +20,9 @@ class CSourceReport {
     /// All that is known by now.
     Json Document();
     reduce::CReduceObjectArray& Objects() { return objects_; }
-    /// The named values of the frame taken in last: a list of name, value, unit and type.
-    Json FrameValues();
+    /// The named values of the frame taken in last, whose bytes these are: a list of name, value, unit, and the kind
+    /// and the type by which the camera's decoder calls it.
+    Json FrameValues(std::vector<u8> frame);
 
   private:
     struct STimes {

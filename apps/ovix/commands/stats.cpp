@@ -1,9 +1,13 @@
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cmath>
 
+#include "apps/ovix/cli/many_inputs.h"
 #include "apps/ovix/cli/measure_arguments.h"
 #include "apps/ovix/cli/measure_run.h"
-#include "apps/ovix/cli/source_arguments.h"
+#include "apps/ovix/cli/regions.h"
 #include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/commands/stats_printer.h"
@@ -14,48 +18,123 @@ namespace ovix::app {
 
 namespace {
 
+std::vector<double> ParsePercents(const std::string& text) {
+    std::vector<double> percents;
+    for (const std::string_view part : SplitText(text, ','))
+        percents.push_back(ShortestDouble(ParseWithin("--percentiles", std::string(part), 0, 100)));
+    return percents;
+}
+
 class CStatsCommand final : public ICommand {
   public:
     const char* Verb() const override { return "stats"; }
-    const char* Brief() const override { return "figures of frames and regions"; }
+    const char* Brief() const override { return "figures of frames and regions, distributions, profiles"; }
     const char* Examples() const override {
         return "ovix stats dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 --roi bearing=400,200,60,60\n"
-               "ovix stats dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 --frames 0-19x2 --scale F --csv";
+               "ovix stats run.krt --good-only --roi shaft=circle:320,240,30 --percentiles 1,50,99 --csv\n"
+               "ovix stats run.krt --frames 0-19x10 --profile 10,240,629,240 --csv\n"
+               "ls run*.krt | ovix stats --files-from - --json";
     }
     void AddOptions(CLI::App& verb) override {
-        source_.Add(verb);
+        source_.Add(verb, EInputs::Many);
         measure_.Add(verb);
         CMeasureRun::AddOption(verb, mergePresets_);
         const char* group = "Output";
-        verb.add_option("--roi", regions_, "a region: x,y,w,h or name=x,y,w,h (else the whole frame)")
-            ->type_name("REGION")
+        regions_.Add(verb, group);
+        const auto add = [&](const char* name, std::string& value, const char* type, const char* help) {
+            return verb.add_option(name, value, help)->type_name(type)->group(group);
+        };
+        auto* good =
+            verb.add_flag("--good-only", goodOnly_,
+                          "figures of pixels without any flag alone (else of all that count; CSV and JSON have "
+                          "both)");
+        good->group(group);
+        auto* percents = add("--percentiles", percentiles_, "P,...", "percentiles from 0 to 100, as in 5,50,95");
+        auto* bins =
+            add("--histogram", histogram_, "BINS[,LO,HI]",
+                "in JSON, and with its limits in CSV: how many values lie in each step, from the lowest to the "
+                "highest value or from LO to HI");
+        verb.add_option("--profile", profiles_,
+                        "the values of the pixels along a line instead of figures: x0,y0,x1,y1 or name=x0,y0,x1,y1")
+            ->type_name("LINE")
             ->allow_extra_args(false)
-            ->group(group);
-        auto* csv = verb.add_flag("--csv", csv_, "one line of values a region and frame")->group(group);
+            ->group(group)
+            ->excludes(good)
+            ->excludes(percents)
+            ->excludes(bins)
+            ->excludes(verb.get_option("--roi"))
+            ->excludes(verb.get_option("--regions"));
+        auto* csv = verb.add_flag("--csv", csv_, "one line of values a region and frame, or a pixel of a profile");
+        csv->group(group);
         verb.add_flag("--json", json_, "one JSON document")->group(group)->excludes(csv);
     }
 
     EExit Run() override {
-        const measure::SMeasureOptions options = measure_.Options();
-        const measure::CSource source = source_.Open();
-        const u16 width = source.Format().width;
-        const u16 height = source.Format().height;
-        std::vector<SRegion> regions = ParseRegions(regions_, width, height);
-        if (regions.empty()) regions.push_back({.name = "frame", .width = width, .height = height});
+        options_ = measure_.Options();
+        wish_ = Wish();
+        const std::vector<CSourceArguments> inputs = source_.Each();
+        const auto printer = json_ ? MakeJsonPrinter(wish_) : csv_ ? MakeCsvPrinter(wish_) : MakeTablePrinter(wish_);
+        const std::size_t count = inputs.size();
+        bool ended = false;
+        if (count > 1) printer->Open(count);
+        const EExit worst = ForEachInput(
+            inputs,
+            [&](const CSourceArguments& input) {
+                ended = false;
+                return One(input, *printer, ended);
+            },
+            [&](const CSourceArguments& input, const CFault& fault) {
+                if (!ended) printer->Failed(input.File(), fault);
+            });
+        printer->Close();
+        return worst;
+    }
 
-        const measure::CMeasurement measurement(source, options);
-        CMeasureRun run(measurement, source_, mergePresets_);
-        const auto printer = json_ ? MakeJsonPrinter() : csv_ ? MakeCsvPrinter() : MakeTablePrinter();
+  private:
+    SStatsWish Wish() const {
+        SStatsWish wish{.pixels = goodOnly_ ? measure::EPixels::Good : measure::EPixels::Counted,
+                        .profile = !profiles_.empty()};
+        if (!percentiles_.empty()) wish.percents = ParsePercents(percentiles_);
+        if (histogram_.empty()) return wish;
+        constexpr u64 kMostBins = 65536;
+        const std::size_t comma = histogram_.find(',');
+        wish.bins = ParseNumber<u64>(std::string_view(histogram_).substr(0, comma)).value_or(0);
+        if (!wish.bins || wish.bins > kMostBins)
+            throw UsageFault("--histogram: expected 1 to 65536 steps, found \"" + histogram_ + "\"");
+        if (comma != std::string::npos) wish.binLimits = ParseRange("--histogram", histogram_.substr(comma + 1));
+        if (!json_ && !(csv_ && wish.binLimits))
+            throw UsageFault("--histogram: goes with --json, or as BINS,LO,HI with --csv");
+        return wish;
+    }
+
+    std::vector<measure::CPixelSet> Regions(u16 width, u16 height) const {
+        if (profiles_.empty()) return regions_.Of(width, height);
+        std::vector<std::string> lines;
+        for (const std::string& text : profiles_) {
+            const std::size_t at = text.find('=') + 1;  // 0 where there is none
+            lines.push_back(at ? text.substr(0, at) + "line:" + text.substr(at) : "line:" + text);
+        }
+        return PixelsOf(ParseShapes("--profile", lines), width, height);
+    }
+
+    /// Sets `ended` where the printer was told of this input's end.
+    EExit One(const CSourceArguments& input, IStatsPrinter& printer, bool& ended) const {
+        const measure::CSource source = input.Open();
+        const std::vector<measure::CPixelSet> regions = Regions(source.Format().width, source.Format().height);
+        const measure::CMeasurement measurement(source, options_);
+        measure_.RefuseIdle(measurement, input.Frames(source));
+        CMeasureRun run(measurement, input, mergePresets_);
         bool begun = false;
         const auto end = [&](bool whole) {
-            if (begun) printer->End({run.Skipped(), whole && run.Exit() != ExitSkipped, source.Findings()});
+            if (begun) printer.End({run.Skipped(), whole && run.Exit() != ExitSkipped, source.Findings()});
+            ended = begun;
         };
         try {
-            run.Run([&](const measure::CFrame& frame) { return RowsOf(frame, regions); },
+            run.Run([&](const measure::CFrame& frame) { return RowsOf(source.Name(), frame, regions); },
                     [&](const std::vector<SStatsRow>& rows, const measure::CFrame& frame) {
-                        if (!begun) printer->Begin(Head(measurement, frame, regions));
+                        if (!begun) printer.Begin(Head(measurement, frame, regions));
                         begun = true;
-                        for (const SStatsRow& row : rows) printer->Row(row);
+                        for (const SStatsRow& row : rows) printer.Row(row);
                     });
         } catch (...) {
             end(false);
@@ -64,31 +143,38 @@ class CStatsCommand final : public ICommand {
         end(true);
         return run.Exit();
     }
-
-  private:
-    static std::vector<SStatsRow> RowsOf(const measure::CFrame& frame, const std::vector<SRegion>& regions) {
+    std::vector<SStatsRow> RowsOf(const std::string& file, const measure::CFrame& frame,
+                                  const std::vector<measure::CPixelSet>& regions) const {
         std::vector<SStatsRow> rows;
-        for (const SRegion& region : regions)
-            rows.push_back({.frame = frame.number, .region = region, .figures = frame.Statistics(region)});
+        for (const measure::CPixelSet& region : regions) rows.push_back(RowOf(file, frame, region, wish_));
         return rows;
     }
     /// What holds for all of the run, by its first frame.
-    static SStatsHead Head(const measure::CMeasurement& measurement, const measure::CFrame& frame,
-                           const std::vector<SRegion>& regions) {
-        SStatsHead head{.unit = frame.unit,
+    SStatsHead Head(const measure::CMeasurement& measurement, const measure::CFrame& frame,
+                    const std::vector<measure::CPixelSet>& regions) const {
+        const measure::CSource& source = measurement.Source();
+        SStatsHead head{.file = source.Name(),
+                        .unit = frame.unit,
                         .text = UnitText(frame.unit, frame.scale),
                         .parameters = ParametersJson(measurement, frame),
-                        .lastFrame = measurement.Source().Count().value_or(1) - 1};
-        for (const SRegion& region : regions) head.longestName = std::max(head.longestName, TextWidth(region.name));
+                        .lastFrame = source.Count().value_or(1) - 1};
+        for (const measure::CPixelSet& region : regions)
+            head.longestName = std::max(head.longestName, TextWidth(region.Shape().name));
         return head;
     }
 
     CSourceArguments source_;
     CMeasureArguments measure_;
-    std::vector<std::string> regions_;
+    CRegionArguments regions_;
+    std::vector<std::string> profiles_;
+    std::string percentiles_;
+    std::string histogram_;
+    bool goodOnly_ = false;
     bool mergePresets_ = false;
     bool csv_ = false;
     bool json_ = false;
+    measure::SMeasureOptions options_;  ///< as `wish_`, set by `Run` ahead of all else
+    SStatsWish wish_;
 };
 
 }  // namespace

@@ -2,152 +2,171 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <bit>
+#include <utility>
 
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/number_text.h"
+#include "apps/ovix/facts/error_json.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/facts/scene_json.h"
-#include "apps/ovix/status_flags.h"
-#include "apps/ovix/text_table.h"
 
 namespace ovix::app {
 
 namespace {
 
-u32 Flagged(const SStatsRow& row, const SStatusFlag& flag) {
-    return row.figures.flagged[static_cast<std::size_t>(std::countr_zero(flag.bit))];
+std::string Exact(double value) { return ExactNumber(ShortestDouble(static_cast<float>(value))); }
+
+template <class T>
+std::string OrNothing(const std::optional<T>& value) {
+    return value ? fmt::format("{}", *value) : std::string();
 }
-std::string Counted(const SStatsRow& row, const SStatusFlag& flag) { return fmt::format("{}", Flagged(row, flag)); }
-std::string Good(const SStatsRow& row) { return fmt::format("{}", row.figures.good); }
-
-Json StatusJson(const SStatsRow& row) {
-    Json counts{{"good", row.figures.good}};
-    for (const SStatusFlag& flag : kStatusFlags) {
-        if (const u32 pixels = Flagged(row, flag)) counts[flag.key] = pixels;
-    }
-    return counts;
-}
-
-/// Below this nothing counts: the figures are then what a fresh record holds.
-bool HasFigures(const SStatsRow& row) { return row.figures.count > 0; }
-
-class CTablePrinter final : public IStatsPrinter {
-  public:
-    void Begin(const SStatsHead& head) override {
-        head_ = head;
-        nameWidth_ = std::max<std::size_t>(head.longestName, 6);
-        frameWidth_ = std::max<std::size_t>(fmt::format("{}", head.lastFrame).size(), 5);
-        Print(fmt::format("{} in {}, standard deviation in {}\n\n", head.text.quantity, head.text.symbol,
-                          head.text.difference));
-        Line("frame", "region",
-             {"pixels", "min", "at x,y", "max", "at x,y", "mean", "std", "good", "outside", "under", "over", "no data",
-              "excluded"});
-    }
-    void Row(const SStatsRow& row) override {
-        const reduce::CStats& s = row.figures;
-        const auto value = [&](double v) { return HasFigures(row) ? ShownValue(v, head_.unit) : "-"; };
-        const auto place = [&](SPoint p) { return HasFigures(row) ? fmt::format("{},{}", p.x, p.y) : "-"; };
-        const u64 pixels = u64{row.region.width} * row.region.height;
-        Line(fmt::format("{}", row.frame), row.region.name,
-             {fmt::format("{}", pixels), value(s.minimum), place(s.minimumPosition), value(s.maximum),
-              place(s.maximumPosition), value(s.mean), value(s.standardDeviation), Good(row),
-              Counted(row, kStatusFlags[0]), Counted(row, kStatusFlags[1]), Counted(row, kStatusFlags[2]),
-              Counted(row, kStatusFlags[5]), fmt::format("{}", pixels - s.count)});
-    }
-    void End(const SStatsEnd&) override {}
-
-  private:
-    void Line(const std::string& frame, const std::string& region, const std::vector<std::string>& cells) {
-        std::string line = fmt::format("{:>{}}  {}{}", frame, frameWidth_, region,
-                                       std::string(nameWidth_ - std::min(nameWidth_, TextWidth(region)), ' '));
-        for (const std::string& cell : cells) line += fmt::format("  {:>9}", cell);
-        Print(line + '\n');
-    }
-
-    SStatsHead head_;
-    std::size_t nameWidth_ = 0;
-    std::size_t frameWidth_ = 0;
-};
 
 class CCsvPrinter final : public IStatsPrinter {
   public:
-    void Begin(const SStatsHead& head) override {
-        const std::string unit = " (" + head.text.symbol + ")";
-        std::string line = "frame,region,x (px),y (px),width (px),height (px),counted (px)";
-        for (const char* name : {"min", "max", "mean"}) line += ',' + CsvField(name + unit);
-        line += ',' + CsvField("std (" + head.text.difference + ")") +
-                ",min x (px),min y (px),max x (px),max y (px),good (px)";
-        for (const SStatusFlag& flag : kStatusFlags) line += fmt::format(",{} (px)", flag.key);
-        Print(line + '\n');
-    }
-    void Row(const SStatsRow& row) override {
-        const reduce::CStats& s = row.figures;
-        std::string line = fmt::format("{},{},{},{},{},{},{}", row.frame, CsvField(row.region.name), row.region.x,
-                                       row.region.y, row.region.width, row.region.height, s.count);
-        if (HasFigures(row)) {
-            line += fmt::format(",{},{},{},{},{},{},{},{}", ExactNumber(ShortestDouble(static_cast<float>(s.minimum))),
-                                ExactNumber(ShortestDouble(static_cast<float>(s.maximum))), ExactNumber(s.mean),
-                                ExactNumber(s.standardDeviation), s.minimumPosition.x, s.minimumPosition.y,
-                                s.maximumPosition.x, s.maximumPosition.y);
-        } else {
-            line += ",,,,,,,,";
-        }
-        line += ',' + Good(row);
-        for (const SStatusFlag& flag : kStatusFlags) line += ',' + Counted(row, flag);
-        Print(line + '\n');
-    }
-    void End(const SStatsEnd&) override {}
-};
+    explicit CCsvPrinter(const SStatsWish& wish) : wish_(wish) {}
 
-class CJsonPrinter final : public IStatsPrinter {
-  public:
     void Begin(const SStatsHead& head) override {
-        std::string open = JsonText({{"schema", kSchemaVersion},
-                                     {"quantity", head.text.quantity},
-                                     {"unit", head.text.symbol},
-                                     {"deviationUnit", head.text.difference},
-                                     {"parameters", head.parameters}});
-        open.pop_back();
-        Print(open + ",\n\"rows\":[");
+        if (unit_.empty()) {
+            unit_ = head.text.symbol;
+            deviation_ = head.text.difference;
+            Print(wish_.profile ? ProfileHead() : FiguresHead());
+        } else if (unit_ != head.text.symbol) {
+            throw CFault({.file = head.file,
+                          .expected = "values in " + unit_ + " as in the file before",
+                          .found = head.text.symbol,
+                          .advice = "--unit says which"});
+        }
     }
     void Row(const SStatsRow& row) override {
-        Print((first_ ? "\n" : ",\n") + JsonText(Describe(row)));
-        first_ = false;
-    }
-    void End(const SStatsEnd& end) override {
-        Print(fmt::format("\n],\n\"skipped\":{},\"complete\":{},\"findings\":{}}}\n", end.skipped, end.complete,
-                          JsonText(FindingsJson(end.findings))));
+        const std::string start =
+            fmt::format("{},{},{},{},{},{}", CsvField(row.file), row.frame, row.time ? TimeText(*row.time) : "",
+                        OrNothing(row.counter), OrNothing(row.preset), CsvField(row.region->Shape().name));
+        Print(wish_.profile ? ProfileLines(start, row) : start + FiguresLine(row));
     }
 
   private:
-    static Json Describe(const SStatsRow& row) {
-        const reduce::CStats& s = row.figures;
-        const SRegion& r = row.region;
-        Json item = {{"frame", row.frame},
-                     {"region", r.name},
-                     {"area", {{"x", r.x}, {"y", r.y}, {"width", r.width}, {"height", r.height}}},
-                     {"counted", s.count},
-                     {"status", StatusJson(row)}};
-        if (!HasFigures(row)) return item;
-        const auto extreme = [](double value, SPoint at) {
-            return Json{{"value", ShortestDouble(static_cast<float>(value))}, {"x", at.x}, {"y", at.y}};
-        };
-        item["min"] = extreme(s.minimum, s.minimumPosition);
-        item["max"] = extreme(s.maximum, s.maximumPosition);
-        item["mean"] = s.mean;
-        item["std"] = s.standardDeviation;
-        return item;
+    static constexpr const char* kStart = "file,frame,time (UTC),counter,preset,region";
+
+    std::string Field(const std::string& name, const std::string& unit) const {
+        return ',' + CsvField(name + " (" + unit + ")");
+    }
+    std::string ProfileHead() const {
+        return fmt::format("{},i,x (px),y (px){},status\n", kStart, Field("value", unit_));
+    }
+    static std::string ProfileLines(const std::string& start, const SStatsRow& row) {
+        std::string lines;
+        for (std::size_t i = 0; i < row.profile.size(); ++i) {
+            const SProfilePixel& pixel = row.profile[i];
+            lines +=
+                fmt::format("{},{},{},{},{},{}\n", start, i, pixel.at.x, pixel.at.y, Exact(pixel.value), pixel.status);
+        }
+        return lines;
     }
 
-    bool first_ = true;
+    std::string FiguresHead() const {
+        std::string line = std::string(kStart) + ",kind,x (px),y (px),width (px),height (px),pixels (px),counted (px)";
+        line += Field("min", unit_) + Field("max", unit_) + Field("mean", unit_) + Field("std", deviation_);
+        line += ",min x (px),min y (px),max x (px),max y (px),good (px)";
+        for (const SStatusFlag& flag : kStatusFlags) line += fmt::format(",{} (px)", flag.key);
+        if (wish_.pixels == measure::EPixels::Counted)
+            line += Field("min of good", unit_) + Field("max of good", unit_) + Field("mean of good", unit_) +
+                    Field("std of good", deviation_);
+        for (const double percent : wish_.percents) line += Field(fmt::format("p{}", percent), unit_);
+        if (!wish_.bins) return line + '\n';
+        const measure::SHistogram bins{
+            .low = wish_.binLimits->first, .high = wish_.binLimits->second, .counts = std::vector<u64>(wish_.bins)};
+        line += ",below (px)";
+        for (std::size_t i = 0; i < bins.counts.size(); ++i)
+            line += ',' + CsvField(fmt::format("{} to {} {} (px)", bins.Edge(i), bins.Edge(i + 1), unit_));
+        return line + ",above (px)\n";
+    }
+    static std::string FourFigures(const measure::SPixelFigures& s) {
+        if (!s.count) return ",,,,";
+        return fmt::format(",{},{},{},{}", Exact(s.minimum), Exact(s.maximum), ExactNumber(s.mean),
+                           ExactNumber(s.standardDeviation));
+    }
+    static std::string FiguresLine(const SStatsRow& row) {
+        const measure::SPixelFigures& s = row.figures;
+        const measure::SRegion& box = row.region->Bounds();
+        std::string line = fmt::format(",{},{},{},{},{},{},{}", measure::ShapeWord(row.region->Shape().kind), box.x,
+                                       box.y, box.width, box.height, s.pixels, s.count);
+        line += FourFigures(s);
+        line += s.count ? fmt::format(",{},{},{},{}", s.minimumPosition.x, s.minimumPosition.y, s.maximumPosition.x,
+                                      s.maximumPosition.y)
+                        : ",,,,";
+        line += fmt::format(",{}", s.good);
+        for (const SStatusFlag& flag : kStatusFlags) line += fmt::format(",{}", CountedUnder(s, flag));
+        if (row.ofGood) line += FourFigures(*row.ofGood);
+        for (const double value : row.percentiles) line += ',' + ExactNumber(value);
+        if (row.histogram) {
+            line += fmt::format(",{}", row.histogram->below);
+            for (const u64 count : row.histogram->counts) line += fmt::format(",{}", count);
+            line += fmt::format(",{}", row.histogram->above);
+        }
+        return line + '\n';
+    }
+
+    SStatsWish wish_;
+    std::string unit_;
+    std::string deviation_;
+};
+
+/// One input gives one document, several a list of such.
+class CJsonPrinter final : public IStatsPrinter {
+  public:
+    explicit CJsonPrinter(const SStatsWish& wish) : wish_(wish) {}
+
+    void Open(std::size_t inputs) override {
+        several_ = inputs > 1;
+        if (several_) Print(fmt::format("{{\"schema\":{},\"sources\":[", kSchemaVersion));
+    }
+    void Begin(const SStatsHead& head) override {
+        std::string open = JsonText({{"schema", kSchemaVersion},
+                                     {"file", head.file},
+                                     {"quantity", head.text.quantity},
+                                     {"unit", head.text.symbol},
+                                     {"deviationUnit", head.text.difference},
+                                     {"pixels", wish_.pixels == measure::EPixels::Good ? "good" : "counted"},
+                                     {"parameters", head.parameters}});
+        open.pop_back();
+        firstRow_ = true;
+        Print(Next() + open + ",\n\"rows\":[");
+    }
+    void Row(const SStatsRow& row) override {
+        Print((firstRow_ ? "\n" : ",\n") + JsonText(RowJson(row, wish_)));
+        firstRow_ = false;
+    }
+    void End(const SStatsEnd& end) override {
+        Print(fmt::format("\n],\n\"skipped\":{},\"complete\":{},\"findings\":{}}}{}", end.skipped, end.complete,
+                          JsonText(FindingsJson(end.findings)), several_ ? "" : "\n"));
+    }
+    void Failed(const std::string& file, const CFault& fault) override {
+        Print(Next() + JsonText({{"schema", kSchemaVersion},
+                                 {"file", file},
+                                 {"rows", Json::array()},
+                                 {"complete", false},
+                                 {"error", ErrorJson(fault)}}));
+    }
+    void Close() override {
+        if (several_) Print("\n]}\n");
+    }
+
+  private:
+    /// What stands ahead of an input's document.
+    std::string Next() {
+        const bool first = std::exchange(firstSource_, false);
+        return several_ ? first ? "\n" : ",\n" : "";
+    }
+
+    SStatsWish wish_;
+    bool several_ = false;
+    bool firstSource_ = true;
+    bool firstRow_ = true;
 };
 
 }  // namespace
 
-std::unique_ptr<IStatsPrinter> MakeTablePrinter() { return std::make_unique<CTablePrinter>(); }
-std::unique_ptr<IStatsPrinter> MakeCsvPrinter() { return std::make_unique<CCsvPrinter>(); }
-std::unique_ptr<IStatsPrinter> MakeJsonPrinter() { return std::make_unique<CJsonPrinter>(); }
+std::unique_ptr<IStatsPrinter> MakeCsvPrinter(const SStatsWish& wish) { return std::make_unique<CCsvPrinter>(wish); }
+std::unique_ptr<IStatsPrinter> MakeJsonPrinter(const SStatsWish& wish) { return std::make_unique<CJsonPrinter>(wish); }
 
 }  // namespace ovix::app

@@ -1,18 +1,17 @@
 #pragma once
 
 #include <memory>
-#include <span>
 #include <string>
 #include <vector>
 
-#include "apps/ovix/json.h"
-#include "apps/ovix/region.h"
-#include "apps/ovix/units.h"
+#include "apps/ovix/commands/stats_rows.h"
+#include "apps/ovix/fault.h"
 
 namespace ovix::app {
 
-/// What holds for all rows of a run.
+/// What holds for all rows of one input.
 struct SStatsHead {
+    std::string file;
     EUnit unit = Counts;
     SUnitText text;
     Json parameters;
@@ -20,36 +19,33 @@ struct SStatsHead {
     std::size_t longestName = 0;  ///< of the regions
 };
 
-/// The figures of one region of one frame.
-struct SStatsRow {
-    u64 frame = 0;
-    SRegion region;
-    measure::SRegionStats figures = {};
-};
-
-/// What is known at the end of a run.
+/// What is known at the end of one input.
 struct SStatsEnd {
     u64 skipped = 0;
     bool complete = true;  ///< false when an error ended the run, frames were skipped or the source is damaged
     std::vector<measure::SFinding> findings = {};
 };
 
-/// Writes rows of figures to the standard output as they come.
+/// Writes rows of figures to the standard output as they come: `Open`, for each input `Begin`, rows and `End`, or
+/// `Failed` where an error came before its first row, and `Close`.
 class IStatsPrinter {
   public:
     virtual ~IStatsPrinter() = default;
-    /// Before the first row.
+    virtual void Open(std::size_t) {}
+    /// Before the first row. Throws `CFault` for a unit that cannot stand under the columns that are there already.
     virtual void Begin(const SStatsHead& head) = 0;
     virtual void Row(const SStatsRow& row) = 0;
     /// After the last row, also of a run that an error ended: what is written is still one document.
-    virtual void End(const SStatsEnd& end) = 0;
+    virtual void End(const SStatsEnd&) {}
+    virtual void Failed(const std::string&, const CFault&) {}
+    virtual void Close() {}
 };
 
-/// Aligned columns under a header.
-std::unique_ptr<IStatsPrinter> MakeTablePrinter();
+/// Aligned columns under a header; on a terminal as many of them as fit.
+std::unique_ptr<IStatsPrinter> MakeTablePrinter(const SStatsWish& wish);
 /// One line a row, the unit in the names of the columns, numbers that read back exactly.
-std::unique_ptr<IStatsPrinter> MakeCsvPrinter();
+std::unique_ptr<IStatsPrinter> MakeCsvPrinter(const SStatsWish& wish);
 /// One JSON document.
-std::unique_ptr<IStatsPrinter> MakeJsonPrinter();
+std::unique_ptr<IStatsPrinter> MakeJsonPrinter(const SStatsWish& wish);
 
 }  // namespace ovix::app

@@ -47,9 +47,9 @@ extern "C" void EndInterrupted(int signal) {
             if (slot.used) ::unlink(slot.path);
         }
     }
-    if (signal != SIGPIPE) ::_exit(ExitInterrupted);
-    std::signal(SIGPIPE, SIG_DFL);  // a reader that went away is told to nobody, as everywhere
-    ::raise(SIGPIPE);
+    // As if nobody had handled it, so that a shell's loop ends too; it comes when this returns.
+    std::signal(signal, SIG_DFL);
+    ::raise(signal);
 }
 
 std::string NameBeside(const std::filesystem::path& target) {
