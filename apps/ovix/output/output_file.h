@@ -62,8 +62,8 @@ class CRemovedOnInterrupt {
     int slot_;
 };
 
-/// Makes SIGINT, SIGTERM and SIGHUP remove what is not committed and end the process with status 130, unless they are
-/// ignored; SIGPIPE removes it too and ends the process as ever. A write beyond the size limit of the process becomes
+/// Makes SIGINT, SIGTERM, SIGHUP and SIGPIPE, unless they are ignored, remove what is not committed and end the process
+/// as if nobody had handled them, so that a shell's loop ends too. A write beyond the size limit of the process becomes
 /// an ordinary error. For `main`, once.
 void InstallInterruptCleanup();
 
