@@ -72,6 +72,7 @@ void AddBashVerb(std::string& text, const SVerb& verb) {
 
 std::string BashCompletion(const SVerb& tool, const std::vector<SVerb>& verbs) {
     std::vector<std::string> names;
+    names.reserve(verbs.size());
     for (const SVerb& verb : verbs) names.push_back(verb.name);
     std::string text = kBashHead;
     text += fmt::format("            {}) verb=$word; break ;;\n        esac\n    done\n    case \"$verb $before\" in\n",
@@ -90,9 +91,10 @@ std::string BashCompletion(const SVerb& tool, const std::vector<SVerb>& verbs) {
 
 namespace {
 
-/// One specification of `_arguments`.
+/// One argument of `_arguments`.
 std::string ZshOption(const SOption& option) {
     std::vector<std::string> words;
+    words.reserve(option.values.words.size());
     for (const std::string& word : option.values.words) words.push_back(Escaped(word, " ()\\:"));
     const std::string action = !words.empty() ? "(" + Joined(words, " ") + ")" : option.values.file ? "_files" : " ";
     const std::string value = option.values.taken ? ":" + Escaped(option.type, ":") + ":" + action : "";
@@ -135,6 +137,7 @@ std::string FishOption(const std::string& when, const SOption& option) {
     for (const std::string& name : option.names)
         text += name.starts_with("--") ? " -l " + name.substr(2) : " -s " + name.substr(1);
     std::vector<std::string> words;
+    words.reserve(option.values.words.size());
     for (const std::string& word : option.values.words) words.push_back(FishText(word));
     if (option.values.taken) text += option.values.file && words.empty() ? " -r -F" : " -x";
     if (!words.empty()) text += " -a " + FishText(Joined(words, " "));

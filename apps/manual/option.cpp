@@ -51,7 +51,7 @@ Words Alternatives(const std::string& type) {
 
 SOptionValues ValuesOf(const CLI::Option& option, const std::string& type) {
     SOptionValues values{.taken = option.get_items_expected_max() > 0};
-    const std::string name = option.get_single_name();
+    const std::string& name = option.get_single_name();
     if (!values.taken) return values;
     values.file = type == "FILE" || type == "FOLDER" || type == "STEM" || !option.nonpositional();
     values.words = name == "pixel-type" ? PixelTypeWords()

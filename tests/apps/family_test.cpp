@@ -87,7 +87,7 @@ void ExpectFields(const Json& dump, const std::string& family) {
 }
 
 std::vector<float> Measure(const test::CToolFolder& folder, const Arguments& source) {
-    folder.Do(Arguments{"convert", "-o", "out.npy", "--overwrite", "--scale", "K"} + source);
+    folder.Do(Arguments{"convert", "-o", "out.npy", "--overwrite"} + source);
     return test::ReadArray<float>(folder.Path("out.npy"));
 }
 

@@ -31,14 +31,15 @@ double Planck(double kelvin) { return 500 + 3e8 / (std::exp(3597 / kelvin) - 1);
 struct SFamily {
     const char *type, *decoder;
     double (*count)(double kelvin);
-    const char *name, *value;  ///< one of the last frame's
+    const char* name;  ///< of a value of the last frame
+    double value;
 };
-const SFamily kFamilies[] = {{"IACF", "Osprey", Planck, "OS_IntegrationTime", "2.000000"},
-                             {"LOR-RA", "LOR-RA", Linear, "ChassisTemp", "31.50"},
-                             {"LOR-SB", "LOR-SB", Linear, "IHFOV", "280.000"},
-                             {"MVF", "MVFalcon", Linear, "MV9100_FrameRate", "50.00"},
-                             {"Lapwing", "Lapwing", Linear, "SensorTemp[0]", "297.4"},
-                             {"Wren", "Wren", Linear, "SensorTemp[3]", "299"}};
+const SFamily kFamilies[] = {{"IACF", "Osprey", Planck, "OS_IntegrationTime", 2},
+                             {"LOR-RA", "LOR-RA", Linear, "ChassisTemp", 31.5},
+                             {"LOR-SB", "LOR-SB", Linear, "IHFOV", 280},
+                             {"MVF", "MVFalcon", Linear, "MV9100_FrameRate", 50},
+                             {"Lapwing", "Lapwing", Linear, "SensorTemp[0]", 297.4},
+                             {"Wren", "Wren", Linear, "SensorTemp[3]", 299}};
 
 TEST(HeaderLineSynth, WholeWayToCounts) {
     for (const SFamily& family : kFamilies) {

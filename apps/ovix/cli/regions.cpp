@@ -99,6 +99,7 @@ SShape ShapeOf(const CField& field) {
 
 std::vector<SShape> ParseShapes(const std::string& option, const std::vector<std::string>& texts) {
     std::vector<SShape> shapes;
+    shapes.reserve(texts.size());
     for (const std::string& text : texts) shapes.push_back(CShapeText(option, text).Parse(shapes.size() + 1));
     return shapes;
 }

@@ -146,6 +146,7 @@ class CStatsCommand final : public ICommand {
     std::vector<SStatsRow> RowsOf(const std::string& file, const measure::CFrame& frame,
                                   const std::vector<measure::CPixelSet>& regions) const {
         std::vector<SStatsRow> rows;
+        rows.reserve(regions.size());
         for (const measure::CPixelSet& region : regions) rows.push_back(RowOf(file, frame, region, wish_));
         return rows;
     }

@@ -101,7 +101,8 @@ def figures_of_good_pixels_and_distributions():
     close(row["percentiles"]["25"], good[int(place)] + (place % 1) * (good[int(place) + 1] - good[int(place)]), 1e-4)
     assert sum(row["histogram"]["counts"]) == len(good) == row["counted"]
     both = rows(*DUMP)[0]
-    assert both["max"]["value"] == max(v for v in values if v == v) and both["ofGood"]["max"] == row["max"]["value"]
+    close(both["max"]["value"], max(v for v in values if v == v), 1e-4)
+    assert both["ofGood"]["max"] == row["max"]["value"] < both["max"]["value"]
     assert sum(both["status"].values()) == both["pixels"] == 64 * 48
     assert sum(1 for s in status if not s) == both["status"]["good"]
 
@@ -142,11 +143,11 @@ def errors_are_json_with_a_name_that_stays():
 
 
 def nothing_without_effect_is_taken():
-    recording()
+    synth("--tables", "nuc")
+    run("record", *DUMP, "-o", "run.krt")
     for line in (["stats", "run.krt", "--emissivity", ""], ["stats", ""], ["explain", "run.krt", "--at", "1,1", "--frames", "0"],
                  ["convert", "run.krt", "-o", "a.npy", "--range", "1,2"], ["stats", "run.krt", "--unit", "counts", "--scale", "F"],
                  ["stats", "run.krt", "--unit", "counts", "--emissivity", "0.9"], ["stats", "run.krt", "--correction", "3=nuc"],
-                 
                  ["stats", "run.krt", "--histogram", "4"], ["stats", "run.krt", "--profile", "0,0,1,1", "--roi", "0,0,1,1"],
                  ["info", "run.krt", "--frame", "0", "--counters"]):
         run(*line, status=2)
@@ -188,7 +189,7 @@ def the_uncertainty_is_that_of_the_formulas():
     """Sensitivities against differences of the tool's own measurements, and the budget against its definition."""
     recording()
     told = ["--emissivity", "0.9", "--reflected-temp", "295.15K"]
-    found = doc("uncertainty", "run.krt", "--at", "40,28", *told, "--emissivity-u", "0.01", "--reflected-temp-u", "2K",
+    found = doc("uncertainty", "run.krt", "--frames", "0", "--at", "40,28", *told, "--emissivity-u", "0.01", "--reflected-temp-u", "2K",
                 "--counts-u", "3", "--constant-u", "planckB=0.1%", "--monte-carlo", "20000")
     inputs = {entry["key"]: entry for entry in found["inputs"]}
 
@@ -196,11 +197,11 @@ def the_uncertainty_is_that_of_the_formulas():
         steps = doc("explain", "run.krt", "--at", "40,28", "--frame", "0", *more)["steps"]
         return [step["value"] for step in steps if step["step"].startswith("temperature")][0]
 
-    def slope(name, low, high, width):
-        return (value(*told, name, high) - value(*told, name, low)) / width
+    def slope(other, name, low, high, width):
+        return (value(*other, name, high) - value(*other, name, low)) / width
 
-    close(inputs["emissivity"]["sensitivity"], slope("--emissivity", "0.89", "0.91", 0.02), 0.05)
-    close(inputs["reflected-temp"]["sensitivity"], slope("--reflected-temp", "293.15K", "297.15K", 4), 1e-3)
+    close(inputs["emissivity"]["sensitivity"], slope(told[2:], "--emissivity", "0.89", "0.91", 0.02), 0.05)
+    close(inputs["reflected-temp"]["sensitivity"], slope(told[:2], "--reflected-temp", "293.15K", "297.15K", 4), 1e-3)
     combined = math.sqrt(sum((entry["sensitivity"] * entry["u"]) ** 2 for entry in found["inputs"]))
     close(found["combined"], combined, 1e-9)
     close(found["expanded"], 2 * combined, 1e-9)
