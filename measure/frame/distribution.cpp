@@ -5,6 +5,10 @@
 
 namespace ovix::measure {
 
+double SHistogram::Edge(std::size_t i) const {
+    return low + (high - low) * static_cast<double>(i) / static_cast<double>(counts.size());
+}
+
 double Percentile(std::span<const float> sorted, double percent) {
     if (sorted.empty()) return std::nan("");
     const double place = std::clamp(percent, 0.0, 100.0) / 100 * static_cast<double>(sorted.size() - 1);

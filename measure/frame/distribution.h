@@ -14,7 +14,7 @@ OVIX_MEASURE_API double Percentile(std::span<const float> sorted, double percent
 
 /// How many values lie in each of equally wide steps; a value on an edge counts in the step above, the highest edge in
 /// the last.
-struct SHistogram {
+struct OVIX_MEASURE_API SHistogram {
     double low = 0;
     double high = 0;
     u64 below = 0;  ///< values beside the steps
@@ -22,9 +22,7 @@ struct SHistogram {
     std::vector<u64> counts = {};
 
     /// Where step i begins; `Edge(counts.size())` is `high`.
-    double Edge(std::size_t i) const {
-        return low + (high - low) * static_cast<double>(i) / static_cast<double>(counts.size());
-    }
+    double Edge(std::size_t i) const;
 };
 
 /// Between two limits, `low` below `high`, in `bins` steps, at least one. NaN counts nowhere.

@@ -113,7 +113,7 @@ SMonteCarlo Simulate(CModel& model, const SUncertainty& linear, const SUncertain
     result.u = std::sqrt(squares / static_cast<double>(values.size() - 1));
     std::ranges::sort(values);
     const auto at = [&](double share) {
-        return values[static_cast<std::size_t>(share * static_cast<double>(values.size() - 1) + 0.5)];
+        return values[static_cast<std::size_t>(std::lround(share * static_cast<double>(values.size() - 1)))];
     };
     result.low = at(0.025);
     result.high = at(0.975);

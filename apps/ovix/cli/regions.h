@@ -3,7 +3,6 @@
 #include <string>
 #include <vector>
 
-#include "measure/frame/pixel_set.h"
 #include "measure/measure.h"
 
 namespace CLI {

@@ -13,7 +13,7 @@
 #include "apps/ovix/commands/diff.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/units.h"
-#include "measure/frame/difference.h"
+#include "measure/measure.h"
 
 namespace ovix::app {
 

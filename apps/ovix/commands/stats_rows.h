@@ -8,8 +8,7 @@
 #include "apps/ovix/json.h"
 #include "apps/ovix/status_flags.h"
 #include "apps/ovix/units.h"
-#include "measure/frame/distribution.h"
-#include "measure/frame/pixel_figures.h"
+#include "measure/measure.h"
 
 namespace ovix::app {
 

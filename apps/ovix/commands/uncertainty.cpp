@@ -16,8 +16,7 @@
 #include "apps/ovix/fault.h"
 #include "apps/ovix/text_table.h"
 #include "apps/ovix/units.h"
-#include "measure/frame/pixel_figures.h"
-#include "measure/uncertainty/uncertainty.h"
+#include "measure/measure.h"
 
 namespace ovix::app {
 

@@ -179,7 +179,7 @@ class CNexusWriter final : public IFrameWriter {
 
     std::string RequireRoom() const {
         H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr);  // it would print what is thrown here
-        const std::string part = target_.string() + ".part";
+        std::string part = target_.string() + ".part";
         if (fs::exists(part))
             throw CFault(
                 {.exit = ExitFile, .file = part, .problem = "is there already: somebody writes it, or never finished"});

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cmath>
+
 #include "apps/ovix/output/canvas.h"
 #include "apps/ovix/output/frame_writer.h"
 
@@ -36,7 +38,7 @@ class CPictureMarks {
     SBox BoxOf(int x, int y, int width, int height) const;
     void CrossHair(const SBox& pixel);
     void Name(const std::string& name, const SBox& box, bool above);
-    int Letters(double count) const { return static_cast<int>(count * letter_ + 0.5); }
+    int Letters(double count) const { return static_cast<int>(std::lround(count * letter_)); }
 
     CCanvas& canvas_;
     SBox image_;

@@ -1,5 +1,6 @@
 #include "apps/ovix/plot/plot_data.h"
 
+#include <fmt/format.h>
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -35,8 +36,8 @@ std::vector<SLine> ParseLines(const std::string& option, const std::vector<std::
             if (fits) *places[i] = *number;
         }
         if (!fits)
-            throw UsageFault(option + ": expected x0,y0,x1,y1 inside " + std::to_string(width) + " x " +
-                             std::to_string(height) + " pixels, found \"" + text + "\"");
+            throw UsageFault(fmt::format("{}: expected x0,y0,x1,y1 inside {} x {} pixels, found \"{}\"", option, width,
+                                         height, text));
         lines.push_back(std::move(line));
     }
     return lines;
