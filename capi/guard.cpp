@@ -10,7 +10,7 @@ namespace {
 thread_local std::optional<CError> lastError;
 thread_local bool withoutMemory = false;
 
-#define OVIX_SAME(name, value) static_assert(static_cast<int>(EError::value) == name)
+#define OVIX_SAME(name, value) static_assert(static_cast<int>(EError::value) == (name))
 OVIX_SAME(OVIX_WRONG_ARGUMENT, WrongArgument);
 OVIX_SAME(OVIX_UNIT_NOT_OFFERED, UnitNotOffered);
 OVIX_SAME(OVIX_NOT_NUMBERED, NotNumbered);
