@@ -63,6 +63,7 @@ ETemperatureModel ModelOf(const std::string& word) {
 py::tuple Fit(const std::vector<std::tuple<double, double, u8>>& told, std::pair<double, double> band, int order,
               const std::string& model, int temperatureOrder) {
     std::vector<SCalibrationPoint> points;
+    points.reserve(told.size());
     for (const auto& [counts, celsius, preset] : told) points.push_back({counts, celsius, preset});
     const SFitOptions options{band.first, band.second, order, ModelOf(model), temperatureOrder};
     SCalibrationFit fit;

@@ -107,9 +107,9 @@ class CPyMeasurement::CBorrowedFrame {
 
     /// A result that is not wanted is measured into the frame itself.
     void Measure(u64 number, float* values, u8* status) const {
-        const CMeasurement& measurement = owner_.measurement;
-        if (values) return measurement.Measure(number, *frame_, {values, status});
-        measurement.Measure(number, *frame_);
+        const CMeasurement& by = owner_.measurement;
+        if (values) return by.Measure(number, *frame_, {values, status});
+        by.Measure(number, *frame_);
         if (status) std::memcpy(status, frame_->status.data(), frame_->status.size());
     }
 

@@ -9,6 +9,7 @@ namespace {
 /// Frames by their numbers as runs: consecutive ones are one.
 CFrameNumbers NumbersOf(const std::vector<std::array<u64, 3>>& runs) {
     std::vector<CFrameNumbers::SRun> list;
+    list.reserve(runs.size());
     for (const auto& [first, last, step] : runs) list.push_back({first, last, step});
     return CFrameNumbers(std::move(list));
 }
@@ -156,6 +157,7 @@ struct SMeasuredRegions {
 py::dict Statistics(const CPyMeasurement& of, const Runs& runs, const std::vector<std::array<u16, 4>>& boxes,
                     unsigned threads, const std::string& onFault, const py::object& progress) {
     std::vector<SRegion> regions;
+    regions.reserve(boxes.size());
     for (const auto& [x, y, width, height] : boxes)
         regions.push_back({.x = x, .y = y, .width = width, .height = height});
     std::stop_source stop;
