@@ -39,4 +39,7 @@ class CPyMeasurement {
 /// "°C", "W/(cm² sr)", "counts".
 const char* UnitSymbol(EUnit unit, ETempType scale);
 
+/// Frames by their numbers as runs of first, last and step.
+measure::CFrameNumbers NumbersOf(const std::vector<std::array<u64, 3>>& runs);
+
 }  // namespace ovix::python

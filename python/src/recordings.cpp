@@ -26,10 +26,7 @@ u64 Record(const CPySource& from, const std::string& path, const std::vector<std
     SWriteOptions how = WriteOptionsOf(overwrite, unpacked, keepPart, checksums);
     const CSource& source = from.source;
     how.input = source;
-    std::vector<CFrameNumbers::SRun> list;
-    list.reserve(runs.size());
-    for (const auto& [first, last, step] : runs) list.push_back({first, last, step});
-    const CFrameNumbers frames(std::move(list));
+    const CFrameNumbers frames = NumbersOf(runs);
 
     const py::gil_scoped_release unlocked;
     CSignals signals;

@@ -4,15 +4,14 @@ namespace ovix::python {
 
 using namespace measure;
 
-namespace {
-
-/// Frames by their numbers as runs: consecutive ones are one.
 CFrameNumbers NumbersOf(const std::vector<std::array<u64, 3>>& runs) {
     std::vector<CFrameNumbers::SRun> list;
     list.reserve(runs.size());
     for (const auto& [first, last, step] : runs) list.push_back({first, last, step});
     return CFrameNumbers(std::move(list));
 }
+
+namespace {
 
 EOnFault OnFaultOf(const std::string& word) {
     if (word == "stop") return EOnFault::Stop;
