@@ -13,9 +13,10 @@
 #include "reduce/pixels/abate.h"
 #include "reduce/pixels/correction_objects.h"
 #include "reduce/pixels/stats.h"
-#include "support/curlew_camera.h"
+#include "support/cameras.h"
 #include "support/selection_forms.h"
 #include "support/stats_fields.h"
+#include "support/text.h"
 
 namespace ovix::reduce {
 namespace {
@@ -32,18 +33,15 @@ class ConvertContext : public ::testing::Test {
         return context.Update(presets, static_cast<u8>(flags.size()), 0);
     }
     void AddCalibration() {
-        const auto cal = array.Get<CCurlewFactoryCalReduceObject>(0, true);
-        test::SCurlewConstants().CopyAdjustTo(*cal);
-        test::SCurlewConstants().CopyCalibTo(*cal);
-        cal->valid = true;
+        auto cal = test::CurlewCamera();
+        cal.preset = 0;
+        cal.valid = true;
+        array.Add(cal.Duplicate());
     }
     TSharedPtr<CCorrectionReduceObject> AddCorrection(u8 preset, float gain, i16 offset) {
         const auto correction = array.GetCorrection(preset, true);
         correction->Create(3, 1, preset, CorrectionGain | CorrectionOffset | CorrectionBadPixels);
-        for (u32 i = 0; i < 3; ++i) {
-            correction->gain[i] = gain;
-            correction->offset[i] = offset;
-        }
+        for (u32 i = 0; i < 3; ++i) correction->gain[i] = gain, correction->offset[i] = offset;
         return correction;
     }
 
@@ -79,41 +77,33 @@ TEST_F(ConvertContext, PresetFlagsAndTheirQuirks) {
 TEST_F(ConvertContext, ChoosesAConverter) {
     TArray<EUnit> units;
     CConvertContext unbound;
-    EXPECT_FALSE(unbound.GetUnits(units));
-    EXPECT_FALSE(unbound.SetUnit(Counts, Celsius));
-    EXPECT_FALSE(unbound.Update(nullptr, 0, 0));
+    EXPECT_FALSE(unbound.GetUnits(units) || unbound.SetUnit(Counts, Celsius) || unbound.Update(nullptr, 0, 0));
 
-    EXPECT_TRUE(context.SetUnit(Counts, Celsius));
-    EXPECT_FALSE(context.needToConvert());
+    EXPECT_TRUE(context.SetUnit(Counts, Celsius) && !context.needToConvert());
     AddCalibration();
-    EXPECT_TRUE(context.GetUnits(units));
-    EXPECT_EQ(units.size(), 4u);
+    EXPECT_TRUE(context.GetUnits(units) && units.size() == 4);
     EXPECT_TRUE(context.SetUnit(TemperatureFactory, Kelvin));
     ASSERT_TRUE(context.needToConvert());
     EXPECT_EQ(context.converter()->name(), CString(L"CurlewConverter"));
     EXPECT_TRUE(context.canChangeObjectParameters());
     ASSERT_TRUE(Update({true}));
-    const auto cal = array.Get<CCurlewFactoryCalReduceObject>(0, false);
+    const auto cal = array.Get<test::CCurlewCal>(0, false);
     cal->valid = false;
     EXPECT_FALSE(Update({true}));  // the converter's own update fails
     cal->valid = true;
     EXPECT_FALSE(context.SetUnit(RadianceUser, Celsius));  // nobody gives it, and the converter is lost
-    EXPECT_FALSE(context.needToConvert());
-    EXPECT_FALSE(context.canChangeObjectParameters());
+    EXPECT_FALSE(context.needToConvert() || context.canChangeObjectParameters());
     EXPECT_FALSE(context.ChangeObjectParameters(nullptr));
 
-    source->baseUnit = TemperatureFactory;
-    source->baseTempType = Kelvin;
+    source->baseUnit = TemperatureFactory, source->baseTempType = Kelvin;
     EXPECT_TRUE(context.SetUnit(TemperatureFactory, Celsius));
     EXPECT_EQ(context.converter()->name(), CString(L"TemperatureConverter"));
     ASSERT_TRUE(Update({true}));
     ASSERT_TRUE(context.Convert({frame, UInt16}, {out, Flt32}, status, 3));
     EXPECT_FLOAT_EQ(out[2], 26.85f);
-    EXPECT_TRUE(context.SetUnit(TemperatureFactory, Kelvin));
-    EXPECT_FALSE(context.needToConvert());
+    EXPECT_TRUE(context.SetUnit(TemperatureFactory, Kelvin) && !context.needToConvert());
     array.Reset();
-    EXPECT_FALSE(context.SetUnit(Counts, Celsius));
-    EXPECT_FALSE(Update({true}));
+    EXPECT_FALSE(context.SetUnit(Counts, Celsius) || Update({true}));
 }
 
 TEST_F(ConvertContext, ConvertsInAllForms) {
@@ -126,11 +116,8 @@ TEST_F(ConvertContext, ConvertsInAllForms) {
     test::CheckForms(convert, {counts.begin(), counts.end()}, false);
     float value = 0;
     EXPECT_FALSE(context.GetCalibratedRange(value, out[0], 255));
-    EXPECT_TRUE(context.Convert(5.5f, value, status[0], 255));
-    EXPECT_EQ(value, 5.5f);
-    EXPECT_EQ(status[0], 0);
-    EXPECT_TRUE(context.ConvertBack(6.5f, value, status[0], 255));
-    EXPECT_EQ(value, 6.5f);
+    EXPECT_TRUE(context.Convert(5.5f, value, status[0], 255) && value == 5.5f && status[0] == 0);
+    EXPECT_TRUE(context.ConvertBack(6.5f, value, status[0], 255) && value == 6.5f);
     const u32 index = 0;
     EXPECT_FALSE(context.Convert({frame, UInt16}, &index, 1, {out, Opaque}, status + 1));
     EXPECT_EQ(status[1], 9);
@@ -141,13 +128,9 @@ TEST_F(ConvertContext, ConvertsInAllForms) {
     std::vector<float> kelvin(65536);
     ASSERT_TRUE(context.Convert({counts.data(), UInt16}, {kelvin.data(), Flt32}, nullptr, 65536));
     test::CheckForms(convert, kelvin, true);
-    EXPECT_TRUE(context.Convert(30000.0f, value, status[0], 255));
-    EXPECT_EQ(value, kelvin[30000]);
-    EXPECT_TRUE(context.ConvertBack(value, value, status[0], 255));
-    EXPECT_EQ(value, 30000.0f);
-    EXPECT_TRUE(context.GetCalibratedRange(value, out[0], 255));
-    EXPECT_LT(value, 253.15f);
-    EXPECT_GT(out[0], 473.15f);
+    EXPECT_TRUE(context.Convert(30000.0f, value, status[0], 255) && value == kelvin[30000]);
+    EXPECT_TRUE(context.ConvertBack(value, value, status[0], 255) && value == 30000.0f);
+    EXPECT_TRUE(context.GetCalibratedRange(value, out[0], 255) && value < 253.15f && out[0] > 473.15f);
     const CConvertContext copy = context;
     EXPECT_EQ(copy.converter(), context.converter());
 }
@@ -176,8 +159,7 @@ TEST_F(ConvertContext, CorrectsTheActivePreset) {
     cfg->applyNUC = cfg->applyBadPixels = false;
     EXPECT_FALSE(context.needToApplyNUC());
     ASSERT_TRUE(context.ApplyNUC({frame, UInt16}, {out, Flt32}, 3, result));
-    EXPECT_EQ(result.data, frame);
-    EXPECT_EQ(result.type, UInt16);
+    EXPECT_TRUE(result.data == frame && result.type == UInt16);
     ASSERT_TRUE(context.ApplyNUC({frame, UInt16}, {out, Flt32}, 3));  // this form always fills the buffer
     EXPECT_EQ(out[2], 300.0f);
 }
@@ -242,9 +224,7 @@ TEST_F(ConvertContext, MergesPresets) {
     cfg->high[0] = 250;
     ASSERT_TRUE(context.Abate(frames, 3, {merged, UInt16}, status));
     const u16 expected[3] = {101, 201, 30};
-    EXPECT_TRUE(std::equal(merged, merged + 3, expected));
-    EXPECT_EQ(status[1], 0);
-    EXPECT_EQ(status[2], 2);
+    EXPECT_TRUE(std::equal(merged, merged + 3, expected) && status[1] == 0 && status[2] == 2);
     EXPECT_FALSE(context.Abate(frames, 3, {merged, Int16}, status));
     const STypedData doubles[3] = {{frame, Flt64}, {frame, Flt64}, {frame, Flt64}};
     EXPECT_FALSE(context.Abate(doubles, 3, {merged, Flt64}, status));
@@ -257,24 +237,19 @@ TEST(ObjectParameters, OverrideAndRestore) {
     CReduceObjectArray array;
     const auto object = array.GetObjectParameters(true);
     object->fromSource = true;
-    object->emissivity = 0.9f;
-    object->relativeHumidity = 0.6f;
-    object->estimatedAtmosphereTrans = 0.8f;
+    object->emissivity = 0.9f, object->relativeHumidity = 0.6f, object->estimatedAtmosphereTrans = 0.8f;
     CObjectParametersReduceObject first, second, saved;
-    first.emissivity = 0.5f;
-    first.estimatedAtmosphereTrans = 0.1f;
-    second.emissivity = 0.4f;
+    first.emissivity = 0.5f, first.estimatedAtmosphereTrans = 0.1f, second.emissivity = 0.4f;
+    const auto values = [&] {
+        return test::Text(object->emissivity, object->relativeHumidity, object->estimatedAtmosphereTrans,
+                          object->fromSource);
+    };
     CConvertContext::OverrideObjectParameters(array, first, saved);
-    EXPECT_EQ(object->emissivity, 0.5f);
-    EXPECT_EQ(object->relativeHumidity, 0.3f);
-    EXPECT_EQ(object->estimatedAtmosphereTrans, 0.8f);
-    EXPECT_FALSE(object->fromSource);
+    EXPECT_EQ(values(), "0.5 0.3 0.8 0 ");
     CConvertContext::OverrideObjectParameters(array, second, saved);
     EXPECT_EQ(object->emissivity, 0.4f);
     CConvertContext::RestoreObjectParameters(array, saved);
-    EXPECT_EQ(object->emissivity, 0.9f);
-    EXPECT_EQ(object->relativeHumidity, 0.6f);
-    EXPECT_TRUE(object->fromSource);
+    EXPECT_EQ(values(), "0.9 0.6 0.8 1 ");
     object->emissivity = 0.7f;
     CConvertContext::RestoreObjectParameters(array, saved);
     EXPECT_EQ(object->emissivity, 0.7f);
@@ -282,7 +257,6 @@ TEST(ObjectParameters, OverrideAndRestore) {
     CReduceObjectArray empty;
     CObjectParametersReduceObject nothing;
     CConvertContext::OverrideObjectParameters(empty, first, nothing);
-    EXPECT_EQ(empty.GetObjectParameters(false)->emissivity, 0.5f);
     CConvertContext::RestoreObjectParameters(empty, nothing);
     EXPECT_EQ(empty.GetObjectParameters(false)->emissivity, 0.5f);
 }

@@ -7,38 +7,35 @@
 #include "reduce/convert/uncalibrated_converters.h"
 #include "reduce/objects/reduce_object_array.h"
 #include "reduce/objects/source_info_reduce_object.h"
+#include "support/text.h"
 
 namespace ovix::reduce {
 namespace {
 
+using test::Text;
+
 constexpr EUnit kTestBase = static_cast<EUnit>(100), kFirstOnly = static_cast<EUnit>(101);
 constexpr EUnit kShared = static_cast<EUnit>(102), kSecondOnly = static_cast<EUnit>(103);
 
-/// Converters for a base unit that no built-in class knows.
-class CFirstConverter : public TConverter<CFirstConverter> {
+/// Converters for a base unit that no built-in class knows. The first lists its units of others too, and refuses.
+template <u8 kNumber>
+class TOwnConverter : public TConverter<TOwnConverter<kNumber>> {
   public:
-    static constexpr const wchar_t* kName = L"TestFirst";
-    static constexpr GUID kID = "{11111111-0000-0000-0000-000000000001}"_guid;
+    static constexpr const wchar_t* kName = kNumber == 1 ? L"TestFirst" : L"TestSecond";
+    static constexpr GUID kID{0x11111111, 0, 0, {0, 0, 0, 0, 0, 0, 0, kNumber}};
     static bool SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray&) {
-        units.Add(kFirstOnly);
-        units.Add(kShared);
+        if (kNumber == 2 && base != kTestBase) return false;
+        units.Add(kNumber == 1 ? kFirstOnly : kShared);
+        units.Add(kNumber == 1 ? kShared : kSecondOnly);
         return base == kTestBase;
     }
 };
-class CSecondConverter : public TConverter<CSecondConverter> {
-  public:
-    static constexpr const wchar_t* kName = L"TestSecond";
-    static constexpr GUID kID = "{11111111-0000-0000-0000-000000000002}"_guid;
-    static bool SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray&) {
-        if (base != kTestBase) return false;
-        units.Add(kShared);
-        units.Add(kSecondOnly);
-        return true;
-    }
-};
+using CFirstConverter = TOwnConverter<1>;
+using CSecondConverter = TOwnConverter<2>;
 
-CFirstConverter Updated(EUnit base, ETempType baseType, EUnit output, ETempType outputType) {
-    CFirstConverter converter;
+template <class Converter>
+Converter Updated(EUnit base, ETempType baseType, EUnit output, ETempType outputType) {
+    Converter converter;
     CReduceObjectArray array;
     bool presets[] = {true};
     EXPECT_TRUE(converter.Update(base, baseType, array, output, outputType, presets, 1, 0));
@@ -50,12 +47,10 @@ TEST(Converter, UpdateTakesUnitsAndPresets) {
     CReduceObjectArray array;
     bool presets[9] = {false, false, true, true};
     EXPECT_TRUE(converter.Update(Counts, Celsius, array, RadianceUser, Kelvin, presets, 4, 0));
-    EXPECT_EQ(converter.activePreset, 2);
     EXPECT_FALSE(converter.Update(RGB24, Kelvin, array, RGB48, Celsius, presets, 9, 0));
-    EXPECT_EQ(converter.baseUnit, Counts);
-    EXPECT_EQ(converter.outputUnit, RadianceUser);
-    EXPECT_EQ(converter.outputTempType, Kelvin);
-    EXPECT_TRUE(converter.presets[3]);
+    EXPECT_EQ(Text(converter.baseUnit, converter.outputUnit, converter.outputTempType),
+              Text(Counts, RadianceUser, Kelvin));
+    EXPECT_TRUE(converter.activePreset == 2 && converter.presets[3]);
     EXPECT_TRUE(converter.Update(Counts, Celsius, array, Counts, Celsius, nullptr, 0, 0));
     EXPECT_EQ(converter.activePreset, 0);
     for (const bool enabled : converter.presets) EXPECT_FALSE(enabled);
@@ -65,28 +60,21 @@ TEST(Converter, DefaultsConvertAUnitToItself) {
     u16 in[] = {7, 65535, 100};
     float out[4] = {};
     u8 status[4] = {9, 9, 9, 9};
-    CFirstConverter counts = Updated(Counts, Celsius, Counts, Celsius);
+    auto counts = Updated<CFirstConverter>(Counts, Celsius, Counts, Celsius);
     const u32 indices[] = {2, 1};
-    EXPECT_TRUE(counts.BaseToOutput({in, UInt16}, indices, 2, {out, Flt32}, status));
-    EXPECT_EQ(out[0], 7.0f);  // the indices are ignored
-    EXPECT_EQ(out[1], 65535.0f);
-    EXPECT_EQ(status[1], 0);
-    EXPECT_EQ(status[2], 9);
+    EXPECT_TRUE(counts.BaseToOutput({in, UInt16}, indices, 2, {out, Flt32}, status));  // the indices are ignored
+    EXPECT_EQ(Text(out[0], out[1], status[1], status[2]), "7 65535 0 9 ");
     EXPECT_TRUE(counts.BaseToOutput({in, UInt16}, nullptr, {out, Flt32}, nullptr, 3));
     EXPECT_EQ(out[2], 100.0f);
-
     EXPECT_TRUE(counts.SignalToOutput(65533, 65535, out, status, 255));
-    EXPECT_EQ(out[2], 65535.0f);
-    EXPECT_EQ(status[2], 0);
-    EXPECT_EQ(status[3], 9);
     EXPECT_TRUE(counts.SignalToOutput(9, 8, out, status, 255));
-    EXPECT_EQ(out[0], 65533.0f);
+    EXPECT_EQ(Text(out[0], out[2], status[2], status[3]), "65533 65535 0 9 ");
     u16 signal = 0;
     EXPECT_TRUE(counts.OutputToSignal(65539.9f, signal, status[3], 0));
     EXPECT_EQ(signal, 3);
 
     float one = 0;
-    CFirstConverter celsius = Updated(TemperatureUser, Celsius, TemperatureUser, Fahrenheit);
+    auto celsius = Updated<CFirstConverter>(TemperatureUser, Celsius, TemperatureUser, Fahrenheit);
     EXPECT_TRUE(celsius.BaseToOutput(100.0f, one, status[0], 0));
     EXPECT_FLOAT_EQ(one, 212.0f);
     EXPECT_TRUE(celsius.OutputToBase(212.0f, one, status[0], 0));
@@ -95,12 +83,10 @@ TEST(Converter, DefaultsConvertAUnitToItself) {
     EXPECT_FLOAT_EQ(out[2], 212.0f);
     EXPECT_FALSE(celsius.SignalToOutput(u16{1}, one, status[0], 0));
 
-    CFirstConverter other = Updated(Counts, Celsius, RadianceUser, Celsius);
+    auto other = Updated<CFirstConverter>(Counts, Celsius, RadianceUser, Celsius);
     EXPECT_FALSE(other.BaseToOutput({in, UInt16}, {out, Flt32}, status, 3));
-    EXPECT_FALSE(other.BaseToOutput(1.0f, one, status[0], 0));
-    EXPECT_FALSE(other.OutputToBase(1.0f, one, status[0], 0));
-    EXPECT_FALSE(other.SignalToOutput(u16{1}, one, status[0], 0));
-    EXPECT_FALSE(other.SignalToOutput(1, 2, out, status, 0));
+    EXPECT_FALSE(other.BaseToOutput(1.0f, one, status[0], 0) || other.OutputToBase(1.0f, one, status[0], 0));
+    EXPECT_FALSE(other.SignalToOutput(u16{1}, one, status[0], 0) || other.SignalToOutput(1, 2, out, status, 0));
     EXPECT_FALSE(other.OutputToSignal(1.0f, signal, status[0], 0));
 }
 
@@ -173,12 +159,6 @@ TEST(ConverterFactory, BuiltInsAndUnknowns) {
     EXPECT_TRUE(factory.IsUnitSupported(RGBAverage, array));
 }
 
-void Update(IConverter& converter, EUnit base, ETempType baseType, EUnit output, ETempType outputType) {
-    CReduceObjectArray array;
-    bool presets[] = {true};
-    ASSERT_TRUE(converter.Update(base, baseType, array, output, outputType, presets, 1, 0));
-}
-
 TEST(RGBConverter, ChannelsAndTheirMean) {
     u8 narrow[] = {1, 1, 2, 255, 255, 255, 10, 20, 30};
     u16 wide[] = {1, 1, 2, 65535, 65535, 65535, 1000, 2000, 4000};
@@ -193,37 +173,32 @@ TEST(RGBConverter, ChannelsAndTheirMean) {
     const u32 indices[] = {2, 0};
     const u8 map[3] = {};
     for (const auto& c : kCases) {
-        CRGBConverter converter;
-        Update(converter, RGB24, Celsius, c.unit, Celsius);
+        auto converter = Updated<CRGBConverter>(RGB24, Celsius, c.unit, Celsius);
         float out[3] = {-1, -1, -1};
         u8 status[3] = {9, 9, 9};
         EXPECT_TRUE(converter.BaseToOutput({narrow, Opaque}, map, {out, Flt32}, status, 3));
         EXPECT_TRUE(std::equal(out, out + 3, c.narrow)) << c.unit;
         EXPECT_EQ(status[2], 0);
         EXPECT_TRUE(converter.BaseToOutput({wide, OpaqueWide}, map, indices, 2, {out, Flt32}, nullptr));
-        EXPECT_EQ(out[0], c.wide[2]);
-        EXPECT_EQ(out[1], c.wide[0]);
+        EXPECT_TRUE(out[0] == c.wide[2] && out[1] == c.wide[0]);
         EXPECT_TRUE(converter.BaseToOutput({wide, OpaqueWide}, 2, 2, SArea{0, 1, 1, 0}, {out, Flt32}, nullptr));
         EXPECT_TRUE(converter.BaseToOutput({wide, OpaqueWide}, 2, 2, SArea{1, 0, 1, 0}, {out, Flt32}, nullptr));
         EXPECT_EQ(out[0], c.wide[2]);  // indices count in all forms
     }
-    CRGBConverter converter;
-    Update(converter, RGB24, Celsius, RedChannel, Celsius);
+    auto converter = Updated<CRGBConverter>(RGB24, Celsius, RedChannel, Celsius);
     double out[3] = {-1, -1, -1};
     float one = -1;
     u8 status = 9;
     EXPECT_FALSE(converter.BaseToOutput({narrow, Opaque}, {out, Flt64}, &status, 1));
     EXPECT_FALSE(converter.BaseToOutput({narrow, UInt8}, {&one, Flt32}, &status, 1));
-    EXPECT_EQ(status, 9);
     EXPECT_TRUE(converter.BaseToOutput({narrow, Opaque}, {&one, Flt32}, &status, 0));
-    EXPECT_EQ(one, -1.0f);
+    EXPECT_TRUE(one == -1.0f && status == 9);
     EXPECT_FALSE(converter.BaseToOutput(1.0f, one, status, 0));
     EXPECT_FALSE(converter.OutputToBase(1.0f, one, status, 0));
 }
 
-TEST(TemperatureConverter, Buffers) {
-    CTemperatureConverter converter;
-    Update(converter, TemperatureUser, Celsius, TemperatureUser, Kelvin);
+TEST(TemperatureConverter, BuffersAndSingleValuesWhichAreLeftAlone) {
+    auto converter = Updated<CTemperatureConverter>(TemperatureUser, Celsius, TemperatureUser, Kelvin);
     double in[1000];
     for (int i = 0; i < 1000; ++i) in[i] = i - 100;
     u32 indices[700];
@@ -235,9 +210,7 @@ TEST(TemperatureConverter, Buffers) {
     const u8 map[1000] = {};
     ASSERT_TRUE(converter.BaseToOutput({in, Flt64}, map, indices, 700, {out, Flt32}, status));
     for (u32 i = 0; i < 700; ++i) ASSERT_FLOAT_EQ(out[i], 899.0f - static_cast<float>(i) + 273.15f);
-    EXPECT_EQ(out[700], -1.0f);
-    EXPECT_EQ(status[699], 0);
-    EXPECT_EQ(status[700], 9);
+    EXPECT_EQ(Text(out[700], status[699], status[700]), "-1 0 9 ");
     i16 whole[2];
     ASSERT_TRUE(converter.BaseToOutput({in, Flt64}, {whole, Int16}, nullptr, 2));
     EXPECT_EQ(whole[1], 174);  // 174.15 truncated
@@ -245,17 +218,10 @@ TEST(TemperatureConverter, Buffers) {
     EXPECT_FLOAT_EQ(out[0], 21 - 100 + 273.15f);
     EXPECT_FALSE(converter.BaseToOutput({in, Opaque}, indices, 1, {out, Flt32}, status));
     EXPECT_FALSE(converter.BaseToOutput({in, Flt64}, indices, 1, {out, Opaque}, status));
-}
-
-TEST(TemperatureConverter, SingleValuesAreLeftAlone) {
-    CTemperatureConverter converter;
-    Update(converter, TemperatureUser, Celsius, TemperatureUser, Kelvin);
-    float out = -1;
-    u8 status[2] = {9, 9};
-    EXPECT_TRUE(converter.BaseToOutput(20.0f, out, status[0], 0));
-    EXPECT_TRUE(converter.OutputToBase(20.0f, out, status[1], 0));
-    EXPECT_TRUE(status[0] == 0 && status[1] == 0);
-    EXPECT_EQ(out, -1.0f);
+    float one = -1;
+    status[0] = status[1] = 9;
+    EXPECT_TRUE(converter.BaseToOutput(20.0f, one, status[0], 0) && converter.OutputToBase(20.0f, one, status[1], 0));
+    EXPECT_EQ(Text(one, status[0], status[1]), "-1 0 0 ");
 }
 
 }  // namespace
