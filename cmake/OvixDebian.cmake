@@ -22,11 +22,13 @@ foreach(pair IN ITEMS runtime:libovix development:libovix-dev tool:ovix python3:
 endforeach()
 
 if(TARGET ovix_python)
-  # The module by the libraries of libovix, not by those of a wheel.
-  set(module ${CMAKE_INSTALL_PREFIX}/lib/python3/dist-packages)
-  set_target_properties(ovix_python PROPERTIES INSTALL_RPATH ${CMAKE_INSTALL_FULL_LIBDIR}/ovix)
+  # The module by the libraries of libovix, not by those of a wheel; and what tells xarray of its engine.
+  set(module lib/python3/dist-packages)
+  file(RELATIVE_PATH toLibraries /${module}/ovix /${libraries})
+  set_target_properties(ovix_python PROPERTIES INSTALL_RPATH $ORIGIN/${toLibraries})
   install(TARGETS ovix_python LIBRARY DESTINATION ${module}/ovix COMPONENT python3)
-  install(DIRECTORY python/ovix DESTINATION ${module} COMPONENT python3 PATTERN __pycache__ EXCLUDE)
+  install(DIRECTORY python/ovix ${PROJECT_BINARY_DIR}/python/ovix-${PROJECT_VERSION}.dist-info DESTINATION ${module}
+    COMPONENT python3 PATTERN __pycache__ EXCLUDE)
 endif()
 
 set(CPACK_GENERATOR DEB)
@@ -38,6 +40,7 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_SOURCE ovix)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
@@ -46,7 +49,16 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY
 set(this ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libovix (= ${this})")
 set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "libovix (= ${this})")
-set(CPACK_DEBIAN_PYTHON3_PACKAGE_DEPENDS "libovix (= ${this}), python3, python3-numpy")
+# The module is compiled for one Python.
+if(TARGET ovix_python)
+  find_package(Python 3 REQUIRED COMPONENTS Interpreter)
+  math(EXPR after "${Python_VERSION_MINOR} + 1")
+  set(CPACK_DEBIAN_PYTHON3_PACKAGE_DEPENDS
+    "libovix (= ${this}), python3 (>= 3.${Python_VERSION_MINOR}~), python3 (<< 3.${after}), python3-numpy (>= 1:1.24)")
+  set(CPACK_DEBIAN_PYTHON3_PACKAGE_SUGGESTS "python3-xarray, python3-dask, python3-zarr, python3-fsspec, python3-tqdm")
+  set(CPACK_DEBIAN_PYTHON3_PACKAGE_CONTROL_EXTRA
+    ${PROJECT_SOURCE_DIR}/packaging/python3/postinst ${PROJECT_SOURCE_DIR}/packaging/python3/prerm)
+endif()
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION science)

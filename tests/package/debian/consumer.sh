@@ -28,9 +28,16 @@ g++ -std=c++20 /tmp/consumer/main.cpp -o by_pkg_config $(pkg-config --cflags --l
 gcc -std=c99 /tmp/consumer/version.c -o in_c $(pkg-config --cflags --libs ovix-c)
 ./in_c | grep -qx "$(ovix --version | cut -d' ' -f2)"
 
-if dpkg-query -W python3-ovix >/dev/null 2>&1; then
-    step "python3 -c 'import ovix'"
-    python3 -c "import ovix; print(ovix.__name__)" | grep -qx ovix
-else
-    step "there is no python3-ovix to be tried"
-fi
+step "python3: import ovix, with xarray and without"
+python3 - <<'END'
+import ovix
+
+with ovix.open("counts.raw", "counts", (64, 48)) as counts:
+    assert counts.counts.shape == (2, 48, 64)
+with ovix.open("compressed.raw", "R7X IR (MJLS)", (64, 48)) as compressed:
+    assert compressed[0].temperature().mean() > -100
+
+import xarray
+
+assert xarray.open_dataset("counts.raw", engine="ovix", pixel_type="counts", size=(64, 48)).counts.shape == (2, 48, 64)
+END

@@ -34,7 +34,7 @@ cp "$here"/../measuring/* "$here"/../version.c "$root/tmp/consumer"
 step "what the packages depend on, and compilers"
 inside apt-get update -q >"$root.log" 2>&1
 depends=$(for deb in "$packages"/*.deb; do dpkg-deb -f "$deb" Depends; done | tr ',' '\n' | grep -v ovix | sort -u | paste -sd,)
-inside apt-get satisfy -y -q --no-install-recommends "$depends, g++, cmake, make, pkg-config, man-db" >>"$root.log" 2>&1 || { tail -20 "$root.log" >&2; exit 1; }
+inside apt-get satisfy -y -q --no-install-recommends "$depends, g++, cmake, make, pkg-config, man-db, python3-xarray" >>"$root.log" 2>&1 || { tail -20 "$root.log" >&2; exit 1; }
 everything >"$root.before"
 
 step "apt install ./*.deb"
