@@ -59,10 +59,10 @@ TEST(NpyWriter, WritesValuesStatusAndDescription) {
         test::CTestFolder folder;
         Write(PathIn(folder, "a.npy"), Series(2, 1, 1), {{7, values, status, ""}});
         EXPECT_EQ(NamesIn(folder), (Names{"a.json", "a.npy", "a.status.npy"}));
-        ExpectNpy(ReadText(PathIn(folder, "a.npy")), "{'descr': '<f4', 'fortran_order': False, 'shape': (1, 2), }",
+        ExpectNpy(ReadText(PathIn(folder, "a.npy")), "{'descr': '<f4', 'fortran_order': False, 'shape': (1, 1, 2), }",
                   bytes);
         ExpectNpy(ReadText(PathIn(folder, "a.status.npy")),
-                  "{'descr': '|u1', 'fortran_order': False, 'shape': (1, 2), }", std::string("\x00\x22", 2));
+                  "{'descr': '|u1', 'fortran_order': False, 'shape': (1, 1, 2), }", std::string("\x00\x22", 2));
         const Json json = Json::parse(ReadText(PathIn(folder, "a.json")));
         EXPECT_EQ(json["unit"], "°C");
         EXPECT_EQ(json["parameters"]["emissivity"], 0.95);

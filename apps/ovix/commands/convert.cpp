@@ -6,6 +6,7 @@
 #include <mutex>
 
 #include "apps/ovix/cli/console.h"
+#include "apps/ovix/cli/data_arguments.h"
 #include "apps/ovix/cli/measure_arguments.h"
 #include "apps/ovix/cli/measure_run.h"
 #include "apps/ovix/cli/number_text.h"
@@ -71,28 +72,15 @@ class CConvertCommand final : public ICommand {
             ->required()
             ->type_name("FILE")
             ->group(group);
-        verb.add_option("--compression", options_.compression,
-                        "of .tif, .png, .zarr and .nxs: 0 none, 1 quick (the default), up to 12 small")
-            ->check(CLI::Range(0, 12))
-            ->type_name("LEVEL")
-            ->group(group);
-        verb.add_option("--step", options_.step,
-                        "of .zarr: store values as whole multiples of this, in their unit (else as floats)")
-            ->check(CLI::PositiveNumber)
-            ->type_name("STEP")
-            ->group(group);
-        verb.add_flag("--by-trace", options_.byTrace,
-                      "of .zarr: chunks of 64 frames and 64 x 64 pixels, for who reads pixels over time")
-            ->group(group);
         verb.add_flag("--overwrite", options_.overwrite, "replace files that exist")->group(group);
         verb.add_flag("--json", json_, "say what was done as JSON")->group(group);
+        data_.Add(verb);
         picture_.Add(verb);
     }
 
     EExit Run() override {
         const measure::SMeasureOptions measureOptions = measure_.Options();
-        if ((options_.step > 0 || options_.byTrace) && !CString(output_.c_str()).EndsWithNoCase(L".zarr"))
-            throw UsageFault("--step and --by-trace: have an effect on .zarr alone");
+        data_.Put(options_, std::filesystem::path(output_).extension().string());
         const measure::CSource source = source_.Open();
         if (!IsPicture()) picture_.RefuseAll();
         const measure::SFrameFormat& format = source.Format();
@@ -105,6 +93,7 @@ class CConvertCommand final : public ICommand {
         series.width = format.width;
         series.height = format.height;
         series.frames = run.Results().value_or(kFramesOfAPipe);
+        series.knowsFrames = source.IsNumbered() && source_.OnError() == measure::EOnFault::Stop;
         series.title = source.Name() + ", " + format.pixelTypeName;
 
         // A target that would not do is told before the frames are measured: a writer that is dropped leaves nothing.
@@ -117,6 +106,7 @@ class CConvertCommand final : public ICommand {
         const auto begin = [&](const measure::CFrame& frame) {
             series.unit = UnitText(frame.unit, frame.scale);
             series.parameters = ParametersJson(measurement, frame);
+            options_.steps = data_.Steps(frame.unit, frame.scale);
             writer = MakeFrameWriter(output_, series, options_);
         };
         const auto append = [&](const SEncoded& encoded, const measure::CFrame& frame) {
@@ -146,7 +136,8 @@ class CConvertCommand final : public ICommand {
         CValueRange range;
     };
     /// When it was taken, and what the values rest on most.
-    static std::string CaptionOf(std::string caption, const measure::CFrame& frame) {
+    static std::string CaptionOf(const measure::CFrame& frame) {
+        std::string caption = frame.time ? TimeText(*frame.time) : "";
         for (const measure::SParameter& parameter : frame.Parameters()) {
             if (parameter.key != "emissivity") continue;
             caption += fmt::format("{}emissivity {:.4g}", caption.empty() ? "" : "  ·  ", parameter.value);
@@ -154,11 +145,10 @@ class CConvertCommand final : public ICommand {
         return caption;
     }
     SPicture PictureOf(const measure::CFrame& frame) const {
-        const std::string time = frame.time ? TimeText(*frame.time) : "";
         return {.frame = frame.number,
                 .values = frame.values,
                 .status = frame.status,
-                .caption = IsPicture() ? CaptionOf(time, frame) : time,
+                .caption = IsPicture() ? CaptionOf(frame) : "",
                 .time = frame.time};
     }
     SEncoded Encode(const IFrameWriter& writer, const measure::CFrame& frame, const CVideoColours& video) const {
@@ -217,6 +207,7 @@ class CConvertCommand final : public ICommand {
     CSourceArguments source_;
     CMeasureArguments measure_;
     std::string output_;
+    CDataArguments data_;
     CPictureArguments picture_;
     SWriteOptions options_;
     bool mergePresets_ = false;

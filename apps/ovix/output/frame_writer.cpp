@@ -4,6 +4,8 @@
 #include <libdeflate.h>
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <new>
 
 #include "apps/ovix/fault.h"
@@ -52,14 +54,47 @@ std::vector<u8> Deflated(std::span<const u8> bytes, int level) {
     return packed;
 }
 
-Json DescribeSeries(const SSeries& series) {
-    return {{"schema", kSchemaVersion},       {"title", series.title}, {"quantity", series.unit.quantity},
-            {"unit", series.unit.symbol},     {"width", series.width}, {"height", series.height},
-            {"parameters", series.parameters}};
+std::vector<u16> StepsOf(const SPicture& picture, const SSteps& steps) {
+    constexpr double kMost = 65535;
+    std::vector<u16> numbers;
+    numbers.reserve(picture.values.size());
+    for (std::size_t i = 0; i < picture.values.size(); ++i) {
+        const double value = picture.values[i];
+        const bool nothing = std::isnan(value) || (!picture.status.empty() && picture.status[i] & kStatusNoData);
+        const double number = nothing && steps.noData ? 0 : std::round((value - steps.offset) / steps.step);
+        if (!(number >= (steps.noData && !nothing ? 1 : 0) && number <= kMost))
+            throw CFault(
+                {.frame = picture.frame,
+                 .expected = fmt::format("values that 16 bits hold in steps of {} from {}", steps.step, steps.offset),
+                 .found = fmt::format("{}", picture.values[i]),
+                 .advice = "a larger --step or --type float32 holds it"});
+        numbers.push_back(static_cast<u16>(number));
+    }
+    return numbers;
+}
+
+std::vector<float> MaskedOf(const SPicture& picture) {
+    std::vector<float> values(picture.values.begin(), picture.values.end());
+    for (std::size_t i = 0; i < picture.status.size(); ++i) {
+        if (picture.status[i] & kStatusNoData) values[i] = std::numeric_limits<float>::quiet_NaN();
+    }
+    return values;
+}
+
+Json DescribeSeries(const SSeries& series, const SWriteOptions& options) {
+    Json json{{"schema", kSchemaVersion},       {"title", series.title}, {"quantity", series.unit.quantity},
+              {"unit", series.unit.symbol},     {"width", series.width}, {"height", series.height},
+              {"parameters", series.parameters}};
+    if (options.mask) json["_FillValue"] = "NaN";
+    if (!options.steps) return json;
+    json.update({{"scale_factor", options.steps->step}, {"add_offset", options.steps->offset}});
+    if (options.steps->noData) json["_FillValue"] = 0;
+    return json;
 }
 
 Json DescribeFrame(const SPicture& picture) {
     Json frame{{"frame", picture.frame}};
+    if (picture.time) frame["time"] = TimeText(*picture.time);
     if (!picture.caption.empty()) frame["caption"] = picture.caption;
     if (!picture.status.empty()) frame["status"] = CountStatus(picture.status);
     return frame;

@@ -20,6 +20,7 @@ struct SSeries {
     u16 height = 0;
     /// How many frames will be added, skipped ones included. One frame makes a plain picture or table.
     u64 frames = 1;
+    bool knowsFrames = false;  ///< none of them will be skipped: as many will be there
     SUnitText unit;
     std::string title;                 ///< one line for a reader: source, camera
     Json parameters = Json::object();  ///< all that the values rest on: emissivity, distance, ...
@@ -36,12 +37,28 @@ struct SPicture {
     std::span<const u32> colours = {};
 };
 
+/// Values as whole numbers of 16 bits: value = offset + number * step. Where there is `noData`, 0 stands for a pixel
+/// without data, and values begin at 1.
+struct SSteps {
+    double step = 1;
+    double offset = 0;
+    bool noData = false;
+};
+
 struct SWriteOptions {
     bool overwrite = false;
-    /// Of TIFF and PNG: from 0, no compression, over 1, quick, to 12, small. The pixels are the same. On temperatures
-    /// with a sensor's noise, level 2 saves 1 % and takes half as long again; 4, 6 and 9 take 2 to 5 times as long as 1
-    /// and save less than that or nothing.
+    /// From 0, no compression, over 1, quick, to small: 12 of TIFF and PNG, 9 of Zarr and NeXus, 19 of Zstandard. The
+    /// pixels are the same. On temperatures with a sensor's noise, level 2 saves 1 % and takes half as long again; 4, 6
+    /// and 9 take 2 to 5 times as long as 1 and save less than that or nothing.
     int compression = 1;
+    bool zstd = false;  ///< of TIFF: by Zstandard and not by Deflate
+    // Of TIFF, NPY and CSV.
+    bool status = true;  ///< the status bytes go to a file beside
+    bool mask = false;   ///< values of pixels without data are NaN
+    // Of TIFF and NPY.
+    std::optional<SSteps> steps = {};  ///< none for floats of 32 bits
+    // Of NPY.
+    bool squeeze = false;  ///< one frame has the shape (height, width)
     // Of Zarr.
     double step = 0;       ///< values are stored as whole multiples of it, in their unit; 0: as floats
     bool byTrace = false;  ///< chunks of many frames and few pixels, for who reads pixels over time
@@ -63,6 +80,8 @@ struct SEncodedFrame {
     using Pieces = std::vector<std::vector<u8>>;
     Pieces values;
     Pieces status;
+    std::vector<u16> steps;     ///< of values as whole numbers
+    std::vector<float> masked;  ///< of values with pixels left out
     Json description;
 };
 
@@ -88,12 +107,13 @@ class IFrameWriter {
 /// letters.
 /// Another extension is wrong usage.
 ///
-/// - NPY 1.0: little-endian 32-bit floats of shape (height, width), or (frames, height, width) when several frames are
-///   asked for. A JSON file beside it (`out.json`) holds what `DescribeSeries` says and, under "frames", a
-///   `DescribeFrame` for each.
-/// - TIFF with a page of 32-bit floats for each frame, by Deflate without a predictor, so that every reader opens it.
-///   `ImageDescription` is JSON in ASCII: that of a page says what `DescribeFrame` does, that of the first also what
-///   `DescribeSeries` does. BigTIFF when more than 2 GiB of pixels are to come.
+/// - NPY 1.0: little-endian 32-bit floats or 16-bit steps of shape (frames, height, width). A JSON file beside it
+///   (`out.json`) holds what `DescribeSeries` says and, under "frames", a `DescribeFrame` for each.
+/// - TIFF with a page of 32-bit floats or 16-bit steps for each frame, by Deflate without a predictor, so that every
+///   reader opens it. `ImageDescription` is JSON in ASCII: that of a page says what `DescribeFrame` does, that of the
+///   first also what `DescribeSeries` does, with the "shape" and "axes" of all pages where their number is known. Each
+///   page has its name, its time stamp, and the tags by which GDAL knows unit, scale, offset and no data. BigTIFF when
+///   more than 2 GiB of pixels are to come.
 /// - CSV: a table for spreadsheets and scripts, one line for each row of each frame: the number of the frame, the row,
 ///   then the pixels from left to right. The head names them with their unit: `frame,row,x0 [°C],x1 [°C]`. Numbers are
 ///   the shortest texts that read back to the same value.
@@ -112,9 +132,10 @@ class IFrameWriter {
 std::unique_ptr<IFrameWriter> MakeFrameWriter(const std::filesystem::path& target, const SSeries& series,
                                               const SWriteOptions& options);
 
-/// What is written once: schema, title, quantity and unit, size, parameters.
-Json DescribeSeries(const SSeries& series);
-/// What is written for each frame: its number, caption, and the status bytes by flag where there are any.
+/// What is written once: schema, title, quantity and unit, size, parameters, and how numbers become values, by the
+/// names of the CF conventions.
+Json DescribeSeries(const SSeries& series, const SWriteOptions& options);
+/// What is written for each frame: its number, time, caption, and the status bytes by flag where there are any.
 Json DescribeFrame(const SPicture& picture);
 /// How many pixels bear each flag of the status byte, by the flag's name, and how many none ("good").
 Json CountStatus(std::span<const u8> status);

@@ -16,6 +16,8 @@ constexpr const char* kDescr = nullptr;
 template <>
 constexpr const char* kDescr<float> = "<f4";
 template <>
+constexpr const char* kDescr<u16> = "<u2";
+template <>
 constexpr const char* kDescr<u8> = "|u1";
 
 /// The header has a fixed size, so that the number of frames can be put in at the end.
@@ -37,7 +39,7 @@ class TNpyFile {
     TNpyFile(const std::filesystem::path& target, const SSeries& series, const SWriteOptions& options)
         : file_(target, options.overwrite),
           plane_(fmt::format("{}, {}", series.height, series.width)),
-          several_(series.frames > 1) {
+          flat_(options.squeeze && series.frames <= 1) {
         WriteHeader();
     }
     /// The plane is written as it lies in memory.
@@ -51,22 +53,22 @@ class TNpyFile {
 
   private:
     void WriteHeader() {
-        const std::string header = Header(kDescr<T>, several_ ? fmt::format("{}, {}", frames_, plane_) : plane_);
+        const std::string header = Header(kDescr<T>, flat_ ? plane_ : fmt::format("{}, {}", frames_, plane_));
         file_.WriteAt(0, header.data(), header.size());
     }
 
     COutputFile file_;
     std::string plane_;
-    bool several_;
+    bool flat_;
     u64 frames_ = 0;
 };
 
 /// A JSON object whose last member, the list of frames, grows as they come.
 class CDescription {
   public:
-    CDescription(const std::filesystem::path& target, const SSeries& series, bool overwrite)
-        : file_(target, overwrite) {
-        std::string head = JsonText(DescribeSeries(series), 2);
+    CDescription(const std::filesystem::path& target, const SSeries& series, const SWriteOptions& options)
+        : file_(target, options.overwrite) {
+        std::string head = JsonText(DescribeSeries(series, options), 2);
         head.erase(head.rfind("\n}"));
         Write(head + ",\n  \"frames\": [");
     }
@@ -84,18 +86,21 @@ class CDescription {
     bool first_ = true;
 };
 
-class CNpyWriter : public TDataWriter<TNpyFile> {
+template <class Value>
+class TNpyWriter : public TDataWriter<TNpyFile, Value> {
+    using Data = TDataWriter<TNpyFile, Value>;
+
   public:
-    CNpyWriter(const std::filesystem::path& target, const SSeries& series, const SWriteOptions& options)
-        : TDataWriter(target, series, options),
-          description_(std::filesystem::path(target).replace_extension(".json"), series, options.overwrite) {}
+    TNpyWriter(const std::filesystem::path& target, const SSeries& series, const SWriteOptions& options)
+        : Data(target, series, options),
+          description_(std::filesystem::path(target).replace_extension(".json"), series, options) {}
     void Append(const SPicture& picture, const SEncodedFrame& encoded) override {
-        TDataWriter::Append(picture, encoded);
+        Data::Append(picture, encoded);
         description_.Append(encoded.description);
     }
     void Finish() override {
         description_.Complete();
-        TDataWriter::Finish();
+        Data::Finish();
         description_.Commit();
     }
 
@@ -107,7 +112,8 @@ class CNpyWriter : public TDataWriter<TNpyFile> {
 
 std::unique_ptr<IFrameWriter> MakeNpyWriter(const std::filesystem::path& target, const SSeries& series,
                                             const SWriteOptions& options) {
-    return std::make_unique<CNpyWriter>(target, series, options);
+    if (options.steps) return std::make_unique<TNpyWriter<u16>>(target, series, options);
+    return std::make_unique<TNpyWriter<float>>(target, series, options);
 }
 
 }  // namespace ovix::app

@@ -38,7 +38,7 @@ class CPngWriter final : public IFrameWriter {
 
   private:
     Json Description(const SPicture& picture) const {
-        Json description = DescribeSeries(series_);
+        Json description = DescribeSeries(series_, {});
         description.update(DescribeFrame(picture));
         return description;
     }

@@ -167,6 +167,48 @@ def many_inputs_in_one_call():
     run("stats", "a.krt", "bad.krt", status=3)
 
 
+def numbers_come_in_the_form_that_was_asked_for():
+    synth(count=1)
+    run("convert", *DUMP, "-o", "f.npy")
+    assert b"'shape': (1, 48, 64)" in read("f.npy")
+    values, status = array("f.npy", "f"), array("f.status.npy", "B")
+    run("convert", *DUMP, "-o", "s.npy", "--squeeze", "--no-status", "--type", "uint16", "--step", "0.02")
+    assert b"'shape': (48, 64)" in read("s.npy") and not os.path.exists("s.status.npy")
+    side = json.loads(read("s.json"))
+    for number, value, flags in zip(array("s.npy", "H"), values, status):
+        if flags & 32:
+            assert number == side["_FillValue"]
+        else:
+            close(side["add_offset"] + number * side["scale_factor"], value, 0.0101)
+    run("convert", *DUMP, "-o", "n.npy", "--type", "uint16", "--step", "0.001", status=1)
+    run("convert", *DUMP, "-o", "m.npy", "--mask")
+    assert all((value != value) == (flags & 32 > 0) for value, flags in zip(array("m.npy", "f"), status))
+    sizes = {}
+    for kind, number in {"none": 1, "deflate": 8, "zstd": 50000}.items():
+        run("convert", *DUMP, "-o", f"{kind}.tif", "--compression", kind, "--mask")
+        page, sizes[kind] = tiff(f"{kind}.tif"), os.path.getsize(f"{kind}.tif")
+        assert page[259] == number
+        assert page[306] == "2026:01:15 12:00:00" and page[285].startswith("frame 0, 2026-01-15T12:00:00"), page
+        assert page[42113] == "nan" and ">°C<" in page[42112] and json.loads(page[270])["axes"] == "TYX"
+    assert sizes["deflate"] < sizes["none"] and sizes["zstd"] < sizes["none"]
+    for line in (["a.csv", "--compression", "none"], ["a.tif", "--squeeze"], ["a.tif", "--step", "1"], ["a.png", "--no-status"],
+                 ["a.png", "--compression", "zstd"], ["a.tif", "--compression", "none", "--level", "2"]):
+        run("convert", *DUMP, "-o", *line, status=2)
+
+
+def tiff(name):
+    """The tags of the first page of a little-endian file, by its published layout."""
+    data = bytes(read(name))
+    assert data[:4] == b"II*\0"
+    at = struct.unpack_from("<I", data, 4)[0]
+    tags = {}
+    for entry in range(at + 2, at + 2 + 12 * struct.unpack_from("<H", data, at)[0], 12):
+        tag, kind, count, value = struct.unpack_from("<HHII", data, entry)
+        start = value if count > 4 else entry + 8
+        tags[tag] = data[start:start + count - 1].decode() if kind == 2 else value & 0xFFFF if kind == 3 else value
+    return tags
+
+
 def two_sources_are_held_together():
     recording("a.krt")
     shutil.copy("a.krt", "b.krt")
