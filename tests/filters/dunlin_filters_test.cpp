@@ -135,12 +135,10 @@ TEST(Wren, StoresFramesOfNativePackets) {
     second.resize(130, 0xCC);
     EXPECT_EQ(reader.Store(packet, 3, 1, 130), second);
     const Bytes refused, cut(packet.begin(), packet.end() - 1);
-    EXPECT_EQ(reader.Store(packet, 3, 2, 125), refused);  // disabled
-    EXPECT_EQ(reader.Store(packet, 3, 1, 124), refused);
-    EXPECT_EQ(reader.Store(packet, 3, 3, 125), refused);
-    EXPECT_EQ(reader.Store(packet, 4, 0, 125), refused);
-    EXPECT_EQ(reader.Store(cut, 3, 0, 125), refused);
-    EXPECT_EQ(reader.Store(Bytes(15), 1, 0, 125), refused);
+    const std::tuple<Bytes, u32, u32, u32> refusals[] = {
+        {packet, 3, 2, 125},  // disabled
+        {packet, 3, 1, 124}, {packet, 3, 3, 125}, {packet, 4, 0, 125}, {cut, 3, 0, 125}, {Bytes(15), 1, 0, 125}};
+    for (const auto& [from, count, index, room] : refusals) EXPECT_EQ(reader.Store(from, count, index, room), refused);
     EXPECT_EQ(reader.Trigger(packet, 3), 1);
     EXPECT_EQ(reader.Trigger(PruvBuffer(Ramp(12), {plain, plain}), 2), -1);
     EXPECT_EQ(reader.Trigger(cut, 3), std::nullopt);

@@ -56,38 +56,28 @@ TEST(FilterFactory, TypesBelongToTheFirstWhoClaimsThem) {
 
 TEST(Filter, WhatEveryDecoderStartsWith) {
     CLeastFilter filter;
-    Bytes frame{1, 2, 3, 4};
+    Bytes frame{1, 2, 3, 4}, small(3), large(5, 9);
     CReduceObjectArray objects;
-    u8 preset = 9;
+    u8 preset = 9, other = 9;
     u64 counter = 9;
     EXPECT_FALSE(filter.ParseReduceObjects(frame.data(), kOwnType, 2, 1, 4, objects, preset));
-    EXPECT_EQ(preset, 0);
-    preset = 9;
-    EXPECT_FALSE(filter.ParsePreset(frame.data(), kOwnType, 2, 1, 4, preset));
-    EXPECT_EQ(preset, 0);
+    EXPECT_FALSE(filter.ParsePreset(frame.data(), kOwnType, 2, 1, 4, other));
     EXPECT_FALSE(filter.ParseFrameCounter(frame.data(), kOwnType, 2, 1, 4, counter));
-    EXPECT_EQ(counter, 0u);
-    EXPECT_EQ(filter.FrameCounterMaxValue(kOwnType), 65535u);
+    EXPECT_TRUE(preset == 0 && other == 0 && counter == 0 && filter.FrameCounterMaxValue(kOwnType) == 65535);
 
-    Bytes small(3), large(5, 9);
     EXPECT_TRUE(filter.StoreFrame(frame.data(), 4, kOwnType, 2, 1, 1, 0, small.data(), 3));
     EXPECT_TRUE(filter.StoreFrame(frame.data(), 4, kOwnType, 2, 1, 1, 0, large.data(), 5));
-    EXPECT_EQ(small, (Bytes{1, 2, 3}));
-    EXPECT_EQ(large, (Bytes{1, 2, 3, 4, 9}));
+    EXPECT_TRUE(small == (Bytes{1, 2, 3}) && large == (Bytes{1, 2, 3, 4, 9}));
     bool triggered = true;
     u16 index = 9;
     EXPECT_TRUE(filter.CheckForTrigger(frame.data(), 4, kOwnType, 2, 1, 1, 0, triggered, index));
-    EXPECT_TRUE(!triggered && index == 0);
     TArray<CString> names{L"old"};
     EXPECT_FALSE(filter.GetTriggerFields(kOwnType, names));
-    EXPECT_EQ(names.size(), 0u);
+    EXPECT_TRUE(!triggered && index == 0 && names.size() == 0);
     GUID header = kOwnType;
-    u32 size = 9;
-    EXPECT_FALSE(filter.GetHeaderInfo(kOwnType, 2, 1, 4, header, size));
-    EXPECT_TRUE(header == CGUID::Empty && size == 0);
-    size = 9;
-    EXPECT_FALSE(filter.GetConfigSize(kOwnType, size));
-    EXPECT_EQ(size, 0u);
+    u32 size = 9, config = 9;
+    EXPECT_FALSE(filter.GetHeaderInfo(kOwnType, 2, 1, 4, header, size) || filter.GetConfigSize(kOwnType, config));
+    EXPECT_TRUE(header == CGUID::Empty && size == 0 && config == 0);
 }
 
 TEST(Filter, PresetsAreCountedByTheFirstImage) {

@@ -5,8 +5,6 @@
 #include <algorithm>
 
 #include "core/pixel_types.h"
-#include "reduce/filters/filter_factory.h"
-#include "reduce/objects/frame_info_reduce_object.h"
 #include "support/frame_reader.h"
 #include "support/header_line_frames.h"
 
@@ -88,30 +86,22 @@ TEST(HeaderLineFilter, FramesByteByByte) {
             if (width < family.bytesRead / 2 && family.filter != kFamilies[0].filter) continue;
             SCOPED_TRACE(CString::FromFormat(L"%s %d", family.filter, int{width}).GetUTF8());
             const std::vector<u16> image = Ramp(2 * width);
-            Bytes frame = HeaderLineFrame(family.header(width), width, image);
-            const u32 size = static_cast<u32>(frame.size());
-            const auto filter = filterFactory()->CreateForPixelType(family.frameType);
-            std::vector<u16> pixels(image.size());
-            CReduceObjectArray objects;
-            u8 preset = 9;
-            ASSERT_TRUE(filter->ParseFrame(frame.data(), family.frameType, width, 2, size, {pixels.data(), UInt16},
-                                           objects, preset));
-            EXPECT_EQ(pixels, image);
-            EXPECT_EQ(preset, 2);
-            const auto info = objects.GetFrameInfo(2, false);
-            EXPECT_EQ(info->preset, 2);
-            EXPECT_EQ(info->frameNumber, family.counter);
+            const Bytes frame = HeaderLineFrame(family.header(width), width, image);
+            SFrameReader reader(family.filter, family.frameType, width, 2);
+            ASSERT_TRUE(reader.Parse(frame));
+            EXPECT_EQ(reader.pixels, image);
+            EXPECT_EQ(reader.preset, 2);
+            const auto info = reader.Info();
+            EXPECT_TRUE(info->preset == 2 && info->frameNumber == family.counter);
             EXPECT_EQ(info->time.GetYear(), CDateTime().GetYear());
             EXPECT_STREQ(info->time.Format(L"%j:%(irig)").GetUTF8(), "123:14:25:36.789012");
-            u64 counter = 0;
-            CDateTime time;
-            ASSERT_TRUE(filter->ParseBasicInfo(frame.data(), family.frameType, width, 2, size, preset, counter, time));
-            EXPECT_EQ(counter, family.counter);
-            EXPECT_EQ(time, info->time);
+            const auto light = reader.Light(frame);
+            EXPECT_TRUE(light.hasAll && light.counterOfAll == family.counter && light.timeOfAll == info->time);
 
             // The description tells each value at its place, and the time.
             TArray<SFrameField> fields;
-            ASSERT_TRUE(DescribeFrame(family.filter, frame.data(), family.frameType, width, 2, size, fields));
+            ASSERT_TRUE(DescribeFrame(family.filter, frame.data(), family.frameType, width, 2,
+                                      SFrameReader::Size(frame), fields));
             std::string values;
             for (const auto& entry : info->extra) {
                 const auto same = [&](const SFrameField& f) { return f.name == entry.name; };

@@ -45,10 +45,7 @@ TEST(K410Recording, DigitalTriggers) {
 
 TEST(K410Recording, MarkCounterTriggersWhenItRises) {
     const auto frame = [](u32 mark, bool swapped) {
-        SK410Container container;
-        container.record.mark = mark;
-        container.record.swapped = swapped;
-        return PlainFrame(Ramp(kPixels), container);
+        return PlainFrame(Ramp(kPixels), {.record = {.swapped = swapped, .mark = mark}});
     };
     const struct {
         u32 mark;
@@ -62,12 +59,10 @@ TEST(K410Recording, MarkCounterTriggersWhenItRises) {
             EXPECT_EQ(reader.Trigger(frame(step.mark, swapped), 1, step.field), step.triggered - 1);
         }
     }
-    SK410Container broken;
-    broken.secondEntry = 2;
-    broken.record.mark = 100;
+    const Bytes broken = PlainFrame(Ramp(kPixels), {.secondEntry = 2, .record = {.mark = 100}});
     const SFrameReader reader = Reader(kK410F7M0);
     EXPECT_EQ(reader.Trigger(frame(1, false), 1, 2), -1);
-    EXPECT_EQ(reader.Trigger(PlainFrame(Ramp(kPixels), broken), 1, 2), std::nullopt);
+    EXPECT_EQ(reader.Trigger(broken, 1, 2), std::nullopt);
     EXPECT_EQ(reader.Trigger(frame(2, false), 1, 2), 0);  // the broken one was not remembered
 }
 

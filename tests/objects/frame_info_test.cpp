@@ -2,64 +2,61 @@
 
 #include <gtest/gtest.h>
 
+#include "support/text.h"
+
 namespace ovix::reduce {
 namespace {
 
-void ExpectEntry(const CFrameInfoReduceObject::SEntry& entry, const wchar_t* name, const wchar_t* value,
-                 const wchar_t* unit, const wchar_t* type, bool exists = true) {
-    EXPECT_STREQ(entry.name, name);
-    EXPECT_STREQ(entry.value, value);
-    EXPECT_STREQ(entry, value);
-    EXPECT_STREQ(entry.unit, unit);
-    EXPECT_STREQ(entry.type, type);
-    EXPECT_EQ(entry.exists, exists);
+using test::Text;
+
+std::string Row(const CFrameInfoReduceObject::SEntry& e) {
+    EXPECT_STREQ(e, e.value);
+    return Text(e.name, e.value, e.unit, e.type, e.exists);
 }
 
 TEST(FrameInfo, FixedRowsStandForFields) {
     CFrameInfoReduceObject info;
-    EXPECT_EQ(info.NumEntries(), 3u);
     info.time.SetYYDHMS(2024, 32, 13, 4, 5, 6, 7);
     info.frameNumber = ~u64{0} - 1;
     info.preset = 255;
-    ExpectEntry(info.GetAt(0), L"Time", L"032:13:04:05.006007", L"IRIG", L"ascii");
-    ExpectEntry(info.Get(L"tIME"), L"Time", L"032:13:04:05.006007", L"IRIG", L"ascii");
-    ExpectEntry(info.GetAt(1), L"FrameNumber", L"18446744073709551614", L"counter", L"int");
-    ExpectEntry(info.Get(L"framenumber"), L"FrameNumber", L"18446744073709551614", L"counter", L"int");
-    ExpectEntry(info.GetAt(2), L"Preset", L"-1", L"counter", L"int");
-    ExpectEntry(info.Get(L"PRESET"), L"Preset", L"-1", L"counter", L"int");
-    ExpectEntry(info.GetAt(3), L"", L"", L"", L"", false);
-    ExpectEntry(info.GetAt(0xFFFFFFFF), L"", L"", L"", L"", false);
+    const struct {
+        const wchar_t* name;
+        const char* row;
+    } rows[] = {{L"tIME", "Time 032:13:04:05.006007 IRIG ascii 1 "},
+                {L"framenumber", "FrameNumber 18446744073709551614 counter int 1 "},
+                {L"PRESET", "Preset -1 counter int 1 "}};
+    EXPECT_EQ(info.NumEntries(), 3u);
+    for (u32 i = 0; i < 3; ++i) {
+        EXPECT_EQ(Row(info.GetAt(i)), rows[i].row);
+        EXPECT_EQ(Row(info.Get(rows[i].name)), rows[i].row);
+    }
+    for (const u32 none : {3u, 0xFFFFFFFFu}) EXPECT_EQ(Row(info.GetAt(none)), "    0 ");
 }
 
 TEST(FrameInfo, OtherRowsComeFromTheExtras) {
     CFrameInfoReduceObject info;
     info.extra.Add(L"Gain", L"12", L"Counter", L"int");
     info.extra.SetClass(L"Gain", L"group");
+    EXPECT_EQ(Row(info.GetAt(3)), "Gain 12 Counter int 1 ");
+    EXPECT_EQ(Row(info.Get(L"gAIN")), "gAIN 12 Counter int 1 ");  // the name asked for
+    EXPECT_EQ(Row(info.Get(L"Other")), "Other    0 ");
     EXPECT_EQ(info.NumEntries(), 4u);
-    ExpectEntry(info.GetAt(3), L"Gain", L"12", L"Counter", L"int");
-    ExpectEntry(info.Get(L"gAIN"), L"gAIN", L"12", L"Counter", L"int");  // the name asked for
-    ExpectEntry(info.Get(L"Other"), L"Other", L"", L"", L"", false);
-    EXPECT_EQ(info.NumEntries(), 4u);
-    EXPECT_STREQ(info.GetValueAt(3), L"12");
-    EXPECT_STREQ(info.GetNameAt(3), L"Gain");
-    EXPECT_STREQ(info.GetUnit(L"gain"), L"Counter");
-    EXPECT_STREQ(info.GetTypeAt(1), L"int");
+    EXPECT_EQ(Text(info.GetValueAt(3), info.GetNameAt(3), info.GetUnit(L"gain"), info.GetTypeAt(1)),
+              "12 Gain Counter int ");
 }
 
 TEST(FrameInfo, SetValueWritesThrough) {
     CFrameInfoReduceObject info;
     const int year = info.time.GetYear();
     info.SetValue(L"TIME", L"032:13:04:05.006007");
-    EXPECT_STREQ(info.GetValueAt(0), L"032:13:04:05.006007");
-    EXPECT_NEAR(info.time.GetYear(), year, 1);
     info.SetValue(L"frameNUMBER", L"18446744073709551614");
-    EXPECT_EQ(info.frameNumber, 18446744073709551614u);
     info.SetValue(L"preset", L"-1");
-    EXPECT_EQ(info.preset, 255);
-    EXPECT_EQ(info.NumEntries(), 3u);
+    EXPECT_EQ(Text(info.GetValueAt(0), info.frameNumber, info.preset, info.NumEntries()),
+              "032:13:04:05.006007 18446744073709551614 255 3 ");
+    EXPECT_NEAR(info.time.GetYear(), year, 1);
     info.extra.Add(L"Gain", L"1", L"Counter", L"int");
     info.SetValue(L"GAIN", L"2");
-    ExpectEntry(info.GetAt(3), L"Gain", L"2", L"", L"int");  // a set clears the unit
+    EXPECT_EQ(Row(info.GetAt(3)), "Gain 2  int 1 ");  // a set clears the unit
 }
 
 TEST(FrameInfo, DefaultKeepsThePlaceAndDuplicateTakesTheEntries) {
@@ -71,14 +68,9 @@ TEST(FrameInfo, DefaultKeepsThePlaceAndDuplicateTakesTheEntries) {
     info.extra.Add(L"a", L"1", L"", nullptr);
     const auto copy = info.Duplicate().Cast<CFrameInfoReduceObject>();
     info.Default();
-    EXPECT_TRUE(info.valid && info.frameFilled);
-    EXPECT_EQ(info.frameNumber, 7u);
-    EXPECT_EQ(info.preset, 2);
+    EXPECT_EQ(Text(info.valid, info.frameFilled, info.frameNumber, info.preset, info.NumEntries()), "1 1 7 2 3 ");
     EXPECT_NE(info.time.GetTimestamp(), 0);
-    EXPECT_EQ(info.NumEntries(), 3u);
-    EXPECT_FALSE(copy->valid || copy->frameFilled);
-    EXPECT_EQ(copy->time.GetTimestamp(), 0);
-    EXPECT_STREQ(copy->GetValue(L"a"), L"1");
+    EXPECT_EQ(Text(copy->valid, copy->frameFilled, copy->time.GetTimestamp(), copy->GetValue(L"a")), "0 0 0 1 ");
 }
 
 TEST(FrameInfoExtra, ReservedNamesAreIgnored) {
@@ -105,42 +97,29 @@ TEST(FrameInfoExtra, AddingFindsByNameOrAppends) {
     extra.AddPlaceholder(L"b", L"x", nullptr);  // keeps the value
     extra.SetType(L"c", L"float");
     ASSERT_EQ(extra.nValues(), 3u);
-    EXPECT_STREQ(extra.GetAt(0).name, L"b");
-    EXPECT_STREQ(extra.GetValue(L"b"), L"2");
-    EXPECT_STREQ(extra.GetUnit(L"b"), L"x");
-    EXPECT_STREQ(extra.GetType(L"b"), L"int");
-    EXPECT_STREQ(extra.GetClass(L"b"), L"");
-    EXPECT_EQ(extra.FindValue(L"C"), 2);
-    EXPECT_STREQ(extra.GetValue(L"c"), L"");
-    EXPECT_STREQ(extra.GetType(L"none"), L"");
+    EXPECT_EQ(
+        Text(extra.GetAt(0).name, extra.GetValue(L"b"), extra.GetUnit(L"b"), extra.GetType(L"b"), extra.GetClass(L"b")),
+        "b 2 x int  ");
+    EXPECT_EQ(Text(extra.FindValue(L"C"), extra.GetValue(L"c"), extra.GetType(L"none")), "2   ");
     extra.Remove(L"none");
     extra.Remove(L"A");
-    EXPECT_EQ(extra.FindValue(L"c"), 1);
-    EXPECT_EQ(extra.FindValue(L"a"), -1);
+    EXPECT_TRUE(extra.FindValue(L"c") == 1 && extra.FindValue(L"a") == -1);
     const u32 capacity = extra.GetCapacity();
     extra.Clear();
-    EXPECT_EQ(extra.nValues(), 0u);
-    EXPECT_EQ(extra.GetCapacity(), capacity);
+    EXPECT_TRUE(extra.nValues() == 0 && extra.GetCapacity() == capacity);
 }
 
 TEST(FrameInfoExtra, HandlesReadAndWrite) {
     CFrameInfoExtra extra;
     extra.Add(L"n", L"-12.75", L"unit", L"float");
     CFrameInfoExtra::CEntry entry = extra[0];
-    EXPECT_TRUE(entry.Exists());
-    EXPECT_EQ(static_cast<int>(entry), -12);
-    EXPECT_EQ(static_cast<double>(entry), -12.75);
-    EXPECT_EQ(static_cast<i64>(entry), -12);
-    EXPECT_STREQ(static_cast<const wchar_t*>(entry), L"-12.75");
+    EXPECT_EQ(Text(entry.Exists(), static_cast<int>(entry), static_cast<double>(entry), static_cast<i64>(entry),
+                   static_cast<const wchar_t*>(entry)),
+              "1 -12 -12.75 -12 -12.75 ");
     EXPECT_STREQ(entry.setValue(L"3"), L"3");
-    EXPECT_STREQ(entry.getUnit(), L"");  // cleared
-    EXPECT_STREQ(entry.getType(), L"float");
-    EXPECT_STREQ(entry.setUnit(L"K"), L"K");
-    EXPECT_STREQ(entry.setType(L"t"), L"t");
-    EXPECT_STREQ(entry.setClass(L"c"), L"c");
-    EXPECT_STREQ(extra.GetUnit(L"n"), L"K");
-    EXPECT_STREQ(entry.getType(), L"t");
-    EXPECT_STREQ(entry.getClass(), L"c");
+    EXPECT_EQ(Text(entry.getUnit(), entry.getType()), " float ");  // the unit is cleared
+    EXPECT_EQ(Text(entry.setUnit(L"K"), entry.setType(L"t"), entry.setClass(L"c")), "K t c ");
+    EXPECT_EQ(Text(extra.GetUnit(L"n"), entry.getType(), entry.getClass()), "K t c ");
 
     extra[L"i"] = -5;
     EXPECT_STREQ(extra[L"i"].getValue(), L"-5");
@@ -158,9 +137,7 @@ TEST(FrameInfoExtra, HandlesReadAndWrite) {
     EXPECT_STREQ(named, L"0.500000");
 
     for (const int index : {-1, 2}) {
-        EXPECT_FALSE(extra[index].Exists());
-        EXPECT_STREQ(extra[index].getValue(), L"");
-        EXPECT_EQ(static_cast<int>(extra[index]), 0);
+        EXPECT_EQ(Text(extra[index].Exists(), extra[index].getValue(), static_cast<int>(extra[index])), "0  0 ");
     }
 }
 
@@ -172,10 +149,8 @@ TEST(FrameHeader, DuplicateOwnsItsBytesAndDefaultKeepsTheCapacity) {
     const u32 capacity = header.headerData.GetCapacity();
     header.Default();
     EXPECT_EQ(header.headerType, CGUID::Empty);
-    EXPECT_EQ(header.headerData.size(), 0u);
-    EXPECT_EQ(header.headerData.GetCapacity(), capacity);
-    ASSERT_EQ(copy->headerData.size(), 3u);
-    EXPECT_EQ(copy->headerData.GetAt(2), 3);
+    EXPECT_TRUE(header.headerData.size() == 0 && header.headerData.GetCapacity() == capacity);
+    EXPECT_TRUE(copy->headerData.size() == 3 && copy->headerData.GetAt(2) == 3);
     EXPECT_EQ(copy->headerType, "{01020304-0506-0708-090A-0B0C0D0E0F10}"_guid);
 }
 

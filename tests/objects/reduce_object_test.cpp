@@ -15,6 +15,8 @@
 namespace ovix::reduce {
 namespace {
 
+using test::Text;
+
 struct SClassRow {
     const wchar_t* name;
     GUID typeID;
@@ -41,108 +43,74 @@ constexpr SClassRow kClasses[] = {
     {L"MerlinFactoryCal", "{7ED232C7-2ECF-4552-BB67-D406D5E87E61}"_guid, 0x10001, false, true, true},
 };
 
-TEST(ReduceObject, BuiltInClassesStartAsFilesExpect) {
+TEST(ReduceObject, ClassesStartAsFilesExpectAndKeepTheirPlaceWhenReset) {
     for (const SClassRow& row : kClasses) {
         SCOPED_TRACE(CString(row.name).GetUTF8());
         const TSharedPtr<IReduceObject> object = reduceObjectFactory()->CreateByName(row.name);
         ASSERT_TRUE(object);
-        EXPECT_STREQ(object->GetName(), row.name);
         EXPECT_EQ(object->GetTypeID(), row.typeID);
-        EXPECT_EQ(object->version, row.version);
-        EXPECT_EQ(object->valid, row.valid);
-        EXPECT_EQ(object->ShouldPersist(0), row.persist);
-        EXPECT_EQ(object->ShouldPersist(~0u), row.persist);
-        EXPECT_EQ(object->IsCalObj(), row.calibration);
         const bool perFrame = object->GetTypeID() == CFrameInfoReduceObject::typeID;
-        EXPECT_EQ(object->IsPerFrame(), perFrame);
-        EXPECT_EQ(object->IsPerPreset(), perFrame);
-    }
-}
+        EXPECT_EQ(
+            Text(object->GetName(), object->version, object->valid, object->ShouldPersist(0),
+                 object->ShouldPersist(~0u), object->IsCalObj(), object->IsPerFrame(), object->IsPerPreset()),
+            Text(row.name, row.version, row.valid, row.persist, row.persist, row.calibration, perFrame, perFrame));
 
-TEST(ReduceObject, ResetKeepsThePlaceAndDuplicateTheVersionOfTheClass) {
-    for (const SClassRow& row : kClasses) {
-        SCOPED_TRACE(CString(row.name).GetUTF8());
-        const TSharedPtr<IReduceObject> object = reduceObjectFactory()->CreateByName(row.name);
+        const auto state = [](const IReduceObject& o) {
+            return Text(o.valid, o.IsPerFrame(), o.preset, o.persist, o.version);
+        };
         const bool header = EqualsNoCase(row.name, L"FrameHeader");  // resets all, and copies the version
         object->valid = !row.valid;
         object->frameNumber = 0;
         object->preset = 254;
         object->persist = !row.persist;
         object->version = 77;
-        const TSharedPtr<IReduceObject> copy = object->Duplicate();
-        EXPECT_EQ(copy->valid, !row.valid);
-        EXPECT_TRUE(copy->IsPerFrame());
-        EXPECT_TRUE(copy->IsPerPreset());
-        EXPECT_EQ(copy->persist, !row.persist);
-        EXPECT_EQ(copy->version, header ? 77 : row.version);
-
+        EXPECT_EQ(state(*object->Duplicate()), Text(!row.valid, true, 254, !row.persist, header ? 77 : row.version));
         object->Default();
-        EXPECT_EQ(object->valid, row.valid);
-        EXPECT_EQ(object->IsPerFrame(), !header);
-        EXPECT_EQ(object->preset, header ? 255 : 254);
-        EXPECT_EQ(object->persist, header ? row.persist : !row.persist);
-        EXPECT_EQ(object->version, header ? row.version : 77);
+        EXPECT_EQ(state(*object), header ? Text(row.valid, false, 255, row.persist, row.version)
+                                         : Text(row.valid, true, 254, !row.persist, 77));
     }
 }
 
 TEST(ReduceObject, ChecksumCoversWhatSaveWrites) {
     CSourceInfoReduceObject info;
     info.width = 640;
-    for (int time = 0; time < 2; ++time) {
-        u32 crc = 0;
-        u64 size = 0;
-        ASSERT_TRUE(info.CalcCRC(crc, size, 0));
-        EXPECT_EQ(size, 2048u);
-        EXPECT_EQ(crc, test::BitwiseCRC(test::SavedBytes(info)));
-    }
-    CFrameInfoReduceObject transient;
     u32 crc = 1;
     u64 size = 2;
-    EXPECT_FALSE(transient.CalcCRC(crc, size, 0));
-    EXPECT_EQ(crc, 1u);
-    EXPECT_EQ(size, 2u);
+    EXPECT_FALSE(CFrameInfoReduceObject().CalcCRC(crc, size, 0));
+    EXPECT_TRUE(crc == 1 && size == 2);
+    for (int time = 0; time < 2; ++time) {
+        ASSERT_TRUE(info.CalcCRC(crc, size, 0));
+        EXPECT_TRUE(size == 2048 && crc == test::BitwiseCRC(test::SavedBytes(info)));
+    }
 }
 
 /// A class of which the factory makes another one, as plug-ins bring about.
-class CMine : public TReduceObject<CMine> {
+template <u32 kNumber>
+class TMine : public TReduceObject<TMine<kNumber>> {
   public:
-    static constexpr GUID typeID = "{00000001-0002-0003-0405-060708090A0B}"_guid;
-    static constexpr const wchar_t* kName = L"TestMine";
-    int value = 0;
+    static constexpr GUID typeID{kNumber, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
+    static constexpr const wchar_t* kName = kNumber == 1 ? L"TestMine" : L"TestOther";
+    int value = 5;
 };
-class CMinePlus : public CMine {};
+class CMinePlus : public TMine<1> {};
 
 TEST(ReduceObject, DuplicateStaysWithTheClassOfAPlugInAndLosesNothingToAForeignOne) {
-    CMine mine;
-    mine.value = 5;
-    const auto duplicate = [&] { return mine.Duplicate(); };
-
-    TSharedPtr<CMine> copy = duplicate().Cast<CMine>();  // nobody owns the name
-    ASSERT_TRUE(copy);
-    EXPECT_EQ(copy->value, 5);
-
-    using Functions = TCreateAndDestroy<CMinePlus, IReduceObject>;
-    ASSERT_TRUE(reduceObjectFactory()->Register(CMine::kName, CMine::typeID, Functions::Create, Functions::Destroy));
-    copy = duplicate().Cast<CMinePlus>();
-    ASSERT_TRUE(copy);
-    EXPECT_EQ(copy->value, 5);
-}
-
-class COther : public TReduceObject<COther> {
-  public:
-    static constexpr GUID typeID = "{00000002-0002-0003-0405-060708090A0B}"_guid;
-    static constexpr const wchar_t* kName = L"TestOther";
-    int value = 0;
-};
-
-TEST(ReduceObject, DuplicateOfAClassWhoseNameAForeignOneOwns) {
-    using Functions = TCreateAndDestroy<CFOVReduceObject, IReduceObject>;
-    ASSERT_TRUE(reduceObjectFactory()->Register(COther::kName, COther::typeID, Functions::Create, Functions::Destroy));
-    COther other;
-    other.value = 6;
-    const TSharedPtr<COther> copy = other.Duplicate().Cast<COther>();
-    ASSERT_TRUE(copy);
-    EXPECT_EQ(copy->value, 6);
+    const auto registerAs = []<class Made>(const auto& object, std::type_identity<Made>) {
+        using Functions = TCreateAndDestroy<Made, IReduceObject>;
+        return reduceObjectFactory()->Register(object.kName, object.typeID, Functions::Create, Functions::Destroy);
+    };
+    TMine<1> mine;
+    TMine<2> other;
+    mine.value = other.value = 6;
+    const auto valueOf = []<class Made>(const IReduceObject& object, std::type_identity<Made>) {
+        const TSharedPtr<Made> copy = object.Duplicate().template Cast<Made>();
+        return copy ? copy->value : -1;
+    };
+    EXPECT_EQ(valueOf(mine, std::type_identity<TMine<1>>()), 6) << "nobody owns the name";
+    ASSERT_TRUE(registerAs(mine, std::type_identity<CMinePlus>()));
+    EXPECT_EQ(valueOf(mine, std::type_identity<CMinePlus>()), 6);
+    ASSERT_TRUE(registerAs(other, std::type_identity<CFOVReduceObject>()));
+    EXPECT_EQ(valueOf(other, std::type_identity<TMine<2>>()), 6) << "a foreign one owns the name";
 }
 
 TSharedPtr<CFOVReduceObject> NewFOV(u8 preset, double value = 0) {
@@ -199,13 +167,11 @@ TEST(ReduceObjectArray, NothingIsMadeOfUnknownClasses) {
 
 TEST(ReduceObjectArray, TypedShortcutsMakeTheirClassAtItsPreset) {
     CReduceObjectArray objects;
-    EXPECT_EQ(objects.GetSourceInfo(true)->preset, 255);
-    EXPECT_EQ(objects.GetObjectParameters(true)->preset, 255);
-    EXPECT_EQ(objects.GetFOV(true)->preset, 255);
-    EXPECT_EQ(objects.GetCorrectionCfg(true)->preset, 255);
-    EXPECT_EQ(objects.GetAbateCfg(true)->preset, 255);
-    EXPECT_EQ(objects.GetFrameInfo(3, true)->preset, 3);
-    EXPECT_EQ(objects.GetCorrection(4, true)->preset, 4);
+    EXPECT_EQ(
+        Text(objects.GetSourceInfo(true)->preset, objects.GetObjectParameters(true)->preset,
+             objects.GetFOV(true)->preset, objects.GetCorrectionCfg(true)->preset, objects.GetAbateCfg(true)->preset,
+             objects.GetFrameInfo(3, true)->preset, objects.GetCorrection(4, true)->preset),
+        "255 255 255 255 255 3 4 ");
     EXPECT_EQ(objects.GetSize(), 7u);
     EXPECT_TRUE(objects.GetSourceInfo(false) && objects.GetFOV(false) && objects.GetAbateCfg(false));
     EXPECT_EQ(objects.GetSize(), 7u);
@@ -234,16 +200,12 @@ TEST(ReduceObjectArray, ListsAndTestsByValidity) {
     TArray<GUID> ids{CGUID::Empty};
     objects.GetTypeIDs(ids, false);
     ASSERT_EQ(ids.size(), 2u);
-    EXPECT_EQ(ids.GetAt(0), kFOV);
-    EXPECT_EQ(ids.GetAt(1), CSourceInfoReduceObject::typeID);
+    EXPECT_TRUE(ids.GetAt(0) == kFOV && ids.GetAt(1) == CSourceInfoReduceObject::typeID);
     TArray<CString> names;
     objects.GetNames(names, true);
-    ASSERT_EQ(names.size(), 1u);
-    EXPECT_STREQ(names.GetAt(0), L"SourceInfo");
-    EXPECT_TRUE(objects.HasObjectOfType(kFOV, false));
-    EXPECT_FALSE(objects.HasObjectOfType(kFOV, true));
-    EXPECT_TRUE(objects.HasObjectWithName(L"sourceINFO", true));
-    EXPECT_FALSE(objects.HasObjectWithName(L"fov", true));
+    EXPECT_TRUE(names.size() == 1 && names.GetAt(0) == L"SourceInfo");
+    EXPECT_TRUE(objects.HasObjectOfType(kFOV, false) && !objects.HasObjectOfType(kFOV, true));
+    EXPECT_TRUE(objects.HasObjectWithName(L"sourceINFO", true) && !objects.HasObjectWithName(L"fov", true));
     objects.GetAt(2)->valid = true;
     EXPECT_TRUE(objects.HasObjectOfType(kFOV, true));
     objects.GetTypeIDs(ids, true);
@@ -260,11 +222,9 @@ TEST(ReduceObjectArray, RemovesByTypeAndSignedPreset) {
     objects.RemoveObjectOfType(kFOV, 1);
     objects.RemoveObjectOfType(kFOV, -2);
     ASSERT_EQ(objects.GetSize(), 3u);
-    EXPECT_EQ(objects.GetAt(0)->preset, 255);
-    EXPECT_EQ(objects.GetAt(1)->preset, 1);
+    EXPECT_TRUE(objects.GetAt(0)->preset == 255 && objects.GetAt(1)->preset == 1);
     objects.RemoveAllObjectsOfType(kFOV);
-    ASSERT_EQ(objects.GetSize(), 1u);
-    EXPECT_TRUE(objects.GetSourceInfo(false));
+    EXPECT_TRUE(objects.GetSize() == 1 && objects.GetSourceInfo(false));
 }
 
 TEST(ReduceObjectArray, CopiesShareObjectsAndDuplicatesDoNot) {

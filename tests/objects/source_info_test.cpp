@@ -27,10 +27,8 @@ TEST(SourceInfo, TextsAreCutToTheirFields) {
     CByteWriter bytes;
     bytes.bytes = saved;
     ASSERT_TRUE(read.Load(FileOf(bytes), 0x20000, 0));
-    EXPECT_STREQ(read.cameraName, std::wstring(64, L'x').c_str());
-    EXPECT_STREQ(read.text1, std::wstring(16, L'y').c_str());
-    EXPECT_EQ(read.baseUnit, TemperatureUser);
-    EXPECT_FALSE(read.gps.isValid());
+    EXPECT_EQ(Text(read.cameraName, read.text1), std::string(64, 'x') + ' ' + std::string(16, 'y') + ' ');
+    EXPECT_TRUE(read.baseUnit == TemperatureUser && !read.gps.isValid());
     EXPECT_TRUE(info.Duplicate().Cast<CSourceInfoReduceObject>()->gps.isValid());
 }
 
@@ -47,18 +45,11 @@ TEST(SourceInfo, DefaultLeavesWhatDescribesTheStream) {
     info.time.SetTimestamp(0);
     info.gps.status = 1;
     info.Default();
-    EXPECT_EQ(info.frameRect, (RECT{1, 2, 3, -4}));
-    EXPECT_TRUE(info.frameRectSet);
+    EXPECT_TRUE(info.frameRect == (RECT{1, 2, 3, -4}) && info.frameRectSet);
     EXPECT_EQ(info.pixelType, frame_types::kF7M0);
-    EXPECT_STREQ(info.cameraName, L"Unknown Camera");
-    EXPECT_EQ(info.sourceBits, 16);
-    EXPECT_EQ(info.sourceKind, 3);
-    EXPECT_EQ(info.presetCount, 4);
-    EXPECT_TRUE(info.presets[0].enabled);
-    EXPECT_FALSE(info.presets[1].enabled);
-    EXPECT_EQ(info.presets[7].scale, 1.0f);
-    EXPECT_STREQ(info.text4, L"");
-    EXPECT_FALSE(info.gps.isValid());
+    EXPECT_EQ(Text(info.cameraName, info.sourceBits, info.sourceKind, info.presetCount, info.presets[0].enabled,
+                   info.presets[1].enabled, info.presets[7].scale, info.text4, info.gps.isValid()),
+              "Unknown Camera 16 3 4 1 0 1  0 ");
     EXPECT_GT(info.time.GetTimestamp(), 130'000'000'000'000'000);
 }
 
@@ -74,12 +65,12 @@ TEST(SourceInfo, CountsArePatchedInPlace) {
             for (int byte = 0; byte < 4; ++byte) preset[15 + byte] = static_cast<u8>(counts[i] >> (8 * byte));
         }
         const std::vector<u8> before = record;
-        EXPECT_FALSE(CSourceInfoReduceObject::UpdateNumFrames(nullptr, 2048, counts, 3));
-        EXPECT_FALSE(CSourceInfoReduceObject::UpdateNumFrames(record.data(), 2047, counts, 3));
-        EXPECT_FALSE(CSourceInfoReduceObject::UpdateNumFrames(record.data(), 2048, counts, 9));
-        EXPECT_TRUE(CSourceInfoReduceObject::UpdateNumFrames(record.data(), 2048, nullptr, 0));
+        const auto update = CSourceInfoReduceObject::UpdateNumFrames;
+        EXPECT_FALSE(update(nullptr, 2048, counts, 3) || update(record.data(), 2047, counts, 3));
+        EXPECT_FALSE(update(record.data(), 2048, counts, 9));
+        EXPECT_TRUE(update(record.data(), 2048, nullptr, 0));
         EXPECT_EQ(record, before);
-        EXPECT_TRUE(CSourceInfoReduceObject::UpdateNumFrames(record.data(), 2048, counts, 3));
+        EXPECT_TRUE(update(record.data(), 2048, counts, 3));
         EXPECT_EQ(record, expected);
     }
 }
@@ -108,12 +99,10 @@ TEST(GPSData, InvalidRecordAndItsSwap) {
     EXPECT_FALSE(gps.isValid());
     gps.status = 1;
     EXPECT_TRUE(gps.isValid());
-
-    EXPECT_FALSE(gps.isSwapped());
-    gps.swap();
-    EXPECT_TRUE(gps.isSwapped());
-    gps.swap();
-    EXPECT_FALSE(gps.isSwapped());
+    for (const bool swapped : {false, true, false}) {
+        EXPECT_EQ(gps.isSwapped(), swapped);
+        gps.swap();
+    }
 }
 
 TEST(GPSData, SwapTurnsExactlyTheNumbers) {
@@ -149,10 +138,7 @@ TEST(ObjectParameters, DefaultsAreThoseOfTheStoredBits) {
 TEST(ObjectParameters, EqualsLooksAtWhatGoesIntoAModel) {
     const CObjectParametersReduceObject a;
     CObjectParametersReduceObject b;
-    b.fromSource = true;
-    b.estimatedAtmosphereTrans = 0.5f;
-    b.parameterMask = 1;
-    b.preset = 3;
+    b.fromSource = true, b.estimatedAtmosphereTrans = 0.5f, b.parameterMask = 1, b.preset = 3;
     EXPECT_TRUE(a.Equals(&b));
     using CParameters = CObjectParametersReduceObject;
     for (const auto field : {&CParameters::emissivity, &CParameters::distance, &CParameters::reflectedTemp,
@@ -160,8 +146,7 @@ TEST(ObjectParameters, EqualsLooksAtWhatGoesIntoAModel) {
                              &CParameters::atmosphereTrans, &CParameters::relativeHumidity}) {
         CObjectParametersReduceObject c;
         c.*field += 1e-4f;
-        EXPECT_FALSE(a.Equals(&c));
-        EXPECT_FALSE(c.Equals(&a));
+        EXPECT_FALSE(a.Equals(&c) || c.Equals(&a));
     }
     b.emissivity = 1.0f - 1e-6f;
     EXPECT_FALSE(a.Equals(&b));
@@ -171,16 +156,10 @@ TEST(ObjectParameters, EqualsLooksAtWhatGoesIntoAModel) {
 
 TEST(ObjectParameters, CopyToTakesAllButTheVersion) {
     CObjectParametersReduceObject a;
-    a.valid = false;
-    a.preset = 2;
-    a.parameterMask = 9;
-    a.version = 1;
+    a.valid = false, a.preset = 2, a.parameterMask = 9, a.version = 1;
     CObjectParametersReduceObject b;
     a.CopyTo(&b);
-    EXPECT_FALSE(b.valid);
-    EXPECT_EQ(b.preset, 2);
-    EXPECT_EQ(b.parameterMask, 9u);
-    EXPECT_EQ(b.version, 0x10001u);
+    EXPECT_EQ(Text(b.valid, b.preset, b.parameterMask, b.version), Text(0, 2, 9, 0x10001));
 }
 
 }  // namespace

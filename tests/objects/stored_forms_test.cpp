@@ -95,15 +95,8 @@ TEST(StoredForms, FOV) {
 }
 
 TEST(StoredForms, ObjectParameters) {
-    const CByteWriter rest = CByteWriter()
-                                 .F32(0.95f)
-                                 .F32(3.5f)
-                                 .Append(Floats(290, 3))
-                                 .F32(0.9f)
-                                 .F32(0.8f)
-                                 .F32(0.7f)
-                                 .F32(0.6f)
-                                 .U32(0x12345678);
+    CByteWriter rest;
+    rest.F32(0.95f).F32(3.5f).Append(Floats(290, 3)).F32(0.9f).F32(0.8f).F32(0.7f).F32(0.6f).U32(0x12345678);
     const CByteWriter newest = Record(96, 0x10001, CByteWriter().U8(1).Append(rest));
     const std::string values = "1 0.95 3.5 290 291 292 0.9 0.8 0.7 0.6 305419896 ";
     ExpectForm<CObjectParametersReduceObject>(newest, 0x10001, values, 0x20000);

@@ -3,7 +3,6 @@
 #include "core/pixel_types.h"
 #include "support/dunlin_frames.h"
 #include "support/header_line_frames.h"
-#include "support/short_record_frames.h"
 
 /// One frame of every form in every family, of 6 x 4 pixels, or of 130 or 2 columns where a header line wants it.
 namespace ovix::test {

@@ -4,9 +4,12 @@
 #include <optional>
 #include <string>
 
+#include "reduce/convert/factory_calibrations.h"
+#include "reduce/filters/camera_record.h"
 #include "reduce/filters/filter_factory.h"
 #include "reduce/filters/frame_questions.h"
 #include "reduce/objects/frame_info_reduce_object.h"
+#include "reduce/objects/object_parameters_reduce_object.h"
 
 namespace ovix::test {
 
@@ -20,6 +23,7 @@ struct SFrameReader {
     GUID type;
     u16 width, height;
     std::vector<u16> pixels;
+    std::vector<u8> parsed;
     u8 preset = 99;
     reduce::CReduceObjectArray objects;
     TSharedPtr<reduce::IFilter> filter = reduce::filterFactory()->Create(decoder);
@@ -27,26 +31,32 @@ struct SFrameReader {
     bool Check(const std::vector<u8>& bytes, reduce::SFrameFault* fault = nullptr) const {
         return reduce::CheckFrame(decoder, Exact(bytes).get(), type, width, height, Size(bytes), fault);
     }
-    bool Parse(const std::vector<u8>& bytes) {
-        return filter->ParseFrame(Exact(bytes).get(), type, width, height, Size(bytes), {pixels.data(), UInt16},
-                                  objects, preset);
+    /// To `pixels` unless a destination is given. `parsed` is then what became of the bytes.
+    bool Parse(const std::vector<u8>& bytes, std::optional<STypedData> dest = {}) {
+        const auto exact = Exact(bytes);
+        preset = 99;
+        const bool done = filter->ParseFrame(exact.get(), type, width, height, Size(bytes),
+                                             dest.value_or(STypedData{pixels.data(), UInt16}), objects, preset);
+        parsed.assign(exact.get(), exact.get() + bytes.size());
+        return done;
     }
-    /// What the light operations answered, and gave where they answered true.
+    bool ParseMetadata(const std::vector<u8>& bytes) { return Parse(bytes, STypedData{nullptr, NoPixels}); }
+    /// What the light operations answered, each of a frame of its own, and gave where they answered true.
     struct SLight {
         bool hasPreset, hasTime, hasCounter, hasAll;
-        u8 preset = 0, presetOfAll = 0;
-        u64 counter = 0, counterOfAll = 0;
+        u8 preset = 99, presetOfAll = 99;
+        u64 counter = 99, counterOfAll = 99;
         CDateTime time, timeOfAll;
     };
     SLight Light(const std::vector<u8>& bytes) {
         SLight r{};
-        const auto frame = Exact(bytes);
-        const u32 n = Size(bytes);
-        r.hasPreset = filter->ParsePreset(frame.get(), type, width, height, n, r.preset);
-        r.hasTime = filter->ParseTime(frame.get(), type, width, height, n, r.time);
-        r.hasCounter = filter->ParseFrameCounter(frame.get(), type, width, height, n, r.counter);
-        r.hasAll =
-            filter->ParseBasicInfo(frame.get(), type, width, height, n, r.presetOfAll, r.counterOfAll, r.timeOfAll);
+        const auto call = [&](auto operation, auto&... results) {
+            return (filter.ptr()->*operation)(Exact(bytes).get(), type, width, height, Size(bytes), results...);
+        };
+        r.hasPreset = call(&reduce::IFilter::ParsePreset, r.preset);
+        r.hasTime = call(&reduce::IFilter::ParseTime, r.time);
+        r.hasCounter = call(&reduce::IFilter::ParseFrameCounter, r.counter);
+        r.hasAll = call(&reduce::IFilter::ParseBasicInfo, r.presetOfAll, r.counterOfAll, r.timeOfAll);
         return r;
     }
     /// What `StoreFrame` puts over bytes of 0xCC; empty when it refuses, which leaves them.
@@ -72,6 +82,8 @@ struct SFrameReader {
     }
 
     TSharedPtr<reduce::CFrameInfoReduceObject> Info() { return objects.GetFrameInfo(preset, false); }
+    auto Camera() { return objects.Get<reduce::CCurlewCameraInfoReduceObject>(-1, false); }
+    auto Cal() { return objects.Get<reduce::CCurlewFactoryCalReduceObject>(0, false); }
     /// "Name=value Kind/format, ..." of all values.
     std::string Values() {
         CString all;

@@ -25,6 +25,8 @@ inline void Patch(Bytes& bytes, std::size_t offset, u64 value, int width, bool b
 /// Every number in the record tells its place: a float at offset n is n + 0.25, an integer is 100 n + 1, so that a
 /// value that comes from elsewhere shows. Bytes that nobody describes are 0xA5.
 struct SK410Record {
+    /// Its default time, as ticks since 1601.
+    static constexpr i64 kTime = 133'444'736'002'500'000;
     bool swapped = false;  ///< the camera has the other byte order
     u16 width = 6, height = 4;
     u16 counter = 0x1234;
@@ -148,6 +150,16 @@ inline Bytes EncodeJpegLs(const std::vector<u16>& pixels, u16 width, u16 height,
     charls_jpegls_encoder_destroy(encoder);
     stream.resize(size);
     return stream;
+}
+
+/// The part of the record that the older relatives send, MV310 and Plover.
+inline Bytes ShortRecord(const SK410Record& record) {
+    Bytes bytes = record.Make();
+    bytes.resize(1148);
+    return bytes;
+}
+inline Bytes ShortRecordFrame(const std::vector<u16>& pixels, const SK410Record& record) {
+    return Join({PixelBytes(pixels), ShortRecord(record)});
 }
 
 inline Bytes CompressedFrame(const Bytes& stream, const SK410Container& container) {

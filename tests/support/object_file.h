@@ -2,13 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <vector>
 
 #include "core/bytes.h"
 #include "core/file.h"
 #include "reduce/objects/reduce_object.h"
 #include "support/byte_writer.h"
+#include "support/text.h"
 
 namespace ovix::test {
 
@@ -27,20 +27,6 @@ inline std::vector<u8> SavedBytes(reduce::IReduceObject& object, u32 flags = 0) 
     return {file->GetData(), file->GetData() + file->GetSize()};
 }
 
-/// All values, a blank behind each.
-template <class... Ts>
-std::string Text(const Ts&... values) {
-    std::ostringstream s;
-    const auto put = [&](const auto& value) {
-        if constexpr (requires { value.GetUTF8(); }) {
-            s << value.GetUTF8() << ' ';
-        } else {
-            s << +value << ' ';
-        }
-    };
-    (put(values), ...);
-    return s.str();
-}
 inline std::string Counting(double first, int count) {
     std::string text;
     for (int i = 0; i < count; ++i) text += Text(first + i);
