@@ -131,11 +131,11 @@ std::vector<std::pair<std::string, reduce::CStats>> Figures(SDemoFrame& frame, c
     const STypedData values{frame.values.data(), Flt32};
     figures[0].first = "frame";
     reduce::GetStats(figures[0].second, values, options.width, options.height, nullptr, 0, frame.status.data());
-    for (const SRegion& region : SceneRegions(options.width, options.height)) {
+    for (const measure::CPixelSet& region : SceneRegions(options.width, options.height)) {
         reduce::CStats stats;
-        Require(reduce::GetStats(stats, values, frame.status.data(), options.width, options.height, AreaOf(region)),
+        Require(reduce::GetStats(stats, values, frame.status.data(), options.width, options.height, region.Lines()),
                 "the statistics");
-        figures.emplace_back(region.name, stats);
+        figures.emplace_back(region.Shape().name, stats);
     }
     return figures;
 }

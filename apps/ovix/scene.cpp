@@ -137,7 +137,8 @@ double BilletKelvin(double middle) { return 300 + 52 * std::exp(-std::max(0.0, m
 /// Pixels for one unit of the scene.
 double Scale(u16 width, u16 height) { return std::min(width * 0.75, height * 1.0); }
 
-SRegion RegionAround(const char* name, SPlace centre, double halfWidth, double halfHeight, u16 width, u16 height) {
+measure::SRegion RegionAround(const char* name, SPlace centre, double halfWidth, double halfHeight, u16 width,
+                              u16 height) {
     const double scale = Scale(width, height);
     const auto pixel = [](double at, u16 end) { return static_cast<int>(std::clamp(std::floor(at), 0.0, end - 1.0)); };
     const int left = pixel(width / 2.0 + (centre.x - halfWidth) * scale, width);
@@ -214,7 +215,7 @@ std::vector<float> CScene::Render(u64 frame) const {
 }
 
 void CScene::AddBillet(std::vector<float>& kelvin, double middle) const {
-    const SRegion box =
+    const measure::SRegion box =
         RegionAround("", {middle, kBilletY}, kBilletHalfWidth + kEdge, kBilletHalfHeight + kEdge, width_, height_);
     const double scale = Scale(width_, height_), own = BilletKelvin(middle);
     for (int y = box.y; y < box.y + box.height; ++y) {
@@ -230,10 +231,13 @@ void CScene::AddBillet(std::vector<float>& kelvin, double middle) const {
 
 std::vector<float> RenderScene(u16 width, u16 height, u64 frame) { return CScene(width, height).Render(frame); }
 
-std::vector<SRegion> SceneRegions(u16 width, u16 height) {
-    return {RegionAround("bearing", kBearing, 0.08, 0.08, width, height),
-            RegionAround("pipe", {-0.11, kPipeY}, 0.2, 0.022, width, height),
-            RegionAround("housing", {-0.17, 0.03}, 0.19, 0.12, width, height)};
+std::vector<measure::CPixelSet> SceneRegions(u16 width, u16 height) {
+    std::vector<measure::CPixelSet> regions;
+    for (const measure::SRegion& r : {RegionAround("bearing", kBearing, 0.08, 0.08, width, height),
+                                      RegionAround("pipe", {-0.11, kPipeY}, 0.2, 0.022, width, height),
+                                      RegionAround("housing", {-0.17, 0.03}, 0.19, 0.12, width, height)})
+        regions.emplace_back(measure::SShape::Rectangle(r.name, r.x, r.y, r.width, r.height), width, height);
+    return regions;
 }
 
 }  // namespace ovix::app

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "apps/ovix/region.h"
+#include "measure/measure.h"
 
 namespace ovix::app {
 
@@ -40,6 +40,6 @@ std::vector<float> RenderScene(u16 width, u16 height, u64 frame);
 
 /// "bearing", "pipe" and "housing": three regions that show the hottest part, the coolest and the body. For pictures of
 /// at least 32 x 32 pixels.
-std::vector<SRegion> SceneRegions(u16 width, u16 height);
+std::vector<measure::CPixelSet> SceneRegions(u16 width, u16 height);
 
 }  // namespace ovix::app

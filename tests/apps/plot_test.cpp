@@ -29,8 +29,9 @@ measure::CFrame Frame() {
 
 TEST(PlotData, ReadsGoodPixels) {
     const measure::CFrame frame = Frame();
-    EXPECT_THAT(GoodValues(frame, {"r", 1, 1, 3, 2}), ElementsAre(5, 7, 9, 10));
-    const auto profile = [&](u16 x0, u16 y0, u16 x1, u16 y1) { return ProfileOf(frame, {"l", x0, y0, x1, y1}); };
+    const auto profile = [&](int x0, int y0, int x1, int y1) {
+        return ProfileOf(frame, {{"l", measure::EShape::Line, {{x0, y0}, {x1, y1}}}, frame.width, frame.height});
+    };
     EXPECT_THAT(profile(0, 0, 3, 0), ElementsAre(0, 1, 2, 3));
     EXPECT_THAT(profile(3, 2, 3, 0), ElementsAre(NanSensitiveDoubleEq(kNaN), 7, 3));
     // Rows 0, 2/3, 4/3 and 2 of columns 0 to 3; back the same pixels.
@@ -112,7 +113,7 @@ TEST(PlotCommand, DrawsWhatIsAskedForAndRefusesWhatMeansNothing) {
         {{"-o", "x.pdf"}, 2, ".png or .svg"},
         {{"-o", "x.png", "--kind", "profile"}, 2, "--line"},
         {{"-o", "x.png", "--line", "0,0,1,1"}, 2, "--line"},
-        {{"-o", "x.png", "--kind", "profile", "--line", "0,0,64,1"}, 2, "inside 64 x 48"},
+        {{"-o", "x.png", "--kind", "profile", "--line", "0,0,64,1"}, 2, "64 x 48"},
         {{"-o", "x.png", "--kind", "profile", "--line", "0,0,1"}, 2, "--line"},
         {{"-o", "x.png", "--kind", "histogram", "--figure", "max", "--frames", "1"}, 2, "--figure"},
     };

@@ -108,7 +108,7 @@ TEST(ReportPage, NoTextEndsItsElement) {
                    .sourceWidth = 1,
                    .sourceHeight = 1,
                    .frames = {{.number = 0, .time = name}},
-                   .regions = {{name, 0, 0, 1, 1}},
+                   .regions = {measure::SShape::Rectangle(name, 0, 0, 1, 1)},
                    .facts = {{name, {name}, {{name}}}}});
     EXPECT_EQ(page.size(), writer.Size());
     const std::string data = page.substr(before.size(), page.rfind("<script>") - before.size());

@@ -239,7 +239,9 @@ TEST(ThermalPicture, NamesNeverCoverTheBar) {
     const SThermalPicture plain = Draw(Series(160, 120), picture, {25, 26});
     for (const char* name : {"a name that is far longer than all of the picture is wide, so that it cannot end in it",
                              "\u0645\u062d\u0645\u0644", "\u8f74\u627f", "short", "\xFF\xFE", "two\nlines"}) {
-        for (const SRegion& mark : {SRegion{name, 150, 60, 10, 10}, SRegion{name, 159, 0, 1, 1}}) {
+        using measure::CPixelSet, measure::SShape;
+        for (const CPixelSet& mark : {CPixelSet(SShape::Rectangle(name, 150, 60, 10, 10), 160, 120),
+                                      CPixelSet({name, measure::EShape::Circle, {{159, 60}}, 9}, 160, 120)}) {
             const SThermalPicture drawn = Draw(Series(160, 120), picture, {25, 26}, {.marks = {mark}});
             u32 changed = 0;
             for (int y = 0; y < plain.canvas.Height(); ++y) {
@@ -310,7 +312,8 @@ TEST(ThermalPicture, AnySizeCanBeDrawn) {
     for (const auto& [width, height] : {std::pair<u16, u16>{1, 1}, {1, 700}, {900, 1}, {641, 3}, {2000, 1500}}) {
         const std::vector<float> values(std::size_t{width} * height, 25.0f);
         const SSeries series = Series(width, height);
-        const std::vector<SRegion> marks{{"all", 0, 0, width, height}};
+        const std::vector<measure::CPixelSet> marks{
+            {measure::SShape::Rectangle("all", 0, 0, width, height), width, height}};
         const SThermalPicture drawn = Draw(series, {0, values, {}, "caption"}, {25, 26}, {.marks = marks});
         EXPECT_EQ(drawn.image.width, width * drawn.scale);
         EXPECT_LE(drawn.image.x + drawn.image.width, drawn.bar.x);

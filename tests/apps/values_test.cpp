@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "app_files.h"
+#include "apps/ovix/cli/regions.h"
 #include "apps/ovix/cli/suggestion.h"
 
 namespace ovix::app {
@@ -46,16 +47,19 @@ TEST(Values, SizesAndRangesAreHeldAgainstTheirLimits) {
 }
 
 TEST(Values, RegionsLieInsideTheImageUnderNamesOfTheirOwn) {
-    const auto regions = ParseRegions({"0,0,640,480", "bearing=10,20,1,2", "639,479,1,1"}, 640, 480);
-    ASSERT_EQ(regions.size(), 3u);
-    EXPECT_EQ(regions[0].name, "roi1");
-    EXPECT_EQ(regions[1].name, "bearing");
-    EXPECT_EQ(regions[2].name, "roi3");
-    const reduce::SArea area = AreaOf(regions[1]);
-    EXPECT_EQ(area.left, 10);
-    EXPECT_EQ(area.top, 20);
-    EXPECT_EQ(area.right, 10);
-    EXPECT_EQ(area.bottom, 21);
+    const auto parse = [](const std::vector<std::string>& texts) {
+        return PixelsOf(ParseShapes("--roi", texts), 640, 480);
+    };
+    const auto regions = parse({"0,0,640,480", "bearing=10,20,1,2", "circle:639,479,2.5", "edge=polygon:0,0,4,0,4,4"});
+    const char* const names[] = {"roi1", "bearing", "roi3", "edge"};
+    const u32 pixels[] = {640 * 480, 2, 8, 15};
+    ASSERT_EQ(regions.size(), std::size(names));
+    for (std::size_t i = 0; i < regions.size(); ++i) {
+        EXPECT_EQ(regions[i].Shape().name, names[i]);
+        EXPECT_EQ(regions[i].Count(), pixels[i]);
+    }
+    EXPECT_EQ(regions[1].Shape().points, (std::vector<SPoint>{{10, 20}, {10, 21}}));
+    EXPECT_EQ(ParseLines("--x", {"a=0,0,1,1"})[0].kind, measure::EShape::Line);
 
     const std::vector<std::string> bad[] = {{"0,0,641,480"},
                                             {"640,0,1,1"},
@@ -70,7 +74,7 @@ TEST(Values, RegionsLieInsideTheImageUnderNamesOfTheirOwn) {
                                             {"a=1,1,2,2", "a=3,3,2,2"},
                                             {"roi2=0,0,1,1", "0,0,1,1"}};
     for (const auto& texts : bad) {
-        EXPECT_EQ(test::ExitOf([&] { ParseRegions(texts, 640, 480); }), ExitUsage) << texts[0];
+        EXPECT_EQ(test::ExitOf([&] { parse(texts); }), ExitUsage) << texts[0];
     }
 }
 

@@ -1,6 +1,7 @@
 /** What the page says of its frames: the JSON that `ovix report` puts behind them. */
 
 import type { Kind } from "./palette";
+import type { RegionKind } from "./regions";
 import type { Scale } from "./units";
 
 /** One bit of the status byte that stands beside each pixel. */
@@ -28,13 +29,14 @@ export interface FactSection {
   rows: string[][];
 }
 
-/** A rectangle in pixels of the source. */
-export interface NamedArea {
+/** A region to begin with, in pixels of the source. */
+export interface GivenRegion {
   name: string;
-  x: number;
-  y: number;
-  width: number;
-  height: number;
+  kind: RegionKind;
+  /** As those of `Region`, but for a circle its centre alone. */
+  points: [x: number, y: number][];
+  /** Of a circle. */
+  radius?: number;
 }
 
 export interface Head {
@@ -68,7 +70,7 @@ export interface Head {
   /** Bits that keep a pixel out of the figures. */
   notCounted: number;
   frames: FrameFacts[];
-  regions: NamedArea[];
+  regions: GivenRegion[];
   /** 256 colours each, six hexadecimal digits a colour. */
   palettes: { name: string; colours: string }[];
   /** Of pixels that are not in the palette: below or above its ends, under or over what can be measured, no data. */
@@ -76,7 +78,7 @@ export interface Head {
   facts: FactSection[];
 }
 
-export const FORM = 1;
+export const FORM = 2;
 
 /** The head of a page. Throws an `Error` for a page of a later form. */
 export function parseHead(json: string): Head {

@@ -2,7 +2,7 @@
 
 import { Frames } from "./frames";
 import { parseHead, type Head } from "./head";
-import type { Region } from "./regions";
+import { edgeOf, type Region } from "./regions";
 import { Store, type Tool } from "./state";
 import { SCALES, type Scale } from "./units";
 import { ColourBar } from "./view/colour_bar";
@@ -35,10 +35,10 @@ function fail(error: unknown): void {
 
 /** Those of the tool's command line, in pixels of the page. */
 function givenRegions(head: Head): Region[] {
-  return head.regions.map(({ name, x, y, width, height }, id) => {
-    const pixel = (at: number) => Math.floor(at / head.bin);
-    const last = { x: pixel(x + width - 1), y: pixel(y + height - 1) };
-    return { id, name, kind: "rectangle", points: [{ x: pixel(x), y: pixel(y) }, last] };
+  return head.regions.map(({ name, kind, points, radius }, id) => {
+    const pixels = points.map(([x, y]) => ({ x: Math.floor(x / head.bin), y: Math.floor(y / head.bin) }));
+    if (radius !== undefined) pixels.push(edgeOf(pixels[0], radius / head.bin, head.width, head.height));
+    return { id, name, kind, points: pixels };
   });
 }
 

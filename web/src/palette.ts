@@ -48,7 +48,19 @@ export function isShown(kind: Kind): kind is "shown" | "uncalibrated" {
   return kind === "shown" || kind === "uncalibrated";
 }
 
-/** Draws a frame into the words of an image of its size; answers how many pixels are of each kind. */
+/** Pixels between two lines of the hatching. */
+const HATCH = 5;
+
+/** Black on a bright colour, white on a dark one. */
+function inkOn(colour: number): number {
+  const [red, green, blue] = [colour & 0xff, (colour >>> 8) & 0xff, (colour >>> 16) & 0xff];
+  return 2 * red + 5 * green + blue > 8 * 110 ? 0xff000000 : 0xffffffff;
+}
+
+/**
+ * Draws a frame into the words of an image of its size; answers how many pixels are of each kind. Those outside the
+ * calibrated range are hatched, as in the pictures of `ovix convert`.
+ */
 export function paint(words: Uint32Array, frame: Frame, head: Head, painting: Painting): Record<Kind, number> {
   const count = { shown: 0, uncalibrated: 0, below: 0, above: 0, under: 0, over: 0, noData: 0 };
   const special = Object.fromEntries(Object.entries(head.colours).map(([kind, rgb]) => [kind, colourOf(rgb)]));
@@ -57,6 +69,7 @@ export function paint(words: Uint32Array, frame: Frame, head: Head, painting: Pa
     const value = frame.values[i];
     const kind = kindOf(value, frame.status[i], head, painting);
     words[i] = isShown(kind) ? palette[paletteIndex(value, low, high)] : special[kind];
+    if (kind === "uncalibrated" && ((i % frame.width) + Math.floor(i / frame.width)) % HATCH === 0) words[i] = inkOn(words[i]);
     ++count[kind];
   }
   return count;

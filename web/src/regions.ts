@@ -18,6 +18,19 @@ export interface Region {
   points: Point[];
 }
 
+/**
+ * A pixel on the edge of a circle that holds the same pixels as one of this radius, which need not be a whole number:
+ * the furthest one that is not beyond it. To that side of the centre which lies in the frame, if one does.
+ */
+export function edgeOf(centre: Point, radius: number, width: number, height: number): Point {
+  let [dx, dy] = [0, 0];
+  for (let y = 0; y <= radius; ++y) {
+    const x = Math.floor(Math.sqrt(radius * radius - y * y));
+    if (x * x + y * y > dx * dx + dy * dy) [dx, dy] = [x, y];
+  }
+  return { x: centre.x + (centre.x + dx < width ? dx : -dx), y: centre.y + (centre.y + dy < height ? dy : -dy) };
+}
+
 /** How many points make a region of the kind; a polygon takes as many as it gets. */
 export const POINTS: Readonly<Record<RegionKind, number>> = { spot: 1, line: 2, rectangle: 2, circle: 2, polygon: Infinity };
 

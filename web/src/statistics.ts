@@ -12,7 +12,7 @@ export interface Figures {
   counted: number;
   /** Those without any flag. */
   good: number;
-  /** Those that bear each flag, in the order of the flags. */
+  /** Those whose heaviest flag, the one of the highest bit, is each: with `good`, each pixel once, as in `ovix stats`. */
   flagged: number[];
   minimum: number;
   maximum: number;
@@ -66,7 +66,7 @@ export function figuresOf(frame: Frame, region: Pick<Region, "kind" | "points"> 
     pixels: countOf(runs),
     counted,
     good: ofStatus[0],
-    flagged: rule.flags.map(({ bit }) => ofStatus.reduce((n, of, status) => (status & bit ? n + of : n), 0)),
+    flagged: rule.flags.map(({ bit }) => ofStatus.slice(bit, 2 * bit).reduce((n, of) => n + of, 0)),
     minimum: counted ? minimum : NaN,
     maximum: counted ? maximum : NaN,
     mean,

@@ -1,6 +1,6 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
-import { boundsOf, linePixels, movedBy, runsOf, withPoint, type Point, type Region, type RegionKind } from "../src/regions";
+import { boundsOf, edgeOf, linePixels, movedBy, runsOf, withPoint, type Point, type Region, type RegionKind } from "../src/regions";
 
 const SIDE = 9;
 const region = (kind: RegionKind, ...points: [number, number][]): Region => ({
@@ -38,6 +38,12 @@ test("a line has one pixel for each step of its longer side, in its direction", 
   const pixels = linePixels([{ x: 5, y: 1 }, { x: 1, y: 3 }]);
   assert.deepEqual(pixels.map(({ x }) => x), [5, 4, 3, 2, 1]);
   assert.deepEqual([pixels[0].y, pixels[4].y], [1, 3]);
+});
+
+test("a radius need not be a whole number, nor lie in the frame", () => {
+  // 6 = 2.45 squared: 5 is the greatest sum of two squares up to it, 3.2 squared holds 10 = 9 + 1, 0.9 the centre alone.
+  const cases: [number, Point][] = [[2.45, { x: 6, y: 5 }], [3.2, { x: 7, y: 5 }], [0.9, { x: 4, y: 4 }], [5, { x: -1, y: 4 }]];
+  for (const [radius, edge] of cases) assert.deepEqual(edgeOf({ x: 4, y: 4 }, radius, SIDE, SIDE), edge, String(radius));
 });
 
 test("regions move as a whole and stay in the frame", () => {

@@ -45,15 +45,16 @@ void CPictureArguments::Add(CLI::App& verb) {
     add("--zoom", zoom_, "N", "N times N pixels of the picture for one of the frame (else what suits its size)");
     add("--isotherm", isotherms_, "VALUE", "draw a line along this value, in the unit of the picture; repeatable")
         ->allow_extra_args(false);
-    add("--roi", regions_, "REGION", "a region to be marked: x,y,w,h or name=x,y,w,h; repeatable")
-        ->allow_extra_args(false);
+    regions_.Add(verb, "Pictures", "a region to be marked");
+    for (const char* name : {"--roi", "--regions"}) given_.push_back(verb.get_option(name));
     given_.push_back(verb.add_flag("--mark-extremes", markExtremes_, "mark the hottest and the coldest good pixel")
                          ->group("Pictures"));
     CLI::Option* plain = verb.add_flag("--plain", plain_,
                                        "the pixels alone, grey in 16 bits, with the scale to the unit in the "
                                        "metadata; of video in its colours")
                              ->group("Pictures");
-    for (const char* drawn : {"--palette", "--zoom", "--isotherm", "--roi", "--mark-extremes"}) plain->excludes(drawn);
+    for (const char* drawn : {"--palette", "--zoom", "--isotherm", "--roi", "--regions", "--mark-extremes"})
+        plain->excludes(drawn);
     given_.push_back(plain);
 }
 
@@ -98,7 +99,7 @@ void CPictureArguments::Put(SWriteOptions& options, u16 width, u16 height) const
             throw UsageFault("--isotherm: expected a number in the picture's unit, found \"" + text + "\"");
         options.isotherms.push_back(*level);
     }
-    options.marks = ParseRegions(regions_, width, height);
+    options.marks = regions_.Given(width, height);
     options.markExtremes = markExtremes_;
     options.plain = plain_;
 }

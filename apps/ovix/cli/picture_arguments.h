@@ -3,12 +3,12 @@
 #include <string>
 #include <vector>
 
+#include "apps/ovix/cli/regions.h"
 #include "apps/ovix/output/frame_writer.h"
 
 namespace CLI {
-class App;
 class Option;
-}  // namespace CLI
+}
 
 namespace ovix::app {
 
@@ -30,7 +30,7 @@ class CPictureArguments {
     std::string range_;
     std::string palette_;
     std::string zoom_;
-    std::vector<std::string> regions_;
+    CRegionArguments regions_;
     std::vector<std::string> isotherms_;
     bool markExtremes_ = false;
     bool plain_ = false;

@@ -104,6 +104,14 @@ std::vector<SShape> ParseShapes(const std::string& option, const std::vector<std
     return shapes;
 }
 
+std::vector<SShape> ParseLines(const std::string& option, std::vector<std::string> texts) {
+    for (std::string& text : texts) {
+        const std::size_t sign = text.find('=');
+        text.insert(sign == text.npos ? 0 : sign + 1, "line:");
+    }
+    return ParseShapes(option, texts);
+}
+
 std::vector<SShape> ReadRegionFile(const std::string& path) {
     const std::string name = path == "-" ? "standard input" : path;
     const Json document = ReadJson(path, "regions");
@@ -131,10 +139,11 @@ std::vector<measure::CPixelSet> PixelsOf(std::vector<SShape> shapes, u16 width, 
     return regions;
 }
 
-void CRegionArguments::Add(CLI::App& verb, const char* group) {
+void CRegionArguments::Add(CLI::App& verb, const char* group, const char* use) {
     verb.add_option("--roi", texts_,
-                    "a region: x,y,w,h, spot:x,y, line:x0,y0,x1,y1, circle:x,y,radius or polygon:x0,y0,x1,y1,..., each "
-                    "perhaps with name= before it (else the whole frame)")
+                    fmt::format("{}: x,y,w,h, spot:x,y, line:x0,y0,x1,y1, circle:x,y,radius or "
+                                "polygon:x0,y0,x1,y1,..., each perhaps with name= before it; repeatable",
+                                use))
         ->type_name("REGION")
         ->allow_extra_args(false)
         ->group(group);
@@ -143,12 +152,16 @@ void CRegionArguments::Add(CLI::App& verb, const char* group) {
         ->group(group);
 }
 
-std::vector<measure::CPixelSet> CRegionArguments::Of(u16 width, u16 height) const {
+std::vector<measure::CPixelSet> CRegionArguments::Given(u16 width, u16 height) const {
     std::vector<SShape> shapes;
     if (!file_.empty()) shapes = ReadRegionFile(file_);
     for (SShape& shape : ParseShapes("--roi", texts_)) shapes.push_back(std::move(shape));
-    if (shapes.empty()) shapes.push_back(SShape::Rectangle("frame", 0, 0, width, height));
     return PixelsOf(std::move(shapes), width, height);
+}
+
+std::vector<measure::CPixelSet> CRegionArguments::Of(u16 width, u16 height) const {
+    if (AreGiven()) return Given(width, height);
+    return PixelsOf({SShape::Rectangle("frame", 0, 0, width, height)}, width, height);
 }
 
 }  // namespace ovix::app

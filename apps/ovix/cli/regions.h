@@ -28,15 +28,21 @@ std::vector<measure::SShape> ReadRegionFile(const std::string& path);
 /// The options that say which pixels of a frame are looked at.
 class CRegionArguments {
   public:
-    void Add(CLI::App& verb, const char* group);
-    /// All regions, the whole frame where none is told, each with a name of its own.
+    /// `use` says what a region is for.
+    void Add(CLI::App& verb, const char* group, const char* use = "a region (else the whole frame)");
+    /// Those that were given, each with a name of its own.
+    std::vector<measure::CPixelSet> Given(u16 width, u16 height) const;
+    /// The same, or the whole frame where none was given.
     std::vector<measure::CPixelSet> Of(u16 width, u16 height) const;
-    bool Given() const { return !texts_.empty() || !file_.empty(); }
+    bool AreGiven() const { return !texts_.empty() || !file_.empty(); }
 
   private:
     std::vector<std::string> texts_;
     std::string file_;
 };
+
+/// Lines by their ends, as in `ParseShapes` but with no kind told.
+std::vector<measure::SShape> ParseLines(const std::string& option, std::vector<std::string> texts);
 
 /// The pixels of shapes in frames of a size. Throws wrong usage for one that lies outside, and for two of one name.
 std::vector<measure::CPixelSet> PixelsOf(std::vector<measure::SShape> shapes, u16 width, u16 height);

@@ -4,7 +4,6 @@
 
 #include <cmath>
 
-#include "apps/ovix/cli/regions.h"
 #include "apps/ovix/fault.h"
 
 namespace ovix::app {
@@ -111,16 +110,6 @@ unsigned ParseJobs(const std::string& text) {
     if (!jobs || !*jobs || *jobs > 1024)
         throw UsageFault("--jobs: expected a number from 1 to 1024, found \"" + text + "\"");
     return *jobs;
-}
-
-std::vector<SRegion> ParseRegions(const std::vector<std::string>& texts, u16 width, u16 height) {
-    std::vector<SRegion> regions;
-    for (const measure::CPixelSet& pixels : PixelsOf(ParseShapes("--roi", texts), width, height)) {
-        if (pixels.Shape().kind != measure::EShape::Rectangle)
-            throw BadValue("--roi", pixels.Shape().name, "a rectangle, the one kind that is drawn");
-        regions.push_back(pixels.Bounds());
-    }
-    return regions;
 }
 
 }  // namespace ovix::app

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "apps/ovix/region.h"
+#include "measure/measure.h"
 
 namespace ovix::app {
 
@@ -44,9 +44,5 @@ float ParseWithin(const std::string& option, const std::string& text, float low,
 
 /// The value of `--jobs`, from 1 to 1024; 0 where nothing is said.
 unsigned ParseJobs(const std::string& text);
-
-/// "x,y,w,h" or "name=x,y,w,h", each inside the image and with a name of its own: "roi1", "roi2" and so on when none is
-/// given.
-std::vector<SRegion> ParseRegions(const std::vector<std::string>& texts, u16 width, u16 height);
 
 }  // namespace ovix::app

@@ -11,6 +11,7 @@
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/measure_arguments.h"
 #include "apps/ovix/cli/measure_run.h"
+#include "apps/ovix/cli/regions.h"
 #include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/cli/values.h"
 #include "apps/ovix/facts/scene_json.h"
@@ -46,8 +47,7 @@ class CPlotCommand final : public ICommand {
         add("--kind", kind_, "KIND",
             "time (the default), profile along each --line, or histogram; the last two with a curve for each frame");
         add("--figure", figure_, "FIGURE", "over time: mean (the default), max or min, of good pixels");
-        add("--roi", regions_, "REGION", "a region: x,y,w,h or name=x,y,w,h (else the whole frame)")
-            ->allow_extra_args(false);
+        regions_.Add(verb, group);
         add("--line", lines_, "LINE", "of a profile: x0,y0,x1,y1 or name=x0,y0,x1,y1")->allow_extra_args(false);
         verb.add_flag("--overwrite", overwrite_, "replace a file that exists")->group(group);
         verb.add_flag("--json", json_, "say what was done as JSON")->group(group);
@@ -61,7 +61,7 @@ class CPlotCommand final : public ICommand {
         if (source.IsFile(output_)) throw UsageFault(output_ + " is the input");
         const u16 width = source.Format().width, height = source.Format().height;
         const SAsked asked{
-            Regions(width, height), ParseLines("--line", lines_, width, height),
+            regions_.Of(width, height), PixelsOf(ParseLines("--line", lines_), width, height),
             ParseChoice<EFigure>("--figure", figure_.empty() ? "mean" : figure_,
                                  {{"mean", EFigure::Mean}, {"max", EFigure::Highest}, {"min", EFigure::Lowest}})};
         RequireFew(asked, kind, 1);
@@ -84,8 +84,8 @@ class CPlotCommand final : public ICommand {
 
   private:
     struct SAsked {
-        std::vector<SRegion> regions;
-        std::vector<SLine> lines;
+        std::vector<measure::CPixelSet> regions;
+        std::vector<measure::CPixelSet> lines;
         EFigure figure;
     };
     /// What a plot needs of a frame.
@@ -108,7 +108,8 @@ class CPlotCommand final : public ICommand {
         if (kind == EKind::Profile && lines_.empty()) throw UsageFault("--kind profile: needs a --line");
         if (kind != EKind::Profile && !lines_.empty())
             throw UsageFault("--line: has an effect on --kind profile alone");
-        if (kind == EKind::Profile && !regions_.empty()) throw UsageFault("--roi: has no effect on --kind profile");
+        if (kind == EKind::Profile && regions_.AreGiven())
+            throw UsageFault("--roi, --regions: have no effect on --kind profile");
         if (kind != EKind::Time && !figure_.empty()) throw UsageFault("--figure: has an effect on --kind time alone");
     }
 
@@ -117,11 +118,6 @@ class CPlotCommand final : public ICommand {
         if (things * (kind == EKind::Time ? 1 : frames) > kMostCurves)
             throw UsageFault(fmt::format("a plot has at most {} curves: choose fewer {}", kMostCurves,
                                          things > kMostCurves ? "regions or lines" : "--frames"));
-    }
-
-    std::vector<SRegion> Regions(u16 width, u16 height) const {
-        if (regions_.empty()) return {{"whole frame", 0, 0, width, height}};
-        return ParseRegions(regions_, width, height);
     }
 
     static SLooked Look(const measure::CFrame& frame, const SAsked& asked, EKind kind,
@@ -134,10 +130,10 @@ class CPlotCommand final : public ICommand {
                        .lines = {},
                        .sets = {}};
         if (kind == EKind::Profile) {
-            for (const SLine& line : asked.lines) looked.lines.push_back(ProfileOf(frame, line));
+            for (const measure::CPixelSet& line : asked.lines) looked.lines.push_back(ProfileOf(frame, line));
             return looked;
         }
-        for (const SRegion& region : asked.regions) {
+        for (const measure::CPixelSet& region : asked.regions) {
             std::vector<float> values = GoodValues(frame, region);
             looked.figures.push_back(FigureOf(values, asked.figure));
             if (kind == EKind::Histogram) looked.sets.push_back(std::move(values));
@@ -165,7 +161,8 @@ class CPlotCommand final : public ICommand {
             std::vector<std::string> names;
             std::vector<std::vector<float>> sets;
             for (const SLooked& frame : seen) {
-                for (const SRegion& region : asked.regions) names.push_back(NameOf(region.name, frame, seen));
+                for (const measure::CPixelSet& region : asked.regions)
+                    names.push_back(NameOf(region.Shape().name, frame, seen));
                 sets.insert(sets.end(), frame.sets.begin(), frame.sets.end());
             }
             PutHistogram(plot, names, sets);
@@ -186,7 +183,7 @@ class CPlotCommand final : public ICommand {
                                    : static_cast<double>(frame.number));
         }
         for (std::size_t r = 0; r < asked.regions.size(); ++r) {
-            SCurve curve{asked.regions[r].name, {}};
+            SCurve curve{asked.regions[r].Shape().name, {}};
             for (const SLooked& frame : seen) curve.values.push_back(frame.figures[r]);
             plot.curves.push_back(std::move(curve));
         }
@@ -196,7 +193,7 @@ class CPlotCommand final : public ICommand {
         std::size_t longest = 0;
         for (const SLooked& frame : seen) {
             for (std::size_t l = 0; l < asked.lines.size(); ++l) {
-                plot.curves.push_back({NameOf(asked.lines[l].name, frame, seen), frame.lines[l]});
+                plot.curves.push_back({NameOf(asked.lines[l].Shape().name, frame, seen), frame.lines[l]});
                 longest = std::max(longest, frame.lines[l].size());
             }
         }
@@ -246,7 +243,7 @@ class CPlotCommand final : public ICommand {
     std::string output_;
     std::string kind_ = "time";
     std::string figure_;
-    std::vector<std::string> regions_;
+    CRegionArguments regions_;
     std::vector<std::string> lines_;
     bool mergePresets_ = false;
     bool overwrite_ = false;

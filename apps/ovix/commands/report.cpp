@@ -7,6 +7,7 @@
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/measure_arguments.h"
 #include "apps/ovix/cli/measure_run.h"
+#include "apps/ovix/cli/regions.h"
 #include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/report.h"
@@ -61,10 +62,7 @@ class CReportCommand final : public ICommand {
         add("--bin", bin_, "N", "make N times N pixels one (else 1)");
         add("--max-size", maxSize_, "SIZE",
             "let the page be no larger, by coarser steps first, then by binning: 5M, 800k");
-        verb.add_option("--roi", regions_, "a region to begin with: x,y,w,h or name=x,y,w,h")
-            ->type_name("REGION")
-            ->allow_extra_args(false)
-            ->group(group);
+        regions_.Add(verb, group, "a region to begin with");
         verb.add_flag("--overwrite", overwrite_, "replace a file that exists")->group(group);
         verb.add_flag("--json", json_, "say what was done as JSON")->group(group);
     }
@@ -81,8 +79,9 @@ class CReportCommand final : public ICommand {
         const SPackingWish wish = Wish(format.width, format.height);
         SReport report{.title = std::filesystem::path(source.Name()).filename().string(),
                        .sourceWidth = format.width,
-                       .sourceHeight = format.height,
-                       .regions = ParseRegions(regions_, format.width, format.height)};
+                       .sourceHeight = format.height};
+        for (const measure::CPixelSet& region : regions_.Given(format.width, format.height))
+            report.regions.push_back(region.Shape());
         RequireTarget();
         const measure::CMeasurement measurement(source, options);
         CMeasureRun run(measurement, source_, mergePresets_);
@@ -196,7 +195,7 @@ class CReportCommand final : public ICommand {
     std::string step_;
     std::string bin_;
     std::string maxSize_;
-    std::vector<std::string> regions_;
+    CRegionArguments regions_;
     bool mergePresets_ = false;
     bool overwrite_ = false;
     bool json_ = false;

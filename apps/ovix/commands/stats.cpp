@@ -109,12 +109,7 @@ class CStatsCommand final : public ICommand {
 
     std::vector<measure::CPixelSet> Regions(u16 width, u16 height) const {
         if (profiles_.empty()) return regions_.Of(width, height);
-        std::vector<std::string> lines;
-        for (const std::string& text : profiles_) {
-            const std::size_t at = text.find('=') + 1;  // 0 where there is none
-            lines.push_back(at ? text.substr(0, at) + "line:" + text.substr(at) : "line:" + text);
-        }
-        return PixelsOf(ParseShapes("--profile", lines), width, height);
+        return PixelsOf(ParseLines("--profile", profiles_), width, height);
     }
 
     /// Sets `ended` where the printer was told of this input's end.

@@ -9,7 +9,6 @@
 
 #include "apps/ovix/json.h"
 #include "apps/ovix/output/picture_range.h"
-#include "apps/ovix/region.h"
 #include "apps/ovix/units.h"
 
 namespace ovix::app {
@@ -68,9 +67,9 @@ struct SWriteOptions {
     std::optional<std::pair<float, float>> range = {};
     /// In place of a range, of one frame: at the ends are the values at these shares of its pixels.
     std::optional<Percentiles> percentiles = {};
-    std::vector<SRegion> marks = {};    ///< regions to be drawn
-    std::vector<float> isotherms = {};  ///< values along which lines are drawn
-    bool markExtremes = false;          ///< where the least and the greatest good pixel are, with their values
+    std::vector<measure::CPixelSet> marks = {};  ///< regions to be drawn
+    std::vector<float> isotherms = {};           ///< values along which lines are drawn
+    bool markExtremes = false;                   ///< where the least and the greatest good pixel are, with their values
     int zoom = 0;        ///< pixels of the picture for one of the frame, in both directions; 0: what suits
     bool plain = false;  ///< the pixels alone, as numbers of 16 bits
 };

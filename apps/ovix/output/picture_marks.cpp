@@ -43,33 +43,43 @@ SBox CPictureMarks::BoxOf(int x, int y, int width, int height) const {
     return {image_.x + x * scale_, image_.y + y * scale_, width * scale_, height * scale_};
 }
 
-void CPictureMarks::Region(const SRegion& region) {
-    const int line = Line();
-    const SBox box = BoxOf(region.x, region.y, region.width, region.height);
-    canvas_.Frame(box.x - line, box.y - line, box.width + 2 * line, box.height + 2 * line, line, kShadow);
-    canvas_.Frame(box.x + line, box.y + line, box.width - 2 * line, box.height - 2 * line, line, kShadow);
-    canvas_.Frame(box.x, box.y, box.width, box.height, line, kLight);
-    Name(region.name, box, true);
-}
-
-void CPictureMarks::Isotherm(const SPicture& picture, u16 width, float level) {
-    const auto differ = [&](std::size_t i, std::size_t j) {
-        return (picture.values[i] >= level) != (picture.values[j] >= level) && HasValue(picture, i) &&
-               HasValue(picture, j);
-    };
+template <class Differ>
+void CPictureMarks::Edges(SPoint from, SPoint to, const Differ& differ) {
     const auto draw = [&](int thickness, SColour colour) {
         const int before = thickness / 2, length = scale_ + thickness;
-        for (std::size_t i = 0; i < picture.values.size(); ++i) {
-            const int x = static_cast<int>(i % width), y = static_cast<int>(i / width);
-            const SBox box = BoxOf(x, y, 1, 1);
-            const int right = box.x + scale_ - before, below = box.y + scale_ - before;
-            if (x + 1 < width && differ(i, i + 1)) canvas_.Fill(right, box.y - before, thickness, length, colour);
-            if (i + width < picture.values.size() && differ(i, i + width))
-                canvas_.Fill(box.x - before, below, length, thickness, colour);
+        for (int y = from.y; y <= to.y; ++y) {
+            for (int x = from.x; x <= to.x; ++x) {
+                const SBox box = BoxOf(x, y, 1, 1);
+                const int right = box.x + scale_ - before, below = box.y + scale_ - before;
+                if (differ(x, y, x + 1, y)) canvas_.Fill(right, box.y - before, thickness, length, colour);
+                if (differ(x, y, x, y + 1)) canvas_.Fill(box.x - before, below, length, thickness, colour);
+            }
         }
     };
     draw(3 * Line(), kShadow);
     draw(Line(), kLight);
+}
+
+void CPictureMarks::Region(const measure::CPixelSet& region) {
+    const measure::SRegion& bounds = region.Bounds();
+    const int left = bounds.x - 1, top = bounds.y - 1, width = bounds.width + 2, height = bounds.height + 2;
+    std::vector<bool> inside(static_cast<std::size_t>(width * height));  // with a rim of pixels that are not
+    const auto at = [&](int x, int y) { return static_cast<std::size_t>((y - top) * width + x - left); };
+    for (const reduce::SScanLine& line : region.Lines()) {
+        for (int x = line.left; x <= line.right; ++x) inside[at(x, line.row)] = true;
+    }
+    Edges({left, top}, {left + width - 2, top + height - 2},
+          [&](int x, int y, int x2, int y2) { return inside[at(x, y)] != inside[at(x2, y2)]; });
+    Name(region.Shape().name, BoxOf(bounds.x, bounds.y, bounds.width, bounds.height), true);
+}
+
+void CPictureMarks::Isotherm(const SPicture& picture, u16 width, float level) {
+    const int height = static_cast<int>(picture.values.size()) / std::max<int>(1, width);
+    Edges({0, 0}, {width - 1, height - 1}, [&](int x, int y, int x2, int y2) {
+        const auto i = static_cast<std::size_t>(y * width + x), j = static_cast<std::size_t>(y2 * width + x2);
+        return x2 < width && y2 < height && (picture.values[i] >= level) != (picture.values[j] >= level) &&
+               HasValue(picture, i) && HasValue(picture, j);
+    });
 }
 
 void CPictureMarks::Extremes(const SPicture& picture, u16 width, const SUnitText& unit) {

@@ -23,7 +23,7 @@ class CPictureMarks {
         : canvas_(canvas), image_(image), scale_(scale), letter_(letter), room_(room) {}
 
     /// Its edge and its name.
-    void Region(const SRegion& region);
+    void Region(const measure::CPixelSet& region);
     /// A line between the pixels that are at least so warm and those that are not; none beside pixels without a value.
     void Isotherm(const SPicture& picture, u16 width, float level);
     /// Cross-hairs around the least and the greatest of the good pixels, with their values.
@@ -35,6 +35,9 @@ class CPictureMarks {
     int Line() const { return std::max(1, letter_ / 10); }
 
   private:
+    /// Lines between neighbouring pixels that `differ(x, y, x2, y2)`, for pixels from `from` up to `to`, both included.
+    template <class Differ>
+    void Edges(SPoint from, SPoint to, const Differ& differ);
     SBox BoxOf(int x, int y, int width, int height) const;
     void CrossHair(const SBox& pixel);
     void Name(const std::string& name, const SBox& box, bool above);

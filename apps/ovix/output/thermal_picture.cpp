@@ -98,7 +98,7 @@ class CDrawing {
                 if (range_.low <= level && level <= range_.high) marks.LineAcross(out_.bar, RowOfBar(level));
             }
         }
-        for (const SRegion& mark : options_.marks) marks.Region(mark);
+        for (const measure::CPixelSet& mark : options_.marks) marks.Region(mark);
         if (options_.markExtremes && !IsVideo()) marks.Extremes(picture_, series_.width, series_.unit);
         DrawFoot();
         return std::move(out_);

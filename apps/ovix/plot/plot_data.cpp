@@ -1,68 +1,30 @@
 #include "apps/ovix/plot/plot_data.h"
 
-#include <fmt/format.h>
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <numeric>
-
-#include "apps/ovix/cli/values.h"
-#include "apps/ovix/fault.h"
 
 namespace ovix::app {
 namespace {
 
 constexpr std::size_t kBins = 128;
 
-double ValueAt(const measure::CFrame& frame, std::size_t pixel) {
-    const float value = frame.values[pixel];
-    return frame.status[pixel] || !std::isfinite(value) ? NAN : value;
-}
-
 }  // namespace
 
-std::vector<SLine> ParseLines(const std::string& option, const std::vector<std::string>& texts, u16 width, u16 height) {
-    std::vector<SLine> lines;
-    for (const std::string& text : texts) {
-        const std::size_t equals = text.rfind('=');
-        SLine line{equals == text.npos ? "line" + std::to_string(lines.size() + 1) : text.substr(0, equals), 0, 0, 0,
-                   0};
-        const auto parts = SplitText(std::string_view(text).substr(equals == text.npos ? 0 : equals + 1), ',');
-        u16* const places[] = {&line.x0, &line.y0, &line.x1, &line.y1};
-        bool fits = parts.size() == std::size(places);
-        for (std::size_t i = 0; fits && i < parts.size(); ++i) {
-            const auto number = ParseNumber<u16>(parts[i]);
-            fits = number && *number < (i % 2 ? height : width);
-            if (fits) *places[i] = *number;
-        }
-        if (!fits)
-            throw UsageFault(fmt::format("{}: expected x0,y0,x1,y1 inside {} x {} pixels, found \"{}\"", option, width,
-                                         height, text));
-        lines.push_back(std::move(line));
-    }
-    return lines;
-}
-
-std::vector<float> GoodValues(const measure::CFrame& frame, const SRegion& region) {
-    std::vector<float> values;
-    values.reserve(std::size_t{region.width} * region.height);
-    for (u32 y = region.y; y < u32{region.y} + region.height; ++y) {
-        for (u32 x = region.x; x < u32{region.x} + region.width; ++x) {
-            const double value = ValueAt(frame, std::size_t{y} * frame.width + x);
-            if (!std::isnan(value)) values.push_back(static_cast<float>(value));
-        }
-    }
+std::vector<float> GoodValues(const measure::CFrame& frame, const measure::CPixelSet& region) {
+    std::vector<float> values = measure::ValuesOf(frame, region, measure::EPixels::Good);
+    std::erase_if(values, [](float value) { return !std::isfinite(value); });
     return values;
 }
 
-std::vector<double> ProfileOf(const measure::CFrame& frame, const SLine& line) {
-    const int dx = line.x1 - line.x0, dy = line.y1 - line.y0, steps = std::max(std::abs(dx), std::abs(dy));
-    const auto at = [&](u16 from, int way, int i) {
-        return static_cast<std::size_t>(std::floor(from + static_cast<double>(way) * i / std::max(steps, 1) + 0.5));
-    };
+std::vector<double> ProfileOf(const measure::CFrame& frame, const measure::CPixelSet& line) {
     std::vector<double> values;
-    for (int i = 0; i <= steps; ++i)
-        values.push_back(ValueAt(frame, at(line.y0, dy, i) * frame.width + at(line.x0, dx, i)));
+    const auto& ends = line.Shape().points;
+    for (const SPoint at : measure::LinePixels(ends[0], ends[1])) {
+        const auto pixel = static_cast<std::size_t>(at.y) * frame.width + static_cast<std::size_t>(at.x);
+        const float value = frame.values[pixel];
+        values.push_back(frame.status[pixel] || !std::isfinite(value) ? NAN : value);
+    }
     return values;
 }
 

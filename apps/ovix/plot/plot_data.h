@@ -4,24 +4,15 @@
 #include <vector>
 
 #include "apps/ovix/plot/plot_drawing.h"
-#include "apps/ovix/region.h"
+#include "measure/measure.h"
 
 namespace ovix::app {
 
-/// From one pixel of a frame to another, both included.
-struct SLine {
-    std::string name;
-    u16 x0, y0, x1, y1;
-};
+/// The finite values of the good pixels of a region, in rows from the top.
+std::vector<float> GoodValues(const measure::CFrame& frame, const measure::CPixelSet& region);
 
-/// "x0,y0,x1,y1" or "name=x0,y0,x1,y1", inside the image. Throws wrong usage that names the option.
-std::vector<SLine> ParseLines(const std::string& option, const std::vector<std::string>& texts, u16 width, u16 height);
-
-/// The values of the good pixels of a region, in rows from the top: those without any flag that are finite.
-std::vector<float> GoodValues(const measure::CFrame& frame, const SRegion& region);
-
-/// The values along a line, one for each step along its longer side, halves rounded up; NaN where a pixel is not good.
-std::vector<double> ProfileOf(const measure::CFrame& frame, const SLine& line);
+/// The values along a line in its order, one for each of `measure::LinePixels`; NaN where a pixel is not good.
+std::vector<double> ProfileOf(const measure::CFrame& frame, const measure::CPixelSet& line);
 
 enum class EFigure { Mean, Highest, Lowest };
 /// NaN of no values.

@@ -14,7 +14,7 @@ namespace ovix::app {
 namespace {
 
 /// Of the data in the page; it rises when the page's program would have to change.
-constexpr int kForm = 1;
+constexpr int kForm = 2;
 constexpr std::string_view kDataPlace = "{{data}}";
 
 std::size_t DataPlace() { return PageTemplate().find(kDataPlace); }
@@ -59,8 +59,12 @@ Json DescribeSection(const SFactSection& section) {
     return {{"title", section.title}, {"columns", section.columns}, {"rows", section.rows}};
 }
 
-Json DescribeRegion(const SRegion& r) {
-    return {{"name", r.name}, {"x", r.x}, {"y", r.y}, {"width", r.width}, {"height", r.height}};
+Json DescribeRegion(const measure::SShape& shape) {
+    Json points = Json::array();
+    for (const SPoint& point : shape.points) points.push_back({point.x, point.y});
+    Json json{{"name", shape.name}, {"kind", measure::ShapeWord(shape.kind)}, {"points", points}};
+    if (shape.kind == measure::EShape::Circle) json["radius"] = shape.radius;
+    return json;
 }
 
 template <class T, class Describe>

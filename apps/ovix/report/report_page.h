@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "apps/ovix/json.h"
-#include "apps/ovix/region.h"
 #include "apps/ovix/report/packing_choice.h"
 #include "apps/ovix/units.h"
 #include "core/core.h"
+#include "measure/measure.h"
 
 namespace ovix::app {
 
@@ -40,7 +40,7 @@ struct SReport {
     SPacking packing = {};
     SPackFigures figures = {};
     std::vector<SReportFrame> frames = {};
-    std::vector<SRegion> regions = {};
+    std::vector<measure::SShape> regions = {};  ///< to begin with
     std::vector<SFactSection> facts = {};
 };
 

@@ -29,7 +29,7 @@ function sectionOf({ title, columns, rows }: FactSection): HTMLElement {
 }
 
 const KIND_TEXTS: Readonly<Record<Exclude<Kind, "shown">, string>> = {
-  uncalibrated: "outside the calibrated range, in its colour of the palette",
+  uncalibrated: "outside the calibrated range",
   below: "below the bar",
   above: "above the bar",
   under: "under what can be measured",
@@ -53,8 +53,8 @@ export class Words {
     const pixels = this.head.width * this.head.height;
     const items = (Object.keys(KIND_TEXTS) as (keyof typeof KIND_TEXTS)[]).filter((kind) => this.isMarked(kind)).map((kind) => {
       const share = ((100 * counts[kind]) / pixels).toFixed(counts[kind] > 0 && counts[kind] < pixels / 1000 ? 3 : 1);
-      const sample = kind === "uncalibrated" ? [] : [swatch(`#${this.head.colours[kind]}`)];
-      return make("li", {}, ...sample, `${KIND_TEXTS[kind]} ${share} %`);
+      const sample = kind === "uncalibrated" ? make("span", { class: "swatch hatched", "aria-hidden": "true" }) : swatch(`#${this.head.colours[kind]}`);
+      return make("li", {}, sample, `${KIND_TEXTS[kind]} ${share} %`);
     });
     byId("legend").replaceChildren(...items);
   }

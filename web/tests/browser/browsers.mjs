@@ -3,7 +3,7 @@ import { existsSync } from "node:fs";
 import { chromium } from "playwright-core";
 import puppeteer from "puppeteer-core";
 
-/** @typedef {{ name: string, page: any, requests: string[], complaints: string[], resize: (width: number, height: number) => Promise<void>, dark: (on: boolean) => Promise<void>, close: () => Promise<void> }} Session */
+/** @typedef {{ name: string, page: any, requests: string[], complaints: string[], resize: (width: number, height: number) => Promise<void>, wheel: (by: number) => Promise<void>, dark: (on: boolean) => Promise<void>, close: () => Promise<void> }} Session */
 
 async function openChromium() {
   const browser = await chromium.launch({ executablePath: "/usr/bin/chromium", args: ["--no-sandbox"] });
@@ -12,6 +12,7 @@ async function openChromium() {
   return {
     page,
     resize: (width, height) => page.setViewportSize({ width, height }),
+    wheel: (by) => page.mouse.wheel(0, by),
     dark: (on) => page.emulateMedia({ colorScheme: on ? "dark" : "light" }),
     close: () => browser.close(),
   };
@@ -28,6 +29,7 @@ async function openFirefox() {
   return {
     page,
     resize: (width, height) => page.setViewport({ width, height }),
+    wheel: (by) => page.mouse.wheel({ deltaY: by }),
     dark: async () => {},
     close: () => browser.close(),
   };
