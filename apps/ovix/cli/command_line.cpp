@@ -11,6 +11,7 @@
 #include "apps/ovix/commands/plot.h"
 #include "apps/ovix/commands/report.h"
 #include "apps/ovix/commands/uncertainty.h"
+#include "apps/ovix/facts/provenance.h"
 #include "apps/ovix/fault.h"
 
 namespace ovix::app {
@@ -194,6 +195,7 @@ class CGrammar {
 
 EExit RunCommandLine(const std::vector<std::string>& arguments) {
     CGrammar grammar;
+    RememberCommandLine(arguments);
     try {
         return grammar.Run(grammar.InOrder(arguments));
     } catch (const CLI::CallForHelp&) {

@@ -12,6 +12,7 @@
 #include "apps/ovix/commands/value_section.h"
 #include "apps/ovix/facts/calibration_json.h"
 #include "apps/ovix/facts/findings.h"
+#include "apps/ovix/facts/provenance.h"
 #include "apps/ovix/facts/scene_json.h"
 #include "apps/ovix/fault.h"
 #include "apps/ovix/status_flags.h"
@@ -188,6 +189,7 @@ class CExplainCommand final : public ICommand {
             Json document = {{"schema", kSchemaVersion}, {"file", source.Name()}, {"frame", frame}, {"x", x}, {"y", y}};
             document.update(found.Document());
             document["findings"] = FindingsJson(source.Findings());
+            document["provenance"] = ProvenanceJson(source, options);
             PrintJson(document);
         } else {
             Print(

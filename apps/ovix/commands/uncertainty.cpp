@@ -12,6 +12,7 @@
 #include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/uncertainty.h"
 #include "apps/ovix/facts/findings.h"
+#include "apps/ovix/facts/provenance.h"
 #include "apps/ovix/facts/scene_json.h"
 #include "apps/ovix/fault.h"
 #include "apps/ovix/text_table.h"
@@ -103,7 +104,7 @@ class CUncertaintyCommand final : public ICommand {
         CMeasureRun run(inUnit, source_, false);
         const measure::CFrame frame = run.First();
         const measure::SUncertainty found = Evaluate(frame, counts.mean, wanted);
-        json_ ? PrintJson(Document(source, frame, pixels, counts, found)) : Print(Text(counts, found));
+        json_ ? PrintJson(Document(inUnit, frame, pixels, counts, found)) : Print(Text(counts, found));
         return CSourceArguments::Exit(source, skipped_);
     }
 
@@ -240,8 +241,9 @@ class CUncertaintyCommand final : public ICommand {
                           mc.agrees ? "agrees" : "does not agree", shown(mc.tolerance), unit.difference);
     }
 
-    static Json Document(const measure::CSource& source, const measure::CFrame& frame, const measure::CPixelSet& pixels,
-                         const SCounts& counts, const measure::SUncertainty& found) {
+    static Json Document(const measure::CMeasurement& measurement, const measure::CFrame& frame,
+                         const measure::CPixelSet& pixels, const SCounts& counts, const measure::SUncertainty& found) {
+        const measure::CSource& source = measurement.Source();
         const SUnitText unit = UnitText(found.unit, found.scale);
         Json document{{"schema", kSchemaVersion},   {"file", source.Name()},         {"frame", frame.number},
                       {"frames", counts.frames},    {"region", pixels.Shape().name}, {"pixels", counts.pixels},
@@ -268,6 +270,7 @@ class CUncertaintyCommand final : public ICommand {
                                       {"agrees", mc.agrees}, {"tolerance", mc.tolerance}};
         }
         document["findings"] = FindingsJson(source.Findings());
+        document["provenance"] = ProvenanceJson(source, measurement.Options());
         return document;
     }
 

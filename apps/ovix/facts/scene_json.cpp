@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <charconv>
 
+#include "apps/ovix/facts/calibration_json.h"
+#include "apps/ovix/facts/provenance.h"
+
 namespace ovix::app {
 
 double ShortestDouble(float value) {
@@ -44,6 +47,26 @@ const char* OriginWord(measure::EOrigin origin) {
     return "default";
 }
 
+namespace {
+
+bool IsByUser(EUnit unit) { return unit == RadianceUser || unit == TemperatureUser; }
+
+/// The constants that the values were worked out with, of each preset that the frame is made of.
+Json CalibrationsJson(const measure::CFrame& frame, const std::vector<u8>& merged) {
+    const std::vector<u8> presets = merged.empty() ? std::vector<u8>{frame.preset.value_or(0)} : merged;
+    Json calibrations = Json::array();
+    for (const u8 preset : presets) {
+        Json calibration{{"preset", preset}};
+        calibration.update(CalibrationJson(IsByUser(frame.unit)
+                                               ? measure::UserCalibration(frame.Objects(), preset)
+                                               : measure::FactoryCalibration(frame.Objects(), preset)));
+        calibrations.push_back(std::move(calibration));
+    }
+    return calibrations;
+}
+
+}  // namespace
+
 Json ParametersJson(const measure::CMeasurement& measurement, const measure::CFrame& frame) {
     const measure::CSource& source = measurement.Source();
     Json parameters = {{"source", source.Name()},
@@ -57,17 +80,20 @@ Json ParametersJson(const measure::CMeasurement& measurement, const measure::CFr
     std::ranges::sort(presets);
     for (const u8 preset : presets) parameters["mergedPresets"].push_back(preset);
 
+    parameters["provenance"] = ProvenanceJson(source, measurement.Options());
+
     const std::vector<measure::SParameter> used = frame.Parameters();
     const auto scene = frame.Objects().GetObjectParameters(false);
     if (!scene || used.empty()) return parameters;
     const Json all = SceneJson(*scene);
-    if (frame.unit == RadianceUser || frame.unit == TemperatureUser) {
+    if (IsByUser(frame.unit)) {
         for (const char* key : {"emissivity", "atmosphereTransmission", "usedAtmosphereTransmission"})
             parameters[key] = all[key];
     } else {
         parameters.update(all);
     }
     for (const measure::SParameter& value : used) parameters["origins"][value.key] = OriginWord(value.origin);
+    parameters["calibrations"] = CalibrationsJson(frame, presets);
     return parameters;
 }
 

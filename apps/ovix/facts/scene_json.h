@@ -14,7 +14,8 @@ Json SceneJson(const reduce::CObjectParametersReduceObject& scene);
 /// "file", "default", "command line", "computed", "frame".
 const char* OriginWord(measure::EOrigin origin);
 
-/// All that the values of a frame rest on: its source, the unit, corrections, and the scene with who said each value.
+/// All that the values of a frame rest on: its source, the unit, corrections, where they come from, the scene with who
+/// said each value, and the constants of the calibration.
 Json ParametersJson(const measure::CMeasurement& measurement, const measure::CFrame& frame);
 
 }  // namespace ovix::app

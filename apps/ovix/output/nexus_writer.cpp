@@ -59,7 +59,9 @@ void PutTexts(hid_t object, const char* name, const std::vector<const char*>& te
 
 void PutDataset(hid_t group, const char* name, const std::string& text) {
     const CHandle type(TextType(), H5Tclose), space(H5Screate(H5S_SCALAR), H5Sclose);
-    const CHandle set(H5Dcreate2(group, name, type, space, H5P_DEFAULT, H5P_DEFAULT, H5P_DEFAULT), H5Dclose);
+    const CHandle how(H5Pcreate(H5P_DATASET_CREATE), H5Pclose);
+    H5Pset_obj_track_times(how, false);  // the same frames give the same bytes
+    const CHandle set(H5Dcreate2(group, name, type, space, H5P_DEFAULT, how, H5P_DEFAULT), H5Dclose);
     const char* const one = text.c_str();
     Require(H5Dwrite(set, type, H5S_ALL, H5S_ALL, H5P_DEFAULT, &one), name);
 }
@@ -112,6 +114,7 @@ class CGrowing {
         const CHandle space(H5Screate_simple(rank, shape_.data(), most.data()), H5Sclose);
         const CHandle how(H5Pcreate(H5P_DATASET_CREATE), H5Pclose);
         H5Pset_chunk(how, rank, chunk.data());
+        H5Pset_obj_track_times(how, false);
         if (level > 0) {
             if (H5Tget_size(type_) > 1) H5Pset_shuffle(how);
             H5Pset_deflate(how, static_cast<unsigned>(level));

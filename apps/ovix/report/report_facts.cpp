@@ -6,6 +6,7 @@
 
 #include "apps/ovix/commands/value_section.h"
 #include "apps/ovix/facts/findings.h"
+#include "apps/ovix/facts/provenance.h"
 #include "apps/ovix/facts/scene_json.h"
 
 namespace ovix::app {
@@ -73,6 +74,11 @@ Rows ProvenanceRows(const SReport& report, const measure::CMeasurement& measurem
     if (source.Count()) rows.push_back({"frames in the file", fmt::format("{}", *source.Count())});
     rows.push_back({"frames in this page", fmt::format("{}", report.frames.size())});
     rows.push_back({"frames skipped", fmt::format("{}", skipped)});
+    const Json origin = ProvenanceJson(source, measurement.Options());
+    for (const Json& block : origin["input"].value("metadata", Json::array()))
+        rows.push_back({"CRC-32 of " + ShownJson(block["block"]), ShownJson(block["crc32"])});
+    const auto words = origin["command"].get<std::vector<std::string>>();
+    if (!words.empty()) rows.push_back({"command line", fmt::format("{}", fmt::join(words, " "))});
     rows.push_back({"written by", "ovix " OVIX_VERSION});
     return rows;
 }

@@ -209,6 +209,32 @@ def tiff(name):
     return tags
 
 
+def the_same_input_gives_the_same_bytes():
+    recording()
+    run("synth", "-o", "other.raw", "--tables", "nuc", *TYPE)
+    write("points.csv", b"counts,temperature (C)\n1000,20\n2000,40\n3000,60\n4000,80\n")
+    run("calibrate", "points.csv", "--band", "8,12", "-o", "cal.json")
+    for epoch in (None, "1700000000"):
+        told = {"SOURCE_DATE_EPOCH": epoch} if epoch else None
+        for name in ("t.tif", "t.npy", "t.json", "t.png", "t.nxs", "t.zarr/.zmetadata"):
+            files = []
+            for _ in range(2):
+                if not name.endswith(".json"):
+                    run("convert", "run.krt", "-o", name.split("/")[0], "--overwrite", "--range" if "png" in name else "--frames",
+                        "0,90" if "png" in name else "0,2", env=told)
+                files.append(read(name if "png" not in name else "t-000000.png"))
+                time.sleep(1 if name == "t.nxs" else 0)  # the stamps of HDF5 are whole seconds
+            assert files[0] == files[1], name
+        origin = json.loads(tiff("t.tif")[270])["parameters"]["provenance"]
+        assert origin.get("created") == ("2023-11-14T22:13:20.000000Z" if epoch else None), origin
+    blocks = {block["name"] for block in doc("info", "run.krt")["blocks"]}
+    assert origin["command"][:3] == ["ovix", "convert", "run.krt"] and {block["block"] for block in origin["input"]["metadata"]} <= blocks
+    assert origin["input"]["bytes"] == len(read("run.krt"))
+    told = doc("stats", "run.krt", "--user-cal", "cal.json", "--cal", "user", "--correction", "nuc", "--clip", "0,9000")["parameters"]
+    assert told["provenance"]["userCalibration"] == json.loads(read("cal.json")), told
+    assert told["provenance"]["clip"] == [0, 9000] and doc("stats", "run.krt")["parameters"]["calibrations"][0]["planckBKelvin"] == 1428
+
+
 def two_sources_are_held_together():
     recording("a.krt")
     shutil.copy("a.krt", "b.krt")
