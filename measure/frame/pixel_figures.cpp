@@ -31,11 +31,25 @@ std::span<const u8> StatusFor(const std::vector<u8>& status, EPixels which, std:
     return changed;
 }
 
+/// Nearly all stretches of a row hold one byte all through, as the compiler's vectors see at once.
+void AddToHistogram(std::span<const u8> row, std::array<u32, 256>& ofByte) {
+    constexpr std::size_t kStretch = 128;
+    for (std::size_t at = 0; at < row.size(); at += kStretch) {
+        const std::span<const u8> stretch = row.subspan(at, std::min(kStretch, row.size() - at));
+        u8 differs = 0;
+        for (const u8 status : stretch) differs |= static_cast<u8>(status ^ stretch[0]);
+        if (!differs) {
+            ofByte[stretch[0]] += static_cast<u32>(stretch.size());
+        } else {
+            for (const u8 status : stretch) ++ofByte[status];
+        }
+    }
+}
+
 void CountFlags(const CFrame& frame, const CPixelSet& pixels, SPixelFigures& figures) {
     std::array<u32, 256> ofByte = {};
-    for (const reduce::SScanLine& line : pixels.Lines()) {
-        for (const u8 status : RowOf<u8>(frame.status, line, frame.width)) ++ofByte[status];
-    }
+    for (const reduce::SScanLine& line : pixels.Lines())
+        AddToHistogram(RowOf<u8>(frame.status, line, frame.width), ofByte);
     figures.pixels = pixels.Count();
     figures.good = ofByte[0];
     for (u32 status = 1; status < ofByte.size(); ++status) {

@@ -202,6 +202,12 @@ struct SCounted {
     bool all = true;  ///< none was selected that does not count
 
     SCounted(const u8* status, const u8* mask, u32 count) {
+        // Nearly always all count, and then nobody asks which.
+        if (!mask) {
+            for (u32 i = 0; i < count; ++i) statusUnion |= status[i];
+            if (IsCounted(statusUnion)) return;
+            statusUnion = 0;
+        }
         u8 excluded = 0;
         for (u32 i = 0; i < count; ++i) {
             const u8 selected = mask ? (mask[i] ? 0xFF : 0) : 0xFF;
