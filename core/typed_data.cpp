@@ -69,7 +69,7 @@ constexpr std::size_t kTypes = std::tuple_size_v<Elements>;
 constexpr std::size_t kFitBlock = 256;
 
 template <class S>
-bool AllFit32(const S* values, std::size_t count) {
+[[gnu::always_inline]] inline bool AllFit32(const S* values, std::size_t count) {
     constexpr S kLimit = static_cast<S>(2147483648.0);
     int fit = 1;
     for (std::size_t i = 0; i < count; ++i)
@@ -77,17 +77,33 @@ bool AllFit32(const S* values, std::size_t count) {
     return fit != 0;
 }
 
+/// A block whose values 32 bits hold; false, with nothing written, for any other.
+template <class S, class D>
+[[gnu::always_inline]] inline bool TruncateBlock(const S* from, D* to, std::size_t count) {
+    if (!AllFit32(from, count)) return false;
+    for (std::size_t i = 0; i < count; ++i) to[i] = static_cast<D>(static_cast<i32>(from[i]));
+    return true;
+}
+
+#ifdef __x86_64__
+/// Counts are made of floats twice as fast in the wider registers that most processors have.
+[[gnu::target("avx2")]] bool TruncateBlockWide(const float* from, u16* to, std::size_t count) {
+    return TruncateBlock<float, u16>(from, to, count);
+}
+bool TruncateBlock(const float* from, u16* to, std::size_t count) {
+    static const bool wide = __builtin_cpu_supports("avx2");
+    return wide ? TruncateBlockWide(from, to, count) : TruncateBlock<float, u16>(from, to, count);
+}
+#endif
+
 /// Floating values to 32 bits or fewer. The rule goes through 64 bits, one value at a time; where 32 hold them they
 /// give the same low bits, in vectors.
 template <class S, class D>
 void TruncateSpan(const S* from, D* to, std::size_t count) {
     for (std::size_t at = 0; at < count; at += kFitBlock) {
-        const std::size_t end = std::min(count, at + kFitBlock);
-        if (AllFit32(from + at, end - at)) {
-            for (std::size_t i = at; i < end; ++i) to[i] = static_cast<D>(static_cast<i32>(from[i]));
-        } else {
-            for (std::size_t i = at; i < end; ++i) to[i] = NumericCast<D>(from[i]);
-        }
+        const std::size_t n = std::min(count - at, kFitBlock);
+        if (TruncateBlock(from + at, to + at, n)) continue;
+        for (std::size_t i = at; i < at + n; ++i) to[i] = NumericCast<D>(from[i]);
     }
 }
 

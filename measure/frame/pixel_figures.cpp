@@ -31,15 +31,19 @@ std::span<const u8> StatusFor(const std::vector<u8>& status, EPixels which, std:
     return changed;
 }
 
-/// Nearly all stretches of a row hold one byte all through, as the compiler's vectors see at once.
+/// Nearly all stretches of a row hold one byte all through, as the compiler's vectors see at once, and most words of
+/// the others, too.
+template <std::size_t kStretch = 128>
 void AddToHistogram(std::span<const u8> row, std::array<u32, 256>& ofByte) {
-    constexpr std::size_t kStretch = 128;
+    constexpr std::size_t kWord = 8;
     for (std::size_t at = 0; at < row.size(); at += kStretch) {
         const std::span<const u8> stretch = row.subspan(at, std::min(kStretch, row.size() - at));
         u8 differs = 0;
         for (const u8 status : stretch) differs |= static_cast<u8>(status ^ stretch[0]);
         if (!differs) {
             ofByte[stretch[0]] += static_cast<u32>(stretch.size());
+        } else if constexpr (kStretch > kWord) {
+            AddToHistogram<kWord>(stretch, ofByte);
         } else {
             for (const u8 status : stretch) ++ofByte[status];
         }

@@ -19,24 +19,29 @@ class CPresetLuts {
     void Look(const Run& run, const u16* places, float* values, u8* status, u32 count) {
         SElementScratch scratch;
         const u8* preset = static_cast<const u8*>(ViewElements(run, presets_, 1, scratch));
-        ForEachStretch(
-            preset, count, [&](u32 at, u32 n) { simd::FetchValues(luts_[preset[at]], places + at, values + at, n); },
-            [&](u32 i) { values[i] = luts_[preset[i]][places[i]]; });
-        if (!status) return;
-        const simd::SPlaceRange range = simd::RangeOf(places, count);
+        const simd::SPlaceRange range = status ? simd::RangeOf(places, count) : simd::SPlaceRange{};
         ForEachStretch(
             preset, count,
             [&](u32 at, u32 n) {
                 const u8 p = preset[at];
-                // Numbers beyond the presets that a source can have are the caller's business, and plain indices.
-                if (p >= kMapPresets) return simd::FetchStatus(statusLuts_[p], places + at, status + at, n);
-                if (!status_[p]) status_[p].emplace(statusLuts_[p], lower_);
-                status_[p]->Look(range, count, places + at, status + at, n);
+                simd::FetchValues(luts_[p], places + at, values + at, n);
+                if (status) LookAtStatus(p, range, count, places + at, status + at, n);
             },
-            [&](u32 i) { status[i] = statusLuts_[preset[i]][places[i]]; });
+            [&](u32 i) {
+                values[i] = luts_[preset[i]][places[i]];
+                if (status) status[i] = statusLuts_[preset[i]][places[i]];
+            });
     }
 
   private:
+    /// For n pixels of a block of `blockCount`, whose range is at hand.
+    void LookAtStatus(u8 preset, simd::SPlaceRange range, u32 blockCount, const u16* places, u8* status, u32 n) {
+        // Numbers beyond the presets that a source can have are the caller's business, and plain indices.
+        if (preset >= kMapPresets) return simd::FetchStatus(statusLuts_[preset], places, status, n);
+        if (!status_[preset]) status_[preset].emplace(statusLuts_[preset], lower_);
+        status_[preset]->Look(range, blockCount, places, status, n);
+    }
+
     /// Calls `whole(at, n)` for n pixels of one preset, a step or more, and `single(i)` for each pixel between.
     template <class Whole, class Single>
     static void ForEachStretch(const u8* preset, u32 count, const Whole& whole, const Single& single) {

@@ -109,7 +109,8 @@ std::size_t LeadingBytes(const u8* bytes, std::size_t count, u8 value) {
     const auto wanted = hn::Set(d, value);
     std::size_t i = 0;
     for (; i + hn::Lanes(d) <= count; i += hn::Lanes(d)) {
-        if (!hn::AllTrue(d, hn::Eq(hn::LoadU(d, bytes + i), wanted))) break;
+        const auto other = hn::FindFirstTrue(d, hn::Ne(hn::LoadU(d, bytes + i), wanted));
+        if (other >= 0) return i + static_cast<std::size_t>(other);
     }
     while (i < count && bytes[i] == value) ++i;
     return i;
