@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "bench/support/data.h"
+#include "bench/support/peers.h"
 #include "reduce/convert/convert_context.h"
 #include "reduce/convert/factory_calibrations.h"
 #include "reduce/convert/factory_converters.h"
@@ -103,6 +104,8 @@ struct SChain {
     std::vector<std::vector<u8>> status;
     CStats stats;
     SRun run;
+    std::vector<float> lut = std::vector<float>(65536);  ///< for who does it by hand
+    std::vector<u8> statusLut = std::vector<u8>(65536 + 3);
 
     explicit SChain(const SRun& r)
         : tables(r), in(SceneLanes(r)), corrected(r.Pixels()), out(Lanes<float>(r)), status(Lanes<u8>(r)), run(r) {
@@ -115,6 +118,7 @@ struct SChain {
         context.setReduceObjs(&source.array);
         context.SetUnit(TemperatureFactory, ovix::Celsius);
         context.Update(presets, 1, 0);
+        for (u32 k = 1; k < 65536; ++k) lut[k] = Celsius(k);
     }
 
     void InThreeCalls(u32 lane) {
@@ -163,7 +167,11 @@ const CKernelEntry kChain({
     .make =
         [](const SRun& run) {
             const auto chain = std::make_shared<SChain>(run);
-            return SJob{[=](u32 lane) { chain->InOneCall(lane); }, [=] { return chain->Difference(); }};
+            return SJob{[=](u32 lane) { chain->InOneCall(lane); },
+                        [=] { return chain->Difference(); },
+                        {},
+                        ChainPeers(chain->in, chain->out, chain->status, chain->tables.gain, chain->tables.offset,
+                                   chain->lut, chain->statusLut)};
         },
     .beside = kStepsName,
     .mostBeside = 0.8,

@@ -44,13 +44,44 @@ OVIX_BY_HAND __m256 LoadFloats(const u16* x) {
 
 double Sum(const double* lanes) { return lanes[0] + lanes[1] + lanes[2] + lanes[3]; }
 
-/// Eight pixels at a time, sums in any order and no places of the extremes.
+/// Sums in any order, and no places of the extremes.
+struct SLaneFigures {
+    __m256 minimum, maximum;
+    __m256d sum[2], squares[2];
+
+    OVIX_BY_HAND SLaneFigures() {
+        minimum = _mm256_set1_ps(std::numeric_limits<float>::infinity());
+        maximum = _mm256_sub_ps(_mm256_setzero_ps(), minimum);
+        for (int h = 0; h < 2; ++h) sum[h] = squares[h] = _mm256_setzero_pd();
+    }
+    /// `low` and `high` are the pixels as the extremes see them.
+    __attribute__((target("avx2,fma"), always_inline)) void Add(__m256 v, __m256 low, __m256 high) {
+        minimum = _mm256_min_ps(minimum, low);
+        maximum = _mm256_max_ps(maximum, high);
+        const __m256d halves[] = {_mm256_cvtps_pd(_mm256_castps256_ps128(v)),
+                                  _mm256_cvtps_pd(_mm256_extractf128_ps(v, 1))};
+        for (int h = 0; h < 2; ++h) {
+            sum[h] = _mm256_add_pd(sum[h], halves[h]);
+            squares[h] = _mm256_fmadd_pd(halves[h], halves[h], squares[h]);
+        }
+    }
+    OVIX_BY_HAND SFigures Figures() const {
+        float least[8], greatest[8];
+        double sums[4], squareSums[4];
+        _mm256_storeu_ps(least, minimum);
+        _mm256_storeu_ps(greatest, maximum);
+        _mm256_storeu_pd(sums, _mm256_add_pd(sum[0], sum[1]));
+        _mm256_storeu_pd(squareSums, _mm256_add_pd(squares[0], squares[1]));
+        return {*std::min_element(least, least + 8), *std::max_element(greatest, greatest + 8), Sum(sums),
+                Sum(squareSums)};
+    }
+};
+
+/// Eight pixels at a time.
 template <class T>
 OVIX_BY_HAND SFigures ByHand(const std::vector<T>& frame, const u8* mask) {
-    const __m256 highest = _mm256_set1_ps(std::numeric_limits<float>::infinity()),
-                 lowest = _mm256_sub_ps(_mm256_setzero_ps(), highest);
-    __m256 minimum = highest, maximum = lowest;
-    __m256d sum[2] = {}, squares[2] = {};
+    SLaneFigures figures;
+    const __m256 highest = figures.minimum, lowest = figures.maximum;
     for (std::size_t i = 0; i + 8 <= frame.size(); i += 8) {
         __m256 v = LoadFloats(frame.data() + i);
         __m256 low = v, high = v;
@@ -61,22 +92,9 @@ OVIX_BY_HAND SFigures ByHand(const std::vector<T>& frame, const u8* mask) {
             high = _mm256_blendv_ps(v, lowest, out);
             v = _mm256_andnot_ps(out, v);
         }
-        minimum = _mm256_min_ps(minimum, low);
-        maximum = _mm256_max_ps(maximum, high);
-        const __m256d halves[] = {_mm256_cvtps_pd(_mm256_castps256_ps128(v)),
-                                  _mm256_cvtps_pd(_mm256_extractf128_ps(v, 1))};
-        for (int h = 0; h < 2; ++h) {
-            sum[h] = _mm256_add_pd(sum[h], halves[h]);
-            squares[h] = _mm256_fmadd_pd(halves[h], halves[h], squares[h]);
-        }
+        figures.Add(v, low, high);
     }
-    float least[8], greatest[8];
-    double sums[4], squareSums[4];
-    _mm256_storeu_ps(least, minimum);
-    _mm256_storeu_ps(greatest, maximum);
-    _mm256_storeu_pd(sums, _mm256_add_pd(sum[0], sum[1]));
-    _mm256_storeu_pd(squareSums, _mm256_add_pd(squares[0], squares[1]));
-    return {*std::min_element(least, least + 8), *std::max_element(greatest, greatest + 8), Sum(sums), Sum(squareSums)};
+    return figures.Figures();
 }
 
 template <class T>
@@ -119,6 +137,26 @@ OVIX_BY_HAND void CorrectByHand(const std::vector<u16>& in, std::vector<float>& 
         const __m256 limited = _mm256_min_ps(_mm256_max_ps(value, _mm256_setzero_ps()), _mm256_set1_ps(16383));
         _mm256_storeu_ps(out.data() + i, limited);
     }
+}
+
+OVIX_BY_HAND SFigures ChainByHand(const std::vector<u16>& in, std::vector<float>& out, std::vector<u8>& status,
+                                  const float* gain, const i16* offset, const float* lut, const u8* statusLut) {
+    SLaneFigures figures;
+    for (std::size_t i = 0; i + 8 <= in.size(); i += 8) {
+        const __m256i offsets = _mm256_cvtepi16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(offset + i)));
+        const __m256 product = _mm256_mul_ps(LoadFloats(in.data() + i), _mm256_loadu_ps(gain + i));
+        const __m256i whole = _mm256_cvttps_epi32(_mm256_add_ps(product, _mm256_cvtepi32_ps(offsets)));
+        const __m256i count =
+            _mm256_min_epi32(_mm256_max_epi32(whole, _mm256_setzero_si256()), _mm256_set1_epi32(65535));
+        const __m256 value = _mm256_i32gather_ps(lut, count, 4);
+        _mm256_storeu_ps(out.data() + i, value);
+        const __m256i flags = _mm256_i32gather_epi32(reinterpret_cast<const int*>(statusLut), count, 1);
+        const __m256i bytes = _mm256_and_si256(flags, _mm256_set1_epi32(0xFF));
+        const __m128i words = _mm_packus_epi32(_mm256_castsi256_si128(bytes), _mm256_extracti128_si256(bytes, 1));
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(status.data() + i), _mm_packus_epi16(words, words));
+        figures.Add(value, value, value);
+    }
+    return figures.Figures();
 }
 
 OVIX_BY_HAND void TruncateByHand(const std::vector<float>& in, std::vector<u16>& out) {
@@ -175,6 +213,17 @@ std::vector<SPeer> NucPeers(const std::vector<std::vector<u16>>& in, std::vector
                      }});
 #endif
     return peers;
+}
+
+std::vector<SPeer> ChainPeers(const std::vector<std::vector<u16>>& in, std::vector<std::vector<float>>& out,
+                              std::vector<std::vector<u8>>& status, const std::vector<float>& gain,
+                              const std::vector<i16>& offset, const std::vector<float>& lut,
+                              const std::vector<u8>& statusLut) {
+    if (!HasAvx2()) return {};
+    return {{"by hand", [&](u32 lane) {
+                 benchmark::DoNotOptimize(ChainByHand(in[lane], out[lane], status[lane], gain.data(), offset.data(),
+                                                      lut.data(), statusLut.data()));
+             }}};
 }
 
 std::vector<SPeer> ConvertPeers(const std::vector<std::vector<float>>& in, std::vector<std::vector<u16>>& out) {

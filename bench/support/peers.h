@@ -20,6 +20,11 @@ std::vector<SPeer> LutPeers(const std::vector<std::vector<u16>>& in, std::vector
 /// Gain and offset; the map is not followed.
 std::vector<SPeer> NucPeers(const std::vector<std::vector<u16>>& in, std::vector<std::vector<float>>& out,
                             const std::vector<float>& gain, const std::vector<i16>& offset);
+/// Corrected, looked up with the status, and counted in one pass; the map is not followed, and all pixels count.
+std::vector<SPeer> ChainPeers(const std::vector<std::vector<u16>>& in, std::vector<std::vector<float>>& out,
+                              std::vector<std::vector<u8>>& status, const std::vector<float>& gain,
+                              const std::vector<i16>& offset, const std::vector<float>& lut,
+                              const std::vector<u8>& statusLut);
 std::vector<SPeer> ConvertPeers(const std::vector<std::vector<float>>& in, std::vector<std::vector<u16>>& out);
 
 }  // namespace ovix::bench

@@ -93,7 +93,8 @@ class CStatsCommand final : public ICommand {
   private:
     SStatsWish Wish() const {
         SStatsWish wish{.pixels = goodOnly_ ? measure::EPixels::Good : measure::EPixels::Counted,
-                        .profile = !profiles_.empty()};
+                        .profile = !profiles_.empty(),
+                        .ofGood = csv_ || json_};
         if (!percentiles_.empty()) wish.percents = ParsePercents(percentiles_);
         if (histogram_.empty()) return wish;
         constexpr u64 kMostBins = 65536;

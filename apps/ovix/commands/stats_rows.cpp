@@ -82,7 +82,7 @@ void AddFigures(SStatsRow& row, const measure::CFrame& frame, const SStatsWish& 
         row.minimumStatus = statusAt(row.figures.minimumPosition);
         row.maximumStatus = statusAt(row.figures.maximumPosition);
     }
-    if (wish.pixels == EPixels::Counted) {
+    if (wish.ofGood && wish.pixels == EPixels::Counted) {
         const bool same = row.figures.count == row.figures.good;
         row.ofGood = same ? row.figures : measure::FiguresOf(frame, *row.region, EPixels::Good);
     }

@@ -19,6 +19,7 @@ struct SStatsWish {
     u64 bins = 0;                                             ///< of the histogram; 0 for none
     std::optional<std::pair<double, double>> binLimits = {};  ///< none: from the lowest to the highest value
     bool profile = false;                                     ///< the values along a line, and no figures
+    bool ofGood = true;                                       ///< figures of good pixels beside those of all that count
 };
 
 /// One pixel of a profile.
@@ -39,7 +40,7 @@ struct SStatsRow {
     measure::SPixelFigures figures = {};
     u8 minimumStatus = 0;  ///< the flags of the pixels where the extremes are
     u8 maximumStatus = 0;
-    std::optional<measure::SPixelFigures> ofGood = {};  ///< where `figures` are of all that count
+    std::optional<measure::SPixelFigures> ofGood = {};  ///< where wished, and `figures` are of all that count
     std::vector<double> percentiles = {};
     std::optional<measure::SHistogram> histogram = {};
     std::vector<SProfilePixel> profile = {};
