@@ -7,14 +7,32 @@
 #include <filesystem>
 #include <vector>
 
+#include "apps/ovix/cli/console.h"
 #include "apps/ovix/fault.h"
 
 namespace ovix::app {
 
-CSpool::CSpool(const std::string& file) : name_(file == "-" ? "standard input" : file) {
+int OpenNamelessFile() {
     const std::string directory = std::filesystem::temp_directory_path();
-    spool_ = ::open(directory.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
-    if (spool_ < 0) throw SystemFault(ExitFile, directory, "cannot make a temporary file", errno);
+    const int file = ::open(directory.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+    if (file < 0) throw SystemFault(ExitFile, directory, "cannot make a temporary file", errno);
+    return file;
+}
+
+void PrintFile(int descriptor, const std::string& name) {
+    std::vector<char> block(std::size_t{1} << 20);
+    for (off_t at = 0;;) {
+        const ssize_t read = ::pread(descriptor, block.data(), block.size(), at);
+        if (read < 0 && errno == EINTR) continue;
+        if (read < 0) throw SystemFault(ExitFile, name, "cannot read back", errno);
+        if (read == 0) return;
+        Print({block.data(), static_cast<std::size_t>(read)});
+        at += read;
+    }
+}
+
+CSpool::CSpool(const std::string& file) : name_(file == "-" ? "standard input" : file) {
+    spool_ = OpenNamelessFile();
     const int from = file == "-" ? STDIN_FILENO : ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
     try {
         if (from < 0) throw SystemFault(ExitFile, name_, "cannot open", errno);
@@ -44,6 +62,38 @@ void CSpool::Copy(int from) {
             if (moved > 0) written += moved;
         }
     }
+}
+
+CWayOut::CWayOut(const std::string& target) : path_(target) {
+    if (target != "-") return;
+    std::string pattern = std::filesystem::temp_directory_path() / "ovix-XXXXXX";
+    if (!::mkdtemp(pattern.data())) throw SystemFault(ExitFile, pattern, "cannot make a temporary folder", errno);
+    folder_ = pattern;
+    removed_.emplace(folder_);
+    path_ = folder_ / "standard output";
+}
+
+CWayOut::~CWayOut() { Remove(); }
+
+void CWayOut::Remove() {
+    std::error_code nobodyIsTold;
+    if (!folder_.empty()) std::filesystem::remove_all(folder_, nobodyIsTold);
+    removed_.reset();
+    folder_.clear();
+}
+
+void CWayOut::Send() {
+    if (folder_.empty()) return;
+    const int file = ::open(path_.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0) throw SystemFault(ExitFile, path_, "cannot read back", errno);
+    Remove();  // ahead of a reader that may end this process
+    try {
+        PrintFile(file, path_);
+    } catch (...) {
+        ::close(file);
+        throw;
+    }
+    ::close(file);
 }
 
 }  // namespace ovix::app

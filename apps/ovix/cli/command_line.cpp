@@ -34,6 +34,7 @@ class CGrammar {
             "Example:\n"
             "  ovix convert dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 --unit temperature --scale C -o "
             "out.png\n\n"
+            "\"-o -\" is the standard output, \"-\" for FILE the standard input.\n\n"
             "Exit status: 0 done, 1 the data would not do, 2 wrong usage, 3 done but frames were skipped,\n"
             "4 a file is missing, unreadable, unwritable or of no known format, 130 interrupted.");
         for (const auto make :
@@ -71,7 +72,9 @@ class CGrammar {
     EExit Run(Arguments arguments) {
         Parse(std::move(arguments));
         for (std::size_t i = 0; i < verbs_.size(); ++i) {
-            if (verbs_[i]->parsed()) return commands_[i]->Run();
+            if (!verbs_[i]->parsed()) continue;
+            RefuseTwoOutputs(*verbs_[i]);
+            return commands_[i]->Run();
         }
         Print(Help());
         return ExitDone;
@@ -157,6 +160,14 @@ class CGrammar {
             if (arguments[i].starts_with("--") && arguments[i].ends_with("="))
                 throw UsageFault(arguments[i].substr(0, arguments[i].size() - 1) + ": the value is empty");
         }
+    }
+
+    /// What goes to the standard output is one thing.
+    static void RefuseTwoOutputs(const CLI::App& verb) {
+        const CLI::Option* output = verb.get_option_no_throw("--output");
+        const CLI::Option* json = verb.get_option_no_throw("--json");
+        if (output && output->count() && output->as<std::string>() == "-" && json && json->count())
+            throw UsageFault("--json: the standard output is taken by -o -");
     }
 
     void RefuseMisspelledVerb(const std::string& word) const {

@@ -98,7 +98,6 @@ class CAdjustCommand final : public ICommand {
     }
 
     EExit Run() override {
-        if (output_ == "-" && json_) throw UsageFault("--json: the standard output is taken by -o -");
         const SKind& kind = KindOf(pixelType_);
         RefuseIdleOptions(kind);
         const auto [width, height] = ParseSize("--size", size_);

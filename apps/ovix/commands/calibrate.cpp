@@ -116,6 +116,7 @@ class CCalibrateCommand final : public ICommand {
     }
 
     void Report(const SCalibrationFit& fit, ETempType scale) const {
+        if (output_ == "-") return;  // the standard output is taken
         if (json_) return PrintJson(Document(fit));
         const SUnitText temperature = app::UnitText(TemperatureUser, scale);
         const SUnitText radiance = app::UnitText(RadianceUser, scale);

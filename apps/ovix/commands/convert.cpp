@@ -3,10 +3,12 @@
 #include <CLI/CLI.hpp>
 #include <cmath>
 #include <filesystem>
+#include <map>
 #include <mutex>
 
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/data_arguments.h"
+#include "apps/ovix/cli/many_inputs.h"
 #include "apps/ovix/cli/measure_arguments.h"
 #include "apps/ovix/cli/measure_run.h"
 #include "apps/ovix/cli/number_text.h"
@@ -14,10 +16,11 @@
 #include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
+#include "apps/ovix/facts/error_json.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/facts/scene_json.h"
 #include "apps/ovix/fault.h"
-#include "apps/ovix/output/frame_writer.h"
+#include "apps/ovix/output/file_kinds.h"
 #include "apps/ovix/output/video_colours.h"
 #include "apps/ovix/status_flags.h"
 
@@ -60,54 +63,111 @@ class CConvertCommand final : public ICommand {
         return "ovix convert dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 -o out.png\n"
                "ovix convert dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 --frames 0-9 --unit temperature "
                "--scale K --emissivity 0.95 --reflected-temp 20C -o run.npy\n"
-               "ovix convert run.krt --merge-presets -o merged.png";
+               "ovix convert run.krt --merge-presets -o merged.png\n"
+               "ovix convert run*.krt --unit temperature -o {stem}.tif\n"
+               "ovix convert run.krt --frames 0 -o - --format npy > frame.npy";
     }
     void AddOptions(CLI::App& verb) override {
-        source_.Add(verb);
+        source_.Add(verb, EInputs::Many);
         measure_.Add(verb);
         CMeasureRun::AddOption(verb, mergePresets_);
         const char* group = "Output";
-        verb.add_option("-o,--output", output_,
-                        "what to write, by extension: .png (one file a frame), .tif, .npy, .csv, .zarr or .nxs")
+        verb.add_option(
+                "-o,--output", output_,
+                "what to write, by extension: .png (one file a frame), .tif, .npy, .csv, .zarr or .nxs; of several "
+                "inputs a name with {stem} in it, which stands for that of the input")
             ->required()
             ->type_name("FILE")
             ->group(group);
-        verb.add_flag("--overwrite", options_.overwrite, "replace files that exist")->group(group);
+        verb.add_option("--format", format_, "of -o -: png, tif, npy or csv")->type_name("KIND")->group(group);
+        verb.add_flag("--overwrite", overwrite_, "replace files that exist")->group(group);
         verb.add_flag("--json", json_, "say what was done as JSON")->group(group);
         data_.Add(verb);
         picture_.Add(verb);
     }
 
     EExit Run() override {
-        const measure::SMeasureOptions measureOptions = measure_.Options();
-        data_.Put(options_, std::filesystem::path(output_).extension().string());
-        const measure::CSource source = source_.Open();
+        const bool printed = output_ == "-";
+        if (printed == format_.empty())
+            throw UsageFault(printed ? "-o -: --format says what goes there" : "--format: goes with -o -");
+        const std::vector<CSourceArguments> inputs = source_.Each();
+        const SWriteOptions options = Options();
+        const bool several = inputs.size() > 1;
+        if (several) RequireDistinctOutputs(inputs);
+        Json documents = Json::array();
+        const EExit worst = ForEachInput(
+            inputs, [&](const CSourceArguments& input) { return One(input, options, documents); },
+            [&](const CSourceArguments& input, const CFault& fault) {
+                documents.push_back({{"file", input.File()}, {"complete", false}, {"error", ErrorJson(fault)}});
+            });
+        if (json_) PrintJson(several ? Json{{"schema", kSchemaVersion}, {"sources", documents}} : documents.front());
+        return worst;
+    }
+
+  private:
+    /// ".tif", of the file or as it is told for the standard output.
+    std::string Extension() const {
+        return format_.empty() ? std::filesystem::path(output_).extension().string() : '.' + format_;
+    }
+    SWriteOptions Options() const {
+        SWriteOptions options{.overwrite = overwrite_, .format = format_.empty() ? "" : Extension()};
+        data_.Put(options, Extension());
         if (!IsPicture()) picture_.RefuseAll();
+        return options;
+    }
+    std::string OutputOf(const CSourceArguments& input) const {
+        constexpr std::string_view kStem = "{stem}";
+        const std::string stem =
+            input.File() == "-" ? "standard-input" : std::filesystem::path(input.File()).stem().string();
+        std::string name = output_;
+        for (std::size_t at = 0; (at = name.find(kStem, at)) != std::string::npos; at += stem.size())
+            name.replace(at, kStem.size(), stem);
+        return name;
+    }
+    void RequireDistinctOutputs(const std::vector<CSourceArguments>& inputs) const {
+        std::map<std::string, std::string> inputOf;
+        for (const CSourceArguments& input : inputs) {
+            const auto [entry, isNew] = inputOf.emplace(OutputOf(input), input.File());
+            if (!isNew)
+                throw UsageFault(
+                    fmt::format("-o {}: {} and {} would both become {}; {{stem}} stands for the input's name", output_,
+                                entry->second, input.File(), entry->first));
+        }
+    }
+
+    EExit One(const CSourceArguments& input, SWriteOptions options, Json& documents) const {
+        const std::string output = OutputOf(input);
+        const measure::SMeasureOptions measureOptions = measure_.Options();
+        const measure::CSource source = input.Open();
         const measure::SFrameFormat& format = source.Format();
-        picture_.Put(options_, format.width, format.height);
-        if (source.IsFile(output_)) throw UsageFault(output_ + " is the input");
+        picture_.Put(options, format.width, format.height);
+        for (const std::filesystem::path& file : {std::filesystem::path(output), StatusPath(output)}) {
+            if (source.IsFile(file)) throw UsageFault(file.string() + " is the input");
+        }
         const measure::CMeasurement measurement(source, measureOptions);
-        measure_.RefuseIdle(measurement, source_.Frames(source));
-        CMeasureRun run(measurement, source_, mergePresets_);
+        measure_.RefuseIdle(measurement, input.Frames(source));
+        CMeasureRun run(measurement, input, mergePresets_);
         SSeries series;
         series.width = format.width;
         series.height = format.height;
         series.frames = run.Results().value_or(kFramesOfAPipe);
-        series.knowsFrames = source.IsNumbered() && source_.OnError() == measure::EOnFault::Stop;
+        series.knowsFrames = source.IsNumbered() && input.OnError() == measure::EOnFault::Stop;
         series.title = source.Name() + ", " + format.pixelTypeName;
+        if (IsPicture() && output == "-" && series.frames > 1)
+            throw UsageFault("-o -: one picture goes there; --frames says which");
 
         // A target that would not do is told before the frames are measured: a writer that is dropped leaves nothing.
-        MakeFrameWriter(output_, series, options_);
+        MakeFrameWriter(output, series, options);
         const CVideoColours video = IsPicture() ? CVideoColours(measurement) : CVideoColours();
         if (video) picture_.RefuseOfVideo();
-        if (IsPicture() && !options_.range && !video && series.frames > 1) FindRange(run, source);
+        if (IsPicture() && !options.range && !video && series.frames > 1) FindRange(run, source, options);
         CValueRange range;
         std::unique_ptr<IFrameWriter> writer;
         const auto begin = [&](const measure::CFrame& frame) {
             series.unit = UnitText(frame.unit, frame.scale);
             series.parameters = ParametersJson(measurement, frame);
-            options_.steps = data_.Steps(frame.unit, frame.scale);
-            writer = MakeFrameWriter(output_, series, options_);
+            options.steps = data_.Steps(frame.unit, frame.scale);
+            writer = MakeFrameWriter(output, series, options);
         };
         const auto append = [&](const SEncoded& encoded, const measure::CFrame& frame) {
             range.Add(encoded.range);
@@ -122,11 +182,14 @@ class CConvertCommand final : public ICommand {
         };
         run.Run(encode, append);
         writer->Finish();
-        Report(run, source, *measurement.Unit(), series, range);
+        const std::string written = Written(output, series);
+        if (json_)
+            documents.push_back(Document(run, source, written, series, range));
+        else
+            Say(Line(written, run, *measurement.Unit(), series, range));
         return run.Exit();
     }
 
-  private:
     /// Of a pipe nobody knows how many frames it brings: several.
     static constexpr u64 kFramesOfAPipe = 1'000'000;
 
@@ -165,43 +228,44 @@ class CConvertCommand final : public ICommand {
         return SuitingRange(frame.values, frame.status, frame.width, options.percentiles);
     }
 
-    void FindRange(CMeasureRun& run, const measure::CSource& source) {
+    static void FindRange(CMeasureRun& run, const measure::CSource& source, SWriteOptions& options) {
         if (!source.IsNumbered())
             throw UsageFault("--range: several pictures need one range; --spool finds it for " + source.Name());
         CCommonRange common;
-        run.RunAhead([&](const measure::CFrame& frame) { return RangeFor(frame, options_); },
+        run.RunAhead([&](const measure::CFrame& frame) { return RangeFor(frame, options); },
                      [&](const std::optional<SRange>& frame) { common.Add(frame); });
-        options_.range = {common.Range().low, common.Range().high};
+        options.range = {common.Range().low, common.Range().high};
     }
 
     /// What was written: of several pictures the pattern of their names.
-    std::string Written(const SSeries& series) const {
-        if (!IsPicture() || series.frames == 1) return output_;
-        std::filesystem::path path(output_);
+    std::string Written(const std::string& output, const SSeries& series) const {
+        if (!IsPicture() || series.frames == 1) return output;
+        std::filesystem::path path(output);
         return path.replace_filename(path.stem().string() + "-*" + path.extension().string()).string();
     }
-    bool IsPicture() const { return CString(output_.c_str()).EndsWithNoCase(L".png"); }
+    bool IsPicture() const { return CString(Extension().c_str()).EqualsNoCase(L".png"); }
 
-    void Report(const CMeasureRun& run, const measure::CSource& source, EUnit unit, const SSeries& series,
-                const CValueRange& range) const {
-        const u64 done = run.Done();
+    static Json Document(const CMeasureRun& run, const measure::CSource& source, const std::string& written,
+                         const SSeries& series, const CValueRange& range) {
         const auto [low, high] = range.Ends().value_or(std::pair<float, float>{NAN, NAN});
-        if (!json_) {
-            Say(fmt::format("{}: {} {}, {} to {} {}", Written(series), done, done == 1 ? "frame" : "frames",
-                            ShownValue(low, unit), ShownValue(high, unit), series.unit.symbol));
-            return;
-        }
-        PrintJson({{"schema", kSchemaVersion},
-                   {"output", Written(series)},
-                   {"frames", done},
-                   {"skipped", run.Skipped()},
-                   {"complete", run.Exit() == ExitDone},
-                   {"findings", FindingsJson(source.Findings())},
-                   {"quantity", series.unit.quantity},
-                   {"unit", series.unit.symbol},
-                   {"lowest", ShortestDouble(low)},
-                   {"highest", ShortestDouble(high)},
-                   {"parameters", series.parameters}});
+        return {{"schema", kSchemaVersion},
+                {"file", source.Name()},
+                {"output", written},
+                {"frames", run.Done()},
+                {"skipped", run.Skipped()},
+                {"complete", run.Exit() == ExitDone},
+                {"findings", FindingsJson(source.Findings())},
+                {"quantity", series.unit.quantity},
+                {"unit", series.unit.symbol},
+                {"lowest", ShortestDouble(low)},
+                {"highest", ShortestDouble(high)},
+                {"parameters", series.parameters}};
+    }
+    static std::string Line(const std::string& written, const CMeasureRun& run, EUnit unit, const SSeries& series,
+                            const CValueRange& range) {
+        const auto [low, high] = range.Ends().value_or(std::pair<float, float>{NAN, NAN});
+        return fmt::format("{}: {} {}, {} to {} {}", written, run.Done(), run.Done() == 1 ? "frame" : "frames",
+                           ShownValue(low, unit), ShownValue(high, unit), series.unit.symbol);
     }
 
     CSourceArguments source_;
@@ -209,7 +273,8 @@ class CConvertCommand final : public ICommand {
     std::string output_;
     CDataArguments data_;
     CPictureArguments picture_;
-    SWriteOptions options_;
+    std::string format_;
+    bool overwrite_ = false;
     bool mergePresets_ = false;
     bool json_ = false;
 };

@@ -43,7 +43,7 @@ class CPlotCommand final : public ICommand {
         const auto add = [&](const char* name, auto& value, const char* type, const char* help) {
             return verb.add_option(name, value, help)->type_name(type)->group(group);
         };
-        add("-o,--output", output_, "FILE", "the plot to write: .png or .svg")->required();
+        add("-o,--output", output_, "FILE", "the plot to write: .png or .svg; - is an SVG")->required();
         add("--kind", kind_, "KIND",
             "time (the default), profile along each --line, or histogram; the last two with a curve for each frame");
         add("--figure", figure_, "FIGURE", "over time: mean (the default), max or min, of good pixels");
@@ -100,7 +100,7 @@ class CPlotCommand final : public ICommand {
     };
     using SSeen = std::vector<SLooked>;
 
-    bool IsSvg() const { return CString(output_.c_str()).EndsWithNoCase(L".svg"); }
+    bool IsSvg() const { return output_ == "-" || CString(output_.c_str()).EndsWithNoCase(L".svg"); }
 
     void Require(EKind kind) const {
         if (!IsSvg() && !CString(output_.c_str()).EndsWithNoCase(L".png"))

@@ -11,6 +11,7 @@
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/fault.h"
 #include "apps/ovix/output/output_file.h"
+#include "apps/ovix/spool.h"
 
 namespace ovix::app {
 
@@ -76,13 +77,15 @@ class CRecordCommand final : public ICommand {
     }
 
     EExit Run() override {
+        if (output_ == "-" && (how_.keepPart || how_.checksums))
+            throw UsageFault("--keep-part, --checksums: have no effect on -o -");
         measure::SMeasureOptions told;
         told.scene = told_.Scene();
         told.corrections = told_.Corrections();
         told.userCalibration = told_.UserCalibration();
         const measure::CSource source = source_.Open();
         how_.input = source;
-        how_.keepPart = how_.keepPart || !source.IsNumbered();
+        how_.keepPart = how_.keepPart || (!source.IsNumbered() && output_ != "-");
         const u32 frameSize = FrameSize(source);
 
         CFrameWalk walk(source, source_.Frames(source));
@@ -90,12 +93,14 @@ class CRecordCommand final : public ICommand {
         auto first = Gather(source, walk, objects);
         measure::AddToSource(objects, told, source.Format());
 
-        measure::CRecordingWriter writer(output_, objects, source.Format(), frameSize, how_);
+        CWayOut out(output_);
+        measure::CRecordingWriter writer(out.Path(), objects, source.Format(), frameSize, how_);
         std::optional<CRemovedOnInterrupt> removed;
         if (!how_.keepPart) removed.emplace(writer.Part());
         WriteAll(source, walk, std::move(first), writer);
         if (!done_) throw CAppError(ExitBadData, fmt::format("not one of {} frames would do", skipped_));
         writer.Finish();
+        out.Send();
         Report(source, frameSize, writer.Bytes());
         return CSourceArguments::Exit(source, skipped_);
     }

@@ -5,6 +5,7 @@
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/facts/findings.h"
+#include "apps/ovix/spool.h"
 
 namespace ovix::app {
 
@@ -26,12 +27,14 @@ class CRepairCommand final : public ICommand {
         verb.add_flag("--json", json_, "say what was done as JSON");
     }
     EExit Run() override {
+        CWayOut out(output_);
         std::vector<measure::SFinding> notes;
-        const measure::SRepaired repaired =
-            measure::RepairRecording(file_, output_, {.overwrite = overwrite_}, [&](const measure::SFinding& finding) {
-                if (!json_) Say(FindingLine(file_, finding));
-                notes.push_back(finding);
-            });
+        const measure::SRepaired repaired = measure::RepairRecording(file_, out.Path(), {.overwrite = overwrite_},
+                                                                     [&](const measure::SFinding& finding) {
+                                                                         if (!json_) Say(FindingLine(file_, finding));
+                                                                         notes.push_back(finding);
+                                                                     });
+        out.Send();
         if (json_) {
             PrintJson({{"schema", kSchemaVersion},
                        {"output", output_},

@@ -34,7 +34,9 @@ template <template <class> class TFile, class Value = float>
 class TDataWriter : public IFrameWriter {
   public:
     TDataWriter(const std::filesystem::path& target, const SSeries& series, const SWriteOptions& options)
-        : target_(target), series_(series), options_(options), values_(target, series, options) {}
+        : target_(target), series_(series), options_(options), values_(target, series, options) {
+        options_.status = options_.status && target != "-";
+    }
 
     SEncodedFrame Encode(const SPicture& picture) const override {
         SEncodedFrame encoded;

@@ -32,7 +32,8 @@ IFrameWriter::~IFrameWriter() = default;
 
 std::unique_ptr<IFrameWriter> MakeFrameWriter(const std::filesystem::path& target, const SSeries& series,
                                               const SWriteOptions& options) {
-    const CString extension(target.extension().c_str());
+    const std::string ending = target == "-" ? options.format : target.extension().string();
+    const CString extension(ending.c_str());
     if (extension.EqualsNoCase(L".png")) return MakePngWriter(target, series, options);
     if (extension.EqualsNoCase(L".npy")) return MakeNpyWriter(target, series, options);
     if (extension.EqualsNoCase(L".csv")) return MakeCsvWriter(target, series, options);
@@ -42,7 +43,7 @@ std::unique_ptr<IFrameWriter> MakeFrameWriter(const std::filesystem::path& targe
     if (extension.EqualsNoCase(L".zarr")) return MakeZarrWriter(target, series, options);
     if (extension.EqualsNoCase(L".nxs")) return MakeNexusWriter(target, series, options);
     throw CAppError(ExitUsage, fmt::format("{}: an output ends in .png, .tif, .npy, .csv, .zarr or .nxs, not in \"{}\"",
-                                           target.string(), target.extension().string()));
+                                           target.string(), ending));
 }
 
 std::vector<u8> Deflated(std::span<const u8> bytes, int level) {

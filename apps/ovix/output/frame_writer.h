@@ -46,13 +46,14 @@ struct SSteps {
 
 struct SWriteOptions {
     bool overwrite = false;
+    std::string format = {};  ///< of the standard output: ".npy"; a file has that of its extension
     /// From 0, no compression, over 1, quick, to small: 12 of TIFF and PNG, 9 of Zarr and NeXus, 19 of Zstandard. The
     /// pixels are the same. On temperatures with a sensor's noise, level 2 saves 1 % and takes half as long again; 4, 6
     /// and 9 take 2 to 5 times as long as 1 and save less than that or nothing.
     int compression = 1;
     bool zstd = false;  ///< of TIFF: by Zstandard and not by Deflate
     // Of TIFF, NPY and CSV.
-    bool status = true;  ///< the status bytes go to a file beside
+    bool status = true;  ///< the status bytes go to a file beside; of the standard output never
     bool mask = false;   ///< values of pixels without data are NaN
     // Of TIFF and NPY.
     std::optional<SSteps> steps = {};  ///< none for floats of 32 bits
@@ -127,7 +128,7 @@ class IFrameWriter {
 /// - NeXus, HDF5: the same in /entry/data (NXdata), with its origin in /entry/process; likewise in `out.nxs.part`.
 ///
 /// Several frames go to one file, but for PNG, where each has its own: `out.png` becomes `out-000012.png` for frame 12.
-/// The status bytes of TIFF, NPY and CSV go to a file beside: `out.status.npy`.
+/// The status bytes of TIFF, NPY and CSV go to a file beside: `out.status.npy`. For "-" there is nothing beside.
 std::unique_ptr<IFrameWriter> MakeFrameWriter(const std::filesystem::path& target, const SSeries& series,
                                               const SWriteOptions& options);
 

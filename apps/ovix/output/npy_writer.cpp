@@ -92,20 +92,22 @@ class TNpyWriter : public TDataWriter<TNpyFile, Value> {
 
   public:
     TNpyWriter(const std::filesystem::path& target, const SSeries& series, const SWriteOptions& options)
-        : Data(target, series, options),
-          description_(std::filesystem::path(target).replace_extension(".json"), series, options) {}
+        : Data(target, series, options) {
+        if (target != "-")
+            description_.emplace(std::filesystem::path(target).replace_extension(".json"), series, options);
+    }
     void Append(const SPicture& picture, const SEncodedFrame& encoded) override {
         Data::Append(picture, encoded);
-        description_.Append(encoded.description);
+        if (description_) description_->Append(encoded.description);
     }
     void Finish() override {
-        description_.Complete();
+        if (description_) description_->Complete();
         Data::Finish();
-        description_.Commit();
+        if (description_) description_->Commit();
     }
 
   private:
-    CDescription description_;
+    std::optional<CDescription> description_;
 };
 
 }  // namespace

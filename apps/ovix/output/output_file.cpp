@@ -12,6 +12,7 @@
 #include <cstring>
 
 #include "apps/ovix/fault.h"
+#include "apps/ovix/spool.h"
 
 namespace ovix::app {
 namespace {
@@ -46,6 +47,9 @@ extern "C" void EndInterrupted(int signal) {
         for (SUnfinished& slot : unfinished) {
             if (slot.used) ::unlink(slot.path);
         }
+        for (SUnfinished& slot : unfinished) {
+            if (slot.used) ::rmdir(slot.path);  // of those that are folders, which are empty by now
+        }
     }
     // As if nobody had handled it, so that a shell's loop ends too; it comes when this returns.
     std::signal(signal, SIG_DFL);
@@ -77,6 +81,10 @@ void SyncDirectory(const std::filesystem::path& directory) {
 
 COutputFile::COutputFile(std::filesystem::path target, bool overwrite, bool keepPart)
     : target_(std::move(target)), overwrite_(overwrite), keepPart_(keepPart) {
+    if (IsPrinted()) {
+        file_ = OpenNamelessFile();
+        return;
+    }
     struct stat found;
     if (::stat(target_.c_str(), &found) == 0) {
         if (!S_ISREG(found.st_mode)) {
@@ -87,6 +95,10 @@ COutputFile::COutputFile(std::filesystem::path target, bool overwrite, bool keep
                 {.exit = ExitFile, .file = target_.string(), .problem = "exists already; --overwrite replaces it"});
         }
     }
+    OpenPart();
+}
+
+void COutputFile::OpenPart() {
     temporary_ = keepPart_ ? target_.string() + ".part" : NameBeside(target_);
     if (!keepPart_) slot_ = Register(temporary_);
     file_ = ::open(temporary_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
@@ -103,7 +115,7 @@ COutputFile::COutputFile(std::filesystem::path target, bool overwrite, bool keep
 COutputFile::~COutputFile() {
     if (file_ >= 0) {
         ::close(file_);
-        if (!keepPart_) ::unlink(temporary_.c_str());
+        if (!keepPart_ && !IsPrinted()) ::unlink(temporary_.c_str());
     }
     Unregister(slot_);
 }
@@ -146,6 +158,7 @@ void COutputFile::Sync() {
 }
 
 void COutputFile::Commit() {
+    if (IsPrinted()) return PrintFile(file_, "standard output");
     Sync();
     const int renamed =
         overwrite_ ? ::rename(temporary_.c_str(), target_.c_str()) : RenameToFree(temporary_.c_str(), target_.c_str());

@@ -11,6 +11,8 @@ namespace ovix::app {
 /// medium and renamed by `Commit`. Without that, it is gone when the object goes, and after an interrupt, unless its
 /// part is to be kept.
 ///
+/// "-" is the standard output: what is written waits in a file without a name, and `Commit` prints it.
+///
 /// Every failure throws `CAppError` with one line that names the file and the system's reason.
 class COutputFile {
   public:
@@ -40,6 +42,8 @@ class COutputFile {
 
   private:
     [[noreturn]] void Fail(const char* doing);
+    bool IsPrinted() const { return target_ == "-"; }
+    void OpenPart();
 
     std::filesystem::path target_;
     std::string temporary_;

@@ -165,6 +165,31 @@ def many_inputs_in_one_call():
     worst = doc("stats", "a.krt", "bad.krt", "missing.krt", status=4)["sources"]
     assert [source["complete"] for source in worst] == [True, False, False] and worst[2]["error"]["id"] == "OVX-201"
     run("stats", "a.krt", "bad.krt", status=3)
+    os.mkdir("out")
+    done = doc("convert", "a.krt", "missing.krt", "b.krt", "-o", "out/{stem}.npy", status=4)["sources"]
+    assert [source.get("output") for source in done] == ["out/a.npy", None, "out/b.npy"] and done[1]["error"]["id"] == "OVX-201"
+    run("convert", "a.krt", "-o", "a.npy")
+    assert read("out/a.npy") == read("a.npy") == read("out/b.npy")
+    run("convert", "a.krt", "b.krt", "-o", "one.tif", status=2)
+
+
+def a_dash_is_the_standard_stream():
+    recording(count=2)
+    whole = bytes(read("run.krt"))
+    for kind in ("npy", "tif", "csv", "png"):
+        run("convert", "run.krt", "--frames", "0", "-o", "f." + kind)
+        out = run("convert", "run.krt", "--frames", "0", "-o", "-", "--format", kind)[0]
+        assert len(out) > 1000 and out[:4] == bytes(read("f." + kind)[:4]), kind
+    assert run("convert", "run.krt", "--frames", "0", "-o", "-", "--format", "npy")[0] == bytes(read("f.npy"))
+    assert run("record", *DUMP, "-o", "-")[0] == run("record", "-", *TYPE, "-o", "-", stdin=bytes(read("dump.raw")))[0] == whole
+    assert run("repair", "run.krt", "-o", "-")[0] == whole
+    assert run("synth", "-o", "-", "--form", "plain", *TYPE, "--count", "2")[0] == bytes(read("dump.raw"))
+    assert run("report", "run.krt", "-o", "-")[0].startswith(b"<!") and b"<svg" in run("plot", "run.krt", "-o", "-")[0]
+    for line in (["convert", "-o", "-", "--format", "npy", "--json"], ["convert", "-o", "-"], ["convert", "-o", "a.npy", "--format", "npy"],
+                 ["convert", "-o", "-", "--format", "png"], ["record", "-o", "-", "--checksums"]):
+        run(line[0], "run.krt", *line[1:], status=2)
+    assert sorted(os.listdir(".")) == sorted({"dump.raw", "run.krt", "f.npy", "f.json", "f.status.npy", "f.tif", "f.status.tif", "f.csv",
+                                              "f.status.csv", "f.png"})
 
 
 def numbers_come_in_the_form_that_was_asked_for():
