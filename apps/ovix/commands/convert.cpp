@@ -112,7 +112,6 @@ class CConvertCommand final : public ICommand {
     SWriteOptions Options() const {
         SWriteOptions options{.overwrite = overwrite_, .format = format_.empty() ? "" : Extension()};
         data_.Put(options, Extension());
-        if (!IsPicture()) picture_.RefuseAll();
         return options;
     }
     std::string OutputOf(const CSourceArguments& input) const {
@@ -139,6 +138,7 @@ class CConvertCommand final : public ICommand {
         const std::string output = OutputOf(input);
         const measure::SMeasureOptions measureOptions = measure_.Options();
         const measure::CSource source = input.Open();
+        if (!IsPicture()) picture_.RefuseAll();
         const measure::SFrameFormat& format = source.Format();
         picture_.Put(options, format.width, format.height);
         for (const std::filesystem::path& file : {std::filesystem::path(output), StatusPath(output)}) {
