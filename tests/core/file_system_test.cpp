@@ -22,23 +22,21 @@ TEST(FileSystem, MatchesWildcards) {
         const wchar_t* pattern;
         const wchar_t* name;
         bool matches;
-    } cases[] = {
-        {L"", L"", true},
-        {L"", L"a", false},
-        {L"*", L"", true},
-        {L"a*", L"", false},
-        {L"?", L"", false},
-        {L"a?c", L"ac", false},
-        {L"*.so", L"x.so.so", true},
-        {L"*a*b*c", L"xxaxxbxxbc", true},
-        {L"*aab", L"aaaab", true},
-        {L"ovix.reduce.*.so", L"OVIX.Reduce.x.SO", true},
-        {L"ovix.reduce.*.so", L"ovix.reduce.so", false},
-        {L"ovix.reduce.*.so", L"ovix.reduce..so", true},
-        {L"ovix.reduce.*.NET.so", L"ovix.reduce.NET.so", false},
-        {L"[a]", L"a", false},
-        {L"[", L"{", false},
-    };
+    } cases[] = {{L"", L"", true},
+                 {L"", L"a", false},
+                 {L"*", L"", true},
+                 {L"a*", L"", false},
+                 {L"?", L"", false},
+                 {L"a?c", L"ac", false},
+                 {L"*.so", L"x.so.so", true},
+                 {L"*a*b*c", L"xxaxxbxxbc", true},
+                 {L"*aab", L"aaaab", true},
+                 {L"ovix.reduce.*.so", L"OVIX.Reduce.x.SO", true},
+                 {L"ovix.reduce.*.so", L"ovix.reduce.so", false},
+                 {L"ovix.reduce.*.so", L"ovix.reduce..so", true},
+                 {L"ovix.reduce.*.NET.so", L"ovix.reduce.NET.so", false},
+                 {L"[a]", L"a", false},
+                 {L"[", L"{", false}};
     for (const auto& [pattern, name, matches] : cases) {
         EXPECT_EQ(IFileSystem::WildcardMatch(pattern, name), matches)
             << CString(pattern).GetUTF8() << " " << CString(name).GetUTF8();

@@ -171,16 +171,14 @@ TEST(MemFile, RefusesPositionsAndSizesThatAreNone) {
     const struct {
         i64 offset;
         int origin;
-    } cases[] = {
-        {-1, IFile::FromStart},
-        {-4, IFile::FromCurrent},
-        {-4, IFile::FromEnd},
-        {INT64_MIN, IFile::FromEnd},
-        {INT64_MAX, IFile::FromStart},
-        {INT64_MAX, IFile::FromEnd},
-        {0, 0},
-        {0, 4},
-    };
+    } cases[] = {{-1, IFile::FromStart},
+                 {-4, IFile::FromCurrent},
+                 {-4, IFile::FromEnd},
+                 {INT64_MIN, IFile::FromEnd},
+                 {INT64_MAX, IFile::FromStart},
+                 {INT64_MAX, IFile::FromEnd},
+                 {0, 0},
+                 {0, 4}};
     for (const auto& [offset, origin] : cases) {
         EXPECT_FALSE(file.Seek(offset, origin)) << offset << " " << origin;
         EXPECT_EQ(file.GetPosition(), 3u);

@@ -15,11 +15,7 @@ namespace {
 TEST(Math, ConvertsBetweenAllTemperatureScales) {
     // One temperature a line, in all four scales, from the definitions of the fixed points.
     constexpr double kSame[][4] = {
-        {-273.15, -459.67, 0, 0},
-        {0, 32, 273.15, 491.67},
-        {100, 212, 373.15, 671.67},
-        {-40, -40, 233.15, 419.67},
-    };
+        {-273.15, -459.67, 0, 0}, {0, 32, 273.15, 491.67}, {100, 212, 373.15, 671.67}, {-40, -40, 233.15, 419.67}};
     for (const auto& scales : kSame) {
         for (u32 from = 0; from < 4; ++from) {
             for (u32 to = 0; to < 4; ++to) {

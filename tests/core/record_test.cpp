@@ -74,19 +74,17 @@ TEST(Record, OneTableReadsWritesAndDescribes) {
     again[4] = 7;
     EXPECT_EQ(std::memcmp(again, kBytes, sizeof again), 0);
 
-    const char* kTexts[][2] = {
-        {"name", "\"A\"\\x1B\\xFF\""},
-        {"flag", "set"},
-        {"number", "-2"},
-        {"sum", "0x0000BEEF"},
-        {"id", "{01020304-0506-0708-090A-0B0C0D0E0F10}"},
-        {"time", "1970-01-01T00:00:00.500000Z"},
-        {"a of inner 0", "7"},
-        {"b of inner 0", "0.5"},
-        {"a of inner 1", "9"},
-        {"b of inner 1", "-1"},
-        {"rest", "\\x00\\x01"},
-    };
+    const char* kTexts[][2] = {{"name", "\"A\"\\x1B\\xFF\""},
+                               {"flag", "set"},
+                               {"number", "-2"},
+                               {"sum", "0x0000BEEF"},
+                               {"id", "{01020304-0506-0708-090A-0B0C0D0E0F10}"},
+                               {"time", "1970-01-01T00:00:00.500000Z"},
+                               {"a of inner 0", "7"},
+                               {"b of inner 0", "0.5"},
+                               {"a of inner 1", "9"},
+                               {"b of inner 1", "-1"},
+                               {"rest", "\\x00\\x01"}};
     const std::vector<SStoredPart> parts = StoredParts(kLayoutOf<kOuter>);
     ASSERT_EQ(parts.size(), std::size(kTexts));
     for (std::size_t i = 0; i < parts.size(); ++i) {

@@ -116,14 +116,12 @@ TEST(Deinterlace, PutsTheLinesOfTwoFieldsInTheirPlaces) {
         int width, height, bytes;
         const char* source;
         const char* expected;
-    } cases[] = {
-        {2, 5, 1, "aabbccddee", "aaddbbeecc"},
-        {1, 4, 3, "aaabbbcccddd", "aaacccbbbddd"},
-        {3, 1, 1, "abc", "abc"},
-        {0, 4, 1, "", ""},
-        {4, 0, 1, "", ""},
-        {-1, -1, -1, "", ""},
-    };
+    } cases[] = {{2, 5, 1, "aabbccddee", "aaddbbeecc"},
+                 {1, 4, 3, "aaabbbcccddd", "aaacccbbbddd"},
+                 {3, 1, 1, "abc", "abc"},
+                 {0, 4, 1, "", ""},
+                 {4, 0, 1, "", ""},
+                 {-1, -1, -1, "", ""}};
     for (const auto& [width, height, bytes, source, expected] : cases) {
         std::string dest(std::char_traits<char>::length(expected), '#');
         deinterlace(dest.data(), source, width, height, bytes, -1, -1);
@@ -150,18 +148,16 @@ TEST(PixelTypes, FormChainsOfBaseTypes) {
     const struct {
         GUID type, base;
         bool stands;
-    } cases[] = {
-        {type, type, true},
-        {type, family, true},
-        {type, rootIRType, true},
-        {family, type, false},
-        {type, rootScreenType, false},
-        {rootIRType, rootIRType, true},
-        {NumberedId(99), NumberedId(99), true},
-        {NumberedId(99), rootIRType, false},
-        {ring, ring2, true},
-        {ring, rootIRType, false},
-    };
+    } cases[] = {{type, type, true},
+                 {type, family, true},
+                 {type, rootIRType, true},
+                 {family, type, false},
+                 {type, rootScreenType, false},
+                 {rootIRType, rootIRType, true},
+                 {NumberedId(99), NumberedId(99), true},
+                 {NumberedId(99), rootIRType, false},
+                 {ring, ring2, true},
+                 {ring, rootIRType, false}};
     for (const auto& c : cases) EXPECT_EQ(IsPixelBaseType(c.type, c.base), c.stands) << c.type.data1 << c.base.data1;
     EXPECT_EQ(OldPixelTypeUInt32ToNewPixelType(0), rootIRType);
     EXPECT_EQ(OldPixelTypeUInt32ToNewPixelType(12345), rootIRType);

@@ -110,18 +110,16 @@ TEST(AdjustFrameData, YuvLinesGoToTheirPlaces) {
         SFlags flags;
         std::vector<u32> places;  ///< lines of the result, for each source line
     };
-    const SCase cases[] = {
-        {{false, false, false}, {0, 1, 2, 3, 4}},
-        {{false, true, false}, {0, 1, 2, 3, 4}},
-        {{false, false, true}, {4, 3, 2, 1, 0}},
-        {{false, true, true}, {3, 2, 1, 0}},
-        {{true, false, false}, {0, 2, 4, 1, 3}},
-        {{true, false, false}, {0, 2, 1, 3}},
-        {{true, true, false}, {0}},
-        {{true, false, true}, {3, 1, 4, 2, 0}},
-        {{true, true, true}, {2, 0, 3, 1}},
-        {{true, true, true}, {0}},
-    };
+    const SCase cases[] = {{{false, false, false}, {0, 1, 2, 3, 4}},
+                           {{false, true, false}, {0, 1, 2, 3, 4}},
+                           {{false, false, true}, {4, 3, 2, 1, 0}},
+                           {{false, true, true}, {3, 2, 1, 0}},
+                           {{true, false, false}, {0, 2, 4, 1, 3}},
+                           {{true, false, false}, {0, 2, 1, 3}},
+                           {{true, true, false}, {0}},
+                           {{true, false, true}, {3, 1, 4, 2, 0}},
+                           {{true, true, true}, {2, 0, 3, 1}},
+                           {{true, true, true}, {0}}};
     for (const u32 width : {4u, 5u}) {
         for (const SCase& c : cases) {
             const u32 lines = static_cast<u32>(c.places.size());

@@ -21,16 +21,14 @@ TEST(K410Recording, DigitalTriggers) {
         SK410DigitalHeader header;
         u8 field;
         bool triggered;
-    } cases[] = {
-        {{.mark = 3, .in1 = 0, .in2 = 1}, 0, false},
-        {{.in1 = 1}, 0, true},
-        {{.in1 = 1}, 1, false},
-        {{.in2 = 0x80}, 1, true},
-        {{.mark = 1}, 2, true},
-        {{.mark = 2}, 2, true},
-        {{.mark = 0xFC}, 2, false},
-        {{.mark = 3, .in1 = 1, .in2 = 1}, 3, false},
-    };
+    } cases[] = {{{.mark = 3, .in1 = 0, .in2 = 1}, 0, false},
+                 {{.in1 = 1}, 0, true},
+                 {{.in1 = 1}, 1, false},
+                 {{.in2 = 0x80}, 1, true},
+                 {{.mark = 1}, 2, true},
+                 {{.mark = 2}, 2, true},
+                 {{.mark = 0xFC}, 2, false},
+                 {{.mark = 3, .in1 = 1, .in2 = 1}, 3, false}};
     for (const auto& c : cases) {
         const Bytes frame = DigitalFrame(Ramp(kPixels), c.header, {});
         for (const GUID& type : {kK410F7M0, kK410FNM0, kK410GigE}) {

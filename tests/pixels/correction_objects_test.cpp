@@ -138,14 +138,12 @@ TEST(Correction, SizesAreHeldAgainstTheFile) {
     struct {
         u32 width, height;
         u8 tables;
-    } const lies[] = {
-        {0xFFFFFFFF, 0xFFFFFFFF, kAll},
-        {0x80000001, 0x80000000, kAll},
-        {65536, 65536, CorrectionOffset},
-        {0x10000, 0x8000, CorrectionGain},
-        {3, 3, kAll},
-        {7, 1, CorrectionBadPixels | 0xF0},
-    };
+    } const lies[] = {{0xFFFFFFFF, 0xFFFFFFFF, kAll},
+                      {0x80000001, 0x80000000, kAll},
+                      {65536, 65536, CorrectionOffset},
+                      {0x10000, 0x8000, CorrectionGain},
+                      {3, 3, kAll},
+                      {7, 1, CorrectionBadPixels | 0xF0}};
     for (const auto& lie : lies) {
         CByteWriter tables;
         tables.Zeros(lie.tables == kAll ? 66 : 34);  // six pixels, or one byte too few for seven
@@ -296,17 +294,15 @@ TEST(AbateCfg, BlocksThatLieChangeNothing) {
     struct {
         CByteWriter block;
         u32 blockVersion;
-    } const cases[] = {
-        {patched(good, 0, 0), 0x20000},
-        {patched(good, 6, 3), 0x20000},
-        {patched(good, 10, 4), 0x20000},
-        {patched(good, 256, 0), 0x20000},
-        {good, 0x1FFFF},
-        {patched(old, 6, 2), 0x10001},
-        {patched(old, 10, 8), 0x10001},
-        {patched(old, 128, 0), 0x10001},
-        {old, 0x20000},
-    };
+    } const cases[] = {{patched(good, 0, 0), 0x20000},
+                       {patched(good, 6, 3), 0x20000},
+                       {patched(good, 10, 4), 0x20000},
+                       {patched(good, 256, 0), 0x20000},
+                       {good, 0x1FFFF},
+                       {patched(old, 6, 2), 0x10001},
+                       {patched(old, 10, 8), 0x10001},
+                       {patched(old, 128, 0), 0x10001},
+                       {old, 0x20000}};
     for (const auto& c : cases) {
         SCOPED_TRACE(&c - cases);
         CAbateCfgReduceObject cfg;
