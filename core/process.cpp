@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "core/string.h"
+#include "core/exception.h"
 #include "core/version.h"
 
 namespace ovix {
@@ -77,5 +77,21 @@ void DebugOutput(const wchar_t* text) {
 const char* Version() { return OVIX_VERSION_STRING; }
 
 unsigned CurrentThreadId() { return static_cast<unsigned>(::syscall(SYS_gettid)); }
+
+CException::CException(const CString& message, const CException* inner)
+    : message_(message), inner_(inner ? MakeShared<CException>(*inner) : TSharedPtr<CException>()) {}
+CException::CException(const CException&) = default;
+CException& CException::operator=(const CException&) = default;
+CException::~CException() = default;
+
+const char* CException::what() const noexcept {
+    try {
+        return message_.GetUTF8();
+    } catch (const std::bad_alloc&) {
+        return "out of memory";
+    }
+}
+
+void ThrowIndexOutOfBounds() { throw CException(L"Index out of bounds."); }
 
 }  // namespace ovix

@@ -3,11 +3,15 @@
 #include <locale.h>
 #include <utf8.h>
 
+#include <algorithm>
+#include <charconv>
+#include <cmath>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cwchar>
 #include <iterator>
+#include <limits>
 #include <new>
 #include <string>
 #include <utility>
@@ -74,6 +78,13 @@ std::wstring ToNativeFormat(const wchar_t* format) {
     return native;
 }
 
+locale_t Neutral() {
+    // Narrow arguments are UTF-8; where the C library lacks that locale, they are ASCII.
+    static const locale_t utf8 = newlocale(LC_ALL_MASK, "C.UTF-8", nullptr);
+    static const locale_t neutral = utf8 ? utf8 : newlocale(LC_ALL_MASK, "C", nullptr);
+    return neutral;
+}
+
 /// The calling thread formats in the "C" locale while this lives.
 class CNeutralLocale {
   public:
@@ -83,12 +94,6 @@ class CNeutralLocale {
     ~CNeutralLocale() { uselocale(before_); }
 
   private:
-    static locale_t Neutral() {
-        // Narrow arguments are UTF-8; where the C library lacks that locale, they are ASCII.
-        static const locale_t utf8 = newlocale(LC_ALL_MASK, "C.UTF-8", nullptr);
-        static const locale_t neutral = utf8 ? utf8 : newlocale(LC_ALL_MASK, "C", nullptr);
-        return neutral;
-    }
     locale_t before_;
 };
 
@@ -213,6 +218,39 @@ void StrCpy(char* dest, const char* source, int size) {
     for (; i < size - 1 && source[i]; ++i) dest[i] = source[i];
     dest[i] = 0;
 }
+
+template <class T>
+static CString Shortest(T value) {
+    char text[64];
+    const auto end = std::to_chars(text, text + sizeof text, value).ptr;
+    return CString(text, static_cast<int>(end - text));
+}
+
+CString CInt32::ToString(i32 value) { return Shortest(value); }
+CString CUInt8::ToString(u8 value) { return Shortest(u32{value}); }
+CString CUInt16::ToString(u16 value) { return Shortest(u32{value}); }
+CString CUInt32::ToString(u32 value) { return Shortest(value); }
+CString CUInt64::ToString(u64 value) { return Shortest(value); }
+CString CFlt32::ToString(float value) { return std::isnan(value) ? CString(L"nan") : Shortest(value); }
+
+void ltotcs(i32 value, wchar_t* dest, std::size_t size) {
+    if (!size) return;
+    const CString text = Shortest(value);
+    const std::size_t n = std::min(static_cast<std::size_t>(text.length()), size - 1);
+    std::copy_n(text.c_str(), n, dest);
+    dest[n] = 0;
+}
+
+i8 CVariant::ToInt8() const { return static_cast<i8>(ToUInt64()); }
+u64 CVariant::ToUInt64() const { return ::wcstoull_l(text_, nullptr, 10, Neutral()); }
+
+i32 TextToInt32(const wchar_t* text) {
+    constexpr i64 kLeast = std::numeric_limits<i32>::min();
+    constexpr i64 kMost = std::numeric_limits<i32>::max();
+    return static_cast<i32>(std::clamp(TextToInt64(text), kLeast, kMost));
+}
+i64 TextToInt64(const wchar_t* text) { return ::wcstoll_l(text, nullptr, 10, Neutral()); }
+double TextToDouble(const wchar_t* text) { return ::wcstod_l(text, nullptr, Neutral()); }
 
 namespace path {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "core/least_squares.h"
+#include "core/typed_data.h"
 #include "reduce/convert/radiometry.h"
 #include "reduce/convert/signal_runs.h"
 #include "reduce/pixels/radiance_law.h"

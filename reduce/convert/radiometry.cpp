@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "core/least_squares.h"
+#include "core/typed_data.h"
 #include "reduce/convert/parallel_for.h"
 #include "reduce/pixels/radiance.h"
 #include "reduce/pixels/radiance_law.h"

@@ -1,6 +1,6 @@
 #include "reduce/filters/dunlin_filter.h"
 
-#include "core/numbers.h"
+#include "core/string.h"
 
 namespace ovix::reduce {
 

@@ -1,4 +1,4 @@
-#include "reduce/filters/jpegls_stream.h"
+#include "reduce/filters/k410_frame.h"
 
 #include <charls/charls.h>
 

@@ -4,7 +4,6 @@
 #include "reduce/filters/camera_record_objects.h"
 #include "reduce/filters/families.h"
 #include "reduce/filters/filter_factory.h"
-#include "reduce/filters/jpegls_stream.h"
 #include "reduce/filters/k410_frame.h"
 
 namespace ovix::reduce {

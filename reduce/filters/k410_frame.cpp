@@ -2,10 +2,9 @@
 
 #include <cstring>
 
-#include "core/numbers.h"
+#include "core/string.h"
 #include "reduce/filters/camera_record_objects.h"
 #include "reduce/filters/frame_probe.h"
-#include "reduce/filters/jpegls_stream.h"
 
 namespace ovix::reduce::k410 {
 

@@ -5,8 +5,25 @@
 #include "core/bytes.h"
 #include "reduce/filters/camera_record.h"
 #include "reduce/filters/frame_images.h"
+#include "reduce/filters/frame_probe.h"
 #include "reduce/filters/frame_table.h"
 #include "reduce/filters/frame_types.h"
+
+/// The compressed pixels, as CharLS decodes them.
+namespace ovix::reduce {
+
+/// Whether the `size` bytes at `offset`, which must be held, begin as a JPEG-LS stream of exactly this picture: the
+/// given width and height, one component of 9 to 16 bits, lossless, default coding parameters.
+///
+/// All segments up to the first scan are read. The decoder believes a stream's declared sizes and parameters, so what
+/// differs is refused here, and so is a stream that does not end in its end mark. The rest of the scan is not judged: a
+/// damaged one gives a wrong picture. The decoder may look at one byte behind the stream, so one must be held.
+bool CheckJpegLsStream(const CFrameProbe& probe, u64 offset, u64 size, u16 width, u16 height);
+
+/// Decodes to pixels of 16 bits. A stream that will not do leaves some or all of `dest` as it was.
+void DecodeJpegLs(void* dest, u64 destSize, const void* stream, u64 size);
+
+}  // namespace ovix::reduce
 
 /// The frames of the K410 camera family and of the R7X camera: their types, and what stands beside the pixels of an
 /// infrared frame. `docs/formats/k410.md` shows it whole. Nothing here tests a length unless it is given one: the

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "core/numbers.h"
+#include "core/string.h"
 #include "reduce/filters/families.h"
 #include "reduce/filters/frame_types.h"
 #include "reduce/filters/header_line_family.h"

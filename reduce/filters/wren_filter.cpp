@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "core/numbers.h"
+#include "core/string.h"
 #include "core/visit.h"
 #include "reduce/filters/families.h"
 #include "reduce/filters/frame_probe.h"

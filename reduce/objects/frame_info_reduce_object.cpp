@@ -1,6 +1,6 @@
 #include "reduce/objects/frame_info_reduce_object.h"
 
-#include "core/numbers.h"
+#include "core/string.h"
 
 namespace ovix::reduce {
 

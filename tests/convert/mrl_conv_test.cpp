@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "core/least_squares.h"
+#include "core/typed_data.h"
 #include "reduce/convert/radiometry.h"
 #include "support/cameras.h"
 

@@ -5,8 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "core/least_squares.h"
-#include "core/numbers.h"
+#include "core/string.h"
 #include "core/typed_data.h"
 
 namespace ovix {
