@@ -198,8 +198,7 @@ TEST(SharedPtr, CastsShareTheObject) {
         EXPECT_FALSE(TSharedPtr<SBase>().Cast<SDerived>());
         EXPECT_EQ(base.RefCount(), 2);
     }
-    EXPECT_EQ(SBase::deleted, 1);
-    EXPECT_EQ(called, 1);
+    EXPECT_TRUE(SBase::deleted == 1 && called == 1);
 }
 
 TEST(SharedPtr, DetachLeavesTheObjectToTheCaller) {

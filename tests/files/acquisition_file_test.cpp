@@ -11,11 +11,13 @@
 #include "reduce/objects/source_info_reduce_object.h"
 #include "support/byte_writer.h"
 #include "support/test_folder.h"
+#include "support/text.h"
 
 namespace ovix::reduce {
 namespace {
 
 using test::CByteWriter;
+using test::Text;
 
 constexpr GUID kPixels = "{48A16EF9-457E-47E8-9F70-5495781A1B64}"_guid;
 constexpr GUID kWide = "{7D0A2D5C-0000-4000-8000-000000000001}"_guid;  // two bytes per pixel, of this test
@@ -62,15 +64,13 @@ TEST(AcquisitionFile, StartsWithTheMetadataAsTheSourcesOwnAndThePixelsBlock) {
         ASSERT_TRUE(LoadInfoFile(file, loaded, blocks, 0));
         EXPECT_TRUE(loaded.GetObjectParameters(false)->fromSource);
         const auto source = loaded.GetSourceInfo(false);
-        EXPECT_EQ(source->presets[0].frameCount, 2u);
-        EXPECT_EQ(source->packetHeight, unpacked ? 480 : 482);
-        EXPECT_EQ(source->packetExtra, unpacked ? 0 : 3);
+        EXPECT_EQ(Text(source->presets[0].frameCount, source->packetHeight, source->packetExtra),
+                  unpacked ? "2 480 0 " : "2 482 3 ");
         const SInfoFileBlock& last = blocks[blocks.size() - 1];
         EXPECT_EQ(last.typeID, PixelsBlockTypeID);
         SPixelsHeader header;
         ASSERT_TRUE(ReadPixelsHeader(file, last.version, header));
-        EXPECT_EQ(header.packetHeight, unpacked ? 480 : 482);
-        EXPECT_EQ(file->GetRemaining(), 0u);
+        EXPECT_TRUE(header.packetHeight == (unpacked ? 480 : 482) && file->GetRemaining() == 0);
         EXPECT_FALSE(ReadPixelsHeader(file, last.version, header));
     }
 }
@@ -92,9 +92,7 @@ TEST(AcquisitionFile, IsStartedFilledAndFinishedAsOneFileOnTheDisk) {
     InfoFileDirectory blocks;
     ASSERT_TRUE(LoadInfoFile(path, loaded, blocks, 0));
     const auto source = loaded.GetSourceInfo(false);
-    EXPECT_EQ(source->presets[0].frameCount, 1u);
-    EXPECT_EQ(source->presets[2].frameCount, 1u);
-    EXPECT_FALSE(source->presets[1].enabled);
+    EXPECT_EQ(Text(source->presets[0].frameCount, source->presets[2].frameCount, source->presets[1].enabled), "1 1 0 ");
     const TSharedPtr<IFile> again = FileSystem->Open(path, IFileSystem::OpenForReading);
     char frames[11] = {};
     ASSERT_TRUE(again->Seek(static_cast<i64>(framesAt), IFile::FromStart) && again->ReadBytes(frames, 10));
@@ -146,10 +144,8 @@ TEST(PixelsHeader, LayoutsAreThoseOfTheRecordsInMemory) {
     SPixelsHeaderV0 oldest;
     std::memcpy(&oldest, record, sizeof oldest);
     EXPECT_EQ(oldest.pixelType, header.pixelType);
-    EXPECT_EQ(oldest.notRead[7], 0);
-    EXPECT_EQ(oldest.width, header.width);
-    EXPECT_EQ(oldest.packetExtra, header.packetExtra);
-    EXPECT_EQ(oldest.frameSize, header.frameSize);
+    EXPECT_EQ(Text(oldest.notRead[7], oldest.width, oldest.packetExtra, oldest.frameSize),
+              Text(0, header.width, header.packetExtra, header.frameSize));
     for (const auto& [version, offset] : {std::pair{0x10001u, 36u}, {0x10000u, 32u}}) {
         SPixelsHeader other = header;
         other.frameHeight++;
@@ -158,8 +154,7 @@ TEST(PixelsHeader, LayoutsAreThoseOfTheRecordsInMemory) {
         StorePixelsHeader(other, version, changed);
         const auto parts = DifferingParts(PixelsHeaderLayout(version), record, changed);
         ASSERT_EQ(parts.size(), 1u);
-        EXPECT_EQ(parts[0].offset, offset);
-        EXPECT_EQ(parts[0].name, "height of a frame");
+        EXPECT_TRUE(parts[0].offset == offset && parts[0].name == "height of a frame");
     }
 }
 

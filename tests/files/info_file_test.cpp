@@ -10,12 +10,14 @@
 #include "reduce/objects/source_info_reduce_object.h"
 #include "reduce/pixels/correction_objects.h"
 #include "support/byte_writer.h"
+#include "support/text.h"
 
 namespace ovix::reduce {
 namespace {
 
 using test::BitwiseCRC;
 using test::CByteWriter;
+using test::Text;
 
 constexpr GUID kFileType = "{9C3C13F6-1A10-49C5-86C9-ACF8A928DCC6}"_guid;
 constexpr GUID kFov = "{42FD8DA7-B376-45C2-8255-B9267E512077}"_guid;
@@ -93,23 +95,17 @@ TEST(InfoFile, LoadsWhatItKnowsListsAllAndStopsAtTheOpenEnd) {
     ASSERT_TRUE(LoadInfoFile(f.file, array, blocks, 0));
     EXPECT_EQ(f.file->GetPosition(), pixelsData);
     ASSERT_EQ(blocks.size(), 7u);
-    EXPECT_STREQ(blocks[0].name, "Correction");
-    EXPECT_EQ(blocks[0].headerOffset, 77u);
-    EXPECT_EQ(blocks[0].dataOffset, 154u);
+    EXPECT_EQ(Text(blocks[0].name, blocks[0].headerOffset, blocks[0].dataOffset), "Correction 77 154 ");
     EXPECT_EQ(blocks[1].typeID, CGUID::Empty);
     EXPECT_EQ(blocks[6].dataOffset, pixelsData);
     ASSERT_EQ(array.GetSize(), 3u);
-    EXPECT_EQ(array.GetCorrection(0, false)->gain[0], 2);
-    EXPECT_TRUE(array.GetCorrection(0, false)->valid);
-    EXPECT_EQ(array.GetCorrection(1, false)->gain[0], 3);
-    EXPECT_FALSE(array.GetCorrection(1, false)->valid);
-    EXPECT_EQ(array.GetFOV(false)->IVFOV, 2);
+    const auto first = array.GetCorrection(0, false), second = array.GetCorrection(1, false);
+    EXPECT_EQ(Text(first->gain[0], first->valid, second->gain[0], second->valid, array.GetFOV(false)->IVFOV),
+              "2 1 3 0 2 ");
 
     f.file->SeekToBegin();
     ASSERT_TRUE(LoadInfoFile(f.file, array, blocks, PersistWithoutTables));
-    EXPECT_EQ(blocks.size(), 5u);
-    EXPECT_EQ(array.GetSize(), 1u);
-
+    EXPECT_TRUE(blocks.size() == 5 && array.GetSize() == 1);
     f.file->SeekToBegin();
     ASSERT_TRUE(ScanInfoFile(f.file, blocks, PersistWithoutTables));
     EXPECT_EQ(blocks.size(), 7u);
@@ -130,8 +126,7 @@ TEST(InfoFile, RefusesAFileHeaderThatDiffersInAnyField) {
         InfoFileDirectory blocks;
         blocks.SetSize(2);
         EXPECT_FALSE(LoadInfoFile(f.file, array, blocks, 0)) << c.field;
-        EXPECT_EQ(array.GetSize(), 1u);
-        EXPECT_EQ(blocks.size(), 2u);
+        EXPECT_TRUE(array.GetSize() == 1 && blocks.size() == 2);
     }
 }
 
@@ -158,21 +153,17 @@ TEST(InfoFile, ABlockThatEndsBehindTheFileEndsTheReadingAfterItWasListed) {
         SFile f(FileHeader().Append(Header("FOV", kFov, 0x10001, 255, 3, size, 0)).Append(FovRecord(1, 2)).bytes);
         CReduceObjectArray array;
         InfoFileDirectory blocks;
-        EXPECT_FALSE(LoadInfoFile(f.file, array, blocks, 0));
-        EXPECT_EQ(blocks.size(), 1u);
+        EXPECT_FALSE(LoadInfoFile(f.file, array, blocks, 0) || blocks.size() != 1);
         f.file->SeekToBegin();
-        EXPECT_FALSE(ScanInfoFile(f.file, blocks, 0));
-        EXPECT_EQ(blocks.size(), 1u);
+        EXPECT_FALSE(ScanInfoFile(f.file, blocks, 0) || blocks.size() != 1);
     }
 }
 
 TEST(InfoFile, BlockHeadersOfObjectsAndBuffers) {
     SInfoFileBlock block;
     ASSERT_TRUE(InitInfoFileBlock(block, MakeShared<CFOVReduceObject>()));
-    EXPECT_EQ(block.flags, 2u);
-    EXPECT_EQ(block.size, 64u);
+    EXPECT_EQ(Text(block.flags, block.size, block.dataOffset), "2 64 0 ");
     EXPECT_EQ(block.crc, BitwiseCRC(FovRecord(0, 0).bytes));
-    EXPECT_EQ(block.dataOffset, 0u);
 
     u8 buffer[77 + 1];
     buffer[77] = 0xA5;

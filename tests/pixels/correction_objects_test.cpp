@@ -33,46 +33,34 @@ void Tables(CByteWriter& bytes, u32 n) {
     for (u32 i = 0; i < n; ++i) bytes.U32((i + 1) % n);
 }
 
-CByteWriter Record(u32 width, u32 height, u8 tables, u32 version = 0x10001) {
-    CByteWriter bytes;
-    bytes.U32(32).U32(version).U32(width).U32(height).U8(tables).PadTo(32);
-    return bytes;
+CByteWriter Record(u32 width, u32 height, u8 tables) {
+    return test::Record(32, 0x10001, CByteWriter().U32(width).U32(height).U8(tables));
 }
 
 void ExpectFilled(const CCorrectionReduceObject& object, u32 width, u32 height) {
-    ASSERT_EQ(object.width, width);
-    ASSERT_EQ(object.height, height);
-    ASSERT_EQ(object.present, kAll);
+    ASSERT_EQ(Text(object.width, object.height, object.present), Text(width, height, kAll));
     const u32 n = width * height;
     for (u32 i = 0; i < n; ++i) {
-        ASSERT_EQ(object.gain[i], 1.5f + static_cast<float>(i));
-        ASSERT_EQ(object.offset[i], -static_cast<int>(i));
-        ASSERT_EQ(object.mask[i], static_cast<u8>(i));
-        ASSERT_EQ(object.map[i], (i + 1) % n);
+        ASSERT_TRUE(object.gain[i] == 1.5f + static_cast<float>(i) && object.offset[i] == -static_cast<int>(i)) << i;
+        ASSERT_TRUE(object.mask[i] == static_cast<u8>(i) && object.map[i] == (i + 1) % n) << i;
     }
 }
 
 TEST(Correction, CreateMakesWhatIsMissingAndKeepsTheRest) {
     CCorrectionReduceObject object;
     object.Create(0, 5, 3, kAll);
-    EXPECT_EQ(object.preset, 255);
-    EXPECT_EQ(object.present, 0);
+    EXPECT_TRUE(object.preset == 255 && object.present == 0);
     object.Create(3, 2, 1, CorrectionGain);
     EXPECT_TRUE(object.gain && !object.offset && !object.mask && !object.map);
     object.gain[5] = 2.0f;
     object.valid = true;
     object.Create(3, 2, 0x101, kAll);  // presets are bytes: still the same
-    EXPECT_TRUE(object.valid);
-    EXPECT_EQ(object.gain[5], 2.0f);
+    EXPECT_TRUE(object.valid && object.gain[5] == 2.0f);
     object.map[2] = 0;
     object.mask[2] = 1;
     object.Init(CorrectionBadPixels);
     EXPECT_EQ(object.gain[5], 2.0f);
-    for (u32 i = 0; i < 6; ++i) {
-        EXPECT_EQ(object.offset[i], 0);
-        EXPECT_EQ(object.mask[i], 0);
-        EXPECT_EQ(object.map[i], i);
-    }
+    for (u32 i = 0; i < 6; ++i) EXPECT_EQ(Text(object.offset[i], object.mask[i], object.map[i]), Text(0, 0, i));
 
     object.flippedLeftRight = true;
     object.Create(3, 2, 2, CorrectionOffset);  // another preset drops all
@@ -86,8 +74,7 @@ TEST(Correction, CreateMakesWhatIsMissingAndKeepsTheRest) {
 TEST(Correction, FlipMovesPlacesAndContents) {
     for (const auto& [width, height] : {std::pair{3u, 2u}, {2u, 3u}, {3u, 3u}, {1u, 4u}, {5u, 1u}, {1u, 1u}}) {
         for (int way = 0; way < 4; ++way) {
-            const bool leftRight = way & 1;
-            const bool topBottom = way & 2;
+            const bool leftRight = way & 1, topBottom = way & 2;
             SCOPED_TRACE(testing::Message() << width << " x " << height << " way " << way);
             const auto turned = [&, w = width, h = height](u32 i) {
                 const u32 x = leftRight ? w - 1 - i % w : i % w;
@@ -99,10 +86,9 @@ TEST(Correction, FlipMovesPlacesAndContents) {
             const auto before = object.Duplicate().Cast<CCorrectionReduceObject>();
             object.Flip(leftRight, topBottom);
             for (u32 i = 0; i < width * height; ++i) {
-                EXPECT_EQ(object.gain[turned(i)], before->gain[i]);
-                EXPECT_EQ(object.offset[turned(i)], before->offset[i]);
-                EXPECT_EQ(object.mask[turned(i)], before->mask[i]);
-                EXPECT_EQ(object.map[turned(i)], turned(before->map[i]));
+                const u32 to = turned(i);
+                EXPECT_EQ(Text(object.gain[to], object.offset[to], object.mask[to], object.map[to]),
+                          Text(before->gain[i], before->offset[i], before->mask[i], turned(before->map[i])));
             }
             EXPECT_FALSE(object.flippedLeftRight || object.flippedTopBottom);
         }
@@ -124,12 +110,10 @@ TEST(Correction, RecordHasItsOwnWayWhateverTheTablesAreHeldIn) {
     object.valid = true;
     ASSERT_TRUE(object.Load(FileOf(record), 0x10001, 0));
     ExpectFilled(object, 97, 43);
-    EXPECT_EQ(object.preset, 4);
-    EXPECT_FALSE(object.valid || object.flippedLeftRight);
+    EXPECT_FALSE(object.preset != 4 || object.valid || object.flippedLeftRight);
     // Of an empty size the older form keeps the bits that it said.
     ASSERT_TRUE(object.Load(FileOf(CByteWriter().U32(0).U32(2).U8(kAll)), 0, 0));
-    EXPECT_EQ(object.present, kAll);
-    EXPECT_FALSE(object.gain);
+    EXPECT_TRUE(object.present == kAll && !object.gain);
     object.Flip(true, true);
     EXPECT_EQ(SavedBytes(object)[16], 0);  // taken from the tables
 }
@@ -148,8 +132,7 @@ TEST(Correction, SizesAreHeldAgainstTheFile) {
         CByteWriter tables;
         tables.Zeros(lie.tables == kAll ? 66 : 34);  // six pixels, or one byte too few for seven
         CByteWriter record = Record(lie.width, lie.height, lie.tables);
-        CByteWriter stream;
-        stream.U32(lie.width).U32(lie.height).U8(lie.tables);
+        CByteWriter stream = CByteWriter().U32(lie.width).U32(lie.height).U8(lie.tables);
         CCorrectionReduceObject object;
         EXPECT_FALSE(object.Load(FileOf(record.Append(tables)), 0x10001, 0));
         EXPECT_FALSE(object.Load(FileOf(stream.Append(tables)), 0x10000, 0));
@@ -175,8 +158,7 @@ TEST(Correction, AFailedWriteLeavesTheTablesTurned) {
         const TSharedPtr<CMemFile> file = MakeShared<CMemFile>();
         file->Attach(buffer, room, false);
         EXPECT_FALSE(object.Save(file, 0));
-        EXPECT_EQ(object.gain[0], room < 32 ? 3.5f : 1.5f);
-        EXPECT_TRUE(object.flippedLeftRight);
+        EXPECT_TRUE(object.gain[0] == (room < 32 ? 3.5f : 1.5f) && object.flippedLeftRight);
     }
 }
 
@@ -192,8 +174,7 @@ TEST(Correction, CopiesShareTablesAndDuplicatesDoNot) {
         object.gain[0] = 9.0f;
         object.map[0] = 0;
     }
-    EXPECT_EQ(shallow.gain[0], 9.0f);
-    EXPECT_TRUE(deep->flippedTopBottom);
+    EXPECT_TRUE(shallow.gain[0] == 9.0f && deep->flippedTopBottom);
     ExpectFilled(*deep, 3, 2);
 }
 
@@ -201,25 +182,22 @@ TEST(Correction, FilesOfOneStem) {
     const float gain[] = {1, 2, 3, 4, 5, 6};
     const i16 offset[] = {-1, -2, -3, -4, -5, -6};
     const test::CTestFolder disk;
-    ASSERT_TRUE(CNormFile::SaveGainTable(FileSystem, disk.Path("stem.mvg"), 3, 2, 1, gain));
-    ASSERT_TRUE(CNormFile::SaveOffsetTable(FileSystem, disk.Path("stem.mvo"), 3, 2, 1, offset));
-    ASSERT_TRUE(CNormFile::SaveOffsetTable(FileSystem, disk.Path("other.x.mvo"), 2, 2, 1, offset));
-    ASSERT_TRUE(CNormFile::SaveGainTable(FileSystem, disk.Path("other.x.mvg"), 3, 2, 1, gain));
-    ASSERT_TRUE(CNormFile::SaveGainTable(FileSystem, disk.Path("wrong.mvb"), 3, 2, 1, gain));
-    ASSERT_TRUE(CNormFile::SaveGainTable(FileSystem, disk.Path("low.mvg"), 3, 2, 1, gain));
-    ASSERT_TRUE(CNormFile::SaveOffsetTable(FileSystem, disk.Path("low.mvo"), 3, 1, 1, offset));
+    for (const char* name : {"stem.mvg", "other.x.mvg", "wrong.mvb", "low.mvg"}) {
+        ASSERT_TRUE(CNormFile::SaveGainTable(FileSystem, disk.Path(name), 3, 2, 1, gain));
+    }
+    const std::tuple<const char*, u16, u16> offsets[] = {{"stem.mvo", 3, 2}, {"other.x.mvo", 2, 2}, {"low.mvo", 3, 1}};
+    for (const auto& [name, width, height] : offsets) {
+        ASSERT_TRUE(CNormFile::SaveOffsetTable(FileSystem, disk.Path(name), width, height, 1, offset));
+    }
 
     for (const char* path : {"stem", "stem.MVO", "stem.mvb", "stem.mvg"}) {
         CCorrectionReduceObject object;
         object.preset = 5;
         ASSERT_TRUE(object.Load(FileSystem, disk.Path(path))) << path;
-        EXPECT_TRUE(object.valid);
-        EXPECT_EQ(object.preset, 5);
-        EXPECT_EQ(object.present, CorrectionGain | CorrectionOffset);
-        EXPECT_EQ(object.width, 3u);
-        EXPECT_TRUE(std::equal(gain, gain + 6, object.gain.get()));
+        EXPECT_EQ(Text(object.valid, object.preset, object.present, object.width),
+                  Text(true, 5, CorrectionGain | CorrectionOffset, 3));
+        EXPECT_TRUE(std::equal(gain, gain + 6, object.gain.get()) && !object.mask);
         EXPECT_TRUE(std::equal(offset, offset + 6, object.offset.get()));
-        EXPECT_FALSE(object.mask);
     }
 
     // Of an object of that size, a table without a file survives, and so does the mirroring.
@@ -227,10 +205,8 @@ TEST(Correction, FilesOfOneStem) {
     Fill(object, 3, 2);
     object.flippedLeftRight = object.flippedTopBottom = true;
     ASSERT_TRUE(object.Load(FileSystem, disk.Path("stem")));
-    EXPECT_TRUE(object.flippedLeftRight);
-    EXPECT_FALSE(object.flippedTopBottom);
-    EXPECT_EQ(object.map[0], 1u);
-    EXPECT_EQ(object.gain[0], 1.0f);
+    EXPECT_TRUE(object.flippedLeftRight && !object.flippedTopBottom);
+    EXPECT_TRUE(object.map[0] == 1 && object.gain[0] == 1.0f);
 
     for (const char* path : {"none", "other.x", "other.x.mvb", "low", "wrong", "stem.mvx"}) {
         Fill(object, 2, 2);
@@ -249,8 +225,7 @@ TEST(Correction, AllTablesAreSavedUnderOneName) {
     EXPECT_FALSE(FileSystem->Open(disk.Path("stem.mvb"), IFileSystem::OpenForReading));
     CNormFile file;
     ASSERT_TRUE(file.Load(FileSystem, disk.Path("stem.mvg")));
-    EXPECT_EQ(file.GetType(), BadPixelTable);
-    EXPECT_EQ(file.GetPreset(), 255);
+    EXPECT_TRUE(file.GetType() == BadPixelTable && file.GetPreset() == 255);
     EXPECT_TRUE(std::equal(object.map.get(), object.map.get() + 6, file.GetBadPixels().map));
 
     CCorrectionReduceObject wide;
@@ -270,16 +245,12 @@ CByteWriter Block(std::initializer_list<u8> order, u32 version, u8 enabled = 1) 
 TEST(AbateCfg, PresetsAreLimitedInBothDirections) {
     CAbateCfgReduceObject cfg;
     ASSERT_TRUE(cfg.Load(FileOf(Block({200, 6, 5, 4, 3, 2, 1, 0}, 0x20000)), 0x20000, 0));
-    EXPECT_EQ(cfg.order[0], 7);
-    EXPECT_EQ(cfg.low[7], 300);
+    EXPECT_TRUE(cfg.order[0] == 7 && cfg.low[7] == 300);
     cfg.order[1] = 99;
     const std::vector<u8> saved = SavedBytes(cfg);
-    EXPECT_EQ(saved[32 + 32 + 4], 7);
-    EXPECT_EQ(saved[32 + 32 + 5], 300 & 0xFF);
-    EXPECT_EQ(saved[8], 1);
+    EXPECT_TRUE(saved[8] == 1 && saved[32 + 32 + 4] == 7 && saved[32 + 32 + 5] == (300 & 0xFF));
     cfg.enabled = false;
-    EXPECT_EQ(SavedBytes(cfg)[8], 0);
-    EXPECT_EQ(SavedBytes(cfg, PersistInitialState)[8], 1);
+    EXPECT_TRUE(SavedBytes(cfg)[8] == 0 && SavedBytes(cfg, PersistInitialState)[8] == 1);
     cfg.Default();
     EXPECT_TRUE(cfg.mode == AbateFromFirst && cfg.order[0] == 0 && cfg.low[7] == 1000 && cfg.high[7] == 15000);
 }
@@ -306,9 +277,7 @@ TEST(AbateCfg, BlocksThatLieChangeNothing) {
     for (const auto& c : cases) {
         SCOPED_TRACE(&c - cases);
         CAbateCfgReduceObject cfg;
-        EXPECT_FALSE(cfg.Load(FileOf(c.block), c.blockVersion, 0));
-        EXPECT_FALSE(cfg.enabled);
-        EXPECT_EQ(cfg.low[0], 1000);
+        EXPECT_FALSE(cfg.Load(FileOf(c.block), c.blockVersion, 0) || cfg.enabled || cfg.low[0] != 1000);
     }
     CAbateCfgReduceObject cfg;
     EXPECT_FALSE(cfg.Load(FileOf(good, 287), 0x20000, 0));

@@ -49,13 +49,11 @@ CStats Reference(CStats s, const std::vector<SVisit>& visits, bool hasStatus, ER
         const bool values = hasStatus || route == ERoute::Void;
         const auto lowest = [&] {
             if (values) s.allMinimum = v.value;
-            s.allMinimumIndex = v.index;
-            s.allMinimumPosition = v.point;
+            s.allMinimumIndex = v.index, s.allMinimumPosition = v.point;
         };
         const auto highest = [&] {
             if (values) s.allMaximum = v.value;
-            s.allMaximumIndex = v.index;
-            s.allMaximumPosition = v.point;
+            s.allMaximumIndex = v.index, s.allMaximumPosition = v.point;
         };
         if (hasStatus && first) lowest(), highest();
         if (hasStatus && v.value < s.allMinimum) lowest();
@@ -64,18 +62,18 @@ CStats Reference(CStats s, const std::vector<SVisit>& visits, bool hasStatus, ER
         if (hasStatus && (v.status == 8 || v.status == 16 || v.status == 24 || (v.status & 24))) continue;
         if (hasStatus) s.statusUnion = static_cast<u8>(s.statusUnion | v.status);
         if (s.count == 0 || v.value < s.minimum) {
-            s.minimum = v.value;
-            s.minimumIndex = v.index;
-            s.minimumPosition = v.point;
-            if (hasStatus) s.minimumStatus = v.status;
-            if (!hasStatus) lowest();
+            s.minimum = v.value, s.minimumIndex = v.index, s.minimumPosition = v.point;
+            if (hasStatus)
+                s.minimumStatus = v.status;
+            else
+                lowest();
         }
         if (s.count == 0 || v.value > s.maximum) {
-            s.maximum = v.value;
-            s.maximumIndex = v.index;
-            s.maximumPosition = v.point;
-            if (hasStatus) s.maximumStatus = v.status;
-            if (!hasStatus) highest();
+            s.maximum = v.value, s.maximumIndex = v.index, s.maximumPosition = v.point;
+            if (hasStatus)
+                s.maximumStatus = v.status;
+            else
+                highest();
         }
         s.sum += v.value;
         squares += v.value * v.value;
@@ -270,9 +268,7 @@ TEST(GetStats, NaNIsAnExtremeOnlyWhereItCameFirst) {
     float late[] = {2, nan, 5, 1}, early[] = {nan, 2, 5, 1};
     CStats stats;
     GetStats(stats, {late, Flt32}, nullptr, 4);
-    EXPECT_EQ(stats.minimum, 1);
-    EXPECT_EQ(stats.maximum, 5);
-    EXPECT_TRUE(std::isnan(stats.sum));
+    EXPECT_TRUE(stats.minimum == 1 && stats.maximum == 5 && std::isnan(stats.sum));
     u8 status[] = {0, 0, 0, 0};
     for (u8* flags : {static_cast<u8*>(nullptr), status}) {
         GetStats(stats, {early, Flt32}, flags, 4);
@@ -281,9 +277,7 @@ TEST(GetStats, NaNIsAnExtremeOnlyWhereItCameFirst) {
     }
     status[0] = 8;  // the NaN stays the first of all, but is not counted
     GetStats(stats, {early, Flt32}, status, 4);
-    EXPECT_EQ(stats.maximum, 5);
-    EXPECT_TRUE(std::isnan(stats.allMinimum));
-    EXPECT_EQ(stats.sum, 8);
+    EXPECT_TRUE(stats.maximum == 5 && std::isnan(stats.allMinimum) && stats.sum == 8);
 }
 
 TEST(GetStats, NothingSelectedKeepsWhatTheRecordHeld) {
@@ -299,9 +293,7 @@ TEST(GetStats, NothingSelectedKeepsWhatTheRecordHeld) {
     ExpectSame(stats, Reference(Held(), {}, true, ERoute::Boolean, 1));
     stats = Held();
     GetStats(stats, data, 1, 1, mask, 1, nullptr);
-    EXPECT_EQ(stats.allMinimumIndex, 103U);
-    EXPECT_EQ(stats.count, 0U);
-    EXPECT_EQ(stats.boundsBottomRight, (SPoint{4, 2}));
+    EXPECT_TRUE(stats.allMinimumIndex == 103 && stats.count == 0 && stats.boundsBottomRight == (SPoint{4, 2}));
     for (const int size : {0, -1}) {
         GetStats(stats, data, size, 1, nullptr, 0, nullptr);
         GetStats(stats, data, 1, size, nullptr, 0, nullptr);
@@ -310,8 +302,7 @@ TEST(GetStats, NothingSelectedKeepsWhatTheRecordHeld) {
     GetStats(stats, data, nullptr, 0, 0, 0, nullptr);
 
     stats = Held();
-    EXPECT_FALSE(GetStats(stats, data, nullptr, 0, 1));
-    EXPECT_FALSE(GetStats(stats, data, nullptr, 1, 0));
+    EXPECT_FALSE(GetStats(stats, data, nullptr, 0, 1) || GetStats(stats, data, nullptr, 1, 0));
     for (const EDataType type : {Opaque, NoPixels}) {
         EXPECT_FALSE(GetStats(stats, {&pixel, type}, nullptr, 1, 1));
         EXPECT_FALSE(GetStats(stats, {&pixel, type}, nullptr, 1, 1, SArea{}));

@@ -32,29 +32,16 @@ TEST(StatsCalculator, FollowsItsStepsAndNotesNoIndex) {
     calculator.AddData(-2, 2, 2, 4);  // not the maximum: the first stands
     calculator.AddData(-20, 16, 1, 1);
     calculator.Finish();
-    expected.sum = -12;
-    expected.mean = -4;
-    expected.variance = 72 / 3.0 - 16;
-    expected.standardDeviation = std::sqrt(8.0);
-    expected.count = 3;
-    expected.minimum = -8;
-    expected.maximum = -2;
-    expected.minimumPosition = {3, 5};
-    expected.maximumPosition = {3, 3};
-    expected.minimumStatus = 1;
-    expected.maximumStatus = 4;
+    expected.sum = -12, expected.mean = -4, expected.count = 3;
+    expected.variance = 72 / 3.0 - 16, expected.standardDeviation = std::sqrt(8.0);
+    expected.minimum = -8, expected.minimumPosition = {3, 5}, expected.minimumStatus = 1;
+    expected.maximum = -2, expected.maximumPosition = {3, 3}, expected.maximumStatus = 4;
     expected.statusUnion = 7;
-    expected.allMinimum = -20;
-    expected.allMaximum = -2;
-    expected.allMinimumPosition = {1, 1};
-    expected.allMaximumPosition = {9, 0};
+    expected.allMinimum = -20, expected.allMinimumPosition = {1, 1};
+    expected.allMaximum = -2, expected.allMaximumPosition = {9, 0};
     expected.minimumIndex = expected.maximumIndex = expected.allMinimumIndex = expected.allMaximumIndex = 0;
-    expected.boundsTopLeft = {1, 0};
-    expected.boundsBottomRight = {9, 5};
-    expected.boundsWidth = 9;
-    expected.boundsHeight = 6;
-    expected.centerX = 5;
-    expected.centerY = 2.5;
+    expected.boundsTopLeft = {1, 0}, expected.boundsBottomRight = {9, 5};
+    expected.boundsWidth = 9, expected.boundsHeight = 6, expected.centerX = 5, expected.centerY = 2.5;
     ExpectSame(stats, expected);
 
     CStats fresh;
@@ -63,20 +50,14 @@ TEST(StatsCalculator, FollowsItsStepsAndNotesNoIndex) {
     below.AddData(-5, 24, 7, 7);
     below.Finish();
     EXPECT_EQ(fresh.allMaximum, 0) << "goes on from what the record held";
-    EXPECT_EQ(fresh.allMaximumIndex, 0xFFFFFFFF);
-    EXPECT_EQ(fresh.boundsWidth, 0U);
-    EXPECT_EQ(fresh.boundsTopLeft, (SPoint{0, 0}));
+    EXPECT_TRUE(fresh.allMaximumIndex == 0xFFFFFFFF && fresh.boundsWidth == 0 && fresh.boundsTopLeft == SPoint());
 }
 
 TEST(CalcPositions, PlacesInTheSelectionBecomePoints) {
     const auto points = [](const auto&... selection) {
         CStats s = Held();
-        s.minimumIndex = 0;
-        s.maximumIndex = 3;
-        s.allMinimumIndex = 5;
-        s.allMaximumIndex = 0xFFFFFFFF;
-        s.firstIndex = 1;
-        s.lastIndex = 4;
+        s.minimumIndex = 0, s.maximumIndex = 3, s.allMinimumIndex = 5, s.allMaximumIndex = 0xFFFFFFFF;
+        s.firstIndex = 1, s.lastIndex = 4;
         CalcPositions(s, selection...);
         return std::vector<SPoint>{s.minimumPosition, s.maximumPosition,   s.allMinimumPosition,
                                    s.boundsTopLeft,   s.boundsBottomRight, s.allMaximumPosition};

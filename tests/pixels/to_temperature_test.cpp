@@ -32,16 +32,8 @@ constexpr double kHigh = 12, kLow = 8, kEmissivity = 0.875;
 // The models written down once more.
 
 Real FromCelsius(Real t, ETempType scale) {
-    switch (scale) {
-        case Fahrenheit:
-            return t * 1.8L + 32;
-        case Kelvin:
-            return t + 273.15L;
-        case Rankine:
-            return (t + 273.15L) * 1.8L;
-        default:
-            return t;
-    }
+    if (scale == Fahrenheit) return t * 1.8L + 32;
+    return scale == Kelvin ? t + 273.15L : scale == Rankine ? (t + 273.15L) * 1.8L : t;
 }
 Real Fit(Real x, Real R, Real B, Real F, Real O) { return B / std::log(R / (x - O) + F) - 273.15L; }
 
@@ -138,19 +130,19 @@ void CheckAllModels() {
     check(
         "fit", kListForms, near,
         [&](ETempType scale, STypedData out, auto... form) {
-            if constexpr (sizeof...(form) > 2) return false;
-            if constexpr (sizeof...(form) <= 2) {
+            if constexpr (sizeof...(form) > 2)
+                return false;
+            else
                 return ToTemperatureRBF(out, in, form..., R[1], B[1], F[1], O[1], 1, 2, 3, 4, kEmissivity, scale);
-            }
         },
         [&](Real r, u8) { return Fit(r / kEmissivity, R[1], B[1], F[1], O[1]); });
     check(
         "fits", kListForms, near,
         [&](ETempType scale, STypedData out, auto... form) {
-            if constexpr (sizeof...(form) > 2) return false;
-            if constexpr (sizeof...(form) <= 2) {
+            if constexpr (sizeof...(form) > 2)
+                return false;
+            else
                 return ToTemperatureRBF(out, in, map, form..., R, B, F, O, none, none, none, none, kEmissivity, scale);
-            }
         },
         [&](Real r, u8 p) { return Fit(r / kEmissivity, R[p], B[p], F[p], O[p]); });
 }
@@ -195,8 +187,7 @@ TEST(ToTemperature, SingleValues) {
     const auto fit = [](double x, double R, double F, ETempType scale) {
         return ToTemperatureRBF(x, R, 1450, F, 0.25, 0, 0, 0, 0, 1, scale);
     };
-    EXPECT_EQ(fit(0.25, 2, 1, Celsius), -273.15);
-    EXPECT_EQ(fit(kNaN, 2, 1, Kelvin), 0);
+    EXPECT_TRUE(fit(0.25, 2, 1, Celsius) == -273.15 && fit(kNaN, 2, 1, Kelvin) == 0);
     EXPECT_DOUBLE_EQ(fit(0.75, 2, 1, Rankine), 1450 / std::log(5.0) * 1.8);
     EXPECT_DOUBLE_EQ(fit(0.75, -2, 1, Kelvin), 1450 / std::log(1.0002));
     EXPECT_DOUBLE_EQ(fit(0.75, -2, 0.5, kUnknownScale), 1450 / std::log(1.0002) - 273.15);
@@ -213,16 +204,12 @@ TEST(ToTemperature, PowersAreSummedInSinglePrecisionForSingleDestinations) {
     double whole = 0;
     const STypedData in{const_cast<double*>(&one), Flt64}, out{&single, Flt32}, wide{&whole, Flt64};
     const STemperatureParams params{.coefficients = a, .order = 7};
-    EXPECT_TRUE(ToTemperatureCoeffs(out, in, 1, a, 7, 1, Celsius));
-    EXPECT_EQ(single, 16777216);
-    EXPECT_TRUE(ToTemperatureCoeffs(wide, in, 1, a, 7, 1, Celsius));
-    EXPECT_EQ(whole, 16777223);
-    EXPECT_TRUE(ToTemperatureCoeffs(out, in, 1, a, 6, 1, Celsius));
-    EXPECT_EQ(single, 16777222) << "orders 1 to 6 are written out";
-    EXPECT_TRUE(ToTemperatureCoeffs(out, in, &preset, 1, coefficients, &two, 1, Celsius));
-    EXPECT_EQ(single, 16777216) << "for a preset, all orders take powers";
-    EXPECT_TRUE(RadianceToTemperature(in, out, 1, params, {}));
-    EXPECT_EQ(single, 16777224);
+    EXPECT_TRUE(ToTemperatureCoeffs(out, in, 1, a, 7, 1, Celsius) && single == 16777216);
+    EXPECT_TRUE(ToTemperatureCoeffs(wide, in, 1, a, 7, 1, Celsius) && whole == 16777223);
+    EXPECT_TRUE(ToTemperatureCoeffs(out, in, 1, a, 6, 1, Celsius) && single == 16777222) << "1 to 6 are written out";
+    EXPECT_TRUE(ToTemperatureCoeffs(out, in, &preset, 1, coefficients, &two, 1, Celsius) && single == 16777216)
+        << "for a preset, all orders take powers";
+    EXPECT_TRUE(RadianceToTemperature(in, out, 1, params, {}) && single == 16777224);
 }
 
 TEST(ToTemperature, StopsWhereAPixelHasNoTemperature) {
@@ -326,14 +313,13 @@ TEST(ToTemperature, RecordsChooseTheModel) {
                 const auto check = [&](const auto& call, const auto& expected) {
                     CheckForm<double>(forms, form, Rankine, 1e-8, call, expected);
                 };
-                const auto byMap = [&](const bool* flags) {
-                    return [&, flags](STypedData out, auto... f) {
+                for (const bool* flags : {&records.valid[0], static_cast<const bool*>(nullptr)}) {
+                    const auto byMap = [&](STypedData out, auto... f) {
                         return CountsToTemperature(in, out, presets.data(), f..., flags, records.toRadiance,
                                                    records.toTemperature, kCommon);
                     };
-                };
-                check(byMap(records.valid), [&](u32 i) { return celsius(presets[i], i, records.valid[presets[i]]); });
-                check(byMap(nullptr), [&](u32 i) { return celsius(presets[i], i, false); });
+                    check(byMap, [&](u32 i) { return celsius(presets[i], i, flags && flags[presets[i]]); });
+                }
                 for (const u8 p : std::initializer_list<u8>{0, 4, 5, 6}) {
                     const auto single = [&](STypedData out, auto... f) {
                         return CountsToTemperature(in, out, f..., records.toRadiance[p], records.toTemperature[p],
@@ -342,17 +328,18 @@ TEST(ToTemperature, RecordsChooseTheModel) {
                     check(single, [&](u32 i) { return celsius(p, i, true); });
                 }
                 if constexpr (std::is_floating_point_v<S>) {
-                    const auto radiancesByMap = [&](STypedData out, auto... f) {
+                    const auto byMap = [&](STypedData out, auto... f) {
                         return RadianceToTemperature(of, out, presets.data(), f..., records.valid,
                                                      records.toTemperature, kCommon);
                     };
                     const auto single = [&](STypedData out, auto... f) {
                         return RadianceToTemperature(of, out, f..., records.toTemperature[2], kCommon);
                     };
-                    check(radiancesByMap, [&](u32 i) {
-                        return records.Temperature(radiances[i], presets[i], records.valid[presets[i]]);
-                    });
-                    check(single, [&](u32 i) { return records.Temperature(radiances[i], 2, true); });
+                    const auto expected = [&](u8 p, u32 i, bool flag) {
+                        return records.Temperature(radiances[i], p, flag);
+                    };
+                    check(byMap, [&](u32 i) { return expected(presets[i], i, records.valid[presets[i]]); });
+                    check(single, [&](u32 i) { return expected(2, i, true); });
                 }
             }
         });
@@ -363,12 +350,12 @@ TEST(ToTemperature, CountsReachTemperatureWithoutRoundingBetween) {
     const u16 counts[] = {1, 2, 3, 1001};
     double lift[] = {1e8, 1}, lower[] = {-1e8, 1};  // a float near 1e8 knows multiples of 8
     float result[4];
-    EXPECT_TRUE(CountsToTemperature({const_cast<u16*>(counts), UInt16}, {result, Flt32}, 4,
-                                    {.coefficients = lift, .order = 1}, {.coefficients = lower, .order = 1}, {}));
-    for (int i = 0; i < 4; ++i) EXPECT_EQ(result[i], counts[i]);
-    EXPECT_TRUE(CountsToTemperature({const_cast<u16*>(counts), UInt16}, {result, Flt32}, 4,
-                                    {.coefficients = lower, .order = -3}, {.coefficients = lift, .order = 1}, {}));
-    EXPECT_EQ(result[3], 1001) << "an order that is none writes nothing";
+    for (const i32 order : {1, -3}) {  // an order that is none writes nothing
+        EXPECT_TRUE(CountsToTemperature({const_cast<u16*>(counts), UInt16}, {result, Flt32}, 4,
+                                        {.coefficients = lift, .order = order}, {.coefficients = lower, .order = 1},
+                                        {}));
+        for (int i = 0; i < 4; ++i) EXPECT_EQ(result[i], counts[i]);
+    }
 }
 
 TEST(ToTemperature, ImagesWithFewCountsHaveTheBitsOfSinglePixels) {
