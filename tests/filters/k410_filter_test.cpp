@@ -47,10 +47,12 @@ TEST(K410, InfraredFormsGivePixelsNumberAndTime) {
         {"flipped", kK410GigEFlipped, false, false, false, 0x1234, false},
         {"flipped, swapped pixels", kK410GigEFlipped, true, true, true, 0x5678, true},
     };
+    SFrameReader reader = Reader(kK410F7M0);  // what one frame leaves is not to show in the next
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         const CDateTime before;
-        SFrameReader reader = Reader(c.type);
+        reader.type = c.type;
+        reader.filter = filterFactory()->CreateForPixelType(c.type);
         std::vector<u16> pixels = Ramp(kPixels);
         SK410Container container{.record = {.swapped = c.recordSwapped}};
         container.pixelsSwapped = c.pixelsSwapped ? 1 : 2;  // anything but 1 is the plain order
