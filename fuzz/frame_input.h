@@ -107,7 +107,8 @@ inline void Parse(SParsed& parsed, const SInput& input, EDataType type, u8 fill)
 
 /// All operations that give pixels or bytes of a frame, on one that may be any bytes.
 void Decode(const SInput& input);
-/// The questions that scan a recording, and the description, which are to agree.
+/// The description, or the questions that scan a recording, which are to agree with the parsing: the frame's own bytes
+/// choose.
 void CheckAndDescribe(const SInput& input);
 
 }  // namespace ovix::reduce

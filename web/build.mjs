@@ -1,8 +1,9 @@
-// Makes dist/page.html, the whole page but for its data, or the unit tests as programs for node.
+// Makes dist/page.html, the whole page but for its data, or the unit tests and the fuzzer as programs for node.
 //
 //   node build.mjs             dist/page.html
 //   node build.mjs --out FILE  the same elsewhere, as seen from this folder
 //   node build.mjs --tests     ../build/web/tests/*.test.mjs
+//   node build.mjs --fuzz      ../build/web/fuzz/*.mjs
 import { build } from "esbuild";
 import { createHash } from "node:crypto";
 import { mkdir, readFile, readdir, writeFile } from "node:fs/promises";
@@ -53,19 +54,21 @@ async function buildPage(target) {
   await writeFile(target, page);
 }
 
-async function buildTests() {
-  const tests = (await readdir("tests")).filter((name) => name.endsWith(".test.ts"));
+/** What stands in a folder as programs for node. */
+async function buildPrograms(folder, ending) {
+  const names = (await readdir(folder)).filter((name) => name.endsWith(ending));
   await build({
     absWorkingDir: cwd(),
-    entryPoints: tests.map((name) => `tests/${name}`),
+    entryPoints: names.map((name) => `${folder}/${name}`),
     bundle: true,
     platform: "node",
     format: "esm",
-    outdir: "../build/web/tests",
+    outdir: `../build/web/${folder}`,
     outExtension: { ".js": ".mjs" },
     logLevel: "warning",
   });
 }
 
-if (argv[2] === "--tests") await buildTests();
+if (argv[2] === "--tests") await buildPrograms("tests", ".test.ts");
+else if (argv[2] === "--fuzz") await buildPrograms("fuzz", ".ts");
 else await buildPage(argv[2] === "--out" ? argv[3] : "dist/page.html");

@@ -19,6 +19,12 @@ constexpr const char* kStandardInput = "standard input";
                   .systemError = number});
 }
 
+int OpenedForReading(const char* path, bool waits) {
+    const int file = ::open(path, O_RDONLY | O_CLOEXEC | (waits ? 0 : O_NONBLOCK));
+    if (file >= 0 && !waits) ::fcntl(file, F_SETFL, 0);
+    return file;
+}
+
 SFileIdentity IdentityIn(const struct stat& facts) { return {facts.st_dev, facts.st_ino}; }
 
 }  // namespace
@@ -33,9 +39,9 @@ std::optional<SFileIdentity> IdentityOf(const std::filesystem::path& path) {
     return IdentityIn(facts);
 }
 
-CInputFile::CInputFile(const std::filesystem::path& path)
+CInputFile::CInputFile(const std::filesystem::path& path, bool waits)
     : name_(path == "-" ? kStandardInput : path.string()),
-      file_(path == "-" ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0) : ::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+      file_(path == "-" ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0) : OpenedForReading(path.c_str(), waits)) {
     Inspect();
 }
 

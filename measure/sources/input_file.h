@@ -38,7 +38,9 @@ std::optional<SFileIdentity> IdentityOf(const std::filesystem::path& path);
 class CInputFile final : public IBytes {
   public:
     /// "-" is the standard input. Throws `CError` for what is missing, cannot be read, or is neither file nor pipe.
-    explicit CInputFile(const std::filesystem::path& path);
+    /// With `waits` false a named pipe opens before somebody writes to it; then `AwaitNext` is to be asked before
+    /// `ReadNext`.
+    explicit CInputFile(const std::filesystem::path& path, bool waits = true);
     /// A descriptor that stays the caller's.
     CInputFile(int descriptor, std::string name);
     /// None at all, for frames that lie in memory.

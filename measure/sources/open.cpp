@@ -85,6 +85,7 @@ class CPushedSource final : public CSource::IBody {
 CSource OpenStream(std::shared_ptr<const CInputFile> file, const SOpenOptions& options) {
     const std::string name = file->Name();
     CFeed feed(file, file->IsRegular() ? std::optional(options.patience) : std::nullopt);
+    feed.StopOn(options.stop);
     feed.Fill(CRecordingFile::MagicBytes);
     if (CRecordingFile::Recognises(feed.Window())) return CSource(CStreamSource::OfRecording(std::move(feed), options));
     SFrameFormat format = options.pixelType == "auto" ? FormatPeeked(feed) : FormatAsked(options, name);
@@ -102,7 +103,7 @@ CSource OpenFile(std::shared_ptr<const CInputFile> file, const SOpenOptions& opt
 }  // namespace
 
 CSource Open(const std::filesystem::path& path, const SOpenOptions& options) {
-    return OpenFile(std::make_shared<CInputFile>(path), options);
+    return OpenFile(std::make_shared<CInputFile>(path, !options.stop.stop_possible()), options);
 }
 
 CSource OpenDescriptor(int descriptor, std::string name, const SOpenOptions& options) {

@@ -33,6 +33,8 @@ struct SOpenOptions {
     std::chrono::milliseconds patience{10'000};
     /// Damaged metadata (a wrong CRC) is a finding and no error.
     bool acceptDamage = false;
+    /// Ends the waiting for what a pipe, or a file that grows, begins with: with the error `Interrupted`.
+    std::stop_token stop = {};
 };
 
 /// One frame as it lies in its source.

@@ -19,25 +19,30 @@ Regions = tuple[int, int, int, int] | Mapping[str, tuple[int, int, int, int]] | 
 Progress = Callable[[int, int | None], object] | bool | None
 
 
-def bar_of(progress: Progress) -> Callable[[int, int | None], object] | None:
-    """A function as it is; for True a bar of tqdm, where it is there."""
-    if not progress:
-        return None
-    if callable(progress):
-        return progress
-    try:
-        from tqdm.auto import tqdm
-    except ImportError:
-        return None
-    bar = tqdm(unit=" frames")
+class Showing:
+    """Calls the function that is given; for True shows a bar of tqdm, where it is there."""
 
-    def show(done: int, total: int | None) -> None:
-        bar.total = total
-        bar.update(done - bar.n)
-        if done == total:
-            bar.close()
+    def __init__(self, progress: Progress) -> None:
+        self._call = progress if callable(progress) else None
+        self._bar: Any = None
+        if progress is True:
+            try:
+                from tqdm.auto import tqdm
+            except ImportError:
+                return
+            self._bar, self._call = tqdm(unit=" frames"), self._update
 
-    return show
+    @property
+    def call(self) -> Callable[[int, int | None], object] | None:
+        return self._call
+
+    def _update(self, done: int, total: int | None) -> None:
+        self._bar.total = total
+        self._bar.update(done - self._bar.n)
+
+    def close(self) -> None:
+        if self._bar is not None:
+            self._bar.close()
 
 
 class Frames:
@@ -59,20 +64,26 @@ class Frames:
     ) -> None:
         self._series = _core.Series(measurement, runs, threads, on_fault, merge_presets)
         self._total = None if numbers is None or merge_presets else len(numbers)
-        self._show = bar_of(progress)
+        self._showing = Showing(progress)
         self._done = 0
 
     def __iter__(self) -> Frames:
         return self
 
     def __next__(self) -> Measured:
-        values, status, facts, unit = next(self._series)
+        try:
+            values, status, facts, unit = next(self._series)
+        except BaseException:  # the end is one
+            self._showing.close()
+            raise
         self._done += 1
-        if self._show is not None:
-            self._show(self._done, self._total)
+        if self._showing.call is not None:
+            self._showing.call(self._done, self._total)
         return Measured(values, status, facts, unit)
 
     def close(self) -> None:
+        """Ends the threads, and the pass."""
+        self._showing.close()
         self._series.close()
 
     @property
@@ -167,7 +178,11 @@ def measure_series(
         if len(box) != 4 or min(box) < 0 or max(box) > 65535 or box[2] == 0 or box[3] == 0:
             raise ValueError(f"roi: expected x, y, width, height of at least a pixel, found {tuple(box)}")
     boxes = list(named.values())
-    found = _core.statistics(measurement, runs, boxes, threads, on_fault, bar_of(progress))
+    showing = Showing(progress)
+    try:
+        found = _core.statistics(measurement, runs, boxes, threads, on_fault, showing.call)
+    finally:
+        showing.close()
     regions = {name: Figures(**columns) for name, columns in zip(named, found["regions"])}
     faults = (found["faults"], found["fault_count"])
     return Series(found["frame"], times_of(found["ticks"]), found["symbol"], found["unit"], regions, *faults)

@@ -30,6 +30,15 @@ SOpenOptions OptionsOf(const std::string& pixelType, u16 width, u16 height, u32 
             .acceptDamage = acceptDamage};
 }
 
+/// Opens what may keep silent for long: a signal ends the waiting.
+CPySource OpenInterruptibly(SOpenOptions options, const std::function<CSource(const SOpenOptions&)>& open) {
+    std::stop_source stop;
+    options.stop = stop.get_token();
+    std::optional<CSource> source;
+    Interruptibly(stop, [&] { source.emplace(open(options)); });
+    return CPySource(std::move(*source));
+}
+
 /// What the file says as a whole; nothing of a picture is read.
 py::dict RecordedInfo(const CSource& source) {
     reduce::CReduceObjectArray objects;
@@ -143,10 +152,9 @@ void BindSource(py::module_& module) {
     py::class_<CPySource>(module, "Source")
         .def(py::init([](const std::string& path, const std::string& pixelType, u16 width, u16 height, u32 frameSize,
                          bool follow, double patience, bool acceptDamage) {
-                 const SOpenOptions options =
-                     OptionsOf(pixelType, width, height, frameSize, follow, patience, acceptDamage);
-                 const py::gil_scoped_release unlocked;
-                 return CPySource(Open(path, options));
+                 return OpenInterruptibly(
+                     OptionsOf(pixelType, width, height, frameSize, follow, patience, acceptDamage),
+                     [&](const SOpenOptions& options) { return Open(path, options); });
              }),
              py::arg("path"), py::arg("pixel_type"), py::arg("width"), py::arg("height"), py::arg("frame_size"),
              py::arg("follow"), py::arg("patience"), py::arg("accept_damage"))
@@ -154,9 +162,9 @@ void BindSource(py::module_& module) {
             "from_descriptor",
             [](int descriptor, const std::string& name, const std::string& pixelType, u16 width, u16 height,
                u32 frameSize) {
-                const SOpenOptions options = OptionsOf(pixelType, width, height, frameSize, false, 0, false);
-                const py::gil_scoped_release unlocked;
-                return CPySource(OpenDescriptor(descriptor, name, options));
+                return OpenInterruptibly(
+                    OptionsOf(pixelType, width, height, frameSize, false, 0, false),
+                    [&](const SOpenOptions& options) { return OpenDescriptor(descriptor, name, options); });
             },
             py::arg("descriptor"), py::arg("name"), py::arg("pixel_type"), py::arg("width"), py::arg("height"),
             py::arg("frame_size"))

@@ -113,19 +113,23 @@ def test_other_threads_of_the_interpreter_run_meanwhile(tmp_path):
     dump = PLAIN.make(tmp_path / "dump.raw", 400)
     rec = ovix.open(dump, **PLAIN.how)
     out = np.empty(rec.shape, np.float32)
-    ticks, done = [], threading.Event()
+    seen, done = threading.Event(), threading.Event()
 
-    def tick():
+    def look():
         while not done.wait(0.0002):
-            ticks.append(bool(out[-1, -1, -1] == -1))
+            if out[0, 0, 0] != -1 and out[-1, -1, -1] == -1:
+                seen.set()
 
-    out[-1, -1, -1] = -1
-    ticker = threading.Thread(target=tick)
-    ticker.start()
-    rec.temperature(out=out, threads=1)
+    watcher = threading.Thread(target=look)
+    watcher.start()
+    for _ in range(200):
+        out[-1, -1, -1] = out[0, 0, 0] = -1
+        rec.temperature(out=out, threads=1)
+        if seen.is_set():
+            break
     done.set()
-    ticker.join()
-    assert any(ticks), "not once before the last pixel was there"
+    watcher.join()
+    assert seen.is_set(), "not once between the first pixel and the last"
 
 
 def run(code: str, **files: object) -> subprocess.CompletedProcess:
@@ -151,6 +155,8 @@ READ = f"rec = ovix.open(sys.argv[1], {GIGE!r}, ({WIDTH}, {HEIGHT})); soon()\n  
         READ + "while True:\n        for frame in rec.frames(): pass",
         "r, w = os.pipe(); os.write(w, open(sys.argv[1], 'rb').read(30000)); "
         f"rec = ovix.open(r, {GIGE!r}, ({WIDTH}, {HEIGHT})); soon(); list(rec.frames())",
+        f"r, w = os.pipe(); soon(); ovix.open(r, {GIGE!r}, ({WIDTH}, {HEIGHT}))",
+        f"os.mkfifo(sys.argv[1] + '.fifo'); soon(); ovix.open(sys.argv[1] + '.fifo', {GIGE!r}, ({WIDTH}, {HEIGHT}))",
     ],
 )
 def test_an_interrupt_ends_what_works(tmp_path, what):
@@ -192,21 +198,43 @@ def test_damaged_frames_are_skipped_or_filled(tmp_path):
 
 MEMORY = """
 import resource, sys, ovix
-rec = ovix.open(sys.argv[1], "counts", (64, 48))
-peak = lambda: resource.getrusage(resource.RUSAGE_SELF).ru_maxrss
+how = {"pixel_type": "counts", "size": (64, 48)}
 def walk(frames):
-    for frame in frames.frames(): pass
-    frames.series(roi=(0, 0, 8, 8))
-walk(rec[:500]); before = peak()
-walk(rec)
-assert len(rec) == 10_000 and peak() - before < 8192, (before, peak())
+    rec = ovix.open(sys.argv[1], **how)[:frames]
+    for frame in rec.frames(): pass
+    rec.series(roi=(0, 0, 8, 8))
+def archive(files):
+    data = ovix.open_archive([sys.argv[1] + str(i) for i in range(files)], **how)
+    data.counts.max(("y", "x")).compute(scheduler="sync")
+peak = lambda: resource.getrusage(resource.RUSAGE_SELF).ru_maxrss
+for what, few, many in ((walk, 500, 10_000), (archive, 70, 700)):
+    what(few); before = peak()
+    what(many)
+    assert peak() - before < 8192, (what, before, peak())
 """
 
 
-def test_memory_stays_over_ten_thousand_frames(tmp_path):
+def test_memory_stays_over_ten_thousand_frames_and_ten_times_as_many_recordings(tmp_path):
     np.zeros((10_000, 48, 64), "<u2").tofile(tmp_path / "counts.raw")
+    np.zeros((64, 48, 64), "<u2").tofile(tmp_path / "counts.raw0")
+    for i in range(1, 700):
+        os.link(tmp_path / "counts.raw0", tmp_path / f"counts.raw{i}")
     done = run(MEMORY, dump=tmp_path / "counts.raw")
     assert done.returncode == 0, done.stderr
+
+
+def test_progress_is_shown_to_a_function_and_by_a_bar(recording, capsys):
+    told = []
+    with ovix.open(recording) as rec:
+        rec.series(progress=lambda *now: told.append(now))
+        assert [now for now in told if now[0] == 8][-1:] == [(8, 8)] and told == sorted(told)
+        frames = rec.frames(progress=lambda *now: told.append(now))
+        assert (next(frames).number, told[-1]) == (0, (1, 8))
+        pytest.importorskip("tqdm")
+        rec[:6].series(progress=True)
+        list(rec[:7].frames(progress=True))
+    shown = capsys.readouterr().err
+    assert "6/6" in shown and "7/7" in shown
 
 
 def test_pixels_are_mapped_where_they_are_plain(tmp_path):

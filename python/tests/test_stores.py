@@ -1,6 +1,7 @@
 """What the tool writes for others, read by others: Zarr by zarr and xarray, HDF5 by h5py."""
 
 import json
+import signal
 import subprocess
 import time
 
@@ -42,6 +43,14 @@ def test_zarr_holds_the_values_with_their_unit_status_and_time(run, tmp_path, op
     assert zarr.open(str(store))["temperature"].compressor.shuffle == 2
 
 
+def test_zarr_is_read_whatever_the_sign_of_the_unit(run, tmp_path):
+    dump, temperature, _, _ = run
+    tool("convert", dump, "--pixel-type", GIGE, "--size", f"{WIDTH}x{HEIGHT}", "-o", tmp_path / "out.zarr")
+    stored = zarr.open_consolidated(str(tmp_path / "out.zarr")).temperature
+    assert stored.attrs["units"] == "°C"
+    assert np.allclose(stored, temperature - 273.15, atol=1e-3)
+
+
 def test_zarr_holds_temperatures_in_steps(run, tmp_path):
     dump, temperature, _, _ = run
     store = convert(dump, tmp_path / "out.zarr", "--step", "0.01")
@@ -67,8 +76,18 @@ def test_nexus_holds_the_values_with_their_unit_status_and_time(run, tmp_path):
         assert json.loads(entry["process/parameters/data"][()])["emissivity"] == 0.95
 
 
+def test_tiff_holds_the_values_with_their_unit(run, tmp_path):
+    dump, temperature, _, _ = run
+    tifffile = pytest.importorskip("tifffile")
+    with tifffile.TiffFile(convert(dump, tmp_path / "out.tif")) as file:
+        assert np.array_equal(file.asarray(), temperature)
+        told = json.loads(file.pages[0].description)
+        assert "K" in json.dumps(told["unit"]) and told["parameters"]["emissivity"] == 0.95
+
+
+@pytest.mark.parametrize("ending", [signal.SIGKILL, signal.SIGINT])
 @pytest.mark.parametrize("extension", [".zarr", ".nxs"])
-def test_what_is_written_is_readable_after_a_kill(run, tmp_path, extension):
+def test_what_is_written_is_readable_after_a_kill_and_gone_after_an_interrupt(run, tmp_path, extension, ending):
     dump, temperature, _, _ = run
     out = tmp_path / ("out" + extension)
     camera = ("--pixel-type", GIGE, "--size", f"{WIDTH}x{HEIGHT}", "--scale", "K")
@@ -85,9 +104,11 @@ def test_what_is_written_is_readable_after_a_kill(run, tmp_path, extension):
         if extension == ".nxs" and part.exists() and part.stat().st_size > 100_000:
             time.sleep(0.5)
             break
-    writer.kill()
-    writer.wait()
-    assert not out.exists()
+    writer.send_signal(ending)
+    assert writer.wait() == -ending and not out.exists()
+    if ending == signal.SIGINT:
+        assert not list(tmp_path.iterdir())
+        return
     if extension == ".zarr":
         stored = xarray.open_zarr(part).temperature.values
     else:

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # kill.sh OVIX FOLDER TIMES [SEED]: kills each writer so often at random moments. FOLDER holds liblossy.so and the recorder.
 set -euo pipefail
+here=$(dirname "$(realpath "$0")")
 ovix=$(realpath "$1") tools=$(realpath "$2") times=$3
 RANDOM=${4:-1}
 work=$tools/work
@@ -26,7 +27,8 @@ killed() {
     local start=$EPOCHREALTIME pid
     "$@" >said 2>errors &
     pid=$!
-    sleep "0.$(printf %06d $((RANDOM * 32768 % ${lasts:-100000} + RANDOM % 1000)))"
+    local when=$((RANDOM * 32768 % lasts + RANDOM % 1000))
+    sleep "$((when / 1000000)).$(printf %06d $((when % 1000000)))"
     kill -9 "$pid" 2>/dev/null || true
     wait "$pid" 2>/dev/null && status=0 || status=$?
     kills=$((kills + 1))
@@ -38,7 +40,6 @@ lasting() {
     local start=$EPOCHREALTIME
     "$@" >said 2>errors || fail "$* does not work at all: $(cat errors)"
     lasts=$(((${EPOCHREALTIME/./} - ${start/./}) * 13 / 10 + 1000))
-    [ "$lasts" -lt 900000 ] || lasts=900000
 }
 # What a power cut leaves of every file: what was flushed.
 cut_power() {
@@ -90,16 +91,33 @@ expect_whole() {
         while IFS= read -r file; do
             cmp "out/$file" "$reference/$file" || fail "$name: $file bears its name and is not whole"
             whole=$((whole + 1))
-        done < <(cd out && find . -type f ! -name '*.part')
+        done < <(cd out && find . -type f ! -path '*.part*')
     done
     echo "$name: $times kills, $whole files whole"
 }
 expect_whole record record.d "$ovix" record dump.raw "${camera[@]}" --checksums -o out/run.krt
 expect_whole "record -" pipe.d bash -c 'exec "$0" record - --pixel-type "K410 IR (GigE)" --size 64x48 -o out/run.krt <dump.raw' "$ovix"
 expect_whole repair repair.d "$ovix" repair cut.krt -o out/run.krt
-for format in npy csv tif png; do
+for format in npy csv tif png zarr nxs; do
     range=()
     [ $format != png ] || range=(--range 10,100)
     expect_whole "convert to $format" "$format.d" "$ovix" convert reference.krt --frames 0-39 "${range[@]}" -o "out/frames.$format"
 done
+# What a killed writer leaves of a store can be read, and holds the first frames.
+if /usr/bin/python3 -c "import h5py, zarr" 2>/dev/null; then
+    for format in zarr nxs; do
+        writer=("$ovix" convert reference.krt --unit counts -o "out/frames.$format")
+        lasting "${writer[@]}"
+        rm -rf "whole.$format"
+        cp -r "out/frames.$format" "whole.$format"
+        for ((i = 0; i < times; ++i)); do
+            killed "${writer[@]}"
+            [ ! -e "out/frames.$format.part" ] || mv "out/frames.$format.part" "left.$i.$format"
+        done
+        echo "convert to $format, its part: $times kills, $(/usr/bin/python3 "$here/parts.py" "whole.$format" left.*."$format")"
+        rm -rf left.*
+    done
+else
+    echo "there is no h5py or zarr to read parts of stores with"
+fi
 echo "$kills kills"

@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -43,4 +44,15 @@ int Flush(const char* name, int descriptor) {
 extern "C" {
 int fsync(int descriptor) { return Flush("fsync", descriptor); }
 int fdatasync(int descriptor) { return Flush("fdatasync", descriptor); }
+/// All files below the folder, which is as much of the file system as matters.
+int syncfs(int folder) {
+    const int result = Flush("syncfs", folder);
+    const std::filesystem::path own = "/proc/self/fd/" + std::to_string(folder);
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(std::filesystem::read_symlink(own))) {
+        const int file = ::open(entry.path().c_str(), O_RDONLY | O_CLOEXEC);
+        Keep(file);
+        ::close(file);
+    }
+    return result;
+}
 }

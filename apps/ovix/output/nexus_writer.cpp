@@ -1,12 +1,15 @@
 #include <fmt/format.h>
 #include <hdf5.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 
 #include "apps/ovix/fault.h"
 #include "apps/ovix/output/cf_attributes.h"
 #include "apps/ovix/output/file_kinds.h"
+#include "apps/ovix/output/output_file.h"
 
 namespace ovix::app {
 namespace {
@@ -57,10 +60,15 @@ void PutTexts(hid_t object, const char* name, const std::vector<const char*>& te
     PutAttribute(object, name, H5Screate_simple(1, &count, nullptr), texts.data());
 }
 
+/// How an array is made: without the time of day, so that the same frames give the same bytes.
+hid_t MakingOfArray() {
+    const hid_t how = H5Pcreate(H5P_DATASET_CREATE);
+    H5Pset_obj_track_times(how, false);
+    return how;
+}
+
 void PutDataset(hid_t group, const char* name, const std::string& text) {
-    const CHandle type(TextType(), H5Tclose), space(H5Screate(H5S_SCALAR), H5Sclose);
-    const CHandle how(H5Pcreate(H5P_DATASET_CREATE), H5Pclose);
-    H5Pset_obj_track_times(how, false);  // the same frames give the same bytes
+    const CHandle type(TextType(), H5Tclose), space(H5Screate(H5S_SCALAR), H5Sclose), how(MakingOfArray(), H5Pclose);
     const CHandle set(H5Dcreate2(group, name, type, space, H5P_DEFAULT, how, H5P_DEFAULT), H5Dclose);
     const char* const one = text.c_str();
     Require(H5Dwrite(set, type, H5S_ALL, H5S_ALL, H5P_DEFAULT, &one), name);
@@ -112,9 +120,8 @@ class CGrowing {
         chunk[0] = together;
         const int rank = static_cast<int>(shape_.size());
         const CHandle space(H5Screate_simple(rank, shape_.data(), most.data()), H5Sclose);
-        const CHandle how(H5Pcreate(H5P_DATASET_CREATE), H5Pclose);
+        const CHandle how(MakingOfArray(), H5Pclose);
         H5Pset_chunk(how, rank, chunk.data());
-        H5Pset_obj_track_times(how, false);
         if (level > 0) {
             if (H5Tget_size(type_) > 1) H5Pset_shuffle(how);
             H5Pset_deflate(how, static_cast<unsigned>(level));
@@ -132,6 +139,21 @@ class CGrowing {
     CHandle set_;
 };
 
+/// What is open of a file.
+struct SArrays {
+    SArrays(hid_t file, const SSeries& series, int level)
+        : entry(file, "entry", "NXentry"),
+          data(entry, "data", "NXdata"),
+          values(data, VariableName(series.unit).c_str(), H5T_NATIVE_FLOAT, {series.height, series.width}, 1, level),
+          status(data, "status", H5T_NATIVE_UINT8, {series.height, series.width}, 1, level),
+          frame(data, "frame", H5T_NATIVE_INT64, {}, kColumn, 0),
+          time(data, "time", H5T_NATIVE_DOUBLE, {}, kColumn, 0) {}
+
+    static constexpr hsize_t kColumn = 1024;
+    SGroup entry, data;
+    CGrowing values, status, frame, time;
+};
+
 /// NeXus: /entry (NXentry) with /entry/data (NXdata), written beside its place and flushed with each frame.
 class CNexusWriter final : public IFrameWriter {
   public:
@@ -140,15 +162,12 @@ class CNexusWriter final : public IFrameWriter {
           options_(options),
           level_(std::min(options.compression, 9)),
           part_(RequireRoom()),
-          file_(H5Fcreate(part_.c_str(), H5F_ACC_EXCL, H5P_DEFAULT, H5P_DEFAULT), H5Fclose),
+          file_(std::in_place, H5Fcreate(part_.c_str(), H5F_ACC_EXCL, H5P_DEFAULT, H5P_DEFAULT), H5Fclose),
           removed_(part_),
-          entry_(file_, "entry", "NXentry"),
-          data_(entry_, "data", "NXdata"),
-          values_(data_, VariableName(series.unit).c_str(), H5T_NATIVE_FLOAT, {series.height, series.width}, 1, level_),
-          status_(data_, "status", H5T_NATIVE_UINT8, {series.height, series.width}, 1, level_),
-          frame_(data_, "frame", H5T_NATIVE_INT64, {}, kColumn, 0),
-          time_(data_, "time", H5T_NATIVE_DOUBLE, {}, kColumn, 0) {
+          interrupted_(part_),
+          to_(std::in_place, *file_, series, level_) {
         Describe(series);
+        Require(H5Fflush(*file_, H5F_SCOPE_GLOBAL), part_);
     }
 
     SEncodedFrame Encode(const SPicture& picture) const override {
@@ -159,27 +178,29 @@ class CNexusWriter final : public IFrameWriter {
     }
     void Append(const SPicture& picture, const SEncodedFrame& encoded) override {
         if (!begun_) Begin(picture);
-        values_.AppendChunk(encoded.values.front());
-        for (const auto& status : encoded.status) status_.AppendChunk(status);
-        frame_.Append<i64>(static_cast<i64>(picture.frame));
+        to_->values.AppendChunk(encoded.values.front());
+        for (const auto& status : encoded.status) to_->status.AppendChunk(status);
+        to_->frame.Append<i64>(static_cast<i64>(picture.frame));
         const bool timed = start_ && picture.time;
-        time_.Append<double>(timed    ? std::chrono::duration<double>(*picture.time - *start_).count()
-                             : start_ ? std::numeric_limits<double>::quiet_NaN()
-                                      : static_cast<double>(picture.frame));
-        Require(H5Fflush(file_, H5F_SCOPE_LOCAL), part_);
+        to_->time.Append<double>(timed    ? std::chrono::duration<double>(*picture.time - *start_).count()
+                                 : start_ ? std::numeric_limits<double>::quiet_NaN()
+                                          : static_cast<double>(picture.frame));
+        Require(H5Fflush(*file_, H5F_SCOPE_LOCAL), part_);
     }
     void Finish() override {
         if (!begun_) throw CAppError(ExitBadData, target_.string() + ": no frame to write");
-        Require(H5Fflush(file_, H5F_SCOPE_GLOBAL), part_);
+        Require(H5Fflush(*file_, H5F_SCOPE_GLOBAL), part_);
+        to_.reset();
+        file_.reset();
+        SyncByName(part_, ::fsync);
         std::error_code error;
         fs::rename(part_, target_, error);
         if (error) throw SystemFault(ExitFile, target_.string(), "cannot write", error.value());
         removed_.path.clear();
+        interrupted_.reset();
     }
 
   private:
-    static constexpr hsize_t kColumn = 1024;
-
     std::string RequireRoom() const {
         H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr);  // it would print what is thrown here
         std::string part = target_.string() + ".part";
@@ -192,18 +213,18 @@ class CNexusWriter final : public IFrameWriter {
     }
     void Describe(const SSeries& series) {
         const std::string name = VariableName(series.unit);
-        PutText(file_, "default", "entry");
-        PutText(entry_, "default", "data");
-        PutDataset(entry_, "title", series.title);
-        PutText(data_, "signal", name);
-        PutText(data_, "auxiliary_signals", "status");
-        PutTexts(data_, "axes", {"time", ".", "."});
-        PutText(values_.Set(), "units", series.unit.symbol);
-        PutText(values_.Set(), "long_name", series.unit.Label());
+        PutText(*file_, "default", "entry");
+        PutText(to_->entry, "default", "data");
+        PutDataset(to_->entry, "title", series.title);
+        PutText(to_->data, "signal", name);
+        PutText(to_->data, "auxiliary_signals", "status");
+        PutTexts(to_->data, "axes", {"time", ".", "."});
+        PutText(to_->values.Set(), "units", series.unit.symbol);
+        PutText(to_->values.Set(), "long_name", series.unit.Label());
         const Json flags = StatusAttributes();
-        PutText(status_.Set(), "flag_masks", JsonText(flags["flag_masks"]));
-        PutText(status_.Set(), "flag_meanings", flags["flag_meanings"]);
-        const SGroup process(entry_, "process", "NXprocess");
+        PutText(to_->status.Set(), "flag_masks", JsonText(flags["flag_masks"]));
+        PutText(to_->status.Set(), "flag_meanings", flags["flag_meanings"]);
+        const SGroup process(to_->entry, "process", "NXprocess");
         PutDataset(process, "program", "ovix");
         PutDataset(process, "version", OVIX_VERSION);
         const SGroup note(process, "parameters", "NXnote");
@@ -212,11 +233,11 @@ class CNexusWriter final : public IFrameWriter {
     }
     void Begin(const SPicture& first) {
         start_ = first.time;
-        PutText(time_.Set(), "long_name", start_ ? "time (s)" : "number of the frame; frames carry no time");
+        PutText(to_->time.Set(), "long_name", start_ ? "time (s)" : "number of the frame; frames carry no time");
         if (start_) {
-            PutText(time_.Set(), "units", "s");
-            PutText(time_.Set(), "start", TimeText(*start_));
-            PutDataset(entry_, "start_time", TimeText(*start_));
+            PutText(to_->time.Set(), "units", "s");
+            PutText(to_->time.Set(), "start", TimeText(*start_));
+            PutDataset(to_->entry, "start_time", TimeText(*start_));
         }
         begun_ = true;
     }
@@ -242,10 +263,10 @@ class CNexusWriter final : public IFrameWriter {
     SWriteOptions options_;
     int level_;
     std::string part_;
-    CHandle file_;
+    std::optional<CHandle> file_;
     SRemoved removed_;
-    SGroup entry_, data_;
-    CGrowing values_, status_, frame_, time_;
+    std::optional<CRemovedOnInterrupt> interrupted_;
+    std::optional<SArrays> to_;  ///< closed before the file is
     std::optional<measure::Time> start_;
     bool begun_ = false;
 };

@@ -1,5 +1,6 @@
 #include "apps/ovix/output/output_file.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
@@ -42,10 +43,28 @@ void Unregister(int& slot) {
     slot = -1;
 }
 
+/// A file, or a folder with what is in it. `readdir` would take memory, so the folder's entries are asked for as the
+/// system gives them.
+void RemoveAll(int folder, const char* name) {
+    if (::unlinkat(folder, name, 0) == 0 || errno != EISDIR) return;
+    const int inner = ::openat(folder, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    alignas(dirent64) char entries[4096];
+    for (ssize_t size; inner >= 0 && (size = ::getdents64(inner, entries, sizeof entries)) > 0;) {
+        for (ssize_t at = 0; at < size;) {
+            const auto* entry = reinterpret_cast<const dirent64*>(entries + at);
+            at += entry->d_reclen;
+            if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0)
+                RemoveAll(inner, entry->d_name);
+        }
+    }
+    ::close(inner);
+    ::unlinkat(folder, name, AT_REMOVEDIR);
+}
+
 extern "C" void EndInterrupted(int signal) {
     if (::getpid() == owner) {  // a child that only decodes owns none of the files
         for (SUnfinished& slot : unfinished) {
-            if (slot.used) ::unlink(slot.path);
+            if (slot.used) RemoveAll(AT_FDCWD, slot.path);
         }
         for (SUnfinished& slot : unfinished) {
             if (slot.used) ::rmdir(slot.path);  // of those that are folders, which are empty by now
@@ -167,6 +186,13 @@ void COutputFile::Commit() {
     ::close(file_);
     file_ = -1;
     SyncDirectory(target_.parent_path());
+}
+
+void SyncByName(const std::filesystem::path& path, int (*sync)(int)) {
+    const int handle = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const int failed = handle < 0 || sync(handle) != 0 ? errno : 0;
+    ::close(handle);
+    if (failed) throw SystemFault(ExitFile, path.string(), "cannot write", failed);
 }
 
 CRemovedOnInterrupt::CRemovedOnInterrupt(const std::filesystem::path& file) : slot_(Register(file.string())) {}

@@ -54,7 +54,11 @@ class COutputFile {
     bool keepPart_;
 };
 
-/// A file of somebody else's that an interrupt removes while this lives.
+/// What others wrote reaches the medium, so that it may take its name: by `fsync` a file, by `syncfs` all of the file
+/// system, for a folder of thousands of files. Throws `CAppError`.
+void SyncByName(const std::filesystem::path& path, int (*sync)(int));
+
+/// A file of somebody else's, or a folder of files and of folders of files, that an interrupt removes while this lives.
 class CRemovedOnInterrupt {
   public:
     explicit CRemovedOnInterrupt(const std::filesystem::path& file);

@@ -1,14 +1,17 @@
 #include <blosc.h>
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <cstring>
 #include <fstream>
 #include <limits>
+#include <optional>
 
 #include "apps/ovix/fault.h"
 #include "apps/ovix/output/cf_attributes.h"
 #include "apps/ovix/output/file_kinds.h"
+#include "apps/ovix/output/output_file.h"
 
 namespace ovix::app {
 namespace {
@@ -34,7 +37,7 @@ void WriteWhole(const fs::path& path, const void* data, std::size_t size) {
     if (!file || error) Fail(path, "cannot write");
 }
 void WriteWhole(const fs::path& path, const Json& json) {
-    const std::string text = JsonText(json, 1);
+    const std::string text = JsonText(json, 1, true);  // readers of Zarr 2 take ASCII alone
     WriteWhole(path, text.data(), text.size());
 }
 
@@ -181,7 +184,7 @@ class CZarrWriter final : public IFrameWriter {
         : target_(target), part_(target.string() + ".part"), series_(series), options_(options) {
         RequireRoom();
         fs::create_directory(part_);
-        made_ = true;
+        removed_.emplace(part_);
         WriteWhole(part_ / ".zgroup", Json{{"zarr_format", 2}});
         WriteWhole(part_ / ".zattrs", GroupAttributes(series));
         const bool steps = options.step > 0;
@@ -195,7 +198,7 @@ class CZarrWriter final : public IFrameWriter {
     }
     ~CZarrWriter() override {
         std::error_code ignored;
-        if (made_ && !done_) fs::remove_all(part_, ignored);
+        if (removed_) fs::remove_all(part_, ignored);
     }
 
     SEncodedFrame Encode(const SPicture& picture) const override {
@@ -226,10 +229,11 @@ class CZarrWriter final : public IFrameWriter {
         status_->Complete();
         WriteMetadata();
         std::error_code error;
+        SyncByName(part_, ::syncfs);
         if (fs::exists(target_)) fs::remove_all(target_, error);
         if (!error) fs::rename(part_, target_, error);
         if (error) throw SystemFault(ExitFile, target_.string(), "cannot write", error.value());
-        done_ = true;
+        removed_.reset();
     }
 
   private:
@@ -270,8 +274,7 @@ class CZarrWriter final : public IFrameWriter {
     std::optional<CColumn> frame_, time_;
     u64 appended_ = 0;
     bool timed_ = false;
-    bool made_ = false;
-    bool done_ = false;
+    std::optional<CRemovedOnInterrupt> removed_;
 };
 
 }  // namespace

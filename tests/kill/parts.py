@@ -1,0 +1,35 @@
+"""parts.py WHOLE PART...: each part of a store, as a killed writer left it, holds the first frames of the whole one."""
+
+import os
+import sys
+
+import h5py
+import numpy
+import zarr
+
+
+def read(store):
+    """Values, status and numbers of the frames; nothing where the writer had not begun."""
+    if os.path.isdir(store):
+        if not os.path.exists(os.path.join(store, ".zmetadata")):
+            return None
+        group = zarr.open_consolidated(store, mode="r")
+    elif os.path.getsize(store) < 2048:
+        return None
+    else:
+        group = h5py.File(store, "r")["entry/data"]
+    return [group[name][:] for name in ("counts", "status", "frame")]
+
+
+whole, *parts = sys.argv[1:]
+expected = read(whole)
+frames = []
+for part in parts:
+    found = read(part)
+    if found is None:
+        frames.append(0)
+        continue
+    for one, all_of_it in zip(found, expected):
+        assert len(one) >= len(found[0]) and numpy.array_equal(one[: len(found[0])], all_of_it[: len(found[0])]), part
+    frames.append(len(found[0]))
+print(len(frames), "parts with", sum(frames), "frames read")
