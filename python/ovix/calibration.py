@@ -100,6 +100,8 @@ class PresetFit:
 
 @dataclass(frozen=True)
 class Fit:
+    """A fitted user calibration, and how well each preset of it is fitted."""
+
     calibration: Calibration
     presets: list[PresetFit]
 

@@ -38,6 +38,7 @@ class Recording:
 
     @property
     def closed(self) -> bool:
+        """Whether the file was given up."""
         return self._opened.closed
 
     def __enter__(self) -> Recording:
@@ -119,6 +120,7 @@ class Recording:
 
     @property
     def ndim(self) -> int:
+        """Of `counts`: 3, and 4 for colours."""
         return len(self.shape)
 
     @property

@@ -46,11 +46,7 @@ class Showing:
 
 
 class Frames:
-    """Measured frames in order, for one pass. Leaving a `for` loop early, or `close`, ends the threads.
-
-    `faults` are the first thousand errors of frames that were skipped or filled, as (number, text), and `fault_count`
-    tells how many there were.
-    """
+    """Measured frames in order, for one pass. Leaving a `for` loop early, or `close`, ends the threads."""
 
     def __init__(
         self,
@@ -88,10 +84,12 @@ class Frames:
 
     @property
     def faults(self) -> list[tuple[int | None, str]]:
+        """The first thousand errors of frames that were skipped or filled so far, as (number, text)."""
         return self._series.faults
 
     @property
     def fault_count(self) -> int:
+        """How many frames were skipped or filled so far."""
         return self._series.fault_count
 
 
@@ -132,18 +130,22 @@ class Series:
 
     @property
     def mean(self) -> npt.NDArray[np.float64]:
+        """Of the only or first region, float64 of shape (frames,) in `unit`; NaN where no pixel counts."""
         return self._first.mean
 
     @property
     def std(self) -> npt.NDArray[np.float64]:
+        """The standard deviation of the same, in the unit of a difference."""
         return self._first.std
 
     @property
     def min(self) -> npt.NDArray[np.float64]:
+        """The least value of the same."""
         return self._first.min
 
     @property
     def max(self) -> npt.NDArray[np.float64]:
+        """The largest value of the same."""
         return self._first.max
 
     def __len__(self) -> int:

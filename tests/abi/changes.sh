@@ -10,8 +10,8 @@ fresh() { rm -rf headers; mkdir headers; cp -r "$source"/{core,reduce,measure} h
 
 fresh
 compile
-"$source/cmake/abi.sh" store sample.so headers sample.abi
-"$source/cmake/abi.sh" compare sample.so headers sample.abi || { echo "an unchanged library is red"; exit 1; }
+"$source/cmake/abi.sh" store sample.so headers sample.abi.xz
+"$source/cmake/abi.sh" compare sample.so headers sample.abi.xz || { echo "an unchanged library is red"; exit 1; }
 
 # red WHAT HEADER EDIT: after the edit the comparison fails.
 red() {
@@ -19,7 +19,7 @@ red() {
     sed -i -E "$3" "headers/$2"
     ! cmp -s "headers/$2" "$source/$2" || { echo "$1: the edit finds no place"; exit 1; }
     compile
-    ! "$source/cmake/abi.sh" compare sample.so headers sample.abi >said 2>&1 || { echo "$1 is not red"; exit 1; }
+    ! "$source/cmake/abi.sh" compare sample.so headers sample.abi.xz >said 2>&1 || { echo "$1 is not red"; exit 1; }
 }
 red "a reordered member" measure/finding.h '/EFinding id = /d; s/^( *)EWeight weight = .*/&\n\1EFinding id = EFinding::Padding;/'
 red "a new virtual function" reduce/objects/reduce_object.h '0,/^( *)virtual ~IReduceObject/s//    virtual int Added() const { return 0; }\n&/'
