@@ -92,6 +92,7 @@ TEST(ConvertArray, TruncatesOneByOneWhereABlockHoldsValuesBeyond32Bits) {
     std::vector<float> source(1000);
     for (u32 i = 0; i < 1000; ++i) source[i] = static_cast<float>(i) * 70.5f - 200;
     source[300] = 4294967296.0f + 1024;  // 32 bits would give 0
+    source[600] = -2147483648.0f;        // which vectors give for all that they cannot hold
     source[999] = -kInf;
     std::vector<u16> dest(1000);
     ASSERT_TRUE(ConvertArray({dest.data(), UInt16}, {source.data(), Flt32}, 1000));
