@@ -38,7 +38,7 @@ for ((turn = 0; turn < turns; ++turn)); do
     measure "stats on 1" "$tool" stats $dump "${source[@]}" --jobs 1
     measure copy moved ovix_bench_x.npy ovix_bench_x.status.npy
     measure npy written ovix_bench_x.npy
-    measure "tiff 0" written ovix_bench_x.tif --compression 0
+    measure "tiff 0" written ovix_bench_x.tif --compression none
     measure tiff written ovix_bench_x.tif
     measure csv written ovix_bench_x.csv
     measure png written ovix_bench_p.png --range 10,90
@@ -65,7 +65,7 @@ show stats "stats" read
 show "stats on 1" "stats --jobs 1" read
 show copy "cat of the values and status"
 show npy "convert -o x.npy" copy
-show "tiff 0" "convert -o x.tif --compression 0" copy
+show "tiff 0" "convert -o x.tif --compression none" copy
 show tiff "convert -o x.tif"
 show csv "convert -o x.csv"
 show png "convert -o x.png"
