@@ -1,4 +1,4 @@
-#include "apps/manual/completion.h"
+#include "apps/manual/option.h"
 
 #include <fmt/format.h>
 

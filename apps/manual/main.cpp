@@ -5,8 +5,7 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "apps/manual/completion.h"
-#include "apps/manual/man_page.h"
+#include "apps/manual/option.h"
 #include "apps/ovix/cli/command_line.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "apps/manual/man_page.h"
+#include "apps/manual/option.h"
 
 #include <fmt/format.h>
 

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+/// The verbs and options of the tool, and what is made of them: pages of a manual, completion for shells.
 namespace ovix::app {
 
 /// What a shell can offer behind an option.
@@ -36,5 +37,14 @@ struct SVerb {
 SVerb VerbOf(const CLI::App& app);
 /// In the order of the help.
 std::vector<SVerb> VerbsOf(const CLI::App& tool);
+
+/// ovix.1: what the tool is, with all its verbs.
+std::string ToolPage(const SVerb& tool, const std::vector<SVerb>& verbs, const std::string& version);
+/// ovix-VERB.1.
+std::string VerbPage(const SVerb& verb, const std::string& version);
+
+std::string BashCompletion(const SVerb& tool, const std::vector<SVerb>& verbs);
+std::string ZshCompletion(const SVerb& tool, const std::vector<SVerb>& verbs);
+std::string FishCompletion(const SVerb& tool, const std::vector<SVerb>& verbs);
 
 }  // namespace ovix::app

@@ -7,10 +7,6 @@
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/suggestion.h"
 #include "apps/ovix/commands/command.h"
-#include "apps/ovix/commands/diff.h"
-#include "apps/ovix/commands/plot.h"
-#include "apps/ovix/commands/report.h"
-#include "apps/ovix/commands/uncertainty.h"
 #include "apps/ovix/facts/provenance.h"
 #include "apps/ovix/fault.h"
 

@@ -38,5 +38,9 @@ std::unique_ptr<ICommand> MakeVerifyCommand();
 std::unique_ptr<ICommand> MakeRepairCommand();
 std::unique_ptr<ICommand> MakeCalibrateCommand();
 std::unique_ptr<ICommand> MakeIndexCommand();
+std::unique_ptr<ICommand> MakeReportCommand();
+std::unique_ptr<ICommand> MakePlotCommand();
+std::unique_ptr<ICommand> MakeUncertaintyCommand();
+std::unique_ptr<ICommand> MakeDiffCommand();
 
 }  // namespace ovix::app

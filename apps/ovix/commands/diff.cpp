@@ -10,7 +10,7 @@
 #include "apps/ovix/cli/number_text.h"
 #include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/cli/values.h"
-#include "apps/ovix/commands/diff.h"
+#include "apps/ovix/commands/command.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/units.h"
 #include "measure/measure.h"

@@ -1,4 +1,4 @@
-#include "apps/ovix/commands/plot.h"
+#include "apps/ovix/commands/command.h"
 
 #include <fmt/format.h>
 

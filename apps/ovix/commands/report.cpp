@@ -10,7 +10,7 @@
 #include "apps/ovix/cli/regions.h"
 #include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/cli/values.h"
-#include "apps/ovix/commands/report.h"
+#include "apps/ovix/commands/command.h"
 #include "apps/ovix/fault.h"
 #include "apps/ovix/output/output_file.h"
 #include "apps/ovix/report/report_facts.h"

@@ -1,17 +1,26 @@
 #include <fmt/format.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <functional>
+#include <optional>
 
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/number_text.h"
-#include "apps/ovix/cli/terminal_width.h"
 #include "apps/ovix/commands/stats_printer.h"
 #include "apps/ovix/text_table.h"
 
 namespace ovix::app {
 
 namespace {
+
+/// The columns of the terminal that the standard output goes to; nothing where it is none.
+std::optional<std::size_t> TerminalWidth() {
+    winsize size = {};
+    if (!::isatty(STDOUT_FILENO) || ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || !size.ws_col) return {};
+    return size.ws_col;
+}
 
 /// A column that takes its width before its first cell is known.
 struct SColumn {

@@ -10,7 +10,7 @@
 #include "apps/ovix/cli/regions.h"
 #include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/cli/values.h"
-#include "apps/ovix/commands/uncertainty.h"
+#include "apps/ovix/commands/command.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/facts/provenance.h"
 #include "apps/ovix/facts/scene_json.h"
