@@ -33,13 +33,19 @@ killed() {
     wait "$pid" 2>/dev/null && status=0 || status=$?
     kills=$((kills + 1))
 }
-# lasting COMMAND...: how long it takes, in microseconds, as the time within which it is killed.
+# lasting COMMAND...: how long it takes at most, in microseconds, as the time within which it is killed. What others have the disk
+# do counts: the first time may be a quick one.
 lasting() {
-    rm -rf out
-    mkdir out
-    local start=$EPOCHREALTIME
-    "$@" >said 2>errors || fail "$* does not work at all: $(cat errors)"
-    lasts=$(((${EPOCHREALTIME/./} - ${start/./}) * 13 / 10 + 1000))
+    local start now
+    lasts=0
+    for _ in 1 2 3; do
+        rm -rf out
+        mkdir out
+        start=$EPOCHREALTIME
+        "$@" >said 2>errors || fail "$* does not work at all: $(cat errors)"
+        now=$(((${EPOCHREALTIME/./} - ${start/./}) * 13 / 10 + 1000))
+        [ "$now" -lt "$lasts" ] || lasts=$now
+    done
 }
 # What a power cut leaves of every file: what was flushed.
 cut_power() {
