@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+
+#include "apps/ovix/json.h"
 #include "core/core.h"
 
 namespace ovix::app {
@@ -24,5 +27,10 @@ inline constexpr SStatusFlag kStatusFlags[] = {
     {16, "excluded16", "not counted (16)"},
     {kStatusNoData, "noData", "no data"},
 };
+
+/// The same for files: bit, name and meaning of each.
+Json StatusLegend();
+/// For a reader, a line a bit.
+std::string StatusLegendText();
 
 }  // namespace ovix::app

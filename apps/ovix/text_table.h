@@ -16,12 +16,15 @@ class CTextTable {
 
     /// Columns whose titles are all empty have no header line.
     explicit CTextTable(std::vector<SColumn> columns);
-    /// Missing cells are empty; surplus ones are dropped.
+    /// Missing cells are empty; surplus ones are dropped. Characters that a terminal would obey are shown.
     void Row(std::vector<std::string> cells);
-    /// All lines, each with its newline and without trailing blanks.
+    /// All lines, each with its newline and without trailing blanks; on a terminal, columns of words are shortened
+    /// until they fit.
     std::string Text() const;
 
   private:
+    void Narrow(std::vector<std::size_t>& widths, std::size_t room) const;
+
     std::vector<SColumn> columns_;
     std::vector<std::vector<std::string>> rows_;
 };

@@ -26,7 +26,7 @@ SFrameFacts CFrameDecoder::Decode(std::span<u8> frame, reduce::CReduceObjectArra
         throw CError({.id = EError::FrameRefused, .problem = "frames of this pixel type are headers without pixels"});
     if (!format_.filter.empty()) return DecodeByFilter(frame, objects, pixels);
     if (frame.size() < PixelBytes())
-        throw Refused(frame.size(), Say(PixelBytes(), " bytes of counts"), Say(frame.size()));
+        throw Refused(frame.size(), Say(PixelBytes(), " bytes of plain pixels"), Say(frame.size()));
     if (pixels) std::memcpy(pixels, frame.data(), PixelBytes());
     return {};
 }

@@ -69,12 +69,17 @@ struct CRecordingWriter::SBody {
                           .expected = Say("at most ", frameSize, " bytes, as all frames of the recording"),
                           .found = Say(frame.size())});
         const auto filter = reduce::filterFactory()->Create(CString(format.filter.c_str()));
-        if (!filter) throw CError({.id = EError::NoDecoder, .problem = "only frames of a decoder can be recorded"});
         const CFrameProbe probe(format);
         if (const auto fault = probe.FaultOf(frame)) throw CError(*fault);
         SReadyFrame ready{.bytes = std::vector<u8>(frameSize)};
-        if (!filter->StoreFrame(frame.data(), static_cast<u32>(frame.size()), format.pixelType, format.width,
-                                format.height, 1, 0, ready.bytes.data(), frameSize))
+        if (!filter && frameSize != PlainBytes(format))
+            throw CError({.id = EError::FrameRefused,
+                          .expected = Say(PlainBytes(format), " bytes of plain pixels and nothing behind them"),
+                          .found = Say(frameSize)});
+        if (!filter)
+            std::ranges::copy(frame, ready.bytes.begin());
+        else if (!filter->StoreFrame(frame.data(), static_cast<u32>(frame.size()), format.pixelType, format.width,
+                                     format.height, 1, 0, ready.bytes.data(), frameSize))
             throw CError({.id = EError::FrameRefused, .problem = "the decoder does not store the frame"});
         if (const auto fault = probe.FaultOf(ready.bytes)) throw CError(*fault);
         ready.preset = CFrameCounts::PresetOf(probe, ready.bytes);

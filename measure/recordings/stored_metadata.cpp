@@ -46,7 +46,15 @@ SFrameFormat FormatOf(const CRecordingFile& file) {
     if (!file.HasPixels())
         throw CError({.id = EError::NoFrames, .file = file.Name(), .problem = "holds no frames, only blocks"});
     try {
-        return FormatOf(file.Pixels().pixelType, file.Pixels().width, file.Pixels().height);
+        const reduce::SPixelsHeader& pixels = file.Pixels();
+        SFrameFormat format = FormatOf(pixels.pixelType, pixels.width, pixels.height);
+        // Frames that hold more than plain pixels are those of a camera whose type is lost.
+        if (format.filter.empty() && pixels.frameSize != PlainBytes(format))
+            throw CError({.id = EError::NoDecoder,
+                          .problem = "no decoder is named for its frames",
+                          .expected = Say("frames of ", PlainBytes(format), " bytes of plain pixels"),
+                          .found = Say(pixels.frameSize, " bytes")});
+        return format;
     } catch (const CError& error) {
         throw error.Of(file.Name(), {});
     }

@@ -65,7 +65,7 @@ std::unique_ptr<IFrameLayout> FindLayout(const IBytes& bytes, const SFrameFormat
         return frames;
     }
     u64 size = frameSize;
-    if (!size && format.filter.empty()) size = u64{2} * format.PixelCount();
+    if (!size && format.filter.empty()) size = PlainBytes(format);
     try {
         const std::vector<u8> first = bytes.Get(0, size ? size : probe.MostBytes());
         if (!size || probe.Passes(first)) {

@@ -38,6 +38,9 @@ std::vector<SPixelType> AllTypes() {
     return {types.data(), types.data() + types.size()};
 }
 
+/// Pixels one behind the other, which no decoder need take apart.
+constexpr std::pair<GUID, const char*> kPlainTypes[] = {{rootIRType, "counts"}, {reduce::rootRGB24Type, "RGB24"}};
+
 std::optional<GUID> FindByName(const std::string& name) {
     const CString wanted(name.c_str());
     std::optional<GUID> found;
@@ -107,6 +110,10 @@ std::string PixelTypeName(const GUID& id) {
 }
 
 SFrameFormat FormatOf(const GUID& id, u16 width, u16 height, const std::string& asked) {
+    for (const auto& [plain, name] : kPlainTypes) {
+        if (id == plain)
+            return {.filter = {}, .pixelType = id, .pixelTypeName = name, .width = width, .height = height};
+    }
     const CString decoder = reduce::filterFactory()->GetPixelTypeHandler(id);
     if (decoder.IsEmpty())
         throw CError({.id = EError::NoDecoder,
@@ -121,6 +128,9 @@ SFrameFormat FormatOf(const GUID& id, u16 width, u16 height, const std::string& 
 
 GUID FindPixelType(const std::string& pixelType) {
     auto id = ParseGuid(pixelType);
+    for (const auto& [plain, name] : kPlainTypes) {
+        if (!id && CString(name).EqualsNoCase(CString(pixelType.c_str()))) id = plain;
+    }
     if (!id) id = FindByName(pixelType);
     if (!id)
         throw CError({.id = EError::WrongArgument,

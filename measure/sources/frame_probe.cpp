@@ -7,7 +7,9 @@
 namespace ovix::measure {
 
 reduce::SFrameForm FormOf(const SFrameFormat& format) {
-    if (format.filter.empty()) return reduce::SFrameForm::OfCounts(format.pixelType);
+    if (format.filter.empty())
+        return format.pixelType == rootIRType ? reduce::SFrameForm::OfCounts(format.pixelType)
+                                              : reduce::SFrameForm::OfColours(format.pixelType);
     reduce::SFrameForm form;
     if (reduce::GetFrameForm(CString(format.filter.c_str()), format.pixelType, form)) return form;
     throw CError(
@@ -15,16 +17,18 @@ reduce::SFrameForm FormOf(const SFrameFormat& format) {
          .problem = "the decoder \"" + format.filter + "\" does not know frames of \"" + format.pixelTypeName + "\""});
 }
 
+u64 PlainBytes(const SFrameFormat& format) { return FormOf(format).bytesPerPixel * u64{format.PixelCount()}; }
+
 CFrameProbe::CFrameProbe(const SFrameFormat& format)
     : format_(format), name_(format.filter.c_str()), filter_(reduce::filterFactory()->Create(name_)) {}
 
 std::optional<CError> CFrameProbe::FaultOf(std::span<const u8> frame) const {
     if (format_.filter.empty()) {
-        const u64 wanted = u64{2} * format_.PixelCount();
+        const u64 wanted = PlainBytes(format_);
         if (frame.size() >= wanted) return {};
         return CError({.id = EError::FrameRefused,
                        .offset = frame.size(),
-                       .expected = Say(wanted, " bytes of counts"),
+                       .expected = Say(wanted, " bytes of plain pixels"),
                        .found = Say(frame.size())});
     }
     reduce::SFrameFault fault;
@@ -38,7 +42,7 @@ std::optional<CError> CFrameProbe::FaultOf(std::span<const u8> frame) const {
 }
 
 bool CFrameProbe::Passes(std::span<const u8> frame) const {
-    if (format_.filter.empty()) return frame.size() >= u64{2} * format_.PixelCount();
+    if (format_.filter.empty()) return frame.size() >= PlainBytes(format_);
     return reduce::CheckFrame(name_, frame.data(), format_.pixelType, format_.width, format_.height,
                               static_cast<u32>(frame.size())) &&
            (!asksForSignature_ || HasSignature(frame));

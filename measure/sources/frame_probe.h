@@ -12,6 +12,8 @@ namespace ovix::measure {
 
 /// What frames of a format are. Plain counts have no decoder and are 16-bit counts.
 reduce::SFrameForm FormOf(const SFrameFormat& format);
+/// The bytes of a frame of plain pixels: 16-bit counts, or colours of 24 bits.
+u64 PlainBytes(const SFrameFormat& format);
 
 /// What can be told of bytes that may be a frame of a format, without their pixels. One thread at a time.
 class CFrameProbe {

@@ -49,10 +49,25 @@ void CNumberedSource::LookAtRecording(const CRecordingFile& file, const SOpenOpt
 
 std::shared_ptr<CNumberedSource> CNumberedSource::OfDump(std::shared_ptr<const CInputFile> file, SFrameFormat format,
                                                          const SOpenOptions& options) {
-    const bool counts = format.filter.empty();
-    auto source = std::make_shared<CNumberedSource>(file, counts ? ESource::Counts : ESource::Dump, std::move(format));
+    const ESource kind = KindOf(format);
+    auto source = std::make_shared<CNumberedSource>(file, kind, std::move(format));
     source->layout_ = FindLayout(*file, source->Format(), options.frameSize,
                                  [&](SFinding finding) { source->Add(std::move(finding)); });
+    source->SetObjects({});
+    return source;
+}
+
+std::shared_ptr<CNumberedSource> CNumberedSource::OfArray(std::shared_ptr<const CInputFile> file, SArrayFile array) {
+    auto source = std::make_shared<CNumberedSource>(file, ESource::Counts, std::move(array.format));
+    if (array.frames.empty())
+        throw CError({.id = EError::NoFrames, .file = file->Name(), .problem = "there is not one whole frame"});
+    if (array.frames.size() != array.told)
+        source->Add({.id = EFinding::FrameCut,
+                     .weight = EWeight::Damage,
+                     .what = "the file is cut",
+                     .expected = Say(array.told, " frames"),
+                     .found = Say(array.frames.size())});
+    source->layout_ = std::make_unique<CListedFrames>(std::move(array.frames));
     source->SetObjects({});
     return source;
 }

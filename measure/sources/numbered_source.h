@@ -2,6 +2,7 @@
 
 #include "measure/recordings/frame_sums.h"
 #include "measure/recordings/stored_metadata.h"
+#include "measure/sources/array_file.h"
 #include "measure/sources/frame_layout.h"
 #include "measure/sources/source_body.h"
 
@@ -17,6 +18,9 @@ class CNumberedSource final : public CSource::IBody {
     /// Throws `CError` for a file that holds not one frame of the format.
     static std::shared_ptr<CNumberedSource> OfDump(std::shared_ptr<const CInputFile> file, SFrameFormat format,
                                                    const SOpenOptions& options);
+
+    /// Counts in a file of another kind. Throws `CError` for one without a whole frame.
+    static std::shared_ptr<CNumberedSource> OfArray(std::shared_ptr<const CInputFile> file, SArrayFile array);
 
     CNumberedSource(std::shared_ptr<const CInputFile> file, ESource kind, SFrameFormat format);
 

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "measure/sources/array_file.h"
 #include "measure/sources/guess_format.h"
 #include "measure/sources/numbered_source.h"
 #include "measure/sources/stream_source.h"
@@ -54,7 +55,7 @@ SFrameFormat FormatAsked(const SOpenOptions& options, const std::string& file) {
     if (options.pixelType == "auto") return FormatGuessed(file);
     if (!options.width || !options.height)
         throw CError({.id = EError::WrongArgument, .file = file, .problem = "raw frames need a size"});
-    if (options.pixelType == "counts" || options.pixelType == "counts-be")
+    if (options.pixelType == "counts-be")
         return {.filter = {},
                 .pixelType = rootIRType,
                 .pixelTypeName = options.pixelType,
@@ -67,8 +68,7 @@ SFrameFormat FormatAsked(const SOpenOptions& options, const std::string& file) {
 class CPushedSource final : public CSource::IBody {
   public:
     CPushedSource(std::string name, SFrameFormat format)
-        : IBody(std::make_shared<CInputFile>(nullptr, std::move(name)),
-                format.filter.empty() ? ESource::Counts : ESource::Dump, format) {
+        : IBody(std::make_shared<CInputFile>(nullptr, std::move(name)), KindOf(format), format) {
         SetObjects({});
     }
 
@@ -96,6 +96,9 @@ CSource OpenFile(std::shared_ptr<const CInputFile> file, const SOpenOptions& opt
     if (!file->IsRegular() || options.follow) return OpenStream(std::move(file), options);
     if (CRecordingFile::Recognises(file->Get(0, CRecordingFile::MagicBytes)))
         return CSource(CNumberedSource::OfRecording(std::move(file), options));
+    if (options.pixelType.empty()) {
+        if (auto array = FindArray(*file)) return CSource(CNumberedSource::OfArray(std::move(file), std::move(*array)));
+    }
     SFrameFormat format = FormatAsked(options, file->Name());
     return CSource(CNumberedSource::OfDump(std::move(file), std::move(format), options));
 }

@@ -114,6 +114,10 @@ void CSource::IBody::HoldAgainstSum(const CSumCheck& sums, const SRawFrame& fram
     }
 }
 
+ESource KindOf(const SFrameFormat& format) {
+    return format.filter.empty() && format.pixelType == rootIRType ? ESource::Counts : ESource::Dump;
+}
+
 bool IsBigEndian(const SFrameFormat& format) { return format.filter.empty() && format.pixelTypeName == "counts-be"; }
 
 void SwapBytes(std::span<u8> counts) {

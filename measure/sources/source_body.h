@@ -62,6 +62,8 @@ class CSource::IBody {
     mutable std::atomic<const SFound*> findings_ = nullptr;
 };
 
+/// Counts for plain 16-bit pixels, else Dump.
+ESource KindOf(const SFrameFormat& format);
 /// Whether the frames are counts with the high byte first, which are handed out with the low byte first.
 bool IsBigEndian(const SFrameFormat& format);
 void SwapBytes(std::span<u8> counts);

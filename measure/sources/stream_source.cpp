@@ -79,7 +79,7 @@ std::shared_ptr<CStreamSource> CStreamSource::OfRecording(CFeed feed, const SOpe
 }
 
 std::shared_ptr<CStreamSource> CStreamSource::OfDump(CFeed feed, SFrameFormat format, const SOpenOptions& options) {
-    const ESource kind = format.filter.empty() ? ESource::Counts : ESource::Dump;
+    const ESource kind = KindOf(format);
     auto source = std::make_shared<CStreamSource>(std::move(feed), kind, std::move(format));
     source->FindSize(options.frameSize);
     source->SetObjects({});
@@ -98,7 +98,7 @@ void CStreamSource::FindSize(u32 given) {
     if (ownLength_) {
         if (!SizeHere()) throw none();
     } else if (given || Format().filter.empty()) {
-        size_ = given ? given : u64{2} * Format().PixelCount();
+        size_ = given ? given : PlainBytes(Format());
         if (!feed_.Fill(size_)) throw none();
         if (probe_.Passes(feed_.Window().first(size_))) tells_ = LookAtFirst(probe_, feed_.Window().first(size_)).tells;
     } else {

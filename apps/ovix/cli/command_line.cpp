@@ -4,11 +4,13 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "apps/ovix/cli/choice.h"
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/suggestion.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/facts/provenance.h"
 #include "apps/ovix/fault.h"
+#include "apps/ovix/status_flags.h"
 
 namespace ovix::app {
 
@@ -37,7 +39,7 @@ class CGrammar {
              {MakeDemoCommand, MakeFormatsCommand, MakeSynthCommand, MakeInfoCommand, MakeConvertCommand,
               MakeReportCommand, MakePlotCommand, MakeStatsCommand, MakeExplainCommand, MakeUncertaintyCommand,
               MakeDiffCommand, MakeCalibrateCommand, MakeAdjustCommand, MakeRecordCommand, MakeVerifyCommand,
-              MakeRepairCommand, MakeIndexCommand})
+              MakeRepairCommand, MakeIndexCommand, MakeSchemaCommand})
             AddVerb(make());
     }
 
@@ -98,12 +100,33 @@ class CGrammar {
     void AddVerb(std::unique_ptr<ICommand> command) {
         CLI::App* verb = app_.add_subcommand(command->Verb(), command->Brief());
         command->AddOptions(*verb);
+        AddMessageOptions(*verb);
         std::string examples = command->Examples();
         for (std::size_t at = 0; (at = examples.find('\n', at)) != std::string::npos; at += 3)
             examples.insert(at + 1, "  ");
-        verb->footer("Examples:\n  " + examples);
+        verb->footer((command->ShowsStatus() ? StatusLegendText() + "\n\n" : "") + "Examples:\n  " + examples);
         verbs_.push_back(verb);
         commands_.push_back(std::move(command));
+    }
+
+    static void AddMessageOptions(CLI::App& verb) {
+        const char* group = "Messages";
+        auto* quiet = verb.add_flag_callback(
+            "-q,--quiet", [] { SetSaid(ESaid::Errors); }, "say errors alone");
+        quiet->group(group);
+        verb.add_flag_callback(
+                "-v,--verbose", [] { SetSaid(ESaid::Notes); }, "say what is merely worth knowing, too")
+            ->group(group)
+            ->excludes(quiet);
+        const auto progress = [](const std::string& text) {
+            SetProgress(ParseChoice<EProgress>(
+                "--progress", text,
+                {{"terminal", EProgress::Terminal}, {"json", EProgress::Objects}, {"off", EProgress::Off}}));
+        };
+        verb.add_option_function<std::string>(
+                "--progress", progress, "how far it is: on a terminal (the default), as JSON for programs, or off")
+            ->type_name("terminal|json|off")
+            ->group(group);
     }
 
     const CLI::App* ParsedVerb() const {

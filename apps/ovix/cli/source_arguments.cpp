@@ -23,11 +23,14 @@ using measure::EWeight;
 void CSourceArguments::Add(CLI::App& verb, EInputs inputs) {
     const char* group = "Input";
     if (inputs == EInputs::One) {
-        verb.add_option("FILE", file_, "a recording or a dump of raw frames; - is the standard input")
+        verb.add_option("FILE", file_,
+                        "a recording, a dump of raw frames, a .npy or .tif of 16-bit counts; - is the standard input")
             ->required()
             ->type_name("");
     } else {
-        verb.add_option("FILE", files_, "recordings or dumps of raw frames; - is the standard input")->type_name("");
+        verb.add_option("FILE", files_,
+                        "recordings, dumps of raw frames, .npy and .tif of 16-bit counts; - is the standard input")
+            ->type_name("");
         verb.add_option("--files-from", filesFrom_,
                         "more files, whose names stand in this one, a line each or with a zero byte behind each; - is "
                         "the standard input")
@@ -42,7 +45,7 @@ void CSourceArguments::Add(CLI::App& verb, EInputs inputs) {
     };
     add("--pixel-type", pixelType_, "NAME",
         "of a dump: pixel type of the frames, a name that \"ovix formats\" lists or a GUID; counts or counts-be for "
-        "plain 16-bit pixels");
+        "plain 16-bit pixels, RGB24 for plain colours");
     add("--size", size_, "WxH", "of a dump: size of the image in pixels");
     add("--frame-size", frameSize_, "BYTES",
         "of a dump: bytes of each frame with all that stands behind its pixels (else found)");
@@ -71,6 +74,7 @@ std::vector<CSourceArguments> CSourceArguments::Each() const {
     for (const std::string& name : names) {
         each.push_back(*this);
         each.back().file_ = name;
+        each.back().others_ = names.size() > 1;
     }
     return each;
 }
@@ -98,7 +102,7 @@ CSource CSourceArguments::Open(bool acceptDamage) const {
     const bool describes = !pixelType_.empty() || !size_.empty() || !frameSize_.empty();
     try {
         CSource source = spool_ ? OpenSpooled(options) : measure::Open(file_, options);
-        if (source.Kind() == measure::ESource::Recording && describes)
+        if (source.Kind() == measure::ESource::Recording && describes && !others_)
             throw UsageFault(source.Name() +
                              " is a recording, which says by itself what --pixel-type, --size and --frame-size say");
         std::size_t said = 0;
@@ -106,7 +110,7 @@ CSource CSourceArguments::Open(bool acceptDamage) const {
         return source;
     } catch (const measure::CError& error) {
         SFault facts = FaultOf(error).Facts();
-        if (error.Id() == measure::EError::UnknownFormat && pixelType_.empty()) {
+        if (error.Id() == measure::EError::UnknownFormat && pixelType_.empty() && facts.expected.empty()) {
             facts.exit = describes ? ExitUsage : ExitFile;
             facts.problem = "is of no known format; a dump of raw frames needs --pixel-type and --size";
             facts.advice.clear();
@@ -127,7 +131,7 @@ void CSourceArguments::SayNew(const CSource& source, std::size_t& said) const {
     const std::vector<measure::SFinding> findings = source.Findings();
     for (; said < findings.size(); ++said) {
         const measure::SFinding& finding = findings[said];
-        if (finding.weight == EWeight::Note) continue;
+        if (finding.weight == EWeight::Note && !SaysNotes()) continue;
         const std::string line = FindingLine(source.Name(), finding);
         if (finding.weight == EWeight::Doubt && strict_) throw CAppError(ExitBadData, line);
         Say(line);

@@ -64,6 +64,7 @@ class CSourceArguments {
     bool spool_ = false;
     bool strict_ = false;
     bool acceptDamage_ = false;
+    bool others_ = false;  ///< of several files: what describes a dump may be meant for another one
 };
 
 }  // namespace ovix::app

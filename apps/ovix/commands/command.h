@@ -20,6 +20,8 @@ class ICommand {
     virtual const char* Brief() const = 0;
     /// Command lines that work, one below the other.
     virtual const char* Examples() const = 0;
+    /// Whether its help explains the status of pixels.
+    virtual bool ShowsStatus() const { return false; }
     virtual void AddOptions(CLI::App& verb) = 0;
     /// Failures are thrown as `CAppError`.
     virtual EExit Run() = 0;
@@ -37,6 +39,7 @@ std::unique_ptr<ICommand> MakeRecordCommand();
 std::unique_ptr<ICommand> MakeVerifyCommand();
 std::unique_ptr<ICommand> MakeRepairCommand();
 std::unique_ptr<ICommand> MakeCalibrateCommand();
+std::unique_ptr<ICommand> MakeSchemaCommand();
 std::unique_ptr<ICommand> MakeIndexCommand();
 std::unique_ptr<ICommand> MakeReportCommand();
 std::unique_ptr<ICommand> MakePlotCommand();

@@ -67,6 +67,7 @@ class CConvertCommand final : public ICommand {
                "ovix convert run*.krt --unit temperature -o {stem}.tif\n"
                "ovix convert run.krt --frames 0 -o - --format npy > frame.npy";
     }
+    bool ShowsStatus() const override { return true; }
     void AddOptions(CLI::App& verb) override {
         source_.Add(verb, EInputs::Many);
         measure_.Add(verb);

@@ -84,6 +84,9 @@ class CDiffCommand final : public ICommand {
         const std::vector<CSourceArguments> inputs = source_.Each();
         if (inputs.size() != 2) throw UsageFault(fmt::format("diff: expected two files, found {}", inputs.size()));
         const CSource a = inputs[0].Open(), b = inputs[1].Open();
+        const auto isRecording = [](const CSource& source) { return source.Kind() == measure::ESource::Recording; };
+        if (inputs[0].NamesType() && isRecording(a) && isRecording(b))
+            throw UsageFault("--pixel-type: both are recordings, which say it themselves");
         document_ = {{"schema", kSchemaVersion}, {"a", a.Name()}, {"b", b.Name()}};
         CompareSources(inputs[0], a, inputs[1], b);
         if (differences_.empty()) CompareFrames(inputs[0], {a, options}, {b, options}, tolerance);

@@ -153,6 +153,7 @@ class CExplainCommand final : public ICommand {
                "ovix explain dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 --at 320,240 "
                "--set emissivity=0.9 --set distance=10";
     }
+    bool ShowsStatus() const override { return true; }
     void AddOptions(CLI::App& verb) override {
         source_.Add(verb);
         measure_.Add(verb);

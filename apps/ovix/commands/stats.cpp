@@ -35,6 +35,7 @@ class CStatsCommand final : public ICommand {
                "ovix stats run.krt --frames 0-19x10 --profile 10,240,629,240 --csv\n"
                "ls run*.krt | ovix stats --files-from - --json";
     }
+    bool ShowsStatus() const override { return true; }
     void AddOptions(CLI::App& verb) override {
         source_.Add(verb, EInputs::Many);
         measure_.Add(verb);

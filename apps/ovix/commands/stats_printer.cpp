@@ -118,7 +118,7 @@ class CJsonPrinter final : public IStatsPrinter {
 
     void Open(std::size_t inputs) override {
         several_ = inputs > 1;
-        if (several_) Print(fmt::format("{{\"schema\":{},\"sources\":[", kSchemaVersion));
+        if (several_) Print(fmt::format("{{\"schema\":{},\"sources\":[", kSchemaVersion), kEndOfList);
     }
     void Begin(const SStatsHead& head) override {
         std::string open = JsonText({{"schema", kSchemaVersion},
@@ -130,7 +130,8 @@ class CJsonPrinter final : public IStatsPrinter {
                                      {"parameters", head.parameters}});
         open.pop_back();
         firstRow_ = true;
-        Print(Next() + open + ",\n\"rows\":[");
+        Print(Next() + open + ",\n\"rows\":[",
+              std::string("\n],\n\"complete\":false,\"interrupted\":true}") + (several_ ? kEndOfList : "\n"));
     }
     void Row(const SStatsRow& row) override {
         Print((firstRow_ ? "\n" : ",\n") + JsonText(RowJson(row, wish_)));
@@ -138,7 +139,8 @@ class CJsonPrinter final : public IStatsPrinter {
     }
     void End(const SStatsEnd& end) override {
         Print(fmt::format("\n],\n\"skipped\":{},\"complete\":{},\"findings\":{}}}{}", end.skipped, end.complete,
-                          JsonText(FindingsJson(end.findings)), several_ ? "" : "\n"));
+                          JsonText(FindingsJson(end.findings)), several_ ? "" : "\n"),
+              several_ ? kEndOfList : "");
     }
     void Failed(const std::string& file, const CFault& fault) override {
         Print(Next() + JsonText({{"schema", kSchemaVersion},
@@ -148,7 +150,7 @@ class CJsonPrinter final : public IStatsPrinter {
                                  {"error", ErrorJson(fault)}}));
     }
     void Close() override {
-        if (several_) Print("\n]}\n");
+        if (several_) Print(kEndOfList, "");
     }
 
   private:
@@ -157,6 +159,7 @@ class CJsonPrinter final : public IStatsPrinter {
         const bool first = std::exchange(firstSource_, false);
         return several_ ? first ? "\n" : ",\n" : "";
     }
+    static constexpr const char* kEndOfList = "\n]}\n";
 
     SStatsWish wish_;
     bool several_ = false;

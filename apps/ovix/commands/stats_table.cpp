@@ -1,10 +1,7 @@
 #include <fmt/format.h>
-#include <sys/ioctl.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <functional>
-#include <optional>
 
 #include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/number_text.h"
@@ -14,13 +11,6 @@
 namespace ovix::app {
 
 namespace {
-
-/// The columns of the terminal that the standard output goes to; nothing where it is none.
-std::optional<std::size_t> TerminalWidth() {
-    winsize size = {};
-    if (!::isatty(STDOUT_FILENO) || ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || !size.ws_col) return {};
-    return size.ws_col;
-}
 
 /// A column that takes its width before its first cell is known.
 struct SColumn {

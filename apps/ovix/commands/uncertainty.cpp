@@ -164,7 +164,9 @@ class CUncertaintyCommand final : public ICommand {
     }
 
     /// The mean of the pixels over all chosen frames. Its uncertainty is that of a mean of independent readings: JCGM
-    /// 100, 4.2.3, of the frames where there are several, of the pixels of the one frame else.
+    /// 100, 4.2.3, of the frames where there are several, of the pixels of the one frame else. The variance of a frame
+    /// is half the mean square of what one differs from the next (von Neumann's), in which a scene that drifts from the
+    /// first frame to the last hardly counts.
     SCounts CountsOf(const measure::CMeasurement& measurement, const measure::CPixelSet& pixels) {
         std::vector<double> means;
         double scatter = 0;
@@ -184,9 +186,9 @@ class CUncertaintyCommand final : public ICommand {
         for (const double mean : means) result.mean += mean / n;
         if (means.size() > 1) {
             double squares = 0;
-            for (const double mean : means) squares += (mean - result.mean) * (mean - result.mean);
-            result.u = std::sqrt(squares / (n - 1) / n);
-            result.noise = fmt::format("the scatter over {} frames", means.size());
+            for (std::size_t i = 1; i < means.size(); ++i) squares += std::pow(means[i] - means[i - 1], 2);
+            result.u = std::sqrt(squares / 2 / (n - 1) / n);
+            result.noise = fmt::format("the scatter from frame to frame of {}", means.size());
         } else if (counted > 1) {
             const double pixelCount = counted;
             result.u = scatter * std::sqrt(pixelCount / (pixelCount - 1)) / std::sqrt(pixelCount);

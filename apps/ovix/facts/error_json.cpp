@@ -1,6 +1,5 @@
 #include "apps/ovix/facts/error_json.h"
 
-#include <cstdio>
 #include <new>
 
 #include "apps/ovix/cli/console.h"
@@ -54,9 +53,8 @@ Json ErrorJson(const CFault& fault) {
 void UseJsonErrors() { jsonErrors = true; }
 
 void SayFault(const CFault& fault) {
-    if (!jsonErrors) return Say(fault.what());
-    const std::string text = JsonText({{"schema", kSchemaVersion}, {"error", ErrorJson(fault)}}) + '\n';
-    std::fwrite(text.data(), 1, text.size(), stderr);
+    SayError(jsonErrors ? JsonText({{"schema", kSchemaVersion}, {"error", ErrorJson(fault)}})
+                        : std::string("ovix: ") + fault.what());
 }
 
 }  // namespace ovix::app

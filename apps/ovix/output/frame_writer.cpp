@@ -83,9 +83,9 @@ std::vector<float> MaskedOf(const SPicture& picture) {
 }
 
 Json DescribeSeries(const SSeries& series, const SWriteOptions& options) {
-    Json json{{"schema", kSchemaVersion},       {"title", series.title}, {"quantity", series.unit.quantity},
-              {"unit", series.unit.symbol},     {"width", series.width}, {"height", series.height},
-              {"parameters", series.parameters}};
+    Json json{{"schema", kSchemaVersion},        {"title", series.title},        {"quantity", series.unit.quantity},
+              {"unit", series.unit.symbol},      {"width", series.width},        {"height", series.height},
+              {"parameters", series.parameters}, {"statusFlags", StatusLegend()}};
     if (options.mask) json["_FillValue"] = "NaN";
     if (!options.steps) return json;
     json.update({{"scale_factor", options.steps->step}, {"add_offset", options.steps->offset}});

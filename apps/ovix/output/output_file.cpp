@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "apps/ovix/cli/console.h"
 #include "apps/ovix/fault.h"
 #include "apps/ovix/spool.h"
 
@@ -62,12 +63,11 @@ void RemoveAll(int folder, const char* name) {
 }
 
 extern "C" void EndInterrupted(int signal) {
+    // What is being printed is printed to its end first; `Print` comes back here.
+    if (::getpid() == owner && signal != SIGPIPE && !CloseDocument(signal)) return;
     if (::getpid() == owner) {  // a child that only decodes owns none of the files
         for (SUnfinished& slot : unfinished) {
             if (slot.used) RemoveAll(AT_FDCWD, slot.path);
-        }
-        for (SUnfinished& slot : unfinished) {
-            if (slot.used) ::rmdir(slot.path);  // of those that are folders, which are empty by now
         }
     }
     // As if nobody had handled it, so that a shell's loop ends too; it comes when this returns.

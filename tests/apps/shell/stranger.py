@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Runs the tool as a stranger's shell would: stranger.py OVIX CASE. Each case is a function of its name below."""
 
-import json, math, os, re, shutil, signal, struct, subprocess, sys, tempfile, time
+import json, math, os, pty, random, re, shutil, signal, struct, subprocess, sys, tempfile, termios, time
 
 OVIX = sys.argv[1]
 TYPE = ["--pixel-type", "K410 IR (GigE)", "--size", "64x48"]
@@ -89,6 +89,99 @@ def info_reads_the_ends():
     run("info", "run.krt", "--counters", status=1)
 
 
+def damage_of_any_byte_ends_with_success_only_where_it_changes_nothing():
+    """Bytes of every class: file and block headers, records, CRCs, tails of frames, ends. What no sum covers in the format,
+    the frames themselves, is damaged where a side file of sums stands beside the recording."""
+    random.seed(11)
+    recording("run.krt", "--checksums", count=2)
+    sums, dump = read("run.krt.crc"), read("dump.raw")
+    whole = read("run.krt")
+    first = whole.index(dump[:64])
+    blocks = doc("info", "run.krt")["blocks"]
+    edges = [at + d for block in blocks for at in (block["offset"], block["offset"] + block["bytes"]) for d in range(-12, 13, 3)]
+    records = [random.randrange(first) for _ in range(40)] + list(range(0, 77, 11))
+    frames = [random.randrange(first, len(whole)) for _ in range(20)] + list(range(first + 6144, first + 8700, 200))
+    os.remove("run.krt.crc")
+    check_damage(whole, [at for at in edges + records if 0 <= at < first])
+    write("run.krt.crc", sums)
+    check_damage(whole, frames)
+    os.remove("run.krt.crc")
+    marks = [i for i in range(len(dump)) if dump[i:i + 3] == b"MKM"]
+    check_damage(dump, [mark + i for mark in marks for i in range(4)], "dump.raw", TYPE)
+    for end in (0, 1, 100, first - 1, first + 1, len(whole) - 8700, len(whole) - 1):
+        check_file(whole[:end], whole, "run.krt", [])
+    check_file(whole + b"tail", whole, "run.krt", [])
+    for end in (0, 1, len(dump) - 1, len(dump) // 2 - 1):
+        check_file(dump[:end], dump, "dump.raw", TYPE)
+
+
+def check_damage(whole, places, name="run.krt", more=()):
+    for at in places:
+        data = bytearray(whole)
+        data[at] ^= 1 << at % 8
+        check_file(data, whole, name, more)
+
+
+def check_file(data, whole, name, more):
+    verbs = {"stats": ["--csv"], "explain": ["--at", "9,9"], "convert": ["-o", "-", "--format", "npy"],
+             "record": ["-o", "out.krt", "--overwrite"]}
+    for verb, options in verbs.items():
+        def result(content):
+            write(name, content)
+            done = subprocess.run([OVIX, verb, name, *more, *options], capture_output=True)
+            said = bytes(read("out.krt")) if verb == "record" and done.returncode == 0 else done.stdout
+            return done.returncode, said
+        key = (verb, bytes(whole))
+        if key not in EXPECTED:
+            EXPECTED[key] = result(whole)
+            assert EXPECTED[key][0] == 0, EXPECTED[key]
+        status, said = result(data)
+        assert status in (1, 3, 4) or (status == 0 and said == EXPECTED[key][1]), (verb, status, differing(data, whole))
+
+
+EXPECTED = {}
+
+
+def differing(data, whole):
+    return [i for i, (a, b) in enumerate(zip(data, whole)) if a != b][:3] or (len(data), len(whole))
+
+
+def doubts_are_told_and_types_found():
+    run("synth", "-o", "c.raw", "--form", "plain", *TYPE[:2], "--size", "80x60", "--count", "4")
+    error = run("info", "c.raw", status=4)[1]
+    guess = json.loads(run("info", "c.raw", "--json", status=4)[0])["guesses"][0]
+    assert (guess["width"], guess["height"]) == (80, 60) and "K410" in guess["pixelType"] and "--pixel-type" in error, guess
+    run("stats", "c.raw", "--pixel-type", "auto", status=4)  # relatives of the camera write the same bytes
+    run("info", "c.raw", *TYPE[:2], "--size", "40x120", "--strict", status=1)
+
+
+def counts_and_colours_go_everywhere():
+    synth(count=2)
+    run("convert", *DUMP, "--unit", "counts", "-o", "counts.npy")
+    numbers = [int(value) for value in array("counts.npy", "f")]
+    mean = rows(*DUMP, "--unit", "counts")[1]["mean"]
+    plain = [[kind + ".raw", "--pixel-type", kind, "--size", "64x48"] for kind in ("counts", "counts-be")]
+    for order, source in zip("<>", plain):
+        write(source[0], struct.pack(f"{order}{len(numbers)}H", *numbers))
+        run("explain", *source, "--at", "3,3")
+    for name in ("c.npy", "c.tif"):
+        run("convert", *DUMP, "--unit", "counts", "--type", "uint16", "-o", name, *["--compression", "none"][:2 * name.endswith("f")])
+        write("cut" + name, read(name)[:-100 if name == "c.npy" else 8000])
+    for source in (*plain, ["c.npy"], ["c.tif"]):
+        run("record", *source, "-o", "c.krt", "--overwrite")
+        close(rows(*source)[1]["mean"], mean, 1e-6)
+        close(rows("c.krt")[1]["mean"], mean, 1e-6)
+    run("stats", "cutc.npy", status=3)
+    run("stats", "cutc.tif", status=4)
+    run("convert", *DUMP, "-o", "float.npy")
+    assert "16-bit" in run("stats", "float.npy", status=4)[1]
+    write("rgb.raw", bytes([10, 20, 30]) * 64 * 48)
+    rgb = ["rgb.raw", "--pixel-type", "RGB24", "--size", "64x48"]
+    run("record", *rgb, "-o", "rgb.krt")
+    assert rows(*rgb, "--unit", "average")[0]["mean"] == rows("rgb.krt", "--unit", "average")[0]["mean"] == 20
+    run("convert", "rgb.krt", "-o", "rgb.png")
+
+
 def figures_of_good_pixels_and_distributions():
     synth(count=1)
     run("convert", *DUMP, "-o", "t.npy")
@@ -152,6 +245,56 @@ def nothing_without_effect_is_taken():
                  ["info", "run.krt", "--frame", "0", "--counters"]):
         run(*line, status=2)
     run("stats", "run.krt", "--reflected-temp", "20 °C")
+
+
+def outputs_are_no_inputs():
+    recording()
+    before = read("run.krt")
+    os.link("run.krt", "same.krt")
+    os.symlink("run.krt", "link.krt")
+    for name in ("run.krt", "same.krt", "link.krt"):
+        for verb in ("record", "repair"):
+            run(verb, "run.krt", "-o", name, "--overwrite", status=4)
+    os.link("dump.raw", "dump.npy")
+    run("convert", *DUMP, "-o", "dump.npy", "--overwrite", status=2)
+    assert read("run.krt") == before
+
+
+def an_interrupt_ends_loops_and_closes_documents():
+    synth(count=400)
+    for _ in range(5):
+        child = subprocess.Popen([OVIX, "stats", *DUMP, "--json", "--jobs", "1"], stdout=subprocess.PIPE)
+        head = child.stdout.read(2000)
+        child.send_signal(signal.SIGINT)
+        text = head + child.stdout.read()
+        assert child.wait() in (-signal.SIGINT, 0), child.returncode
+        assert json.loads(text)["complete"] is (child.returncode == 0)
+        if child.returncode:
+            break
+    dead = subprocess.Popen(["true"])
+    dead.wait()
+    recording()
+    write(f".run.krt.{dead.pid}-0.part", b"x")
+    write(f".run.krt.{os.getpid()}-0.part", b"x")
+    assert f"{dead.pid}-0.part" in run("verify", "run.krt")[0].decode()
+    run("verify", "run.krt", "--clean")
+    assert os.path.exists(f".run.krt.{os.getpid()}-0.part") and not os.path.exists(f".run.krt.{dead.pid}-0.part")
+
+
+def messages_are_as_loud_as_asked_for():
+    synth(count=200)
+    assert run("convert", *DUMP, "-o", "a.npy", "-q")[1] == ""
+    assert run("stats", "missing.krt", "-q", status=4)[1].startswith("ovix: missing.krt")
+    lines = run("convert", *DUMP, "-o", "a.npy", "--overwrite", "--progress", "json", "--jobs", "1")[1].splitlines()
+    progress = [json.loads(line)["progress"] for line in lines if line.startswith("{")]
+    assert progress and progress[-1]["total"] == 200 and progress[-1]["perSecond"] >= 0
+    assert all("noData" in run(verb, "--help")[0].decode() for verb in ("stats", "convert", "explain"))
+    recording("a\x1b[31m.krt")
+    wide = pty.openpty()
+    termios.tcsetwinsize(wide[1], (24, 80))
+    subprocess.run([OVIX, "info", "a\x1b[31m.krt"], stdout=wide[1], check=True)
+    shown = os.read(wide[0], 65536).decode()
+    assert "\x1b" not in shown and max(map(len, shown.splitlines())) <= 80 and "…" in shown, shown
 
 
 def many_inputs_in_one_call():
@@ -274,8 +417,10 @@ def two_sources_are_held_together():
     run("diff", "a.krt", "b.krt", "--tolerance", f"{found['largest'] + 0.01} K")
     run("diff", "a.krt", "b.krt", "--tolerance", f"{(found['largest'] + 0.01) * 1.8} F")
     run("diff", "a.krt", "b.krt", "--tolerance", f"{found['largest'] / 2}K", status=1)
+    run("diff", "a.krt", "b.krt", *TYPE, status=2)
+    assert doc("diff", "a.krt", *DUMP, "--pixels-only")["equal"] is True
     synth(count=2)
-    run("diff", "a.krt", "dump.raw", *TYPE, status=2)
+    run("diff", "a.krt", *DUMP, status=1)
 
 
 def the_uncertainty_is_that_of_the_formulas():
@@ -301,8 +446,82 @@ def the_uncertainty_is_that_of_the_formulas():
     close(sum(entry["share"] for entry in found["inputs"]), 1, 1e-9)
     close(found["monteCarlo"]["u"], combined, 0.05 * combined)
     again = doc("uncertainty", "run.krt", "--roi", "20,20,9,9", *told, "--emissivity-u", "0.01")
-    assert again["noise"].startswith("the scatter over 3 frames")
+    means = [row["mean"] for row in rows("run.krt", "--unit", "counts", "--roi", "20,20,9,9")]
+    noise = math.sqrt(sum((b - a) ** 2 for a, b in zip(means, means[1:])) / 2 / 2 / 3)  # of the mean of three
+    close({entry["key"]: entry["u"] for entry in again["inputs"]}["counts"], noise, 1e-9)
     run("uncertainty", "run.krt", "--at", "40,28", "--constant-u", "nothing=1", status=2)
+
+
+def outputs_follow_their_schemas():
+    recording()
+    synth()
+    run("synth", "-o", "c.raw", "--form", "plain", *TYPE[:2], "--size", "80x60", "--count", "4")
+    write("points.csv", b"counts,temperature (C)\n1000,20\n2000,40\n3000,60\n4000,80\n")
+    shutil.copy("run.krt", "b.krt")
+    for line in (["stats", *DUMP], ["stats", "run.krt", "b.krt", "missing.krt", "--percentiles", "5", "--histogram", "3"],
+                 ["stats", "run.krt", "--profile", "0,0,5,5"], ["convert", "run.krt", "-o", "x.npy"],
+                 ["convert", "run.krt", "b.krt", "-o", "{stem}.tif"], ["info", "run.krt"], ["info", *DUMP],
+                 ["info", "run.krt", "--frame", "0"], ["info", "run.krt", "--hexdump"], ["info", "c.raw"],
+                 ["explain", "run.krt", "--at", "3,3", "--set", "emissivity=0.8"], ["diff", "run.krt", "b.krt"],
+                 ["diff", "run.krt", *DUMP, "--scale", "F"], ["verify", "run.krt"], ["formats"],
+                 ["uncertainty", "run.krt", "--roi", "3,3,9,9", "--emissivity-u", "0.1", "--monte-carlo", "200"],
+                 ["record", "run.krt", "-o", "c.krt"], ["repair", "run.krt", "-o", "d.krt"],
+                 ["adjust", "dump.raw", "--pixel-type", "counts", "--size", "64x48", "--frame-size", "8700", "-o", "a.raw"],
+                 ["synth", "-o", "e.raw", *TYPE], ["calibrate", "points.csv", "--band", "8,12", "-o", "cal.json"],
+                 ["report", "run.krt", "-o", "run.html"], ["plot", "run.krt", "-o", "run.svg"], ["index", "run.krt", "-o", "i.json"], ["demo", "--size", "160x120"]):
+        schema = json.loads(run("schema", line[0])[0])
+        done = subprocess.run([OVIX, *line, "--json"], capture_output=True)
+        holds(json.loads(done.stdout), schema, schema["$defs"], line[0])
+        if done.returncode in (1, 2, 4) and done.stderr.startswith(b"{"):
+            error = json.loads(run("schema", "error")[0])
+            holds(json.loads(done.stderr.splitlines()[-1]), error, error["$defs"], "error")
+
+
+def holds(value, schema, defs, place):
+    """A document against the part of JSON Schema that the tool's schemas use; a field that they do not name is wrong."""
+    if "$ref" in schema:
+        return holds(value, defs[schema["$ref"].split("/")[-1]], defs, place)
+    choices = schema.get("oneOf") or schema.get("anyOf")
+    if choices:
+        wrong = []
+        for choice in choices:
+            try:
+                return holds(value, choice, defs, place)
+            except AssertionError as error:
+                wrong.append(str(error))
+        raise AssertionError(f"{place}: none of {wrong}")
+    types = {"object": dict, "array": list, "string": str, "boolean": bool, "null": type(None)}
+    wanted = schema.get("type", [])
+    wanted = [wanted] if isinstance(wanted, str) else wanted
+
+    def fits(name):
+        if name in types:
+            return isinstance(value, types[name])
+        return not isinstance(value, bool) and isinstance(value, int if name == "integer" else (int, float))
+
+    assert not wanted or any(map(fits, wanted)), f"{place}: expected {wanted}, found {value!r}"
+    assert "const" not in schema or value == schema["const"], place
+    assert "enum" not in schema or value in schema["enum"], f"{place}: {value!r}"
+    if isinstance(value, list):
+        for item in value:
+            holds(item, schema.get("items", {}), defs, place + "[]")
+    if isinstance(value, dict) and "properties" in schema or isinstance(value, dict) and "additionalProperties" in schema:
+        missing = set(schema.get("required", [])) - set(value)
+        assert not missing, f"{place}: {missing} missing"
+        for key, item in value.items():
+            part = schema.get("properties", {}).get(key, schema.get("additionalProperties"))
+            assert part is not None, f"{place}.{key}: not in the schema"
+            holds(item, {} if part is True else part, defs, f"{place}.{key}")
+
+
+def the_readme_runs_as_written():
+    text = open(os.path.join(os.path.dirname(os.path.abspath(sys.argv[0])), "../../../README.md")).read()
+    block = next(block for block in re.findall(r"```\n(.*?)```", text, re.S) if "ovix synth" in block)
+    os.symlink(OVIX, "ovix")
+    for line in block.splitlines():
+        done = subprocess.run(["bash", "-c", line.split("   #")[0]], env={**os.environ, "PATH": os.getcwd() + ":" + os.environ["PATH"]},
+                              capture_output=True, text=True)
+        assert done.returncode == 0, (line, done.stderr)
 
 
 if __name__ == "__main__":
