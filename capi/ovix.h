@@ -155,7 +155,7 @@ typedef struct ovix_information {
     int32_t worst;    /**< of its findings: 0 note, 1 doubt, 2 damage; -1 for none */
 } ovix_information;
 
-/** Bits of ovix_frame::told: what the frame itself says. */
+/** Bits of ovix_frame::present: what the frame itself says. */
 enum ovix_frame_fact { OVIX_HAS_TIME = 1, OVIX_YEAR_ASSUMED = 2, OVIX_HAS_COUNTER = 4, OVIX_HAS_PRESET = 8 };
 
 /** Bits of a status byte. */
@@ -176,7 +176,7 @@ typedef struct ovix_frame {
     uint16_t height;
     int32_t unit;  /**< of ovix_unit */
     int32_t scale; /**< of ovix_scale, of temperatures */
-    uint32_t told; /**< of ovix_frame_fact; members that are not told are 0 */
+    uint32_t present; /**< of ovix_frame_fact; members that are not present are 0 */
     int64_t time;  /**< UTC, steps of 100 ns since the start of 1970 */
     uint64_t counter;
     uint8_t preset;

@@ -12,7 +12,7 @@ struct ovix_recorder {
         ovix::reduce::CReduceObjectArray objects;
         CFrameReader(source).Read(own, objects);
         GatherMetadata(source, std::span(&first, 1), objects);
-        AddToSource(objects, told, source.Format());
+        AddToSource(objects, given, source.Format());
         return {path, objects, source.Format(), frameSize ? frameSize : static_cast<u32>(first.bytes.size()), how};
     }
     void RequireOpen() const {
@@ -22,7 +22,7 @@ struct ovix_recorder {
     std::string path;
     CSource source;
     u32 frameSize = 0;
-    SMeasureOptions told;
+    SMeasureOptions given;
     SWriteOptions how;
     std::optional<CRecordingWriter> writer = {};
     bool finished = false;
@@ -42,7 +42,7 @@ int ovix_record(const char* path, const ovix_options* options, uint32_t flags, o
         auto made = std::unique_ptr<ovix_recorder>(new ovix_recorder{.path = &Require(path, "path"),
                                                                      .source = std::move(source),
                                                                      .frameSize = asked.open.frameSize,
-                                                                     .told = std::move(asked.measure),
+                                                                     .given = std::move(asked.measure),
                                                                      .how = how});
         *recorder = made.release();
         return OVIX_OK;

@@ -46,10 +46,10 @@ ovix_frame ovix_source::Facts() const {
     facts.height = frame.height;
     facts.unit = static_cast<std::int32_t>(frame.unit);
     facts.scale = static_cast<std::int32_t>(frame.scale);
-    if (frame.time) facts.told |= OVIX_HAS_TIME;
-    if (frame.yearAssumed) facts.told |= OVIX_YEAR_ASSUMED;
-    if (frame.counter) facts.told |= OVIX_HAS_COUNTER;
-    if (frame.preset) facts.told |= OVIX_HAS_PRESET;
+    if (frame.time) facts.present |= OVIX_HAS_TIME;
+    if (frame.yearAssumed) facts.present |= OVIX_YEAR_ASSUMED;
+    if (frame.counter) facts.present |= OVIX_HAS_COUNTER;
+    if (frame.preset) facts.present |= OVIX_HAS_PRESET;
     facts.time = frame.time ? frame.time->time_since_epoch().count() : 0;
     facts.counter = frame.counter.value_or(0);
     facts.preset = frame.preset.value_or(0);

@@ -11,7 +11,7 @@ namespace ovix::app {
 struct SOptionValues {
     bool taken = false;                   ///< the option takes a value
     bool file = false;                    ///< which is the name of a file or a folder
-    std::vector<std::string> words = {};  ///< which is one of these, where they can be told
+    std::vector<std::string> words = {};  ///< which is one of these, where they can be listed
 };
 
 /// One option of a verb as a manual and a shell need it.

@@ -24,7 +24,7 @@ bool SaysTheSame(const SFrameFacts& a, const SFrameFacts& b) {
 }
 
 /// Where the decoder says that the pixels are; nothing when that is not all of them in the frame, row behind row.
-std::optional<u64> ToldPlace(const SFrameFormat& format, std::span<u8> frame) {
+std::optional<u64> StatedPlace(const SFrameFormat& format, std::span<u8> frame) {
     const auto filter = reduce::filterFactory()->Create(CString(format.filter.c_str()));
     void* pixels = nullptr;
     i32 stride = 0;
@@ -76,15 +76,15 @@ CFrameIndex::STried CFrameIndex::Try(u64 number) const {
     reduce::CReduceObjectArray objects;
     SRawFrame tried = raw;  // a decoder may write to its frame
     const SFrameFacts facts = reader_.Read(raw, objects);
-    const std::optional<u64> told = ToldPlace(source_.Format(), tried.bytes);
-    if (!told) return {};
+    const std::optional<u64> stated = StatedPlace(source_.Format(), tried.bytes);
+    if (!stated) return {};
     std::vector<u8> pattern = Pattern(PixelBytes()), pixels(PixelBytes());
-    std::ranges::copy(pattern, tried.bytes.begin() + static_cast<std::ptrdiff_t>(*told));
+    std::ranges::copy(pattern, tried.bytes.begin() + static_cast<std::ptrdiff_t>(*stated));
     try {
         const bool same = SaysTheSame(reader_.Read(tried, objects, pixels), facts);
-        if (pixels == pattern) return {SPixelPlace{*told, false}, same};
+        if (pixels == pattern) return {SPixelPlace{*stated, false}, same};
         SwapBytes(pattern);
-        if (pixels == pattern) return {SPixelPlace{*told, true}, same};
+        if (pixels == pattern) return {SPixelPlace{*stated, true}, same};
     } catch (const CError&) {
         // The check looks at pixels: they are no plain numbers.
     }

@@ -13,7 +13,7 @@ enum class EShape : u8 { Spot, Line, Rectangle, Circle, Polygon };
 /// The name of a shape: "spot", "line", "rectangle", "circle", "polygon".
 OVIX_MEASURE_API const char* ShapeWord(EShape kind);
 
-/// A region of any shape, told by pixels, counted from 0 at the top left.
+/// A region of any shape, given by pixels, counted from 0 at the top left.
 struct SShape {
     std::string name = {};
     EShape kind = EShape::Rectangle;

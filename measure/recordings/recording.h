@@ -64,7 +64,7 @@ OVIX_MEASURE_API void GatherMetadata(const CSource& source, const CFrameNumbers&
 OVIX_MEASURE_API void GatherMetadata(const CSource& source, std::span<const SRawFrame> firstFrames,
                                      reduce::CReduceObjectArray& objects);
 
-/// Holds everything in a recording that can be told in two ways against itself, all of its frames included. Findings
+/// Holds everything in a recording that stands there in two ways against itself, all of its frames included. Findings
 /// come in the order of the file but for the counts, which come last, on the caller's thread; answers whether none of
 /// them is damage. `threads` look at frames; 0: as many as the machine runs at once.
 OVIX_MEASURE_API bool CheckRecording(const std::filesystem::path& path,

@@ -191,7 +191,7 @@ void GatherMetadata(const CSource& source, std::span<const SRawFrame> firstFrame
         probe.ParseMetadata(frame, objects);
     }
     source.Overrule(objects);
-    // A recording marks its scene as the source's own, which one that nobody told is not.
+    // A recording marks its scene as the source's own, which one that nobody gave is not.
     const auto scene = objects.GetObjectParameters(false);
     if (scene && !scene->fromSource) objects.RemoveAllObjectsOfType(scene->GetTypeID());
     if (info->cameraName.Equals(L"Unknown Camera")) {

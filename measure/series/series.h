@@ -26,7 +26,7 @@ struct SSeriesOptions {
     std::optional<CFrameNumbers> frames = {};
     unsigned threads = 0;  ///< 0: as many as the machine runs at once; 1: the caller's alone
     EOnFault onFault = EOnFault::Stop;
-    /// Consecutive frames up to the one whose preset was there already make one. A frame whose preset cannot be told is
+    /// Consecutive frames up to the one whose preset was there already make one. A frame whose preset is not known is
     /// left out of its cycle, one that cannot be decoded costs the whole of it.
     bool mergePresets = false;
     std::stop_token stop = {};  ///< asked for: the series ends between two frames with `Interrupted`

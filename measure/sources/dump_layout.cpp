@@ -49,9 +49,9 @@ SFirstFrame LookAtFirst(CFrameProbe& probe, std::span<const u8> bytes) {
     const u64 smallest = probe.SmallestSize(bytes);
     if (probe.TellsFrames(smallest)) return {smallest, true};
     const std::vector<u8> zeros(smallest);
-    const bool told = !probe.HasSignature(zeros) && probe.HasSignature(bytes.first(smallest));
-    if (told) probe.AskForSignature();
-    return {smallest, told};
+    const bool marked = !probe.HasSignature(zeros) && probe.HasSignature(bytes.first(smallest));
+    if (marked) probe.AskForSignature();
+    return {smallest, marked};
 }
 
 std::unique_ptr<IFrameLayout> FindLayout(const IBytes& bytes, const SFrameFormat& format, u32 frameSize,

@@ -15,7 +15,7 @@ reduce::SFrameForm FormOf(const SFrameFormat& format);
 /// The bytes of a frame of plain pixels: 16-bit counts, or colours of 24 bits.
 u64 PlainBytes(const SFrameFormat& format);
 
-/// What can be told of bytes that may be a frame of a format, without their pixels. One thread at a time.
+/// What can be said of bytes that may be a frame of a format, without their pixels. One thread at a time.
 class CFrameProbe {
   public:
     explicit CFrameProbe(const SFrameFormat& format);

@@ -55,11 +55,11 @@ void CSource::IBody::FindOverruled(const std::function<std::optional<std::vector
     while (auto frame = next()) {
         reduce::CReduceObjectArray own;
         if (!probe.ParseMetadata(*frame, own)) continue;  // whoever wants that frame will hear of it
-        const auto told = own.GetObjectParameters(false);
-        if (!told || !told->fromSource) return;
+        const auto stated = own.GetObjectParameters(false);
+        if (!stated || !stated->fromSource) return;
         u32 bit = 1;
         for (const reduce::SObjectParameter& row : reduce::ObjectParameters()) {
-            if ((*recorded).*row.member != (*told).*row.member) overruled_ |= bit;
+            if ((*recorded).*row.member != (*stated).*row.member) overruled_ |= bit;
             bit <<= 1;
         }
         return;

@@ -121,8 +121,8 @@ def calibrate(
 
     Raises `FormatError` where the points do not determine a fit, `ValueError` for arguments that make none.
     """
-    told = [(float(point[0]), float(point[1]), int(point[2]) if len(point) > 2 else 0) for point in points]
-    fitted, presets = _core.fit_calibration(told, band, order, model, temperature_order)
+    given = [(float(point[0]), float(point[1]), int(point[2]) if len(point) > 2 else 0) for point in points]
+    fitted, presets = _core.fit_calibration(given, band, order, model, temperature_order)
     calibration = Calibration()
     calibration.band = fitted.band
     for number in range(_PRESETS):

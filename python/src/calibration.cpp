@@ -60,11 +60,11 @@ ETemperatureModel ModelOf(const std::string& word) {
     throw py::value_error("model: expected one of table, polynomial, planck, found '" + word + "'");
 }
 
-py::tuple Fit(const std::vector<std::tuple<double, double, u8>>& told, std::pair<double, double> band, int order,
+py::tuple Fit(const std::vector<std::tuple<double, double, u8>>& given, std::pair<double, double> band, int order,
               const std::string& model, int temperatureOrder) {
     std::vector<SCalibrationPoint> points;
-    points.reserve(told.size());
-    for (const auto& [counts, celsius, preset] : told) points.push_back({counts, celsius, preset});
+    points.reserve(given.size());
+    for (const auto& [counts, celsius, preset] : given) points.push_back({counts, celsius, preset});
     const SFitOptions options{band.first, band.second, order, ModelOf(model), temperatureOrder};
     SCalibrationFit fit;
     {

@@ -42,10 +42,10 @@ constexpr std::pair<const char*, std::optional<float> SSceneValues::*> kScene[] 
 
 }  // namespace
 
-SMeasureOptions MeasureOptionsOf(const py::dict& told) {
+SMeasureOptions MeasureOptionsOf(const py::dict& given) {
     SMeasureOptions options;
     const auto get = [&](const char* key) -> py::object {
-        return told.contains(key) ? py::object(told[key]) : py::object(py::none());
+        return given.contains(key) ? py::object(given[key]) : py::object(py::none());
     };
     if (const auto word = get("quantity"); !word.is_none())
         options.quantity = Choose(word.cast<std::string>(), "quantity", kQuantities);
@@ -166,8 +166,8 @@ void BindMeasurement(py::module_& module) {
             return list;
         });
     py::class_<CPyMeasurement>(module, "Measurement")
-        .def(py::init([](const CPySource& source, const py::dict& told) {
-                 SMeasureOptions options = MeasureOptionsOf(told);
+        .def(py::init([](const CPySource& source, const py::dict& given) {
+                 SMeasureOptions options = MeasureOptionsOf(given);
                  const py::gil_scoped_release unlocked;
                  return CPyMeasurement(CMeasurement(source.source, std::move(options)));
              }),

@@ -21,8 +21,8 @@ u32 FrameSizeOf(const CSource& source, const CFrameNumbers& frames, CSignals& si
 }
 
 u64 Record(const CPySource& from, const std::string& path, const std::vector<std::array<u64, 3>>& runs,
-           const py::dict& told, bool overwrite, bool unpacked, bool keepPart, bool checksums) {
-    const SMeasureOptions options = MeasureOptionsOf(told);
+           const py::dict& given, bool overwrite, bool unpacked, bool keepPart, bool checksums) {
+    const SMeasureOptions options = MeasureOptionsOf(given);
     SWriteOptions how = WriteOptionsOf(overwrite, unpacked, keepPart, checksums);
     const CSource& source = from.source;
     how.input = source;
@@ -98,8 +98,8 @@ py::dict CalibrationDict(const SCalibrationFacts& facts) {
     return dict;
 }
 
-py::dict Explain(const CPySource& from, const py::dict& told, u64 frame, u32 x, u32 y) {
-    const SMeasureOptions options = MeasureOptionsOf(told);
+py::dict Explain(const CPySource& from, const py::dict& given, u64 frame, u32 x, u32 y) {
+    const SMeasureOptions options = MeasureOptionsOf(given);
     const SFrameFormat& format = from.source.Format();
     if (x >= format.width || y >= format.height)
         throw py::value_error("pixel: expected one within " + std::to_string(format.width) + " x " +

@@ -75,8 +75,8 @@ def test_a_wheel_runs_without_the_tree_that_built_it(tmp_path):
     subprocess.run([venv / "bin/pip", "install", "-q", "--no-index", "--no-deps", wheel], check=True, env=environment)
     dump = COMPRESSED.make(tmp_path / "dump.raw")
     np.save(tmp_path / "expected.npy", ovix.open(dump, **COMPRESSED.how).temperature())
-    told = (dump, COMPRESSED.pixel_type, tmp_path / "expected.npy", venv)
-    command = [venv / "bin/python", "-c", ALONE, *map(str, told)]
+    given = (dump, COMPRESSED.pixel_type, tmp_path / "expected.npy", venv)
+    command = [venv / "bin/python", "-c", ALONE, *map(str, given)]
     done = subprocess.run(command, env=environment, cwd=tmp_path, capture_output=True, text=True)
     assert done.returncode == 0, done.stderr
     needed = subprocess.run(["readelf", "-d", *venv.rglob("*.so")], capture_output=True, text=True).stdout

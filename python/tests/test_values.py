@@ -44,8 +44,8 @@ def test_scene_and_correction_go_into_the_values(tmp_path):
     dump = PLAIN.make(tmp_path / "dump.raw", 2, "--tables", tmp_path / "nuc")
     scene = ("--emissivity", "0.7", "--reflected-temp", "20C", "--correction", tmp_path / "nuc")
     values, _ = converted(tmp_path, dump, PLAIN, *scene)
-    told = {"emissivity": 0.7, "reflected_temp": 293.15, "correction": tmp_path / "nuc"}
-    with ovix.open(dump, **PLAIN.how, **told) as rec:
+    given = {"emissivity": 0.7, "reflected_temp": 293.15, "correction": tmp_path / "nuc"}
+    with ovix.open(dump, **PLAIN.how, **given) as rec:
         assert same_bits(rec.temperature(), values)
         assert rec[0].parameters["emissivity"] == ovix.Parameter("emissivity", "emissivity", "", 0.7, "caller")
         assert rec[0].parameters["reflected-temp"].unit == "K"

@@ -85,7 +85,7 @@ TEST(C, TellsOfASourceAndReadsItsFrames) {
     auto frame = New<ovix_frame>();
     ASSERT_EQ(ovix_read(source.handle, 1, &frame), OVIX_OK);
     EXPECT_EQ(Values(frame), (std::vector<float>{10, 20, 30, 40, 50, 60}));
-    EXPECT_EQ(frame.told, 0u);
+    EXPECT_EQ(frame.present, 0u);
     auto figures = New<ovix_statistics>();
     ASSERT_EQ(ovix_measure_region(source.handle, 1, 0, 2, 2, &figures), OVIX_OK);
     EXPECT_EQ(figures.count, 4u);
@@ -144,7 +144,7 @@ TEST(C, TakesCameraFramesWithTheirFactsAndTheCallersScene) {
     auto frame = New<ovix_frame>();
     ASSERT_EQ(ovix_push(stream.handle, bytes.data(), bytes.size(), &frame), OVIX_OK) << LastError().line;
     EXPECT_EQ(frame.unit, OVIX_UNIT_TEMPERATURE_FACTORY);
-    EXPECT_EQ(frame.told & (OVIX_HAS_TIME | OVIX_HAS_COUNTER), unsigned{OVIX_HAS_TIME | OVIX_HAS_COUNTER});
+    EXPECT_EQ(frame.present & (OVIX_HAS_TIME | OVIX_HAS_COUNTER), unsigned{OVIX_HAS_TIME | OVIX_HAS_COUNTER});
     EXPECT_EQ(frame.counter, 0x1234u);
     EXPECT_EQ(frame.time, 17'000'000'002'500'000) << "2023-11-14 22:13:20.250, the record's own";
     std::size_t found = 0;

@@ -44,7 +44,7 @@ class CGrammar {
     }
 
     /// Options may stand anywhere, also before the verb, so that is looked for first. Options of a verb that do not
-    /// exist are told with the nearest one that does.
+    /// exist are named with the nearest one that does.
     Arguments InOrder(Arguments arguments) const {
         RefuseEmptyValues(arguments);
         const std::vector<std::size_t> plain = Plain(arguments);

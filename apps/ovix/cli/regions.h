@@ -12,7 +12,7 @@ class App;
 namespace ovix::app {
 
 /// The shapes that texts of an option tell: "[NAME=][KIND:]NUMBERS", where KIND is rect (x,y,width,height; the one that
-/// is meant where none is told), spot (x,y), line (x0,y0,x1,y1), circle (x,y,radius) or polygon (x0,y0,x1,y1,...). One
+/// is meant where none is given), spot (x,y), line (x0,y0,x1,y1), circle (x,y,radius) or polygon (x0,y0,x1,y1,...). One
 /// without a name is "roi1", "roi2" and so on by its place. Throws wrong usage that names the option.
 std::vector<measure::SShape> ParseShapes(const std::string& option, const std::vector<std::string>& texts);
 
@@ -41,7 +41,7 @@ class CRegionArguments {
     std::string file_;
 };
 
-/// Lines by their ends, as in `ParseShapes` but with no kind told.
+/// Lines by their ends, as in `ParseShapes` but with no kind given.
 std::vector<measure::SShape> ParseLines(const std::string& option, std::vector<std::string> texts);
 
 /// The pixels of shapes in frames of a size. Throws wrong usage for one that lies outside, and for two of one name.

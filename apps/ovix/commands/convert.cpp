@@ -157,7 +157,7 @@ class CConvertCommand final : public ICommand {
         if (IsPicture() && output == "-" && series.frames > 1)
             throw UsageFault("-o -: one picture goes there; --frames says which");
 
-        // A target that would not do is told before the frames are measured: a writer that is dropped leaves nothing.
+        // A target that would not do is refused before the frames are measured: a writer that is dropped leaves nothing.
         MakeFrameWriter(output, series, options);
         const CVideoColours video = IsPicture() ? CVideoColours(measurement) : CVideoColours();
         if (video) picture_.RefuseOfVideo();

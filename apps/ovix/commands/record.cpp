@@ -60,7 +60,7 @@ class CRecordCommand final : public ICommand {
     }
     void AddOptions(CLI::App& verb) override {
         source_.Add(verb);
-        told_.Add(verb);
+        given_.Add(verb);
         const char* group = "Output";
         verb.add_option("-o,--output", output_, "the recording")->required()->type_name("FILE")->group(group);
         verb.add_flag("--unpacked", how_.unpacked, "say that frames are stored as the camera delivers them")
@@ -79,10 +79,10 @@ class CRecordCommand final : public ICommand {
     EExit Run() override {
         if (output_ == "-" && (how_.keepPart || how_.checksums))
             throw UsageFault("--keep-part, --checksums: have no effect on -o -");
-        measure::SMeasureOptions told;
-        told.scene = told_.Scene();
-        told.corrections = told_.Corrections();
-        told.userCalibration = told_.UserCalibration();
+        measure::SMeasureOptions given;
+        given.scene = given_.Scene();
+        given.corrections = given_.Corrections();
+        given.userCalibration = given_.UserCalibration();
         const measure::CSource source = source_.Open();
         how_.input = source;
         how_.keepPart = how_.keepPart || (!source.IsNumbered() && output_ != "-");
@@ -91,7 +91,7 @@ class CRecordCommand final : public ICommand {
         CFrameWalk walk(source, source_.Frames(source));
         reduce::CReduceObjectArray objects;
         auto first = Gather(source, walk, objects);
-        measure::AddToSource(objects, told, source.Format());
+        measure::AddToSource(objects, given, source.Format());
 
         CWayOut out(output_);
         measure::CRecordingWriter writer(out.Path(), objects, source.Format(), frameSize, how_);
@@ -215,7 +215,7 @@ class CRecordCommand final : public ICommand {
     }
 
     CSourceArguments source_;
-    CSceneArguments told_;
+    CSceneArguments given_;
     std::string output_;
     measure::SWriteOptions how_;
     u64 done_ = 0;

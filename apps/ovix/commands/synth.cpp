@@ -117,7 +117,7 @@ class CSynthCommand final : public ICommand {
         return *value;
     }
 
-    /// As it is told, or as the family tells.
+    /// As given, or the first of the family.
     std::string PixelType() const {
         if (!pixelType_.empty()) return pixelType_;
         return family_.empty() ? "K410 IR (GigE)"

@@ -196,7 +196,7 @@ class CUncertaintyCommand final : public ICommand {
         } else {
             result.noise = "not known of one pixel of one frame: --frames or --counts-u";
         }
-        if (!countsU_.empty()) result.noise = "as told";
+        if (!countsU_.empty()) result.noise = "as given";
         return result;
     }
 
