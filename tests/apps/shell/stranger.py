@@ -428,7 +428,7 @@ def the_uncertainty_is_that_of_the_formulas():
     recording()
     told = ["--emissivity", "0.9", "--reflected-temp", "295.15K"]
     found = doc("uncertainty", "run.krt", "--frames", "0", "--at", "40,28", *told, "--emissivity-u", "0.01", "--reflected-temp-u", "2K",
-                "--counts-u", "3", "--constant-u", "planckB=0.1%", "--monte-carlo", "20000")
+                "--counts-u", "3", "--constant-u", "planckB=0.1%", "--monte-carlo", "2000")
     inputs = {entry["key"]: entry for entry in found["inputs"]}
 
     def value(*more):
