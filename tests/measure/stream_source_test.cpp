@@ -14,15 +14,15 @@ using Clock = std::chrono::steady_clock;
 
 const u64 kFrame = NumberedFrame(0).size();
 
-/// A pipe into which a thread writes pieces.
+/// A pipe into which a thread writes pieces; `held`: its end stays open.
 class CPipe {
   public:
-    explicit CPipe(Bytes bytes, std::size_t piece = 1000) {
+    explicit CPipe(Bytes bytes, std::size_t piece = 1000, bool held = false) {
         EXPECT_EQ(::pipe(ends_), 0);
-        writer_ = std::thread([this, piece, all = std::move(bytes)] {
+        writer_ = std::thread([this, piece, held, all = std::move(bytes)] {
             for (std::size_t at = 0; at < all.size(); at += piece)
                 Write(std::span(all).subspan(at, std::min(piece, all.size() - at)));
-            if (!held_) ::close(ends_[1]);
+            if (!held) ::close(ends_[1]);
         });
     }
     ~CPipe() {
@@ -33,8 +33,6 @@ class CPipe {
     void Write(std::span<const u8> bytes) const {
         EXPECT_EQ(::write(ends_[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
     }
-
-    std::atomic<bool> held_ = false;
 
   private:
     int ends_[2] = {};
@@ -126,8 +124,7 @@ TEST(StreamSource, GoesOnBehindBytesThatWereLostOrInserted) {
 }
 
 TEST(StreamSource, TheFirstFrameIsThereBeforeTheSecond) {
-    CPipe pipe({});
-    pipe.held_ = true;
+    const CPipe pipe({}, 1, true);
     pipe.Write(NumberedFrame(0));
     const CSource source = OpenDescriptor(pipe.Reader(), "pipe", AsDump());
     SRawFrame frame;
