@@ -135,8 +135,7 @@ TEST(StreamSource, TheFirstFrameIsThereBeforeTheSecond) {
 
 TEST(StreamSource, TheFirstFrameSpeaksForItsTypeAndSize) {
     const Bytes frame = CompressedFrame(EncodeJpegLs(Ramp(80 * 60, 14), 80, 60), {});
-    CPipe pipe({});
-    pipe.held_ = true;
+    const CPipe pipe({}, 1, true);
     pipe.Write(frame);
     const CSource source = OpenDescriptor(pipe.Reader(), "pipe", {.pixelType = "auto"});
     EXPECT_EQ(source.Format().pixelTypeName, kStream);
