@@ -31,7 +31,7 @@ Json MetadataJson(const std::string& file) {
 
 /// Of a pipe its name alone.
 Json InputJson(const measure::CSource& source) {
-    const std::string file = source.Name();
+    const std::string& file = source.Name();
     Json input{{"file", file}};
     std::error_code none;
     if (!std::filesystem::is_regular_file(file, none)) return input;

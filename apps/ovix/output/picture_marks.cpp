@@ -76,7 +76,10 @@ void CPictureMarks::Region(const measure::CPixelSet& region) {
 void CPictureMarks::Isotherm(const SPicture& picture, u16 width, float level) {
     const int height = static_cast<int>(picture.values.size()) / std::max<int>(1, width);
     Edges({0, 0}, {width - 1, height - 1}, [&](int x, int y, int x2, int y2) {
-        const auto i = static_cast<std::size_t>(y * width + x), j = static_cast<std::size_t>(y2 * width + x2);
+        const auto at = [&](int column, int row) {
+            return static_cast<std::size_t>(row) * width + static_cast<std::size_t>(column);
+        };
+        const std::size_t i = at(x, y), j = at(x2, y2);
         return x2 < width && y2 < height && (picture.values[i] >= level) != (picture.values[j] >= level) &&
                HasValue(picture, i) && HasValue(picture, j);
     });
