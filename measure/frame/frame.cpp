@@ -20,7 +20,8 @@ SRegionStats CFrame::Statistics(const SRegion& region) const {
                       .found = Say(columns, " x ", rows, " at ", region.x, ",", region.y)});
     const SShape shape =
         SShape::Rectangle(region.name, region.x, region.y, static_cast<u16>(columns), static_cast<u16>(rows));
-    return FiguresOf(*this, CPixelSet(shape, width, height));
+    const SPixelFigures figures = FiguresOf(*this, CPixelSet(shape, width, height));
+    return static_cast<const SRegionStats&>(figures);
 }
 
 reduce::CReduceObjectArray& CFrame::Objects() const { return work->objects; }
