@@ -2,7 +2,7 @@
 #include <vector>
 
 #include "apps/ovix/app_error.h"
-#include "apps/ovix/cli/command_line.h"
+#include "apps/ovix/command_line.h"
 
 /// Lines as the arguments of the tool, which are taken apart and not run.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "apps/manual/option.h"
-#include "apps/ovix/cli/command_line.h"
+#include "apps/ovix/command_line.h"
 
 namespace {
 

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cmath>
 
-#include "apps/ovix/cli/console.h"
 #include "apps/ovix/demo.h"
 #include "apps/ovix/facts/scene_json.h"
 #include "apps/ovix/output/frame_writer.h"
 #include "apps/ovix/scene.h"
-#include "apps/ovix/text_table.h"
+#include "apps/ovix/text/console.h"
+#include "apps/ovix/text/text_table.h"
 #include "apps/ovix/units.h"
 
 namespace ovix::app {

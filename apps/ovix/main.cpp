@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "apps/ovix/cli/command_line.h"
-#include "apps/ovix/cli/console.h"
+#include "apps/ovix/command_line.h"
 #include "apps/ovix/facts/error_json.h"
 #include "apps/ovix/output/output_file.h"
+#include "apps/ovix/text/console.h"
 
 namespace {
 

@@ -73,7 +73,7 @@ SArrayFile FindInNumpy(const IBytes& bytes) {
     if ((type != "'<u2'" && type != "'>u2'") || !rowsFirst || shape.size() != 3 || !IsSize(shape[2], shape[1]))
         Refuse(bytes, "a NumPy file", "16-bit unsigned numbers of shape (frames, height, width) or (height, width)",
                std::string(header.substr(isShort ? 10 : 12, 80)));
-    SArrayFile array{.format = CountsOf(shape[2], shape[1], type[1] == '>'), .frames = {}, .told = shape[0]};
+    SArrayFile array{.format = CountsOf(shape[2], shape[1], type[1] == '>'), .frames = {}, .stated = shape[0]};
     const u64 size = shape[1] * shape[2] * 2;
     const u64 there = bytes.Size() > data ? (bytes.Size() - data) / size : 0;
     for (u64 n = 0; n < std::min(shape[0], there); ++n) array.frames.push_back({data + n * size, size});
@@ -87,12 +87,12 @@ class CTiffPages {
 
     SArrayFile Find() const {
         SArrayFile array;
-        for (u64 at = Number(big_ ? 8 : 4, Word()); at; ++array.told) {
+        for (u64 at = Number(big_ ? 8 : 4, Word()); at; ++array.stated) {
             const Tags tags = TagsAt(at);
             const SExtent frame = FrameOf(tags, array);
             // Directories may lead back to one another: there are no more pages than the file has room for.
-            if (array.told > bytes_.Size() / frame.size)
-                Refuse(bytes_, "a TIFF", "pages that come to an end", Say(array.told));
+            if (array.stated > bytes_.Size() / frame.size)
+                Refuse(bytes_, "a TIFF", "pages that come to an end", Say(array.stated));
             if (frame.offset > bytes_.Size() || frame.size > bytes_.Size() - frame.offset) continue;
             array.frames.push_back(frame);
         }
@@ -119,7 +119,7 @@ class CTiffPages {
     }
     static u64 SizeOf(u16 type) { return type == 3 ? 2 : type == 4 ? 4 : type == 16 ? 8 : 1; }
 
-    /// Moves on to where the next directory is told.
+    /// Moves on to where the next directory is named.
     Tags TagsAt(u64& at) const {
         const u64 count = Number(at, big_ ? 8 : 2), entry = big_ ? 20 : 12;
         if (count > 4096) Refuse(bytes_, "a TIFF", "at most 4096 tags a page", Say(count));
@@ -147,7 +147,7 @@ class CTiffPages {
             Refuse(bytes_, "a TIFF", "pages of 16-bit unsigned counts, one sample a pixel, not compressed",
                    Say(width, " x ", height, ", ", bits, " bits, ", samples, " samples of format ", kind,
                        ", compression ", compression));
-        if (array.told == 0) array.format = CountsOf(width, height, bigEndian_);
+        if (array.stated == 0) array.format = CountsOf(width, height, bigEndian_);
         if (array.format.width != width || array.format.height != height)
             Refuse(bytes_, "a TIFF", "pages of one size", Say(width, " x ", height));
         const auto strips = tags.find(273);

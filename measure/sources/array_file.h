@@ -11,7 +11,7 @@ namespace ovix::measure {
 struct SArrayFile {
     SFrameFormat format;          ///< counts or counts-be
     std::vector<SExtent> frames;  ///< of those that are whole
-    u64 told = 0;                 ///< how many the file says that there are
+    u64 stated = 0;               ///< how many the file says that there are
 };
 
 /// Looks into a NumPy file (version 1 to 3, 16-bit unsigned, rows first, two or three dimensions) and a TIFF or BigTIFF

@@ -61,11 +61,11 @@ std::shared_ptr<CNumberedSource> CNumberedSource::OfArray(std::shared_ptr<const 
     auto source = std::make_shared<CNumberedSource>(file, ESource::Counts, std::move(array.format));
     if (array.frames.empty())
         throw CError({.id = EError::NoFrames, .file = file->Name(), .problem = "there is not one whole frame"});
-    if (array.frames.size() != array.told)
+    if (array.frames.size() != array.stated)
         source->Add({.id = EFinding::FrameCut,
                      .weight = EWeight::Damage,
                      .what = "the file is cut",
-                     .expected = Say(array.told, " frames"),
+                     .expected = Say(array.stated, " frames"),
                      .found = Say(array.frames.size())});
     source->layout_ = std::make_unique<CListedFrames>(std::move(array.frames));
     source->SetObjects({});

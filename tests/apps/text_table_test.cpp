@@ -1,4 +1,4 @@
-#include "apps/ovix/text_table.h"
+#include "apps/ovix/text/text_table.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
-#include "apps/ovix/cli/values.h"
+#include "apps/ovix/text/values.h"
 
 #include <gtest/gtest.h>
 
 #include "app_files.h"
 #include "apps/ovix/cli/regions.h"
-#include "apps/ovix/cli/suggestion.h"
+#include "apps/ovix/text/suggestion.h"
 
 namespace ovix::app {
 namespace {

@@ -4,8 +4,8 @@
 
 #include <charconv>
 
-#include "apps/ovix/cli/values.h"
 #include "apps/ovix/fault.h"
+#include "apps/ovix/text/values.h"
 
 namespace ovix::app {
 

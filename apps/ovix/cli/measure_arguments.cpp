@@ -5,9 +5,9 @@
 #include <CLI/CLI.hpp>
 #include <set>
 
-#include "apps/ovix/cli/choice.h"
-#include "apps/ovix/cli/values.h"
 #include "apps/ovix/facts/user_calibration.h"
+#include "apps/ovix/text/choice.h"
+#include "apps/ovix/text/values.h"
 #include "apps/ovix/units.h"
 
 namespace ovix::app {
@@ -57,7 +57,7 @@ void CMeasureArguments::Add(CLI::App& verb) {
     add("--cal", calibration_, "factory|user", "whose calibration (else the factory's, if there is one)");
     add("--scale", scale_, "C|F|K|R", "scale of temperatures (else C)");
     add("--clip", clip_, "LO,HI|off", "limits of the corrected counts (else 0,16383)");
-    told_.Add(verb);
+    given_.Add(verb);
 }
 
 void CSceneArguments::Add(CLI::App& verb) {
@@ -147,12 +147,12 @@ std::vector<std::string> CSceneArguments::IdleIn(EUnit unit) const {
 }
 
 void CMeasureArguments::RefuseIdle(EUnit unit) const {
-    std::vector<std::string> idle = told_.IdleIn(unit);
+    std::vector<std::string> idle = given_.IdleIn(unit);
     const bool byUser = unit == RadianceUser || unit == TemperatureUser;
     const bool calibrated = byUser || unit == ObjectSignal || unit == RadianceFactory || unit == TemperatureFactory;
     if (!scale_.empty() && !IsTemperature(unit)) idle.push_back("--scale");
     if (!calibration_.empty() && !calibrated) idle.push_back("--cal");
-    if (told_.HasUserCalibration() && !byUser) idle.push_back("--user-cal");
+    if (given_.HasUserCalibration() && !byUser) idle.push_back("--user-cal");
     if (!idle.empty()) throw UsageFault(idle.front() + ": has no effect on " + measure::UnitWords(unit));
 }
 
@@ -187,11 +187,11 @@ SMeasureOptions CMeasureArguments::Options() const {
         return ParseChoice<ECalibration>("--cal", text,
                                          {{"factory", ECalibration::Factory}, {"user", ECalibration::User}});
     });
-    options.userCalibration = told_.UserCalibration();
+    options.userCalibration = given_.UserCalibration();
     if (options.userCalibration && !options.calibration) options.calibration = ECalibration::User;
     if (!scale_.empty()) options.scale = ParseScale("--scale", scale_);
-    options.scene = told_.Scene();
-    options.corrections = told_.Corrections();
+    options.scene = given_.Scene();
+    options.corrections = given_.Corrections();
     options.clip = IfGiven(clip_, ParseClip);
     return options;
 }

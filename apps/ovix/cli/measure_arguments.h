@@ -49,10 +49,10 @@ class CMeasureArguments {
     void RefuseIdle(const measure::CMeasurement& measurement,
                     const std::optional<measure::CFrameNumbers>& frames) const;
     /// As `CSceneArguments::Set`.
-    void SetScene(const std::string& text) { told_.Set(text); }
+    void SetScene(const std::string& text) { given_.Set(text); }
 
   private:
-    CSceneArguments told_;
+    CSceneArguments given_;
     std::string unit_;
     std::string calibration_;
     std::string scale_;

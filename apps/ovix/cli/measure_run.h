@@ -2,8 +2,8 @@
 
 #include <optional>
 
-#include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/source_arguments.h"
+#include "apps/ovix/text/console.h"
 #include "measure/measure.h"
 
 namespace CLI {

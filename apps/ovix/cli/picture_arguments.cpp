@@ -4,9 +4,9 @@
 #include <cmath>
 
 #include "apps/ovix/app_error.h"
-#include "apps/ovix/cli/choice.h"
-#include "apps/ovix/cli/values.h"
 #include "apps/ovix/fault.h"
+#include "apps/ovix/text/choice.h"
+#include "apps/ovix/text/values.h"
 
 namespace ovix::app {
 namespace {

@@ -5,9 +5,9 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
-#include "apps/ovix/cli/choice.h"
-#include "apps/ovix/cli/values.h"
 #include "apps/ovix/facts/json_field.h"
+#include "apps/ovix/text/choice.h"
+#include "apps/ovix/text/values.h"
 
 namespace ovix::app {
 

@@ -6,13 +6,13 @@
 #include <algorithm>
 #include <chrono>
 
-#include "apps/ovix/cli/choice.h"
-#include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/frame_selection.h"
-#include "apps/ovix/cli/values.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/facts/small_text.h"
-#include "apps/ovix/spool.h"
+#include "apps/ovix/output/spool.h"
+#include "apps/ovix/text/choice.h"
+#include "apps/ovix/text/console.h"
+#include "apps/ovix/text/values.h"
 
 namespace ovix::app {
 

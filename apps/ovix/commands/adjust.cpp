@@ -4,15 +4,15 @@
 #include <array>
 #include <cstdlib>
 
-#include "apps/ovix/cli/choice.h"
-#include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/frame_selection.h"
 #include "apps/ovix/cli/source_arguments.h"
-#include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/fault.h"
 #include "apps/ovix/output/output_file.h"
+#include "apps/ovix/text/choice.h"
+#include "apps/ovix/text/console.h"
+#include "apps/ovix/text/values.h"
 #include "measure/measure.h"
 
 namespace ovix::app {

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "apps/ovix/text_table.h"
+#include "apps/ovix/text/text_table.h"
 #include "apps/ovix/units.h"
 
 namespace ovix::app {

@@ -3,15 +3,15 @@
 #include <CLI/CLI.hpp>
 #include <cmath>
 
-#include "apps/ovix/cli/choice.h"
-#include "apps/ovix/cli/console.h"
-#include "apps/ovix/cli/number_text.h"
-#include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/facts/calibration_points.h"
 #include "apps/ovix/facts/user_calibration.h"
 #include "apps/ovix/output/output_file.h"
-#include "apps/ovix/text_table.h"
+#include "apps/ovix/text/choice.h"
+#include "apps/ovix/text/console.h"
+#include "apps/ovix/text/number_text.h"
+#include "apps/ovix/text/text_table.h"
+#include "apps/ovix/text/values.h"
 #include "apps/ovix/units.h"
 
 namespace ovix::app {

@@ -6,15 +6,12 @@
 #include <map>
 #include <mutex>
 
-#include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/data_arguments.h"
 #include "apps/ovix/cli/many_inputs.h"
 #include "apps/ovix/cli/measure_arguments.h"
 #include "apps/ovix/cli/measure_run.h"
-#include "apps/ovix/cli/number_text.h"
 #include "apps/ovix/cli/picture_arguments.h"
 #include "apps/ovix/cli/source_arguments.h"
-#include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/facts/error_json.h"
 #include "apps/ovix/facts/findings.h"
@@ -23,6 +20,9 @@
 #include "apps/ovix/output/file_kinds.h"
 #include "apps/ovix/output/video_colours.h"
 #include "apps/ovix/status_flags.h"
+#include "apps/ovix/text/console.h"
+#include "apps/ovix/text/number_text.h"
+#include "apps/ovix/text/values.h"
 
 namespace ovix::app {
 
@@ -106,7 +106,7 @@ class CConvertCommand final : public ICommand {
     }
 
   private:
-    /// ".tif", of the file or as it is told for the standard output.
+    /// ".tif", of the file or as it is given for the standard output.
     std::string Extension() const {
         return format_.empty() ? std::filesystem::path(output_).extension().string() : '.' + format_;
     }
@@ -157,7 +157,8 @@ class CConvertCommand final : public ICommand {
         if (IsPicture() && output == "-" && series.frames > 1)
             throw UsageFault("-o -: one picture goes there; --frames says which");
 
-        // A target that would not do is refused before the frames are measured: a writer that is dropped leaves nothing.
+        // A target that would not do is refused before the frames are measured: a writer that is dropped leaves
+        // nothing.
         MakeFrameWriter(output, series, options);
         const CVideoColours video = IsPicture() ? CVideoColours(measurement) : CVideoColours();
         if (video) picture_.RefuseOfVideo();

@@ -2,9 +2,9 @@
 
 #include <CLI/CLI.hpp>
 
-#include "apps/ovix/cli/choice.h"
-#include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
+#include "apps/ovix/text/choice.h"
+#include "apps/ovix/text/values.h"
 
 namespace ovix::app {
 

@@ -4,14 +4,14 @@
 #include <algorithm>
 #include <cctype>
 
-#include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/many_inputs.h"
 #include "apps/ovix/cli/measure_arguments.h"
-#include "apps/ovix/cli/number_text.h"
 #include "apps/ovix/cli/source_arguments.h"
-#include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/facts/findings.h"
+#include "apps/ovix/text/console.h"
+#include "apps/ovix/text/number_text.h"
+#include "apps/ovix/text/values.h"
 #include "apps/ovix/units.h"
 #include "measure/measure.h"
 

@@ -3,20 +3,20 @@
 #include <CLI/CLI.hpp>
 #include <cmath>
 
-#include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/measure_arguments.h"
-#include "apps/ovix/cli/number_text.h"
 #include "apps/ovix/cli/source_arguments.h"
-#include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
-#include "apps/ovix/commands/value_section.h"
 #include "apps/ovix/facts/calibration_json.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/facts/provenance.h"
 #include "apps/ovix/facts/scene_json.h"
+#include "apps/ovix/facts/value_section.h"
 #include "apps/ovix/fault.h"
 #include "apps/ovix/status_flags.h"
-#include "apps/ovix/text_table.h"
+#include "apps/ovix/text/console.h"
+#include "apps/ovix/text/number_text.h"
+#include "apps/ovix/text/text_table.h"
+#include "apps/ovix/text/values.h"
 #include "apps/ovix/units.h"
 
 namespace ovix::app {

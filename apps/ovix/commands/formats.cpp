@@ -2,10 +2,10 @@
 #include <optional>
 #include <string>
 
-#include "apps/ovix/cli/console.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/synth/synth.h"
-#include "apps/ovix/text_table.h"
+#include "apps/ovix/text/console.h"
+#include "apps/ovix/text/text_table.h"
 #include "measure/measure.h"
 
 namespace ovix::app {

@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "apps/ovix/fault.h"
-#include "apps/ovix/text_table.h"
+#include "apps/ovix/text/text_table.h"
 
 namespace ovix::app {
 

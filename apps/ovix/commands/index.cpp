@@ -2,13 +2,13 @@
 
 #include <CLI/CLI.hpp>
 
-#include "apps/ovix/cli/console.h"
-#include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/fault.h"
 #include "apps/ovix/json.h"
 #include "apps/ovix/output/output_file.h"
+#include "apps/ovix/text/console.h"
+#include "apps/ovix/text/values.h"
 
 namespace ovix::app {
 

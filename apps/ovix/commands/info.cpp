@@ -4,16 +4,16 @@
 #include <algorithm>
 #include <optional>
 
-#include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/commands/block_report.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/commands/hexdump.h"
 #include "apps/ovix/commands/source_report.h"
-#include "apps/ovix/commands/value_section.h"
 #include "apps/ovix/facts/user_calibration.h"
+#include "apps/ovix/facts/value_section.h"
 #include "apps/ovix/fault.h"
-#include "apps/ovix/text_table.h"
+#include "apps/ovix/text/console.h"
+#include "apps/ovix/text/text_table.h"
 
 namespace ovix::app {
 

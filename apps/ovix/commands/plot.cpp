@@ -7,17 +7,17 @@
 #include <chrono>
 #include <filesystem>
 
-#include "apps/ovix/cli/choice.h"
-#include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/measure_arguments.h"
 #include "apps/ovix/cli/measure_run.h"
 #include "apps/ovix/cli/regions.h"
 #include "apps/ovix/cli/source_arguments.h"
-#include "apps/ovix/cli/values.h"
 #include "apps/ovix/facts/scene_json.h"
 #include "apps/ovix/fault.h"
 #include "apps/ovix/output/output_file.h"
 #include "apps/ovix/plot/plot_data.h"
+#include "apps/ovix/text/choice.h"
+#include "apps/ovix/text/console.h"
+#include "apps/ovix/text/values.h"
 #include "apps/ovix/units.h"
 
 namespace ovix::app {

@@ -4,14 +4,14 @@
 #include <algorithm>
 #include <optional>
 
-#include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/measure_arguments.h"
 #include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/fault.h"
 #include "apps/ovix/output/output_file.h"
-#include "apps/ovix/spool.h"
+#include "apps/ovix/output/spool.h"
+#include "apps/ovix/text/console.h"
 
 namespace ovix::app {
 

@@ -2,10 +2,10 @@
 
 #include <CLI/CLI.hpp>
 
-#include "apps/ovix/cli/console.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/facts/findings.h"
-#include "apps/ovix/spool.h"
+#include "apps/ovix/output/spool.h"
+#include "apps/ovix/text/console.h"
 
 namespace ovix::app {
 

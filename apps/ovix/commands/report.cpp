@@ -4,16 +4,16 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "apps/ovix/cli/console.h"
 #include "apps/ovix/cli/measure_arguments.h"
 #include "apps/ovix/cli/measure_run.h"
 #include "apps/ovix/cli/regions.h"
 #include "apps/ovix/cli/source_arguments.h"
-#include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/fault.h"
 #include "apps/ovix/output/output_file.h"
 #include "apps/ovix/report/report_facts.h"
+#include "apps/ovix/text/console.h"
+#include "apps/ovix/text/values.h"
 
 namespace ovix::app {
 

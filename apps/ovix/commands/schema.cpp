@@ -1,9 +1,9 @@
 #include <CLI/CLI.hpp>
 
-#include "apps/ovix/cli/choice.h"
-#include "apps/ovix/cli/console.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/schema/schemas.h"
+#include "apps/ovix/text/choice.h"
+#include "apps/ovix/text/console.h"
 
 namespace ovix::app {
 

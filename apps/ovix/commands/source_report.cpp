@@ -3,10 +3,10 @@
 #include <cmath>
 #include <map>
 
-#include "apps/ovix/cli/values.h"
 #include "apps/ovix/facts/calibration_json.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/facts/scene_json.h"
+#include "apps/ovix/text/values.h"
 #include "apps/ovix/units.h"
 
 namespace ovix::app {

@@ -8,11 +8,11 @@
 #include "apps/ovix/cli/measure_arguments.h"
 #include "apps/ovix/cli/measure_run.h"
 #include "apps/ovix/cli/regions.h"
-#include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/commands/stats_printer.h"
 #include "apps/ovix/facts/scene_json.h"
-#include "apps/ovix/text_table.h"
+#include "apps/ovix/text/text_table.h"
+#include "apps/ovix/text/values.h"
 
 namespace ovix::app {
 

@@ -4,11 +4,11 @@
 
 #include <utility>
 
-#include "apps/ovix/cli/console.h"
-#include "apps/ovix/cli/number_text.h"
 #include "apps/ovix/facts/error_json.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/facts/scene_json.h"
+#include "apps/ovix/text/console.h"
+#include "apps/ovix/text/number_text.h"
 
 namespace ovix::app {
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <functional>
 
-#include "apps/ovix/cli/console.h"
-#include "apps/ovix/cli/number_text.h"
 #include "apps/ovix/commands/stats_printer.h"
-#include "apps/ovix/text_table.h"
+#include "apps/ovix/text/console.h"
+#include "apps/ovix/text/number_text.h"
+#include "apps/ovix/text/text_table.h"
 
 namespace ovix::app {
 

@@ -3,9 +3,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
-#include "apps/ovix/cli/console.h"
-#include "apps/ovix/cli/suggestion.h"
-#include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/fault.h"
 #include "apps/ovix/output/frame_writer.h"
@@ -13,6 +10,9 @@
 #include "apps/ovix/output/output_file.h"
 #include "apps/ovix/scene.h"
 #include "apps/ovix/synth/synth.h"
+#include "apps/ovix/text/console.h"
+#include "apps/ovix/text/suggestion.h"
+#include "apps/ovix/text/values.h"
 #include "core/core.h"
 
 namespace ovix::app {

@@ -8,11 +8,11 @@
 #include <csignal>
 #include <filesystem>
 
-#include "apps/ovix/cli/console.h"
-#include "apps/ovix/cli/values.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/fault.h"
+#include "apps/ovix/text/console.h"
+#include "apps/ovix/text/values.h"
 
 namespace ovix::app {
 

@@ -4,9 +4,9 @@
 
 #include <cmath>
 
-#include "apps/ovix/cli/values.h"
 #include "apps/ovix/facts/small_text.h"
 #include "apps/ovix/fault.h"
+#include "apps/ovix/text/values.h"
 
 namespace ovix::app {
 

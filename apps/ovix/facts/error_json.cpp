@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "apps/ovix/cli/console.h"
+#include "apps/ovix/text/console.h"
 
 namespace ovix::app {
 

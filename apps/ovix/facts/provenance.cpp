@@ -5,10 +5,10 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "apps/ovix/cli/values.h"
 #include "apps/ovix/facts/scene_json.h"
 #include "apps/ovix/facts/user_calibration.h"
 #include "apps/ovix/fault.h"
+#include "apps/ovix/text/values.h"
 #include "apps/ovix/units.h"
 
 namespace ovix::app {

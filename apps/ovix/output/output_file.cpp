@@ -12,9 +12,9 @@
 #include <cstdio>
 #include <cstring>
 
-#include "apps/ovix/cli/console.h"
 #include "apps/ovix/fault.h"
-#include "apps/ovix/spool.h"
+#include "apps/ovix/output/spool.h"
+#include "apps/ovix/text/console.h"
 
 namespace ovix::app {
 namespace {

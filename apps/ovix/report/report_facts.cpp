@@ -4,10 +4,10 @@
 
 #include <array>
 
-#include "apps/ovix/commands/value_section.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/facts/provenance.h"
 #include "apps/ovix/facts/scene_json.h"
+#include "apps/ovix/facts/value_section.h"
 
 namespace ovix::app {
 

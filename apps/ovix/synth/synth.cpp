@@ -2,8 +2,8 @@
 
 #include <fmt/format.h>
 
-#include "apps/ovix/cli/choice.h"
 #include "apps/ovix/fault.h"
+#include "apps/ovix/text/choice.h"
 
 namespace ovix::app {
 

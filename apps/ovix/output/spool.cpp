@@ -1,4 +1,4 @@
-#include "apps/ovix/spool.h"
+#include "apps/ovix/output/spool.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -7,8 +7,8 @@
 #include <filesystem>
 #include <vector>
 
-#include "apps/ovix/cli/console.h"
 #include "apps/ovix/fault.h"
+#include "apps/ovix/text/console.h"
 
 namespace ovix::app {
 

@@ -1,16 +1,16 @@
-#include "apps/ovix/cli/command_line.h"
+#include "apps/ovix/command_line.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
 
-#include "apps/ovix/cli/choice.h"
-#include "apps/ovix/cli/console.h"
-#include "apps/ovix/cli/suggestion.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/facts/provenance.h"
 #include "apps/ovix/fault.h"
 #include "apps/ovix/status_flags.h"
+#include "apps/ovix/text/choice.h"
+#include "apps/ovix/text/console.h"
+#include "apps/ovix/text/suggestion.h"
 
 namespace ovix::app {
 

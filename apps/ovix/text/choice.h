@@ -4,8 +4,8 @@
 #include <utility>
 #include <vector>
 
-#include "apps/ovix/cli/suggestion.h"
 #include "apps/ovix/fault.h"
+#include "apps/ovix/text/suggestion.h"
 #include "core/core.h"
 
 namespace ovix::app {

@@ -1,4 +1,4 @@
-#include "apps/ovix/cli/number_text.h"
+#include "apps/ovix/text/number_text.h"
 
 #include <fmt/format.h>
 

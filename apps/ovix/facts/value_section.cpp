@@ -1,8 +1,8 @@
-#include "apps/ovix/commands/value_section.h"
+#include "apps/ovix/facts/value_section.h"
 
 #include <fmt/format.h>
 
-#include "apps/ovix/text_table.h"
+#include "apps/ovix/text/text_table.h"
 
 namespace ovix::app {
 

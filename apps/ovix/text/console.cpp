@@ -1,4 +1,4 @@
-#include "apps/ovix/cli/console.h"
+#include "apps/ovix/text/console.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>

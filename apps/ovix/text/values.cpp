@@ -1,4 +1,4 @@
-#include "apps/ovix/cli/values.h"
+#include "apps/ovix/text/values.h"
 
 #include <fmt/format.h>
 

@@ -1,10 +1,10 @@
-#include "apps/ovix/text_table.h"
+#include "apps/ovix/text/text_table.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "apps/ovix/cli/console.h"
 #include "apps/ovix/fault.h"
+#include "apps/ovix/text/console.h"
 
 namespace ovix::app {
 

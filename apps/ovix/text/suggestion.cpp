@@ -1,4 +1,4 @@
-#include "apps/ovix/cli/suggestion.h"
+#include "apps/ovix/text/suggestion.h"
 
 #include <algorithm>
 #include <numeric>
