@@ -174,10 +174,10 @@ typedef struct ovix_frame {
     const uint8_t* status; /**< one byte a pixel, bits of ovix_status */
     uint16_t width;
     uint16_t height;
-    int32_t unit;  /**< of ovix_unit */
-    int32_t scale; /**< of ovix_scale, of temperatures */
+    int32_t unit;     /**< of ovix_unit */
+    int32_t scale;    /**< of ovix_scale, of temperatures */
     uint32_t present; /**< of ovix_frame_fact; members that are not present are 0 */
-    int64_t time;  /**< UTC, steps of 100 ns since the start of 1970 */
+    int64_t time;     /**< UTC, steps of 100 ns since the start of 1970 */
     uint64_t counter;
     uint8_t preset;
 } ovix_frame;
