@@ -2,45 +2,30 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
 #include <limits>
-#include <optional>
 #include <random>
-#include <string>
-#include <vector>
 
 #include "core/visit.h"
 #include "support/forms.h"
+#include "support/pixel_reference.h"
 
 namespace ovix::reduce {
 namespace {
 
+using namespace test;
+
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-/// The trapezoid sum, with the places of the samples counted in whole hundredths.
-double Trapezoid(double celsius, int lowHundredths, int highHundredths, double scale) {
-    const long double kelvin = celsius + 273.15L;
-    const auto planck = [&](int hundredths) {
-        const long double wave = hundredths / 100.0L;
-        return 11910.7L / (std::exp(14388.4L / (wave * kelvin)) - 1) / std::pow(wave, 5.0L) * scale;
-    };
-    long double sum = 0;
-    for (int i = lowHundredths; i < highHundredths; ++i) sum += (planck(i) + planck(i + 1)) / 2 * 0.01L;
-    return static_cast<double>(sum);
-}
-
-TEST(Radiance, SumsPlanckOverTheBand) {
+TEST(Radiance, SumsPlanckOverTheBandBetweenHundredths) {
     const struct {
-        double celsius, low, high, scale;
-        int lowHundredths, highHundredths;
-    } cases[] = {{25, 8.001, 12.005, 1, 800, 1200},
-                 {-40, 7.506, 13.009, 0.93, 750, 1300},
-                 {1200, 3.001, 5.003, 1, 300, 500},
-                 {0, 10.001, 10.012, 2, 1000, 1001}};
+        double celsius, low, high, scale, lowUsed, highUsed;
+    } cases[] = {{25, 8.001, 12.005, 1, 8, 12},
+                 {-40, 7.506, 13.009, 0.93, 7.5, 13},
+                 {1200, 3.001, 5.003, 1, 3, 5},
+                 {0, 10.001, 10.012, 2, 10, 10.01}};
     for (const auto& c : cases) {
-        const double expected = Trapezoid(c.celsius, c.lowHundredths, c.highHundredths, c.scale);
-        EXPECT_NEAR(Radiance(c.celsius, c.low, c.high, c.scale), expected, expected * 1e-9) << c.celsius;
+        const double expected = BandRadiance(c.celsius, c.lowUsed, c.highUsed) * c.scale;
+        EXPECT_NEAR(Radiance(c.celsius, c.low, c.high, c.scale), expected, expected * 2e-5) << c.celsius;
     }
     // An empty band gives nothing, and so does one that no integer counts.
     EXPECT_TRUE(Radiance(25, 8, 8, 1) == 0 && Radiance(25, 12, 8, 1) == 0 && Radiance(25, 8, 1e300, 1) == 0);
@@ -123,210 +108,130 @@ TEST(Radiance, LookupInvertsATable) {
     for (int t = -3; t <= 100; ++t) ToRadianceLookup(radiance, t, radiances, disorder, 5, true, 1, Celsius);
 }
 
-using namespace test;
+/// How counts become radiance.
+struct SLaw {
+    const double* a;
+    int order;
+    double background, scale;
 
-constexpr int kPresets = 6;
-
-/// Laws for six presets, of different orders, and a frame of backgrounds for each.
-struct SLaws {
-    SForms forms;
-    double a[kPresets][7] = {{3, 2, 0.5, 0.25, 0.125, 0.01, 1e-3},
-                             {-1, 1.5, 1e-3, 1e-4, 1e-6, 0, 0},
-                             {7, 0.1, 2, 0, 0, 0, 0},
-                             {5, 3, 0, 0, 0, 0, 0},
-                             {-4, 0.25, 1, 1, 1, 0, 0},
-                             {1, 1, 1, 1, 1, 1, 1}};
-    const double* coefficients[kPresets];
-    double scales[kPresets] = {2, 0.5, 3, 1, 0.25, 1};
-    double backgrounds[kPresets] = {1, 2, 3, 4, 5, 6};
-    std::vector<double> frames[kPresets];
-    const double* pixelBackgrounds[kPresets];
-    std::vector<u8> presets;
-
-    SLaws() {
-        std::mt19937 random(9);
-        for (int p = 0; p < kPresets; ++p) {
-            coefficients[p] = a[p];
-            for (u32 i = 0; i < forms.Count(); ++i) frames[p].push_back(static_cast<double>(random() % 100));
-            pixelBackgrounds[p] = frames[p].data();
+    /// By its definition; where powers are `cut`, they are signed ones of 32 bits.
+    template <class S>
+    double Of(S pixel, bool cut) const {
+        const double c = static_cast<double>(pixel);
+        if (order < -2) return kUntouched;
+        if (order == -1) return (c - background) * a[1] * scale + a[0];
+        if (order == -2) return ((c - background) * a[1] + a[0]) * scale;
+        if (order == 0) return c * scale;
+        double sum = a[0] + a[1] * c, power = c;
+        u64 whole = 1;
+        if constexpr (std::is_integral_v<S>) whole = static_cast<u64>(pixel);
+        const u64 factor = whole;
+        for (int k = 2; k <= order; ++k) {
+            power *= c;
+            whole *= factor;
+            sum += a[k] * (cut && order <= 4 ? static_cast<i32>(static_cast<u32>(whole)) : power);
         }
-        // Stretches of one preset, and places where it changes with every pixel.
-        u8 preset = 0;
-        for (u32 i = 0; i < forms.Count(); ++i) {
-            if (i % 90 == 0 || i % 200 < 30) preset = static_cast<u8>(random() % kPresets);
-            presets.push_back(preset);
-        }
+        return sum * scale;
     }
 };
 
-/// A power that is cut to signed 32 bits.
-double Cut(u64 power) {
-    const u64 low = power & 0xFFFFFFFF;
-    return low < 0x80000000 ? static_cast<double>(low) : static_cast<double>(low) - 4294967296.0;
-}
-
-/// The order code by its definition; `bits` holds the count as 64-bit integer where powers wrap.
-std::optional<double> Reference(const double* a, int order, double c, std::optional<u64> bits, double b, double s) {
-    if (order < -2) return std::nullopt;
-    if (order == -1) return (c - b) * a[1] * s + a[0];
-    if (order == -2) return ((c - b) * a[1] + a[0]) * s;
-    if (order == 0) return c * s;
-    double sum = a[0] + a[1] * c;
-    u64 wrapped = bits.value_or(0);
-    for (int k = 2; k <= order; ++k) {
-        wrapped *= bits.value_or(0);
-        double power = c;
-        for (int i = 1; i < k; ++i) power *= c;
-        sum += a[k] * (bits && order <= 4 ? Cut(wrapped) : power);
-    }
-    return sum * s;
-}
-
-template <class S>
-std::vector<S> Source(u32 count) {
-    std::mt19937_64 random(3);
-    std::vector<S> source(count);
-    for (S& pixel : source) {
-        if constexpr (std::is_floating_point_v<S>) {
-            pixel = static_cast<S>(static_cast<S>(random() % 2000000) / 16 - 30000);
-        } else {
-            pixel = static_cast<S>(random());
-        }
-    }
-    return source;
-}
-
-template <class D>
-void ExpectNear(D found, std::optional<double> expected, const std::string& where) {
-    const D value = static_cast<D>(expected.value_or(-12345));  // what the destination held
-    if (value == found) return;
-    const double tolerance = std::is_same_v<D, float> ? 1e-6 : 1e-12;
-    ASSERT_NEAR(found, value, std::abs(value) * tolerance + (std::is_same_v<D, float> ? 1e-4 : 1e-9)) << where;
-}
-
 double* Lent(const double* values) { return const_cast<double*>(values); }  // nobody writes to them
 
-/// Every form, shape and order for one pair of types, held against the formula pixel by pixel.
+constexpr u32 kPresets = 6;
+
+/// Every form, shape and order for one pair of types, held against the formula pixel by pixel: of laws for six presets,
+/// of different orders, and a frame of backgrounds for each.
 template <class S, class D>
-void CheckAll(const SLaws& laws) {
-    const SForms& forms = laws.forms;
-    std::vector<S> source = Source<S>(forms.Count());
-    const STypedData in{source.data(), DataTypeOf<S>()};
-    std::vector<D> result;
-    /// `call(destination, form arguments...)` must give `expected(frame index, count, its bits where powers wrap)`.
-    const auto check = [&](EForm form, const std::string& what, bool wraps, const auto& call, const auto& expected) {
-        result.assign(forms.Count() + 200, static_cast<D>(-12345));
-        const STypedData out{result.data(), DataTypeOf<D>()};
-        ASSERT_TRUE(forms.Call(form, [&](auto... f) { return call(out, f...); })) << what;
-        const std::vector<u32> visited = forms.Visited(form);
-        const bool cut = wraps && std::is_integral_v<S> && (form == EForm::W || form == EForm::L);
-        for (std::size_t n = 0; n < visited.size(); ++n) {
-            const S pixel = source[visited[n]];
-            std::optional<u64> bits;
-            if constexpr (std::is_integral_v<S>) {
-                if (cut) bits = static_cast<u64>(pixel);
-            }
-            ExpectNear(result[n], expected(visited[n], static_cast<double>(pixel), bits),
-                       what + " form " + std::to_string(static_cast<int>(form)) + " pixel " + std::to_string(n));
-            if (testing::Test::HasFatalFailure()) return;
-        }
-        ASSERT_EQ(result[visited.size()], static_cast<D>(-12345)) << what;
-    };
-    const double* a = laws.a[0];
-    const double* frame = laws.pixelBackgrounds[2];
-    for (const EForm form : kForms) {
-        for (int order = -3; order <= 6; ++order) {
-            const std::string what = "order " + std::to_string(order);
-            const auto ofOne = [&](u32, double c, auto b) { return Reference(a, order, c, b, 7.5, 2); };
-            const auto ofFrame = [&](u32 i, double c, auto b) { return Reference(a, order, c, b, frame[i], 2); };
-            if constexpr (!std::is_same_v<S, u64>) {
-                const auto call = [&](auto background) {
-                    return
-                        [=](STypedData out, auto... f) { return ToRadiance(out, in, f..., a, order, background, 2); };
-                };
-                check(form, what, true, call(7.5), ofOne);
-                check(form, what + " backgrounds", true, call(frame), ofFrame);
-            }
-            const auto record = [&](const double* backgrounds) {
-                const SRadianceParams params{Lent(a), order, 7.5, Lent(backgrounds)};
-                return [=](STypedData out, auto... f) {
-                    return CountsToRadiance(in, out, f..., params, SCommonParams{.radianceScale = 2});
-                };
-            };
-            check(form, what + " record", false, record(nullptr), ofOne);
-            check(form, what + " record with backgrounds", false, record(frame), ofFrame);
-        }
-        const i32 orders[kPresets] = {2, -1, 4, -2, 3, -5};
-        const auto preset = [&](u32 i) { return laws.presets[i]; };
-        if constexpr (!std::is_same_v<S, u64>) {
-            const auto call = [&](const u8* presets, CPresetBackgrounds backgrounds) {
-                return [=, &laws, &orders](STypedData out, auto... f) {
-                    return ToRadiance(out, in, presets, f..., laws.coefficients, orders, backgrounds, laws.scales);
-                };
-            };
-            const auto expected = [&](u8 p, double c, auto b, double background) {
-                return Reference(laws.a[p], orders[p], c, b, background, laws.scales[p]);
-            };
-            check(form, "presets", true, call(laws.presets.data(), laws.backgrounds),
-                  [&](u32 i, double c, auto b) { return expected(preset(i), c, b, laws.backgrounds[preset(i)]); });
-            const double* arrays[kPresets];
-            std::copy_n(laws.pixelBackgrounds, kPresets, arrays);
-            arrays[3] = nullptr;  // counts as 0
-            check(form, "presets with backgrounds", true, call(laws.presets.data(), arrays),
-                  [&](u32 i, double c, auto b) {
-                      return expected(preset(i), c, b, arrays[preset(i)] ? arrays[preset(i)][i] : 0);
-                  });
-            check(form, "no map", true, call(nullptr, laws.backgrounds),
-                  [&](u32, double c, auto b) { return expected(0, c, b, 1); });
-        }
-        const bool flags[kPresets] = {true, true, false, true, true, false};
-        SRadianceParams records[kPresets];
-        for (int p = 0; p < kPresets; ++p) {
-            records[p] = {Lent(laws.a[p]), orders[p], laws.backgrounds[p],
-                          p == 3 ? nullptr : Lent(laws.pixelBackgrounds[p])};
-        }
-        const auto byRecord = [&](STypedData out, auto... f) {
-            const SCommonParams common{.radianceScale = 0.5};
-            return CountsToRadiance(in, out, laws.presets.data(), f..., flags, records, common);
-        };
-        check(form, "records", false, byRecord, [&](u32 i, double c, auto) {
-            const u8 p = preset(i);
-            const bool perPixel = p == 0 || p == 1 || p == 4;
-            return Reference(laws.a[p], orders[p], c, {}, perPixel ? laws.pixelBackgrounds[p][i] : laws.backgrounds[p],
-                             0.5);
-        });
+void CheckAll() {
+    const SForms forms;
+    const u32 pixels = forms.Count();
+    constexpr double kA[kPresets][7] = {{3, 2, 0.5, 0.25, 0.125, 0.01, 1e-3},
+                                        {-1, 1.5, 1e-3, 1e-4, 1e-6},
+                                        {7, 0.1, 2},
+                                        {5, 3},
+                                        {-4, 0.25, 1, 1, 1},
+                                        {1, 1, 1, 1, 1, 1, 1}};
+    const double* const a[] = {kA[0], kA[1], kA[2], kA[3], kA[4], kA[5]};
+    const i32 orders[] = {2, -1, 4, -2, 3, -5};
+    const double scales[] = {2, 0.5, 3, 1, 0.25, 1}, singles[] = {1, 2, 3, 4, 5, 6};
+    std::mt19937_64 random(3);
+    std::vector<S> source(pixels);
+    std::vector<u8> presets(pixels);
+    std::vector<double> frames[kPresets];
+    const double* frame[kPresets];
+    for (u32 i = 0; i < pixels; ++i) {
+        // Stretches of one preset, and places where it changes with every pixel.
+        presets[i] = i % 90 == 0 || i % 200 < 30 ? static_cast<u8>(random() % kPresets) : presets[i - 1];
+        for (auto& backgrounds : frames) backgrounds.push_back(static_cast<double>(random() % 100));
+        if constexpr (std::is_integral_v<S>) source[i] = static_cast<S>(random());
+        if constexpr (!std::is_integral_v<S>) source[i] = static_cast<S>(random() % 2000000) / 16 - 30000;
     }
+    for (u32 p = 0; p < kPresets; ++p) frame[p] = p == 3 ? nullptr : frames[p].data();  // which counts as 0
+    const STypedData in{source.data(), DataTypeOf<S>()};
+
+    const auto check = [&](const std::string& what, bool wraps, const auto& lawAt, const auto& call) {
+        SCOPED_TRACE(what);
+        for (const EForm form : kForms) {
+            const bool cut = wraps && std::is_integral_v<S> && (form == EForm::W || form == EForm::L);
+            const auto expected = [&](u32 i) { return lawAt(i).Of(source[i], cut); };
+            ExpectForm<D>(forms, form, std::is_same_v<D, float> ? 1e-6 : 1e-11, expected, call);
+        }
+    };
+    const u8* const map = presets.data();
+    const double* const each = frame[2];
+    for (int order = -3; order <= 6; ++order) {
+        const std::string what = "order " + std::to_string(order);
+        for (const bool perPixel : {false, true}) {
+            const auto law = [&](u32 i) { return SLaw{a[0], order, perPixel ? each[i] : 7.5, 2}; };
+            const CBackground background = perPixel ? CBackground(each) : CBackground(7.5);
+            const SRadianceParams params{Lent(a[0]), order, 7.5, perPixel ? Lent(each) : nullptr};
+            if constexpr (!std::is_same_v<S, u64>) {
+                check(what, true, law,
+                      [&](STypedData out, auto... f) { return ToRadiance(out, in, f..., a[0], order, background, 2); });
+            }
+            check(what + " record", false, law, [&](STypedData out, auto... f) {
+                return CountsToRadiance(in, out, f..., params, SCommonParams{.radianceScale = 2});
+            });
+        }
+    }
+    if constexpr (!std::is_same_v<S, u64>) {
+        const auto checkEach = [&](const u8* presetMap, CPresetBackgrounds backgrounds, const auto& backgroundAt) {
+            check(
+                "presets", true,
+                [&](u32 i) {
+                    const u8 p = presetMap ? presetMap[i] : u8{0};
+                    return SLaw{a[p], orders[p], backgroundAt(p, i), scales[p]};
+                },
+                [&](STypedData out, auto... f) {
+                    return ToRadiance(out, in, presetMap, f..., a, orders, backgrounds, scales);
+                });
+        };
+        checkEach(map, singles, [&](u8 p, u32) { return singles[p]; });
+        checkEach(map, frame, [&](u8 p, u32 i) { return frame[p] ? frame[p][i] : 0; });
+        checkEach(nullptr, singles, [&](u8, u32) { return 1.0; });
+    }
+    const bool usesFrame[] = {true, true, false, true, true, false};
+    SRadianceParams records[kPresets];
+    for (u32 p = 0; p < kPresets; ++p) records[p] = {Lent(a[p]), orders[p], singles[p], Lent(frame[p])};
+    check(
+        "records", false,
+        [&](u32 i) {
+            const u8 p = map[i];
+            return SLaw{a[p], orders[p], usesFrame[p] && frame[p] ? frame[p][i] : singles[p], 0.5};
+        },
+        [&](STypedData out, auto... f) {
+            return CountsToRadiance(in, out, map, f..., usesFrame, records, SCommonParams{.radianceScale = 0.5});
+        });
 }
 
 TEST(ToRadiance, EveryFormShapeOrderAndTypeFollowsTheFormula) {
-    const SLaws laws;
     for (u32 type = Int8; type <= Flt64; ++type) {
         SCOPED_TRACE(type);
         Visit(static_cast<EDataType>(type), [&]<class S>(TElement<S>) {
-            CheckAll<S, float>(laws);
-            CheckAll<S, double>(laws);
+            CheckAll<S, float>();
+            CheckAll<S, double>();
         });
     }
-}
-
-TEST(ToRadiance, OtherTypesAreRefusedAndNothingIsWritten) {
-    u64 pixels[4] = {1, 2, 3, 4};
-    double result[4] = {-1, -1, -1, -1};
-    double a[] = {0, 1};
-    const SRadianceParams params{a, 1, 0, nullptr};
-    for (u32 from = 0; from < 13; ++from) {
-        for (u32 to = 0; to < 13; ++to) {
-            const STypedData in{pixels, EDataType{from}}, out{result, EDataType{to}};
-            const bool floats = to == Flt32 || to == Flt64;
-            EXPECT_EQ(ToRadiance(out, in, 0, a, 1, 0.0, 1), floats && from <= Flt64 && from != UInt64);
-            EXPECT_EQ(CountsToRadiance(in, out, 0, params, {}), floats && from <= Flt64);
-            if (floats && from <= Flt64) continue;
-            ToRadiance(out, in, 2, a, 1, 0.0, 1);
-            CountsToRadiance(in, out, 2, params, {});
-        }
-    }
-    EXPECT_FALSE(ToRadiance({result, Flt64}, {pixels, UInt64}, 2, a, 1, 0.0, 1));
-    EXPECT_EQ(result[0], -1);
 }
 
 TEST(ToRadiance, LimitsCutAndFlag) {

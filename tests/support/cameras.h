@@ -6,7 +6,11 @@
 #include <cmath>
 
 #include "core/typed_data.h"
-#include "reduce/convert/factory_calibrations.h"
+#include "reduce/convert/meas_conv.h"
+#include "reduce/convert/mrl_conv.h"
+#include "reduce/convert/radiometry.h"
+#include "reduce/convert/trn_meas_conv.h"
+#include "support/pixel_reference.h"
 
 /// Cameras that never existed, one of each family with a factory calibration, and how their counts become temperatures,
 /// written down once more, in long double, from the physics. Steps that are stated to happen in single precision happen
@@ -31,22 +35,12 @@ struct SScaleStep {
     ETempType scale;
     double factor, offset;
 };
+inline constexpr ETempType kNoScale = static_cast<ETempType>(9);  ///< kelvin, for most
 inline constexpr SScaleStep kScaleSteps[] = {
-    {Celsius, 1, 273.15}, {Fahrenheit, 1.8, 459.67}, {Kelvin, 1, 0}, {Rankine, 1.8, 0}};
-
-using Real = long double;
+    {Celsius, 1, 273.15}, {Fahrenheit, 1.8, 459.67}, {Kelvin, 1, 0}, {Rankine, 1.8, 0}, {kNoScale, 1, 0}};
 
 inline void ExpectClose(double value, Real expected, double relative) {
     EXPECT_NEAR(value, static_cast<double>(expected), relative * std::max(1.0, std::abs(value)));
-}
-
-/// Planck's law between two wavelengths in micrometres, by the midpoint rule.
-inline double BandRadiance(double celsius, double low, double high) {
-    double sum = 0;
-    for (double w = low + 0.0005; w < high; w += 0.001) {
-        sum += 0.001 * 11910.7 / (std::pow(w, 5) * (std::exp(14388.4 / (w * (celsius + 273.15))) - 1));
-    }
-    return sum;
 }
 
 inline Real PlanckSignal(Real R, Real B, Real F, Real kelvin) { return R / (std::exp(B / kelvin) - F); }
@@ -88,15 +82,16 @@ inline CCurlewCal CurlewCamera() {
 }
 
 /// Black bodies from 255 to 350 K give counts from 800 to 16,300. The housing warms up: the count is 0.6 percent too
-/// small, and 11 counts too great.
-inline CTernCal TernCamera() {
+/// small, and 11 counts too great, which it can compensate.
+inline CTernCal TernCamera(bool compensates = true) {
     CTernCal c;
     FillAir(c);
     c.adjustGain = 1.1f, c.adjustOffset = 300.0f;
     c.planckR = 2.2e8f, c.planckB = 3300.0f, c.planckF = 1.0f;
     c.overflowTemp = 348.15f, c.upperTemp = 343.15f, c.lowerTemp = 263.15f, c.underflowTemp = 258.15f;
     c.radFitHighTemp = 353.15f, c.radFitLowTemp = 253.15f;
-    c.tdriftMode = 1, c.driftR = 2e8f, c.driftB = 3300.0f, c.driftF = 1.0f, c.drift3 = 20.0f, c.drift4 = 0.01f;
+    c.tdriftMode = compensates, c.driftR = 2e8f, c.driftB = 3300.0f, c.driftF = 1.0f, c.drift3 = 20.0f,
+    c.drift4 = 0.01f;
     c.drift5 = 5.0f, c.drift6 = 0.02f, c.drift7 = 70.0f, c.drift8 = 0.5f, c.drift9 = 77.0f;
     c.gainDrift0 = 1.0f, c.gainDrift1 = 0.1f, c.gainDrift2 = 0.02f, c.gainDrift3 = 300.0f;
     c.frontPanelTemp = 303.0f, c.airGapTemp = 300.0f, c.dewarTemp = 80.0f;
@@ -169,10 +164,9 @@ class CCurlewReference : public TSignalReference<CCurlewCal> {
 
 class CTernReference : public TSignalReference<CTernCal> {
   public:
-    /// Without the drift's correction unless `compensated`.
-    CTernReference(const CTernCal& camera, const SScene& scene, bool compensated = false)
+    CTernReference(const CTernCal& camera, const SScene& scene)
         : TSignalReference(camera, scene, scene.atmosphereTemp - 273.15) {
-        if (compensated) SetDrift();
+        if (c.tdriftMode == 1) SetDrift();
         // The limits stay those before the compensation came.
         SetLimits((65535.0L - c.adjustOffset) * c.adjustGain);
     }
@@ -250,33 +244,38 @@ class CMerlinReference {
     SScene s;
 };
 
-/// The constants of the scene, the limits, and the way of a count to its temperature and back. `Count` is what the
-/// model takes for a count where it tells the status.
-template <class Count>
-void ExpectFollows(const auto& model, const auto& reference, int lastCount, double lowKelvin, double highKelvin) {
-    ExpectClose(model.getUsedAtmTao(), reference.tau, 1e-13);
-    ExpectClose(model.getK1(), reference.K1, 1e-13);
-    ExpectClose(model.getK2(), reference.K2, 1e-12);
-    ExpectClose(model.getPowOverflow(), reference.overflow, 1e-12);
-    ExpectClose(model.getPowUnderflow(), reference.underflow, 1e-12);
-    const auto kelvinOf = [&](i32 img) { return model.imgToTemp(img, nullptr); };
-    double before = 0;
-    for (i32 img = 0; img <= lastCount; img += 101) {
-        int expected = 0;
-        u8 status = 99;
-        const Real signal = reference.ObjectSignal(img, expected);
-        ExpectClose(model.imgToObjectSignal(static_cast<Count>(img), &status), signal, 1e-11);
-        EXPECT_EQ(status, expected) << img;
-        ExpectClose(kelvinOf(img), reference.Kelvin(signal), 1e-11);  // limited all the same
-        EXPECT_TRUE(kelvinOf(img) > before || expected & 6) << img;
-        before = kelvinOf(img);
-    }
-    for (double kelvin = lowKelvin; kelvin < highKelvin; kelvin += 0.37) {
-        const u16 img = model.tempToImg(kelvin);
-        EXPECT_LT(std::abs(kelvinOf(img) - kelvin) / (kelvinOf(img + 1) - kelvinOf(img)), 0.51) << kelvin;
-        ExpectClose(model.objSigToTemp(model.tempToObjSig(kelvin)), kelvin, 1e-12);
-        ExpectClose(model.powToObjSig(model.objSigToPow(kelvin)), kelvin, 1e-12);
-    }
+inline reduce::CMeasConv ModelOf(const CCurlewCal& camera, const SScene& scene) {
+    const reduce::SAdjustParams adjust{camera.offset, camera.gain, camera.imgMin, camera.imgMax};
+    reduce::SObjectParams object;
+    reduce::SCalibParams calib;
+    CopySignalCalibration(calib, camera);
+    CopyScene(object, scene);
+    return reduce::CMeasConv(&adjust, &object, &calib);
+}
+
+inline reduce::CTrnMeasConv ModelOf(const CTernCal& c, const SScene& scene) {
+    const reduce::_adjust_par_t adjust{2, c.adjustGain, c.adjustOffset};
+    reduce::_tdrift_par_t drift{c.tdriftMode, 0, c.driftR, c.driftB, c.driftF, c.drift3};
+    drift.drift4 = c.drift4, drift.drift5 = c.drift5, drift.drift6 = c.drift6;
+    drift.drift7 = c.drift7, drift.drift8 = c.drift8, drift.drift9 = c.drift9;
+    reduce::_object_par_t object;
+    reduce::_cal_param_t calib;
+    CopySignalCalibration(calib, c);
+    CopyScene(object, scene);
+    calib.gainDrift0 = c.gainDrift0, calib.gainDrift1 = c.gainDrift1;
+    calib.gainDrift2 = c.gainDrift2, calib.gainDrift3 = c.gainDrift3;
+    reduce::CTrnMeasConv model(&adjust, &drift, &object, &calib);
+    const reduce::_imageinfo_t instrument{c.frontPanelTemp, c.airGapTemp, c.dewarTemp};
+    if (c.tdriftMode == 1) model.UpdateFromTempSens(&instrument);
+    return model;
+}
+
+inline reduce::CMrlConv ModelOf(const CMerlinCal& camera, const SScene& scene) {
+    reduce::CObjectParametersReduceObject params;
+    CopyScene(params, scene);
+    reduce::CMrlConv model;
+    model.Init(camera, params);
+    return model;
 }
 
 }  // namespace ovix::test

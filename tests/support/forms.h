@@ -1,9 +1,13 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <cmath>
 #include <random>
 #include <vector>
 
 #include "core/typed_data.h"
+#include "core/visit.h"
 
 namespace ovix::test {
 
@@ -16,7 +20,8 @@ struct SForms {
     u16 width = 23;
     u16 height = 41;
     reduce::SArea area{2, 3, 38, 21};
-    TArray<reduce::SScanLine> lines;
+    // Out of order, of one pixel, and ending before its beginning.
+    TArray<reduce::SScanLine> lines{{30, 4, 20}, {7, 9, 9}, {9, 6, 5}, {0, 0, 22}};
     std::vector<u32> indices;
     std::vector<u8> mask;
     u32 stride = 31;  ///< the mask's own
@@ -27,10 +32,6 @@ struct SForms {
         for (u8& byte : mask) byte = random() % 3 ? static_cast<u8>(random()) : u8{0};
         for (u32 i = 0; i < 50; ++i) indices.push_back(i);
         for (int i = 0; i < 1000; ++i) indices.push_back(static_cast<u32>(random() % Count()));
-        // Out of order, of one pixel, and ending before its beginning.
-        for (const reduce::SScanLine line : {reduce::SScanLine{30, 4, 20}, {7, 9, 9}, {9, 6, 5}, {0, 0, 22}}) {
-            lines.Add(line);
-        }
     }
 
     u32 Count() const { return u32{width} * height; }
@@ -52,27 +53,49 @@ struct SForms {
         return visited;
     }
 
-    /// Calls `f` with the arguments that say the form.
-    template <class F>
-    bool Call(EForm form, F&& f) const {
-        if (form == EForm::W) return f(Count());
-        if (form == EForm::L) return f(indices.data(), static_cast<u32>(indices.size()));
-        return CallPart(form, f);
+    /// Calls `f` with arguments of its own and those that say the form; false for a form that it does not take.
+    bool Call(EForm form, const auto& f, const auto&... own) const {
+        if (form == EForm::W) return Try(f, own..., Count());
+        if (form == EForm::L) return Try(f, own..., indices.data(), static_cast<u32>(indices.size()));
+        return CallPart(form, f, own...);
     }
     /// The same where all forms are said with the size of the frame first.
-    template <class F>
-    bool CallInFrame(EForm form, F&& f) const {
-        if (form == EForm::W) return f(width, height);
-        if (form == EForm::L) return f(width, height, indices.data(), static_cast<u32>(indices.size()));
-        return CallPart(form, f);
+    bool CallInFrame(EForm form, const auto& f, const auto&... own) const {
+        if (form == EForm::W) return Try(f, own..., width, height);
+        if (form == EForm::L) return Try(f, own..., width, height, indices.data(), static_cast<u32>(indices.size()));
+        return CallPart(form, f, own...);
     }
 
   private:
-    bool CallPart(EForm form, const auto& f) const {
-        if (form == EForm::A) return f(width, height, area);
-        if (form == EForm::S) return f(width, height, lines);
-        return f(width, height, area, static_cast<const u8*>(mask.data()), stride);
+    bool CallPart(EForm form, const auto& f, const auto&... own) const {
+        if (form == EForm::A) return Try(f, own..., width, height, area);
+        if (form == EForm::S) return Try(f, own..., width, height, lines);
+        return Try(f, own..., width, height, area, mask.data(), stride);
+    }
+    static bool Try(const auto& f, const auto&... arguments) {
+        if constexpr (std::is_invocable_v<decltype(f), decltype(arguments)...>) return f(arguments...);
+        return false;
     }
 };
+
+/// What a destination holds before a conversion, and where that writes nothing.
+inline constexpr int kUntouched = -12345;
+
+/// `call(own..., destination, form arguments...)` must give `expected(frame index)` of each pixel that the form visits,
+/// near to a part of its size, and no more.
+template <class D>
+void ExpectForm(const SForms& forms, EForm form, double part, const auto& expected, const auto& call,
+                const auto&... own) {
+    SCOPED_TRACE("form " + std::to_string(static_cast<int>(form)));
+    const std::vector<u32> visited = forms.Visited(form);
+    std::vector<D> out(visited.size() + 1, D{kUntouched});
+    ASSERT_TRUE(forms.Call(form, call, own..., STypedData{out.data(), DataTypeOf<D>()}));
+    for (std::size_t n = 0; n < visited.size(); ++n) {
+        const D value = static_cast<D>(expected(visited[n]));
+        if (out[n] == value) continue;
+        ASSERT_NEAR(out[n], value, part * std::max(100.0, std::abs(double{value}))) << n << ", pixel " << visited[n];
+    }
+    ASSERT_EQ(out[visited.size()], D{kUntouched});
+}
 
 }  // namespace ovix::test

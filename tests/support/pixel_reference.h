@@ -21,6 +21,14 @@ inline Real Lookup(const double* xs, const double* ys, i32 count, Real x) {
     }
     return ys[count - 1];
 }
+/// Planck's law between two wavelengths in micrometres, by the midpoint rule.
+inline double BandRadiance(double celsius, double low, double high) {
+    double sum = 0;
+    for (double w = low + 0.0005; w < high; w += 0.001) {
+        sum += 0.001 * 11910.7 / (std::pow(w, 5) * (std::exp(14388.4 / (w * (celsius + 273.15))) - 1));
+    }
+    return sum;
+}
 /// Degrees Celsius of a black body's radiance between 8 and 12 micrometres.
 inline Real Planck(Real radiance) { return 14388.3L / (10 * std::log1p(11910.66L * 4 / (1e5L * radiance))) - 273.15L; }
 
