@@ -47,6 +47,7 @@ struct CFrameIndex::STried {
 
 CFrameIndex::CFrameIndex(CSource source) : source_(std::move(source)), reader_(source_) {
     if (!source_.IsNumbered()) source_.Find(0);  // throws
+    if (source_.Body().IsPacked()) return;
     if (source_.Kind() == ESource::Counts) {
         place_ = SPixelPlace{0, IsBigEndian(source_.Format())};
         apart_ = true;
@@ -104,7 +105,7 @@ void CFrameIndex::ReadAround(u64 number, SRawFrame& raw) const {
 }
 
 SFrameFacts CFrameIndex::Facts(u64 number) const {
-    if (source_.Kind() == ESource::Counts) return source_.Find(number), SFrameFacts{};
+    if (source_.Kind() == ESource::Counts && place_) return source_.Find(number), SFrameFacts{};
     SRawFrame raw;
     if (apart_)
         ReadAround(number, raw);

@@ -68,11 +68,12 @@ std::shared_ptr<CNumberedSource> CNumberedSource::OfArray(std::shared_ptr<const 
                      .expected = Say(array.stated, " frames"),
                      .found = Say(array.frames.size())});
     source->layout_ = std::make_unique<CListedFrames>(std::move(array.frames));
+    source->packed_ = std::move(array.packed);
     source->SetObjects({});
     return source;
 }
 
-SExtent CNumberedSource::Find(u64 number) const {
+SExtent CNumberedSource::PlaceOf(u64 number) const {
     if (const std::optional<SExtent> place = layout_->Find(number)) return *place;
     throw CError({.id = EError::NoSuchFrame,
                   .file = File().Name(),
@@ -81,8 +82,16 @@ SExtent CNumberedSource::Find(u64 number) const {
                   .found = Say("frame ", number)});
 }
 
+SExtent CNumberedSource::Find(u64 number) const {
+    if (packed_)
+        throw CError({.id = EError::WrongArgument,
+                      .file = File().Name(),
+                      .problem = "its frames are compressed and have no place in the file"});
+    return PlaceOf(number);
+}
+
 void CNumberedSource::Read(u64 number, SRawFrame& frame) const {
-    const SExtent place = Find(number);
+    const SExtent place = PlaceOf(number);
     if (place.size > CUInt32::Max)
         throw CError({.id = EError::FrameRefused,
                       .file = File().Name(),
@@ -91,17 +100,21 @@ void CNumberedSource::Read(u64 number, SRawFrame& frame) const {
     frame.number = number;
     frame.offset = place.offset;
     frame.bytes.resize(place.size);
+    packed_ ? packed_->Read(number, frame.bytes) : ReadFromFile(place, frame);
+    if (sums_) HoldAgainstSum(*sums_, frame);
+    if (IsBigEndian(Format())) SwapBytes(frame.bytes);
+}
+
+void CNumberedSource::ReadFromFile(const SExtent& place, SRawFrame& frame) const {
     const std::size_t read = File().ReadAt(place.offset, frame.bytes);
     if (read < place.size)
         throw CError({.id = EError::FileChanged,
                       .file = File().Name(),
-                      .frame = number,
+                      .frame = frame.number,
                       .offset = read,
                       .problem = "the file became shorter while it was read",
                       .expected = Say(place.size, " bytes"),
                       .found = Say("the end of the file after ", read)});
-    if (sums_) HoldAgainstSum(*sums_, frame);
-    if (IsBigEndian(Format())) SwapBytes(frame.bytes);
 }
 
 bool CNumberedSource::Next(SRawFrame&, const std::stop_token&) {

@@ -25,6 +25,7 @@ class CNumberedSource final : public CSource::IBody {
     CNumberedSource(std::shared_ptr<const CInputFile> file, ESource kind, SFrameFormat format);
 
     bool IsNumbered() const override { return true; }
+    bool IsPacked() const override { return packed_ != nullptr; }
     std::optional<u64> Count() const override { return layout_->Count(); }
     u64 FrameSize() const override { return layout_->FrameSize(); }
     void Read(u64 number, SRawFrame& frame) const override;
@@ -33,8 +34,11 @@ class CNumberedSource final : public CSource::IBody {
 
   private:
     void LookAtRecording(const CRecordingFile& file, const SOpenOptions& options);
+    SExtent PlaceOf(u64 number) const;
+    void ReadFromFile(const SExtent& place, SRawFrame& frame) const;
 
     std::unique_ptr<IFrameLayout> layout_;
+    std::unique_ptr<IPackedFrames> packed_;
     std::optional<CSumCheck> sums_;
 };
 

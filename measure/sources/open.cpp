@@ -109,6 +109,16 @@ CSource Open(const std::filesystem::path& path, const SOpenOptions& options) {
     return OpenFile(std::make_shared<CInputFile>(path, !options.stop.stop_possible()), options);
 }
 
+bool SaysItsFormat(const std::filesystem::path& path) {
+    try {
+        if (!std::filesystem::is_regular_file(path)) return false;  // a named pipe would be waited for
+        const CInputFile file(path);
+        return CRecordingFile::Recognises(file.Get(0, CRecordingFile::MagicBytes)) || IsArrayFile(file);
+    } catch (const std::exception&) {
+        return false;  // whoever opens it will hear of it
+    }
+}
+
 CSource OpenDescriptor(int descriptor, std::string name, const SOpenOptions& options) {
     return OpenFile(std::make_shared<CInputFile>(descriptor, std::move(name)), options);
 }

@@ -78,7 +78,7 @@ class OVIX_MEASURE_API CSource {
     /// others can still be read then.
     void Read(u64 number, SRawFrame& frame) const;
     /// Where a frame of a numbered source stands in the file, which is not read. Throws `CError` (NoSuchFrame,
-    /// NotNumbered).
+    /// NotNumbered; WrongArgument for frames of a PNG or a compressed TIFF, which stand nowhere as they are).
     SExtent Find(u64 number) const;
     /// The next frame of a source that is not numbered; false at its end. One caller at a time. A torn place goes on at
     /// the next frame that passes its family's check: that frame follows, after one `CError` (FrameRefused) that says
@@ -115,7 +115,10 @@ class OVIX_MEASURE_API CSource {
 /// Opens a file; "-" is the standard input. Throws `CError` for one that is missing, of no known format, or without
 /// frames (`NoFrames`: a sound info file without frames too).
 OVIX_MEASURE_API CSource Open(const std::filesystem::path& path, const SOpenOptions& options = {});
-/// The same for a descriptor that can be read, a pipe or a socket; it stays the caller's.
+/// Whether a regular file begins as one that says its type and size by itself: a recording, or counts in a NumPy, TIFF
+/// or PNG file. False for what cannot be read, a pipe included, of which nothing is taken.
+OVIX_MEASURE_API bool SaysItsFormat(const std::filesystem::path& path);
+/// As `Open` for a descriptor that can be read, a pipe or a socket; it stays the caller's.
 OVIX_MEASURE_API CSource OpenDescriptor(int descriptor, std::string name, const SOpenOptions& options);
 /// A source of frames that the caller has in memory and hands to `CMeasurement::Measure` or `CFrameReader::Read`, as a
 /// camera delivers them. Nothing can be read from it: it has no numbers, and `Next` ends at once. Of the options, pixel

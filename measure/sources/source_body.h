@@ -24,6 +24,8 @@ class CSource::IBody {
     const SFrameFormat& Format() const { return format_; }
 
     virtual bool IsNumbered() const = 0;
+    /// Whether frames are unpacked when they are read, and so have no place in the file.
+    virtual bool IsPacked() const { return false; }
     virtual std::optional<u64> Count() const = 0;
     virtual u64 FrameSize() const = 0;
     virtual void Read(u64 number, SRawFrame& frame) const = 0;

@@ -23,13 +23,15 @@ using measure::EWeight;
 void CSourceArguments::Add(CLI::App& verb, EInputs inputs) {
     const char* group = "Input";
     if (inputs == EInputs::One) {
-        verb.add_option("FILE", file_,
-                        "a recording, a dump of raw frames, a .npy or .tif of 16-bit counts; - is the standard input")
+        verb.add_option(
+                "FILE", file_,
+                "a recording, a dump of raw frames, or a .npy, .tif or .png of 16-bit counts; - is the standard input")
             ->required()
             ->type_name("");
     } else {
-        verb.add_option("FILE", files_,
-                        "recordings, dumps of raw frames, .npy and .tif of 16-bit counts; - is the standard input")
+        verb.add_option(
+                "FILE", files_,
+                "recordings, dumps of raw frames, and .npy, .tif and .png of 16-bit counts; - is the standard input")
             ->type_name("");
         verb.add_option("--files-from", filesFrom_,
                         "more files, whose names stand in this one, a line each or with a zero byte behind each; - is "
@@ -71,12 +73,29 @@ std::vector<CSourceArguments> CSourceArguments::Each() const {
     if (names.empty()) throw UsageFault("FILE is required");
     if (std::ranges::count(names, "-") > 1) throw UsageFault("-: the standard input is there once");
     std::vector<CSourceArguments> each;
+    bool described = !Describes();
     for (const std::string& name : names) {
         each.push_back(*this);
         each.back().file_ = name;
-        each.back().others_ = names.size() > 1;
+        if (names.size() == 1 || !Describes()) continue;
+        if (measure::SaysItsFormat(name))
+            each.back().pixelType_ = each.back().size_ = each.back().frameSize_ = "";
+        else
+            described = true;
     }
+    if (names.size() > 1 && !described)
+        throw UsageFault(
+            fmt::format("{}: not one of the {} files is a dump, which it could describe", GivenOfDump(), names.size()));
     return each;
+}
+
+std::string CSourceArguments::GivenOfDump() const {
+    std::string given;
+    for (const auto& [option, value] : {std::pair("--pixel-type", &pixelType_), std::pair("--size", &size_),
+                                        std::pair("--frame-size", &frameSize_)}) {
+        if (!value->empty()) given += (given.empty() ? "" : ", ") + std::string(option);
+    }
+    return given;
 }
 
 measure::SOpenOptions CSourceArguments::Options() const {
@@ -99,19 +118,20 @@ measure::SOpenOptions CSourceArguments::Options() const {
 CSource CSourceArguments::Open(bool acceptDamage) const {
     measure::SOpenOptions options = Options();
     options.acceptDamage = options.acceptDamage || acceptDamage;
-    const bool describes = !pixelType_.empty() || !size_.empty() || !frameSize_.empty();
     try {
+        const auto require = [&](bool isDump) {
+            if (!isDump) throw UsageFault(fmt::format("{}: {} says it by itself", GivenOfDump(), file_));
+        };
+        require(!Describes() || !measure::SaysItsFormat(file_));
         CSource source = spool_ ? OpenSpooled(options) : measure::Open(file_, options);
-        if (source.Kind() == measure::ESource::Recording && describes && !others_)
-            throw UsageFault(source.Name() +
-                             " is a recording, which says by itself what --pixel-type, --size and --frame-size say");
+        require(!Describes() || source.Kind() != measure::ESource::Recording);  // which a pipe brought
         std::size_t said = 0;
         SayNew(source, said);
         return source;
     } catch (const measure::CError& error) {
         SFault facts = FaultOf(error).Facts();
         if (error.Id() == measure::EError::UnknownFormat && pixelType_.empty() && facts.expected.empty()) {
-            facts.exit = describes ? ExitUsage : ExitFile;
+            facts.exit = Describes() ? ExitUsage : ExitFile;
             facts.problem = "is of no known format; a dump of raw frames needs --pixel-type and --size";
             facts.advice.clear();
         }

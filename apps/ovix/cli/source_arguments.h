@@ -21,8 +21,9 @@ enum class EInputs : u8 { One, Many };
 class CSourceArguments {
   public:
     void Add(CLI::App& verb, EInputs inputs = EInputs::One);
-    /// Of a verb that takes many: the same options for each of the files, at least one. Throws for none, and for a list
-    /// of files that cannot be read.
+    /// Of a verb that takes many: the options for each of the files, at least one. Those that describe a dump go to the
+    /// files that do not say their format by themselves. Throws for no file, for a list of files that cannot be read,
+    /// and for a described dump that is not among them.
     std::vector<CSourceArguments> Each() const;
 
     /// Says what the source is worth on the standard error, and reads damaged metadata where the caller wants to show
@@ -47,6 +48,9 @@ class CSourceArguments {
     static EExit Exit(const measure::CSource& source, u64 skipped);
 
   private:
+    /// Which of the options that describe a dump were given: "--pixel-type, --size".
+    std::string GivenOfDump() const;
+    bool Describes() const { return !GivenOfDump().empty(); }
     measure::SOpenOptions Options() const;
     measure::CSource OpenSpooled(const measure::SOpenOptions& options) const;
 
@@ -64,7 +68,6 @@ class CSourceArguments {
     bool spool_ = false;
     bool strict_ = false;
     bool acceptDamage_ = false;
-    bool others_ = false;  ///< of several files: what describes a dump may be meant for another one
 };
 
 }  // namespace ovix::app

@@ -84,9 +84,6 @@ class CDiffCommand final : public ICommand {
         const std::vector<CSourceArguments> inputs = source_.Each();
         if (inputs.size() != 2) throw UsageFault(fmt::format("diff: expected two files, found {}", inputs.size()));
         const CSource a = inputs[0].Open(), b = inputs[1].Open();
-        const auto isRecording = [](const CSource& source) { return source.Kind() == measure::ESource::Recording; };
-        if (inputs[0].NamesType() && isRecording(a) && isRecording(b))
-            throw UsageFault("--pixel-type: both are recordings, which say it themselves");
         document_ = {{"schema", kSchemaVersion}, {"a", a.Name()}, {"b", b.Name()}};
         CompareSources(inputs[0], a, inputs[1], b);
         if (differences_.empty()) CompareFrames(inputs[0], {a, options}, {b, options}, tolerance);
@@ -97,7 +94,8 @@ class CDiffCommand final : public ICommand {
         if (json_) {
             PrintJson(document_);
         } else if (equal) {
-            Print(fmt::format("{} and {}: equal, {} frames\n", Printable(a.Name()), Printable(b.Name()), compared_));
+            Print(fmt::format("{} and {}: equal, {} {}\n", Printable(a.Name()), Printable(b.Name()), compared_,
+                              compared_ == 1 ? "frame" : "frames"));
         }
         const EExit worth = Worse(CSourceArguments::Exit(a, 0), CSourceArguments::Exit(b, 0));
         return equal ? worth : ExitBadData;
