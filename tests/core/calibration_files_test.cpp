@@ -267,16 +267,16 @@ TEST(RCalFile, IsAnEmptyValueAtFirst) {
     Numbers numbers{42}, others{42};
     EXPECT_FALSE(empty.HasCoefficients() || empty.GetPolyOrder(0, order) || empty.GetCoefficients(0, numbers) ||
                  empty.GetTempCoefficients(0, numbers) || empty.GetBackgroundValue(0, low) ||
-                 empty.GetBackgroundFileCRC(0, 1, 1, crc) || empty.GetBackgroundFile(0, 1, 1, numbers) ||
-                 empty.GetBandpass(low, high));
-    EXPECT_TRUE(order == 42 && crc == 42 && low == 42 && high == 42 && numbers[0] == 42);
-    EXPECT_TRUE(empty.GetTempPolyOrder(7, order) && order == 0);
-    EXPECT_TRUE(empty.GetBackgroundType(7, type) && type == NoBackground);
-    EXPECT_TRUE(empty.GetLookup(7, numbers, others) && numbers.size() == 0 && others.size() == 0);
-    for (const int preset : {-1, 8, INT32_MAX}) {
-        EXPECT_FALSE(empty.GetTempPolyOrder(preset, order) || empty.GetBackgroundType(preset, type) ||
-                     empty.GetLookup(preset, numbers, others) || empty.GetBackgroundFileCRC(preset, 1, 1, crc));
+                 empty.GetBackgroundFile(0, 1, 1, numbers) || empty.GetBandpass(low, high));
+    EXPECT_TRUE(order == 42 && low == 42 && high == 42 && numbers[0] == 42);
+    for (const int preset : {-1, 8, INT32_MAX, 7}) {
+        const bool there = preset == 7;
+        EXPECT_EQ(empty.GetTempPolyOrder(preset, order), there);
+        EXPECT_EQ(empty.GetBackgroundType(preset, type), there);
+        EXPECT_EQ(empty.GetLookup(preset, numbers, others), there);
+        EXPECT_FALSE(empty.GetBackgroundFileCRC(preset, 1, 1, crc));
     }
+    EXPECT_TRUE(order == 0 && crc == 42 && type == NoBackground && numbers.size() == 0 && others.size() == 0);
 }
 
 TEST(RCalFile, TakesOnlyWhatIsACalibration) {

@@ -149,28 +149,25 @@ TEST(FileSystem, ListsFilesInOrderOfTheirNames) {
 TEST(Version, IsThatOfTheProjectInMacrosAndLibrary) {
     EXPECT_STREQ(OVIX_VERSION_STRING, OVIX_PROJECT_VERSION);
     EXPECT_STREQ(Version(), OVIX_PROJECT_VERSION);
-    const std::string numbers = std::to_string(OVIX_VERSION_MAJOR) + '.' + std::to_string(OVIX_VERSION_MINOR) + '.' +
-                                std::to_string(OVIX_VERSION_PATCH);
-    EXPECT_EQ(numbers, OVIX_PROJECT_VERSION);
+    EXPECT_EQ(CString::FromFormat(L"%d.%d.%d", OVIX_VERSION_MAJOR, OVIX_VERSION_MINOR, OVIX_VERSION_PATCH),
+              CString(OVIX_PROJECT_VERSION));
 }
 
 TEST(RWLock, ExcludesWritersAndSharesNothingWithCopies) {
     CRWLock lock;
     int value = 0;
-    std::thread threads[4];
-    for (std::thread& thread : threads) {
-        thread = std::thread([&] {
-            for (int i = 0; i < 1000; ++i) {
-                lock.WriteLock();
-                ++value;
-                lock.WriteUnlock();
-                lock.ReadLock();
-                EXPECT_GT(value, i);
-                lock.ReadUnlock();
-            }
-        });
+    {
+        std::jthread threads[4];
+        for (std::jthread& thread : threads) {
+            thread = std::jthread([&] {
+                for (int i = 0; i < 1000; ++i) {
+                    lock.WriteLock();
+                    ++value;
+                    lock.WriteUnlock();
+                }
+            });
+        }
     }
-    for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(value, 4000);
 
     lock.ReadLock();

@@ -9,9 +9,8 @@
 #include "reduce/files/info_file.h"
 #include "reduce/objects/object_parameters_reduce_object.h"
 #include "reduce/objects/source_info_reduce_object.h"
-#include "support/byte_writer.h"
+#include "support/object_file.h"
 #include "support/test_folder.h"
-#include "support/text.h"
 
 namespace ovix::reduce {
 namespace {
@@ -62,14 +61,13 @@ TEST(AcquisitionFile, StartsWithTheMetadataAsTheSourcesOwnAndThePixelsBlock) {
         CReduceObjectArray loaded;
         InfoFileDirectory blocks;
         ASSERT_TRUE(LoadInfoFile(file, loaded, blocks, 0));
-        EXPECT_TRUE(loaded.GetObjectParameters(false)->fromSource);
         const auto source = loaded.GetSourceInfo(false);
-        EXPECT_EQ(Text(source->presets[0].frameCount, source->packetHeight, source->packetExtra),
-                  unpacked ? "2 480 0 " : "2 482 3 ");
+        EXPECT_EQ(Text(loaded.GetObjectParameters(false)->fromSource, source->presets[0].frameCount,
+                       source->packetHeight, source->packetExtra),
+                  unpacked ? "1 2 480 0 " : "1 2 482 3 ");
         const SInfoFileBlock& last = blocks[blocks.size() - 1];
-        EXPECT_EQ(last.typeID, PixelsBlockTypeID);
         SPixelsHeader header;
-        ASSERT_TRUE(ReadPixelsHeader(file, last.version, header));
+        ASSERT_TRUE(last.typeID == PixelsBlockTypeID && ReadPixelsHeader(file, last.version, header));
         EXPECT_TRUE(header.packetHeight == (unpacked ? 480 : 482) && file->GetRemaining() == 0);
         EXPECT_FALSE(ReadPixelsHeader(file, last.version, header));
     }
@@ -107,27 +105,22 @@ TEST(AcquisitionFile, HeadersOfTheCallersGoInAsTheyStand) {
     ASSERT_TRUE(InitPixelsHeader(header, source, false));
     header.frameSize = 12345;
     header.reserved1[0] = 7;
-    CMemFile memory;
+    CMemFile memory, own;
     ASSERT_TRUE(StartKRTFile(BorrowShared<IFile>(memory), array, header));
     EXPECT_EQ(std::memcmp(Last(memory, 512).data(), &header, 512), 0);
-
-    CMemFile own;
     ASSERT_TRUE(WritePixelsHeader(BorrowShared<IFile>(own), source, kWide, 99, true));
     EXPECT_EQ(Last(own, 589), PixelsBlock(480, 0, 99).bytes);
 }
 
 TEST(AcquisitionFile, ReadsTheOldestRecord) {
-    CByteWriter w, sizes;
+    CByteWriter sizes, expected;
     sizes.U16(640).U16(480).U16(641).U16(481).U16(642).U16(482).U16(3).U32(614400);
-    w.Guid(kWide).U16(2).U64(0xEEEEEEEEEEEEEEEE).Append(sizes).Zeros(600);
-    CMemFile memory;
-    memory.WriteBytes(w.bytes.data(), static_cast<u32>(w.bytes.size()));
-    memory.SeekToBegin();
+    const TSharedPtr<IFile> file =
+        test::FileOf(CByteWriter().Guid(kWide).U16(2).U64(0xEEEEEEEEEEEEEEEE).Append(sizes).Zeros(600));
     SPixelsHeader header;
     std::memset(static_cast<void*>(&header), 0xFF, sizeof header);
-    ASSERT_TRUE(ReadPixelsHeader(BorrowShared<IFile>(memory), 0x10000, header));
-    EXPECT_EQ(memory.GetPosition(), 44u);
-    CByteWriter expected;
+    ASSERT_TRUE(ReadPixelsHeader(file, 0x10000, header));
+    EXPECT_EQ(file->GetPosition(), 44u);
     expected.U32(44).U32(0x10000).U32(44).Guid(kWide).U16(2).Append(sizes).U32(614400).PadTo(512);
     EXPECT_EQ(std::memcmp(&header, expected.bytes.data(), 512), 0);
 }
@@ -143,9 +136,9 @@ TEST(PixelsHeader, LayoutsAreThoseOfTheRecordsInMemory) {
     StorePixelsHeader(header, 0x10000, record);
     SPixelsHeaderV0 oldest;
     std::memcpy(&oldest, record, sizeof oldest);
-    EXPECT_EQ(oldest.pixelType, header.pixelType);
-    EXPECT_EQ(Text(oldest.notRead[7], oldest.width, oldest.packetExtra, oldest.frameSize),
-              Text(0, header.width, header.packetExtra, header.frameSize));
+    EXPECT_EQ(Text(oldest.pixelType == header.pixelType, oldest.notRead[7], oldest.width, oldest.packetExtra,
+                   oldest.frameSize),
+              Text(1, 0, header.width, header.packetExtra, header.frameSize));
     for (const auto& [version, offset] : {std::pair{0x10001u, 36u}, {0x10000u, 32u}}) {
         SPixelsHeader other = header;
         other.frameHeight++;
@@ -169,9 +162,8 @@ TEST(PixelsHeader, FrameBlocksAreAddedOnceAndAtMostEightTimes) {
     GUID first = kWide;
     first.data1++;
     EXPECT_EQ(header.AddFrameBlock({first, 1, {}}), -1);
-    EXPECT_EQ(header.FindFrameBlock(first), 0);
-    EXPECT_EQ(header.FindFrameBlock(id), -1);
-    EXPECT_EQ(header.FindFrameBlock(CGUID::Empty), 1);
+    EXPECT_EQ(Text(header.FindFrameBlock(first), header.FindFrameBlock(id), header.FindFrameBlock(CGUID::Empty)),
+              "0 -1 1 ");
 }
 
 }  // namespace

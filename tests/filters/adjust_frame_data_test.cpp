@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <memory>
-#include <vector>
+#include <numeric>
 
 #include "core/pixel_types.h"
 #include "reduce/filters/frame_types.h"
+#include "support/frame_reader.h"
 #include "support/k410_frames.h"
 
 namespace ovix::reduce {
@@ -21,22 +21,19 @@ struct SFlags {
 /// The result of an adjustment between buffers of exactly their size, both at odd addresses.
 Bytes Adjust(const Bytes& source, std::size_t size, i32 width, i32 height, GUID type, SFlags flags = {}, RECT rect = {},
              i32 shift = 0, i32 mask = -1) {
-    const auto from = std::make_unique<u8[]>(source.size() + 1), to = std::make_unique<u8[]>(size + 1);
-    std::copy(source.begin(), source.end(), from.get() + 1);
-    std::fill_n(to.get(), size + 1, u8{0xEE});
-    AdjustFrameData(to.get() + 1, from.get() + 1, width, height, type, rect, shift, mask, flags.deinterlace,
-                    flags.mirror, flags.flip);
-    return {to.get() + 1, to.get() + 1 + size};
+    const test::CExact from(source), to(Bytes(size, 0xEE));
+    AdjustFrameData(to.get(), from.get(), width, height, type, rect, shift, mask, flags.deinterlace, flags.mirror,
+                    flags.flip);
+    return {to.get(), to.get() + size};
 }
 
 TEST(AdjustFrameData, CountsAreTakenByTheTableOfTheFlags) {
-    struct SCase {
+    const struct {
         i32 width, height;
         RECT rect;
         bool mirror, flip;
         std::vector<u16> words;  ///< numbers of source words, found by hand
-    };
-    const SCase cases[] = {
+    } cases[] = {
         {2, 2, {}, true, true, {3, 2, 1, 0}},
         {3, 2, {}, true, false, {2, 1, 0, 5, 4, 3}},
         {3, 2, {}, false, true, {3, 4, 5, 0, 1, 2}},
@@ -47,9 +44,9 @@ TEST(AdjustFrameData, CountsAreTakenByTheTableOfTheFlags) {
         {0, 3, {}, false, false, {}},
         {3, -1, {}, true, true, {}},
     };
-    std::vector<u16> source;
-    for (u16 i = 0; i < 24; ++i) source.push_back(i);
-    for (const SCase& c : cases) {
+    std::vector<u16> source(24);
+    std::iota(source.begin(), source.end(), u16{0});
+    for (const auto& c : cases) {
         for (const bool fields : {false, true}) {
             EXPECT_EQ(Adjust(test::PixelBytes(source), 2 * c.words.size(), c.width, c.height, frame_types::kF7M0,
                              {fields, c.mirror, c.flip}, c.rect),
@@ -106,40 +103,37 @@ Bytes Colour(int y, int u, int v) {
 }
 
 TEST(AdjustFrameData, YuvLinesGoToTheirPlaces) {
-    struct SCase {
-        SFlags flags;
-        std::vector<u32> places;  ///< lines of the result, for each source line
-    };
-    const SCase cases[] = {{{false, false, false}, {0, 1, 2, 3, 4}},
-                           {{false, true, false}, {0, 1, 2, 3, 4}},
-                           {{false, false, true}, {4, 3, 2, 1, 0}},
-                           {{false, true, true}, {3, 2, 1, 0}},
-                           {{true, false, false}, {0, 2, 4, 1, 3}},
-                           {{true, false, false}, {0, 2, 1, 3}},
-                           {{true, true, false}, {0}},
-                           {{true, false, true}, {3, 1, 4, 2, 0}},
-                           {{true, true, true}, {2, 0, 3, 1}},
-                           {{true, true, true}, {0}}};
+    const std::pair<SFlags, std::vector<u32>> cases[] = {// lines of the result, for each source line
+                                                         {{false, false, false}, {0, 1, 2, 3, 4}},
+                                                         {{false, true, false}, {0, 1, 2, 3, 4}},
+                                                         {{false, false, true}, {4, 3, 2, 1, 0}},
+                                                         {{false, true, true}, {3, 2, 1, 0}},
+                                                         {{true, false, false}, {0, 2, 4, 1, 3}},
+                                                         {{true, false, false}, {0, 2, 1, 3}},
+                                                         {{true, true, false}, {0}},
+                                                         {{true, false, true}, {3, 1, 4, 2, 0}},
+                                                         {{true, true, true}, {2, 0, 3, 1}},
+                                                         {{true, true, true}, {0}}};
     for (const u32 width : {4u, 5u}) {
-        for (const SCase& c : cases) {
-            const u32 lines = static_cast<u32>(c.places.size());
+        for (const auto& [flags, places] : cases) {
+            const u32 lines = static_cast<u32>(places.size());
             Bytes source(2 * width * lines), expected(3 * width * lines, 0xEE);
             for (std::size_t i = 0; i < source.size(); ++i) source[i] = static_cast<u8>(37 * i + 20);
             // Untouched, the whole picture is one run, and pairs go on from line to line.
-            const bool oneRun = !c.flags.deinterlace && !c.flags.mirror && !c.flags.flip;
+            const bool oneRun = !flags.deinterlace && !flags.mirror && !flags.flip;
             const u32 run = oneRun ? width * lines : width;
             for (u32 line = 0; line < width * lines / run; ++line) {
                 for (u32 pixel = 0; pixel < run / 2 * 2; ++pixel) {
                     const u8* pair = &source[2 * width * line + pixel / 2 * 4];
                     const Bytes rgb = Colour(pair[pixel % 2 ? 2 : 0], pair[1], pair[3]);
-                    const u32 column = c.flags.mirror ? run - 1 - pixel : pixel;
-                    std::copy_n(rgb.begin(), 3, &expected[3 * (c.places[line] * width + column)]);
+                    const u32 column = flags.mirror ? run - 1 - pixel : pixel;
+                    std::copy_n(rgb.begin(), 3, &expected[3 * (places[line] * width + column)]);
                 }
             }
             EXPECT_EQ(Adjust(source, expected.size(), static_cast<i32>(width), static_cast<i32>(lines), rootYUVType,
-                             c.flags, {1, 2, 3, 4}, 5, 0),
+                             flags, {1, 2, 3, 4}, 5, 0),
                       expected)
-                << &c - cases << " of width " << width;
+                << flags.deinterlace << flags.mirror << flags.flip << lines << " of width " << width;
         }
     }
     for (const GUID& other : {frame_types::kUYVY, CGUID::Empty}) {

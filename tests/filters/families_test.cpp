@@ -1,9 +1,13 @@
+/// What holds in every family: its types, and what is answered about each form of its frames.
+
 #include <gtest/gtest.h>
 
+#include "core/pixel_types.h"
+#include "reduce/filters/filter_factory.h"
 #include "support/frame_forms.h"
 #include "support/frame_reader.h"
+#include "support/k410_frames.h"
 
-/// What holds in every family: its types, and what is answered about each form of its frames.
 namespace ovix::reduce {
 namespace {
 
@@ -28,43 +32,19 @@ std::string Text(const SFrameEvidence& e) {
     return s.str();
 }
 
-/// In a heap buffer of exactly its size, so that the address sanitizer sees a touch beyond it.
-struct SExactFrame {
-    SExactFrame(const test::SFrameForm& of, std::size_t bytes)
-        : form(of),
-          size(static_cast<u32>(bytes)),
-          frame(SFrameReader::Exact({of.frame.begin(), of.frame.begin() + static_cast<long>(bytes)})) {}
-
-    bool Check(GUID type, SFrameFault* fault = nullptr) const {
-        return CheckFrame(form.filter, frame.get(), type, form.width, kHeight, size, fault);
-    }
-    bool Parse(GUID type) const {
-        reduce::SFrameForm kind;
-        GetFrameForm(form.filter, type, kind);
-        const auto pixels = std::make_unique<u8[]>(std::size_t{kind.bytesPerPixel} * form.width * kHeight);
-        CReduceObjectArray objects;
-        u8 preset = 0;
-        return filterFactory()
-            ->Create(form.filter)
-            ->ParseFrame(frame.get(), type, form.width, kHeight, size,
-                         kind.HasPixels() ? STypedData{pixels.get(), kind.element} : STypedData{nullptr, NoPixels},
-                         objects, preset);
-    }
-
-    const test::SFrameForm& form;
-    u32 size;
-    std::unique_ptr<u8[]> frame;
-};
+std::string NameOf(const wchar_t* filter, const char* name) {
+    return CString(filter).GetUTF8() + std::string(": ") + name;
+}
 
 TEST(Families, FormAndEvidenceOfEveryFrame) {
     for (const auto& c : FrameForms()) {
-        SCOPED_TRACE(CString(c.filter).GetUTF8() + std::string(": ") + c.name);
+        SCOPED_TRACE(NameOf(c.filter, c.name));
         reduce::SFrameForm form{.bytesPerPixel = 99};
         ASSERT_TRUE(GetFrameForm(c.filter, c.type, form));
         EXPECT_EQ(Text(form, c.type), c.form);
-        const SExactFrame exact(c, c.frame.size());
         SFrameEvidence evidence{.preset = true, .width = 99};
-        ASSERT_TRUE(GetFrameEvidence(c.filter, exact.frame.get(), c.type, c.width, kHeight, exact.size, evidence));
+        ASSERT_TRUE(GetFrameEvidence(c.filter, CExact(c.frame).get(), c.type, c.width, kHeight,
+                                     SFrameReader::Size(c.frame), evidence));
         EXPECT_EQ(Text(evidence), c.evidence);
     }
     reduce::SFrameForm form;
@@ -78,23 +58,31 @@ TEST(Families, FormAndEvidenceOfEveryFrame) {
 /// What passes can be parsed and described inside of its bytes, and only parsing may write to it.
 TEST(Families, CheckSeesEveryTruncationAndEveryForeignType) {
     for (const auto& c : FrameForms()) {
-        SCOPED_TRACE(CString(c.filter).GetUTF8() + std::string(": ") + c.name + " " + std::to_string(c.width));
-        for (std::size_t size = 0; size < c.least; ++size) {
+        SCOPED_TRACE(NameOf(c.filter, c.name) + " " + std::to_string(c.width));
+        SFrameReader reader(c.filter, c.type, c.width, kHeight);
+        const auto end = c.frame.begin() + static_cast<i64>(c.least);
+        for (auto to = c.frame.begin(); to != end; ++to) {
             SFrameFault fault;
-            ASSERT_FALSE(SExactFrame(c, size).Check(c.type, &fault)) << size;
-            ASSERT_FALSE(fault.expected.IsEmpty() || fault.found.IsEmpty()) << size;
+            ASSERT_FALSE(reader.Check({c.frame.begin(), to}, &fault)) << to - c.frame.begin();
+            ASSERT_FALSE(fault.expected.IsEmpty() || fault.found.IsEmpty()) << to - c.frame.begin();
         }
-        const SExactFrame exact(c, c.least);
-        ASSERT_TRUE(exact.Check(c.type));
+        const Bytes frame(c.frame.begin(), end);
+        ASSERT_TRUE(reader.Check(frame));
+        const CExact exact(frame);
         TArray<SFrameField> fields;
-        EXPECT_TRUE(DescribeFrame(c.filter, exact.frame.get(), c.type, c.width, kHeight, exact.size, fields));
-        for (const SFrameField& field : fields)
-            EXPECT_LE(field.offset + field.size, exact.size) << field.name.GetUTF8();
-        EXPECT_TRUE(std::equal(c.frame.begin(), c.frame.begin() + exact.size, exact.frame.get()));
-        const GUID foreign = CString(c.filter) == L"Plover" ? kMV310 : kPlover;
-        EXPECT_FALSE(exact.Check(foreign) || exact.Parse(foreign));
-        EXPECT_FALSE(CheckFrame(c.filter, exact.frame.get(), c.type, 65535, 65535, exact.size) && c.form[0] != '1');
-        EXPECT_TRUE(exact.Parse(c.type));
+        const u32 size = SFrameReader::Size(frame);
+        EXPECT_TRUE(DescribeFrame(c.filter, exact.get(), c.type, c.width, kHeight, size, fields));
+        for (const SFrameField& field : fields) EXPECT_LE(field.offset + field.size, size) << field.name.GetUTF8();
+        EXPECT_TRUE(std::equal(frame.begin(), frame.end(), exact.get()));
+        reduce::SFrameForm form;
+        GetFrameForm(c.filter, c.type, form);
+        Bytes pixels(std::size_t{form.bytesPerPixel} * c.width * kHeight);
+        EXPECT_TRUE(reader.Parse(frame, STypedData{pixels.empty() ? nullptr : pixels.data(), form.element}));
+        reader.type = CString(c.filter) == L"Plover" ? kMV310 : kPlover;
+        EXPECT_FALSE(reader.Check(frame) || reader.ParseMetadata(frame));
+        reader.type = c.type;
+        reader.width = reader.height = 65535;
+        EXPECT_TRUE(!reader.Check(frame) || !form.HasPixels());
     }
     SFrameFault fault;
     EXPECT_FALSE(CheckFrame(L"k410", nullptr, kK410F7M0, 0, 0, 0, &fault));
@@ -107,7 +95,8 @@ TEST(Families, TypesAndWhatTheyOffer) {
                uyvy = "{BB8A3D05-C4F6-4193-B198-08D9E797E886}"_guid;
     const GUID yuy2 = "{88DF0B84-7417-41CB-9B49-2F585323D620}"_guid,
                bgr = "{5BA4C88B-EBB4-4676-88E4-FC5C0FF6EB36}"_guid;
-    /// The letters: P pixels, T time, C frame counter, H a header of its own; the number of trigger fields.
+    /// The letters: P pixels (p without being asked for), T time, C frame counter, H a header of its own; the number of
+    /// trigger fields.
     const struct {
         const wchar_t* filter;
         GUID type;
@@ -150,7 +139,7 @@ TEST(Families, TypesAndWhatTheyOffer) {
     u32 place = 0;
     const wchar_t* before = L"";
     for (const auto& c : cases) {
-        SCOPED_TRACE(CString(c.filter).GetUTF8() + std::string(" ") + std::to_string(&c - cases));
+        SCOPED_TRACE(NameOf(c.filter, c.offers.c_str()) + std::to_string(&c - cases));
         place = CString(before) == c.filter ? place + 1 : 0;
         before = c.filter;
         if (c.type != rootIRType) {
@@ -167,18 +156,16 @@ TEST(Families, TypesAndWhatTheyOffer) {
         EXPECT_TRUE(CString(filter->GetName()) == (CString(c.filter) == L"Osprey" ? L"MV7100" : c.filter));
         TArray<CString> names;
         filter->GetTriggerFields(c.type, names);
-        const std::string offers = std::string(filter->HasPixels(c.type) ? "P"
-                                               : c.offers[0] == 'p'      ? "p"
-                                                                         : "") +
-                                   (filter->HasTime(c.type) ? "T" : "") + (filter->HasFrameCounter(c.type) ? "C" : "") +
-                                   (filter->HasHeader(c.type) ? "H" : "") + std::to_string(names.size());
-        EXPECT_EQ(offers, c.offers);
-        EXPECT_EQ(filter->FrameCounterMaxValue(c.type), c.counterMax);
         u8 frame[16] = {};
         void* pixels = nullptr;
         i32 stride = 0;
         const bool found = filter->GetPixels(frame, c.type, 6, 1, 16, &pixels, stride);
-        EXPECT_EQ(found, c.offers[0] == 'P' || c.offers[0] == 'p');
+        std::string offers = filter->HasPixels(c.type) ? "P" : found ? "p" : "";
+        offers += std::string(filter->HasTime(c.type) ? "T" : "") + (filter->HasFrameCounter(c.type) ? "C" : "") +
+                  (filter->HasHeader(c.type) ? "H" : "") + std::to_string(names.size());
+        EXPECT_EQ(offers, c.offers);
+        EXPECT_EQ(filter->FrameCounterMaxValue(c.type), c.counterMax);
+        EXPECT_EQ(found, std::tolower(c.offers[0]) == 'p');
         EXPECT_TRUE(!found || (pixels == frame + c.pixelsAt && stride == 12));
     }
     const std::tuple<GUID, const wchar_t*, int, EDataType, GUID> generic[] = {
@@ -204,9 +191,9 @@ TEST(Families, BuffersOfSeveralImages) {
     std::vector<u16> trap = images;  // the second image begins like a container
     trap[kPixels] = 0x4B4D;
     trap[kPixels + 1] = 0x4D;
-    const SPruvRecord record;
-    const STomzTrailer older{.olderWren = true}, damaged{.olderWren = true, .checksumError = 1};
-    const auto tomz = [](const STomzTrailer& trailer) { return TomzFrame(Ramp(kPixels), trailer, kImage + 96); };
+    const auto tomz = [](u16 error) {
+        return TomzFrame(Ramp(kPixels), {.olderWren = true, .checksumError = error}, kImage + 96);
+    };
     const struct {
         const char* name;
         const wchar_t* filter;
@@ -225,18 +212,17 @@ TEST(Families, BuffersOfSeveralImages) {
         {"infrared", L"MV310", kMV310, ShortRecordFrame(images, {})},
         {"infrared", L"Plover", kPlover, ShortRecordFrame(images, {}), L"one image"},
         {"header line", L"LOR-RA", kLORRA, Bytes(10000), L"one image"},
-        {"native", L"Wren", kWren, PruvBuffer(images, {record, record, record})},
+        {"native", L"Wren", kWren, PruvBuffer(images, std::vector<SPruvRecord>(3))},
         {"native, no signature", L"Wren", kWren, Join({PixelBytes(images), Bytes(331)}), L"PRUV"},
-        {"older", L"Wren", kWren, Join({tomz(older), tomz(older), tomz(older)})},
-        {"older, one is damaged", L"Wren", kWren, Join({tomz(older), tomz(damaged), tomz(older)}), L"the checksum"},
+        {"older", L"Wren", kWren, Join({tomz(0), tomz(0), tomz(0)})},
+        {"older, one is damaged", L"Wren", kWren, Join({tomz(0), tomz(1), tomz(0)}), L"the checksum"},
         {"trailer lines", L"Lapwing", kLapwing, Bytes(3 * (kHeight + 1) * 96), nullptr, 48},
         {"trailer wider than its line", L"Lapwing", kLapwing, Bytes(3 * (kHeight + 1) * 94), L"the trailer", 47},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(CString(c.filter).GetUTF8() + std::string(": ") + c.name);
+        SCOPED_TRACE(NameOf(c.filter, c.name));
         const auto check = [&](std::size_t size, SFrameFault* fault = nullptr) {
-            const Bytes part(c.buffer.begin(), c.buffer.begin() + static_cast<long>(size));
-            return CheckFrames(c.filter, SFrameReader::Exact(part).get(), c.type, c.width, kHeight, 3,
+            return CheckFrames(c.filter, CExact(std::span(c.buffer).first(size)).get(), c.type, c.width, kHeight, 3,
                                static_cast<u32>(size), fault);
         };
         SFrameFault fault;
@@ -248,10 +234,7 @@ TEST(Families, BuffersOfSeveralImages) {
         for (std::size_t size = 0; size < c.buffer.size(); ++size) ASSERT_FALSE(check(size)) << size;
         SFrameReader reader(c.filter, c.type, c.width, kHeight);
         EXPECT_TRUE(reader.Trigger(c.buffer, 3) || c.type != kK410GigE);
-        for (u16 i = 0; i < 3; ++i) {
-            Bytes stored = reader.Store(c.buffer, 3, i, c.buffer.size());
-            EXPECT_TRUE(reader.Check(stored)) << i;
-        }
+        for (u16 i = 0; i < 3; ++i) EXPECT_TRUE(reader.Check(reader.Store(c.buffer, 3, i, c.buffer.size()))) << i;
     }
     const Bytes one = PlainFrame(Ramp(kPixels), container);
     for (const u16 count : {u16{0}, u16{1}}) {
@@ -269,27 +252,108 @@ TArray<SFrameField> FieldsOf(const Bytes& frame, GUID type) {
 TEST(DescribeFrame, K410) {
     SK410Container container;
     container.recordSize = 44;  // ends within the parameters
-    const auto fields = FieldsOf(PlainFrame(Ramp(kWidth * kHeight), container), kK410GigE);
+    const auto fields = FieldsOf(PlainFrame(Ramp(kPixels), container), kK410GigE);
     const SFrameField& last = fields[fields.size() - 1];
     EXPECT_TRUE(last.offset == kImage + 128 + 40 && last.size == 4 && last.name == L"ReflectedTemp" &&
                 last.value == L"40.25 K");
     for (const SFrameField& field : fields) EXPECT_LE(field.offset + field.size, kImage + 128 + 44);
 
-    const Bytes stream = EncodeJpegLs(Ramp(kWidth * kHeight, 14), kWidth, kHeight);
+    const Bytes stream = EncodeJpegLs(Ramp(kPixels, 14), kWidth, kHeight);
     const auto ofStream = FieldsOf(CompressedFrame(stream, {}), kK410MJLS);
     EXPECT_TRUE(ofStream[1].offset == 4 && ofStream[1].size == stream.size() && ofStream[1].name == L"Image");
     EXPECT_TRUE(ofStream[2].offset == 4 + stream.size() && ofStream[2].value == L"0x004D4B4D");
-    EXPECT_EQ(FieldsOf(Bytes(3 * kWidth * kHeight), kK410BGR).size(), 0u);
+    EXPECT_EQ(FieldsOf(Bytes(3 * kPixels), kK410BGR).size(), 0u);
+
+    // The check is asked first.
+    const Bytes frame = ShortRecordFrame(Ramp(kPixels), {});
+    TArray<SFrameField> none{{7, 7, L"left", L"over"}};
+    const u32 size = SFrameReader::Size(frame);
+    EXPECT_FALSE(DescribeFrame(L"MV310", frame.data(), kMV310, kWidth, kHeight, size - 1, none) ||
+                 DescribeFrame(L"MV310", frame.data(), kPlover, kWidth, kHeight, size, none) ||
+                 DescribeFrame(L"Nobody", frame.data(), kMV310, kWidth, kHeight, size, none));
+    EXPECT_EQ(none.size(), 0u);
 }
 
-TEST(DescribeFrame, AsksTheCheckFirst) {
-    const Bytes frame = ShortRecordFrame(Ramp(kWidth * kHeight), {});
-    const u32 size = static_cast<u32>(frame.size());
-    TArray<SFrameField> fields{{7, 7, L"left", L"over"}};
-    EXPECT_FALSE(DescribeFrame(L"MV310", frame.data(), kMV310, kWidth, kHeight, size - 1, fields));
-    EXPECT_EQ(fields.size(), 0u);
-    EXPECT_FALSE(DescribeFrame(L"MV310", frame.data(), kPlover, kWidth, kHeight, size, fields));
-    EXPECT_FALSE(DescribeFrame(L"Nobody", frame.data(), kMV310, kWidth, kHeight, size, fields));
+constexpr GUID kOwnType = "{0F0E0D0C-0B0A-0908-0706-050403020100}"_guid;
+
+/// As little as a plug-in's decoder may supply. Its preset is the frame's first byte.
+class CLeastFilter : public IFilter {
+  public:
+    const wchar_t* GetName() const override { return L"Least"; }
+    bool HasPixels(GUID) const override { return false; }
+    bool GetPixels(void*, GUID, u16, u16, u32, void**, i32&) override { return false; }
+    bool ParseTime(void*, GUID, u16, u16, u32, CDateTime&) override { return false; }
+    bool ParseBasicInfo(void*, GUID, u16, u16, u32, u8&, u64&, CDateTime&) override { return false; }
+};
+class CPresetFilter : public CLeastFilter {
+  public:
+    bool ParsePreset(void* frame, GUID, u16, u16, u32, u8& preset) override {
+        preset = *static_cast<u8*>(frame);
+        return preset != 0xFF;
+    }
+};
+
+TEST(FilterFactory, TypesBelongToTheFirstWhoClaimsThem) {
+    using Functions = TCreateAndDestroy<CLeastFilter, IFilter>;
+    const auto registerAs = [](const wchar_t* name, TArray<GUID> types) {
+        return filterFactory()->Register(name, types, Functions::Create, Functions::Destroy);
+    };
+    EXPECT_TRUE(registerAs(L"Claims K410", {test::kK410F7M0, kOwnType}));
+    EXPECT_TRUE(registerAs(L"Claims late", {kOwnType}));
+    EXPECT_FALSE(registerAs(L"Claims late", {}));
+    EXPECT_TRUE(filterFactory()->GetPixelTypeHandler(test::kK410F7M0) == L"K410");
+    EXPECT_TRUE(filterFactory()->GetPixelTypeHandler(kOwnType) == L"Claims K410");
+    EXPECT_STREQ(filterFactory()->CreateForPixelType(kOwnType)->GetName(), L"Least");
+    EXPECT_TRUE(filterFactory()->GetPixelTypeHandler(rootIRType).IsEmpty());
+    EXPECT_FALSE(filterFactory()->IsPixelTypeHandled(rootIRType));
+    EXPECT_FALSE(filterFactory()->CreateForPixelType(rootIRType));
+    // A family that registered no check cannot vouch for a frame.
+    SFrameFault fault;
+    EXPECT_FALSE(CheckFrame(L"Claims late", nullptr, kOwnType, 0, 0, 0, &fault));
+    EXPECT_TRUE(fault.found == L"Claims late");
+
+    TArray<GUID> given{kOwnType};
+    const SFilterFactoryExtraStuff extra(given);
+    EXPECT_TRUE(given.size() == 0 && extra.pixelTypes.size() == 1);
+}
+
+TEST(Filter, WhatEveryDecoderStartsWith) {
+    CLeastFilter filter;
+    Bytes frame{1, 2, 3, 4}, small(3), large(5, 9);
+    CReduceObjectArray objects;
+    u8 preset = 9, other = 9;
+    u64 counter = 9;
+    EXPECT_FALSE(filter.ParseReduceObjects(frame.data(), kOwnType, 2, 1, 4, objects, preset));
+    EXPECT_FALSE(filter.ParsePreset(frame.data(), kOwnType, 2, 1, 4, other));
+    EXPECT_FALSE(filter.ParseFrameCounter(frame.data(), kOwnType, 2, 1, 4, counter));
+    EXPECT_TRUE(preset == 0 && other == 0 && counter == 0 && filter.FrameCounterMaxValue(kOwnType) == 65535);
+
+    EXPECT_TRUE(filter.StoreFrame(frame.data(), 4, kOwnType, 2, 1, 1, 0, small.data(), 3));
+    EXPECT_TRUE(filter.StoreFrame(frame.data(), 4, kOwnType, 2, 1, 1, 0, large.data(), 5));
+    EXPECT_TRUE(small == (Bytes{1, 2, 3}) && large == (Bytes{1, 2, 3, 4, 9}));
+    bool triggered = true;
+    u16 index = 9;
+    EXPECT_TRUE(filter.CheckForTrigger(frame.data(), 4, kOwnType, 2, 1, 1, 0, triggered, index));
+    TArray<CString> names{L"old"};
+    EXPECT_FALSE(filter.GetTriggerFields(kOwnType, names));
+    EXPECT_TRUE(!triggered && index == 0 && names.size() == 0);
+    GUID header = kOwnType;
+    u32 size = 9, config = 9;
+    EXPECT_FALSE(filter.GetHeaderInfo(kOwnType, 2, 1, 4, header, size) || filter.GetConfigSize(kOwnType, config));
+    EXPECT_TRUE(header == CGUID::Empty && size == 0 && config == 0);
+}
+
+TEST(Filter, PresetsAreCountedByTheFirstImage) {
+    CPresetFilter filter;
+    Bytes frame{3};
+    u32 counts[256] = {};
+    EXPECT_FALSE(filter.CountPresets(frame.data(), 1, kOwnType, 1, 1, 1, counts));
+    EXPECT_EQ(counts[3], 0u);
+    EXPECT_TRUE(filter.CountPresets(frame.data(), 1, kOwnType, 1, 1, 0, counts));
+    EXPECT_TRUE(filter.CountPresets(frame.data(), 1, kOwnType, 1, 1, 0, counts));
+    frame[0] = 0xFF;
+    EXPECT_FALSE(filter.CountPresets(frame.data(), 1, kOwnType, 1, 1, 0, counts));
+    for (u32 i = 0; i < 256; ++i) EXPECT_EQ(counts[i], i == 3 ? 2u : 0u);
 }
 
 }  // namespace

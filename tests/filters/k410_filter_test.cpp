@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 
 #include "core/pixel_types.h"
 #include "support/frame_reader.h"
@@ -12,8 +11,8 @@ namespace {
 
 using namespace test;
 
-constexpr u16 kWidth = 6, kHeight = 4;
-constexpr u32 kPixels = kWidth * kHeight;
+constexpr u16 kWidth = 7, kHeight = 5;  // odd numbers of pixels at odd addresses
+constexpr u32 kPixels = kWidth * kHeight, kImage = 2 * kPixels;
 
 SFrameReader Reader(GUID type, u16 width = kWidth, u16 height = kHeight) { return {L"K410", type, width, height}; }
 
@@ -23,9 +22,12 @@ std::vector<float> SceneOf(SFrameReader& reader) {
     return {p->emissivity,    p->distance,       p->reflectedTemp,   p->atmosphereTemp,
             p->extOpticsTemp, p->extOpticsTrans, p->atmosphereTrans, p->relativeHumidity};
 }
-bool IsNow(const CDateTime& time, const CDateTime& before) {
-    return time.GetTimestamp() >= before.GetTimestamp() && time.GetTimestamp() <= CDateTime().GetTimestamp();
+/// The time, or 0 for one that is not before the other and not after now.
+i64 TicksOf(const CDateTime& time, const CDateTime& before) {
+    const i64 ticks = time.GetTimestamp();
+    return ticks >= before.GetTimestamp() && ticks <= CDateTime().GetTimestamp() ? 0 : ticks;
 }
+constexpr i64 kTime = SK410Record::kTime, kNow = 0;
 
 TEST(K410, InfraredFormsGivePixelsNumberAndTime) {
     // A fresh decoder has counted no frame; a digital header holds no time.
@@ -34,18 +36,18 @@ TEST(K410, InfraredFormsGivePixelsNumberAndTime) {
         GUID type;
         bool digital, pixelsSwapped, recordSwapped;
         u64 frameNumber;
-        bool timeIsNow;
+        i64 time;
     } cases[] = {
-        {"F7M0 plain", kK410F7M0, false, false, false, 0x1234, false},
-        {"F7M0 digital", kK410F7M0, true, false, false, 0x5678, true},
-        {"F7M0 swapped record", kK410F7M0, false, false, true, 0x1234, false},
-        {"F7M0 swapped pixels", kK410F7M0, false, true, false, 0x1234, false},
-        {"FNM0 plain", kK410FNM0, false, false, false, 0, true},
-        {"FNM0 digital", kK410FNM0, true, false, false, 0x5678, true},
-        {"GigE plain", kK410GigE, false, false, true, 0x1234, false},
-        {"GigE digital", kK410GigE, true, true, false, 0x5678, true},
-        {"flipped", kK410GigEFlipped, false, false, false, 0x1234, false},
-        {"flipped, swapped pixels", kK410GigEFlipped, true, true, true, 0x5678, true},
+        {"F7M0 plain", kK410F7M0, false, false, false, 0x1234, kTime},
+        {"F7M0 digital", kK410F7M0, true, false, false, 0x5678, kNow},
+        {"F7M0 swapped record", kK410F7M0, false, false, true, 0x1234, kTime},
+        {"F7M0 swapped pixels", kK410F7M0, false, true, false, 0x1234, kTime},
+        {"FNM0 plain", kK410FNM0, false, false, false, 0, kNow},
+        {"FNM0 digital", kK410FNM0, true, false, false, 0x5678, kNow},
+        {"GigE plain", kK410GigE, false, false, true, 0x1234, kTime},
+        {"GigE digital", kK410GigE, true, true, false, 0x5678, kNow},
+        {"flipped", kK410GigEFlipped, false, false, false, 0x1234, kTime},
+        {"flipped, swapped pixels", kK410GigEFlipped, true, true, true, 0x5678, kNow},
     };
     SFrameReader reader = Reader(kK410F7M0);  // what one frame leaves is not to show in the next
     for (const auto& c : cases) {
@@ -63,7 +65,7 @@ TEST(K410, InfraredFormsGivePixelsNumberAndTime) {
         EXPECT_EQ(reader.pixels, pixels);
         const auto info = reader.Info();
         EXPECT_TRUE(info->frameFilled && info->preset == 0 && info->frameNumber == c.frameNumber);
-        EXPECT_TRUE(c.timeIsNow ? IsNow(info->time, before) : info->time.GetTimestamp() == SK410Record::kTime);
+        EXPECT_EQ(TicksOf(info->time, before), c.time);
         EXPECT_EQ(reader.Values(),
                   c.digital ? "DigitalIn1=1 Flag/int, DigitalIn2=0 Flag/int, Mark=254 Flag/int, " : "");
         const auto camera = reader.Camera();
@@ -91,13 +93,12 @@ TEST(K410, RecordFillsParametersCalibrationAndArchive) {
         const auto& c = *reader.Cal();
         EXPECT_TRUE(c.valid && c.offset == 77601 && c.nonlinearOffset == 79601);
         EXPECT_TRUE(c.imgMin == wordAt(784) && c.imgMax == wordAt(786) && c.nonlinearOn == wordAt(788));
-        const std::pair<float, u32> floats[] = {
-            {c.gain, 780},         {c.nonlinearGain, 792}, {c.planckR, 88},         {c.planckB, 92},
-            {c.planckF, 96},       {c.atmAlpha1, 112},     {c.atmAlpha2, 116},      {c.atmBeta1, 120},
-            {c.atmBeta2, 124},     {c.atmX, 128},          {c.radFitHighTemp, 144}, {c.radFitLowTemp, 148},
-            {c.overflowTemp, 152}, {c.underflowTemp, 156}, {c.upperTemp, 160},      {c.lowerTemp, 164},
-        };
-        for (const auto& [value, offset] : floats) EXPECT_EQ(value, floatAt(offset)) << offset;
+        const float floats[] = {c.gain,         c.nonlinearGain, c.planckR,        c.planckB,
+                                c.planckF,      c.atmAlpha1,     c.atmAlpha2,      c.atmBeta1,
+                                c.atmBeta2,     c.atmX,          c.radFitHighTemp, c.radFitLowTemp,
+                                c.overflowTemp, c.underflowTemp, c.upperTemp,      c.lowerTemp};
+        const u32 offsets[] = {780, 792, 88, 92, 96, 112, 116, 120, 124, 128, 144, 148, 152, 156, 160, 164};
+        for (int i = 0; i < 16; ++i) EXPECT_EQ(floats[i], floatAt(offsets[i])) << offsets[i];
 
         // The archive is the record in the native order, its height being the caller's.
         container.record.swapped = false;
@@ -135,22 +136,6 @@ TEST(K410, FrameByBytes) {
     EXPECT_EQ(std::count(reader.Camera()->record + 64, reader.Camera()->record + 2428, 0), 2364);  // did not come
 }
 
-TEST(K410, UnalignedFramesAndAnyLength) {
-    for (const u16 width : std::initializer_list<u16>{1, 7, 8, 9, 15, 16, 17, 31, 33, 67}) {
-        for (const u16 swapped : {u16{0}, u16{1}}) {
-            for (const GUID& type : {kK410F7M0, kK410GigEFlipped}) {
-                SFrameReader reader = Reader(type, width, 1);
-                std::vector<u16> expected = Ramp(width);
-                Bytes frame = Join({{0}, PlainFrame(expected, {.pixelsSwapped = swapped})});
-                if (type == kK410GigEFlipped) std::reverse(expected.begin(), expected.end());
-                ASSERT_TRUE(reader.filter->ParseFrame(frame.data() + 1, type, width, 1, SFrameReader::Size(frame) - 1,
-                                                      {reader.pixels.data(), UInt16}, reader.objects, reader.preset));
-                EXPECT_EQ(reader.pixels, expected) << width;
-            }
-        }
-    }
-}
-
 TEST(K410, CompressedFrames) {
     for (const int bits : {9, 12, 13, 14, 16}) {
         SCOPED_TRACE(bits);
@@ -162,7 +147,7 @@ TEST(K410, CompressedFrames) {
             reader.pixels.assign(kPixels, 0);
             ASSERT_TRUE(reader.Check(frame) && reader.Parse(frame));
             EXPECT_EQ(reader.pixels, pixels);
-            EXPECT_TRUE(reader.Info()->frameNumber == number && IsNow(reader.Info()->time, before));
+            EXPECT_TRUE(reader.Info()->frameNumber == number && TicksOf(reader.Info()->time, before) == kNow);
         }
         const auto camera = reader.Camera();
         EXPECT_TRUE(reader.Cal()->valid && camera->valid && camera->recordPresent && !camera->digitalHeaderPresent);
@@ -214,26 +199,26 @@ TEST(K410, VideoFrames) {
     ASSERT_TRUE(reader.Parse({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}, dest));
     EXPECT_EQ(rgb, (Bytes{9, 8, 7, 12, 11, 10, 3, 2, 1, 6, 5, 4}));
     EXPECT_FALSE(reader.Cal()->valid || reader.Camera()->valid);
-    EXPECT_TRUE(reader.Info()->frameFilled && IsNow(reader.Info()->time, before));
+    EXPECT_TRUE(reader.Info()->frameFilled && TicksOf(reader.Info()->time, before) == kNow);
     EXPECT_TRUE(reader.Info()->extra.nValues() == 0 && reader.Info()->frameNumber == 15);  // all of them count
 }
 
 TEST(K410, RefusalsLeaveTheFourObjects) {
-    const Bytes good = PlainFrame(Ramp(kPixels), {}), video(3 * kPixels);
     const auto with = [](const SK410Container& container) { return PlainFrame(Ramp(kPixels), container); };
+    const Bytes good = with({});
     const struct {
         const char* name;
         Bytes frame;
         GUID type;
-        EDataType dest;
+        EDataType dest = UInt16;
     } cases[] = {
-        {"a type of nobody", good, rootIRType, UInt16},
+        {"a type of nobody", good, rootIRType},
         {"infrared to colours", good, kK410F7M0, Opaque},
         {"compressed to floats", CompressedFrame(Bytes(40), {}), kK410MJLS, Flt32},
-        {"video to counts", video, kK410YUY2, UInt16},
-        {"neither form of the tail", Join({PixelBytes(Ramp(kPixels)), Bytes(3000)}), kK410F7M0, UInt16},
-        {"no record entry", with({.firstEntry = 31}), kK410GigE, UInt16},
-        {"no pixels entry", with({.secondEntry = 0}), kK410GigE, UInt16},
+        {"video to counts", Bytes(3 * kPixels), kK410YUY2},
+        {"neither form of the tail", Join({PixelBytes(Ramp(kPixels)), Bytes(3000)}), kK410F7M0},
+        {"no record entry", with({.firstEntry = 31}), kK410GigE},
+        {"no pixels entry", with({.secondEntry = 0}), kK410GigE},
     };
     SFrameReader reader = Reader(kK410F7M0);
     for (const auto& c : cases) {
@@ -253,33 +238,21 @@ TEST(K410, RefusalsLeaveTheFourObjects) {
             EXPECT_TRUE(object->GetTypeID() == order[i].first && object->preset == order[i].second) << i;
         }
     }
-    // None of them was counted.
-    reader.type = kK410FNM0;
-    ASSERT_TRUE(reader.ParseMetadata(good));
-    EXPECT_EQ(reader.Info()->frameNumber, 0u);
-    // A size beyond the record's is cut.
-    ASSERT_TRUE(reader.ParseMetadata(with({.recordSize = 3000})));
-}
-
-TEST(K410, OwnCounterStartsAgainAfter65535) {
-    SFrameReader reader = Reader(kK410YUY2);
-    for (u32 i = 0; i < 65535; ++i) reader.ParseMetadata({0, 0, 0, 0});
-    reader.type = kK410FNM0;
-    for (const u64 number : {65535u, 0u, 1u}) {
-        ASSERT_TRUE(reader.ParseMetadata(PlainFrame(Ramp(kPixels), {})));
-        EXPECT_EQ(reader.Info()->frameNumber, number);
+    // None of them was counted: the own counter starts at 0, and again after 65535. A size beyond the record's is cut.
+    for (u32 number = 0; number < 65537; ++number) {
+        reader.type = number % 65535 < 2 ? kK410FNM0 : kK410YUY2;
+        ASSERT_TRUE(reader.ParseMetadata(number % 65535 < 2 ? with({.recordSize = 3000}) : Bytes(4)));
+        ASSERT_EQ(reader.Info()->frameNumber, number % 65536);
     }
 }
 
 TEST(K410, LightOperations) {
-    const SK410Container native, foreign{.record = {.swapped = true}};
-    const Bytes plain = PlainFrame(Ramp(kPixels), native), swapped = PlainFrame(Ramp(kPixels), foreign),
-                digital = DigitalFrame(Ramp(kPixels), {.counter = 0x5678}, native);
+    const Bytes plain = PlainFrame(Ramp(kPixels), {}), digital = DigitalFrame(Ramp(kPixels), {.counter = 0x5678}, {}),
+                swapped = PlainFrame(Ramp(kPixels), {.record = {.swapped = true}});
     SFrameReader reader = Reader(kK410F7M0);
     ASSERT_TRUE(reader.Parse(plain));  // so that the decoder's own counter is 1
     // Read in place, the swapped record's numbers stay swapped: 0x6553F100 s and 0x000000FA ms.
-    constexpr i64 kSwappedTime = ((0x00F15365LL + 11644473600LL) * 1000 + 0xFA000000LL) * 10000, kNow = 0, kFails = -1;
-    constexpr i64 kTime = SK410Record::kTime;
+    constexpr i64 kSwappedTime = ((0x00F15365LL + 11644473600LL) * 1000 + 0xFA000000LL) * 10000, kFails = -1;
     const struct {
         Bytes frame;
         GUID type;
@@ -304,23 +277,94 @@ TEST(K410, LightOperations) {
         reader.type = c.type;
         const CDateTime before;
         const auto light = reader.Light(c.frame);
-        const auto is = [&](bool has, const CDateTime& found, i64 expected) {
-            return !has               ? expected == kFails
-                   : expected == kNow ? IsNow(found, before)
-                                      : found.GetTimestamp() == expected;
-        };
         EXPECT_TRUE(light.hasPreset && light.preset == 0 && light.presetOfAll == 0);
-        EXPECT_TRUE(is(light.hasTime, light.time, c.time) && is(light.hasAll, light.timeOfAll, c.basicTime));
+        EXPECT_EQ(light.hasTime ? TicksOf(light.time, before) : kFails, c.time);
+        EXPECT_EQ(light.hasAll ? TicksOf(light.timeOfAll, before) : kFails, c.basicTime);
         EXPECT_EQ(light.hasCounter, light.hasAll);
         EXPECT_TRUE(!light.hasAll || (light.counter == c.counter && light.counterOfAll == c.counter));
     }
     // 64 bytes behind the pixels are asked for, and where they are not, the frame's end is not looked beyond.
     u64 counter = 0;
     for (const u32 more : {63u, 64u}) {
-        EXPECT_EQ(reader.filter->ParseFrameCounter(SFrameReader::Exact(plain).get(), kK410GigE, kWidth, kHeight,
-                                                   2 * kPixels + more, counter),
+        EXPECT_EQ(reader.filter->ParseFrameCounter(CExact(plain).get(), kK410GigE, kWidth, kHeight, 2 * kPixels + more,
+                                                   counter),
                   more == 64);
     }
+}
+
+TEST(K410, DigitalTriggers) {
+    // A header, and which of four fields it triggers.
+    const std::pair<SK410DigitalHeader, const char*> cases[] = {{{.mark = 3, .in2 = 1}, "-TT-"},
+                                                                {{.in1 = 1}, "T---"},
+                                                                {{.in2 = 0x80}, "-T--"},
+                                                                {{.mark = 1}, "--T-"},
+                                                                {{.mark = 2}, "--T-"},
+                                                                {{.mark = 0xFC}, "----"},
+                                                                {{.mark = 3, .in1 = 1, .in2 = 1}, "TTT-"}};
+    for (const auto& [header, fields] : cases) {
+        const Bytes frame = DigitalFrame(Ramp(kPixels), header, {});
+        for (u8 field = 0; field < 4; ++field) {
+            for (const GUID& type : {kK410F7M0, kK410FNM0, kK410GigE})
+                EXPECT_EQ(Reader(type).Trigger(frame, 1, field), fields[field] == 'T' ? 0 : -1) << fields;
+            for (const GUID& type : {kK410GigEFlipped, kK410MJLS, kK410YUY2, rootIRType})
+                EXPECT_EQ(Reader(type).Trigger(frame, 1, field), std::nullopt);
+        }
+    }
+    EXPECT_EQ(Reader(kK410GigE).Trigger(Bytes(3000), 1, 2), -1);  // neither form
+}
+
+TEST(K410, MarkCounterTriggersWhenItRises) {
+    const auto frame = [](u32 mark, bool swapped, u16 pixelsEntry = 1) {
+        return PlainFrame(Ramp(kPixels), {.secondEntry = pixelsEntry, .record = {.swapped = swapped, .mark = mark}});
+    };
+    const std::tuple<u32, u8, bool> steps[] = {{7, 2, false}, {7, 2, false},         {8, 2, true},  {9, 1, false},
+                                               {9, 2, false}, {0xFFFFFFFF, 2, true}, {0, 2, false}, {1, 2, true}};
+    for (const bool swapped : {false, true}) {
+        const SFrameReader reader = Reader(kK410FNM0);
+        for (const auto& [mark, field, triggered] : steps)
+            EXPECT_EQ(reader.Trigger(frame(mark, swapped), 1, field), triggered - 1) << mark;
+        EXPECT_EQ(reader.Trigger(frame(100, swapped, 2), 1, 2), std::nullopt);
+        EXPECT_EQ(reader.Trigger(frame(2, swapped), 1, 2), 0);  // the broken one was not remembered
+    }
+}
+
+TEST(K410, PacketsAreCutIntoFrames) {
+    const Bytes container = SK410Container().Make(),
+                digital = Join({SK410DigitalHeader{.counter = 0x9234}.Make(), container});
+    const struct {
+        const char* name;
+        GUID type;
+        u16 count, index;
+        Bytes tail;
+        u32 counter = 0;  ///< expected in the header, when there is one
+        bool stored = true;
+    } cases[] = {
+        {"two of two", kK410GigE, 2, 1, digital, 0x2469},
+        {"one of two", kK410F7M0, 2, 0, digital, 0x2468},
+        {"three keep theirs", kK410GigE, 3, 1, digital, 0x9234},
+        {"other types keep theirs", kK410FNM0, 2, 1, digital, 0x9234},
+        {"plain", kK410GigE, 3, 2, container},
+        {"any tail", kK410MJLS, 2, 1, Bytes(20)},  // these types are not looked into
+        {"any tail", kK410FNM0, 3, 2, Bytes(40)},
+        {"neither form", kK410GigEFlipped, 3, 2, Bytes(40), 0, false},
+        {"neither form", kK410GigE, 3, 2, Bytes(40), 0, false},
+        {"no tail", kK410F7M0, 3, 2, {}, 0, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const Bytes images = PixelBytes(Ramp(c.count * kPixels)), source = Join({images, c.tail});
+        const auto image = images.begin() + c.index * kImage;
+        Bytes expected = Join({{image, image + kImage}, c.tail, Bytes(5, 0xEE)}), dest(expected.size(), 0xEE);
+        if (c.counter) Patch(expected, kImage + 12, c.counter, 2, true);
+        EXPECT_EQ(Reader(c.type).filter->StoreFrame(source.data(), SFrameReader::Size(source), c.type, kWidth, kHeight,
+                                                    c.count, c.index, dest.data(), SFrameReader::Size(dest)),
+                  c.stored);
+        EXPECT_EQ(dest, expected);
+    }
+    // Products beyond 32 bits: 65535 images of 65535 x 65535 are not in 64 bytes.
+    SFrameReader large = Reader(kK410GigE);
+    large.width = large.height = 65535;
+    EXPECT_TRUE(large.Store(Bytes(64), 65535, 65534, 64).empty());
 }
 
 }  // namespace

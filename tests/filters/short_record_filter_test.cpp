@@ -1,13 +1,16 @@
+/// MV310 and Plover.
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <vector>
 
 #include "core/pixel_types.h"
+#include "reduce/filters/camera_record.h"
 #include "support/frame_reader.h"
 #include "support/k410_frames.h"
 #include "support/text.h"
 
-/// MV310 and Plover.
 namespace ovix::reduce {
 namespace {
 
@@ -72,12 +75,10 @@ TEST(ShortRecordFilter, RecordIsTurnedInTheFrameOnceAndKept) {
             SCOPED_TRACE(testing::Message() << CString(family.name).GetUTF8() << swapped);
             SFrameReader reader = Reader(family);
             Bytes expected = ShortRecord({.width = 77, .invalidFrame = 1});
-            if (family.infrared == kMV310) {
-                const std::pair<u32, u32> geometry[] = {{2, 6}, {4, 4}, {12, 5}, {16, 3}};
-                for (const auto& [at, value] : geometry) Patch(expected, at, value, 2);
-            } else {
-                Patch(expected, 22, 0, 2);
-            }
+            using Words = std::vector<std::pair<u32, u32>>;  // that are put there
+            for (const auto& [at, value] :
+                 family.infrared == kMV310 ? Words{{2, 6}, {4, 4}, {12, 5}, {16, 3}} : Words{{22, 0}})
+                Patch(expected, at, value, 2);
             const std::vector<u16> pixels = Ramp(kPixels);
             const SK410Record camera{.swapped = swapped, .width = 77, .invalidFrame = 1};
             Bytes frame = Join({ShortRecordFrame(pixels, camera), Bytes(2000, 0xEE)});
@@ -90,9 +91,9 @@ TEST(ShortRecordFilter, RecordIsTurnedInTheFrameOnceAndKept) {
                 const auto kept = reader.Camera();
                 EXPECT_TRUE(kept->valid && !kept->recordPresent && !kept->digitalHeaderPresent);
                 EXPECT_EQ(Bytes(kept->record, kept->record + 2428), Join({expected, Bytes(1280)}));
-                EXPECT_EQ(reader.Info()->frameFilled, family.infrared == kPlover);
-                EXPECT_EQ(reader.Info()->time.GetTimestamp(), SK410Record::kTime);
-                EXPECT_EQ(reader.Cal()->radFitLowTemp, 148.25f);
+                EXPECT_EQ(
+                    Text(reader.Info()->frameFilled, reader.Info()->time.GetTimestamp(), reader.Cal()->radFitLowTemp),
+                    Text(family.infrared == kPlover, SK410Record::kTime, 148.25f));
             }
         }
     }
@@ -167,41 +168,88 @@ TEST(ShortRecordFilter, VideoAndRefusals) {
 }
 
 TEST(ShortRecordFilter, PacketsAreSpacedOver33Milliseconds) {
-    struct SCase {
+    const struct {
         const char* name;
         GUID type;
         u16 count, index;
         u32 missing;     ///< bytes at the end of the source
         u32 tail, dest;  ///< bytes behind the images, and room behind the stored one
-        u32 later;       ///< milliseconds
-        bool stored;
-    };
-    const SCase cases[] = {
-        {"third of three", kMV310, 3, 2, 0, 1148, 1148, 22, true},
-        {"third of four", kMV310, 4, 2, 0, 1148, 1200, 16, true},
-        {"more images than milliseconds", kMV310, 40, 39, 0, 1148, 1148, 0, true},
-        {"whatever the type", kMV310YUV, 2, 1, 0, 1148, 1148, 16, true},
-        {"video without a record", kMV310YUV, 2, 1, 0, 0, 0, 0, true},
+        u32 later = 0;   ///< milliseconds
+        bool stored = true;
+    } cases[] = {
+        {"third of three", kMV310, 3, 2, 0, 1148, 1148, 22},
+        {"third of four", kMV310, 4, 2, 0, 1148, 1200, 16},
+        {"more images than milliseconds", kMV310, 40, 39, 0, 1148, 1148},
+        {"whatever the type", kMV310YUV, 2, 1, 0, 1148, 1148, 16},
+        {"video without a record", kMV310YUV, 2, 1, 0, 0, 0},
         {"record that ends in the time", kMV310, 2, 1, 0, 907, 1148, 0, false},
         {"no such image", kMV310, 2, 2, 0, 1148, 1148, 0, false},
         {"no room", kMV310, 2, 1, 0, 1148, 1147, 0, false},
         {"less than three images", kMV310YUV, 3, 0, 1, 0, 0, 0, false},
     };
-    for (const SCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         Bytes record = ShortRecord({.swapped = true});  // 250 milliseconds
         record.resize(c.tail);
-        Bytes source = Join({PixelBytes(Ramp(c.count * kPixels)), record});
+        Bytes source = Join({PixelBytes(Ramp(c.count * kPixels)), record}), expected;
         source.resize(source.size() - c.missing);
-        Bytes expected;
         if (c.stored) {
-            const Bytes image(source.begin() + c.index * kImage, source.begin() + (c.index + 1) * kImage);
-            expected = Join({image, record, Bytes(c.dest - c.tail, 0xCC)});
+            const auto image = source.begin() + c.index * kImage;
+            expected = Join({{image, image + kImage}, record, Bytes(c.dest - c.tail, 0xCC)});
             if (c.tail) Patch(expected, kImage + 904, 250 + c.later, 4, true);
         }
         SFrameReader reader = Reader(kFamilies[0]);
         reader.type = c.type;
         EXPECT_EQ(reader.Store(source, c.count, c.index, kImage + c.dest), expected);
+    }
+}
+
+/// Fields of the first 1148 bytes that have a byte order, one behind the other.
+struct SFields {
+    u32 offset, count, width;
+};
+constexpr SFields kDescribed[] = {
+    {0, 14, 2},  {776, 2, 4},  {28, 9, 4},  {784, 4, 2},  {80, 1, 4},  {792, 2, 4},  {88, 23, 4}, {824, 2, 4},
+    {180, 5, 2}, {832, 1, 2},  {364, 1, 4}, {872, 2, 4},  {432, 2, 2}, {880, 3, 2},  {436, 7, 4}, {900, 2, 4},
+    {464, 2, 2}, {908, 1, 2},  {488, 1, 4}, {912, 8, 4},  {556, 2, 2}, {960, 3, 2},  {560, 7, 4}, {968, 1, 4},
+    {588, 2, 2}, {972, 6, 2},  {612, 1, 4}, {1100, 2, 2}, {680, 2, 2}, {1104, 2, 4}, {684, 7, 4}, {1112, 2, 2},
+    {712, 2, 2}, {1116, 1, 4}, {736, 2, 4}, {1120, 6, 2},
+};
+
+/// For each byte of the record, the place that it comes from.
+std::vector<u32> ExpectedOrigins(bool whole) {
+    std::vector<u32> origin(camera_record::kSize);
+    for (u32 i = 0; i < origin.size(); ++i) origin[i] = i;
+    const auto turn = [&](u32 offset, u32 width) {
+        for (u32 i = 0; i < width; ++i) origin[offset + i] = offset + width - 1 - i;
+    };
+    for (const SFields& fields : kDescribed) {
+        for (u32 i = 0; i < fields.count; ++i) turn(fields.offset + i * fields.width, fields.width);
+    }
+    for (u32 row = 0; whole && row < 20; ++row) {
+        for (const u32 field : {0u, 20u, 24u}) turn(1148 + 28 * row + field, 4);
+        turn(1708 + 20 * row, 4);
+    }
+    return origin;
+}
+
+TEST(CameraRecord, SwapTurnsEveryFieldAndNothingElse) {
+    std::vector<u8> original(camera_record::kSize);
+    for (u32 i = 0; i < original.size(); ++i) original[i] = static_cast<u8>(i * 37 + i / 256);
+    original[0] = 0;
+    original[1] = 2;
+    for (const bool whole : {false, true}) {
+        SCOPED_TRACE(whole);
+        std::vector<u8> record = original;
+        const auto swap = whole ? camera_record::Swap : camera_record::SwapShort;
+        if (!whole) record.resize(camera_record::kShortSize);  // nothing behind is touched
+        EXPECT_TRUE(camera_record::IsSwapped(record.data()));
+        swap(record.data());
+        EXPECT_FALSE(camera_record::IsSwapped(record.data()));
+        const std::vector<u32> origin = ExpectedOrigins(whole);
+        for (u32 i = 0; i < record.size(); ++i) ASSERT_EQ(record[i], original[origin[i]]) << i;
+        swap(record.data());
+        EXPECT_TRUE(std::equal(record.begin(), record.end(), original.begin()));
     }
 }
 

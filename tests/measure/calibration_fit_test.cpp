@@ -69,8 +69,7 @@ TEST(CalibrationFit, RefusesWhatDeterminesNone) {
                  {Points(0, {20, 30, 40}), {.lowWave = 8, .highWave = 12, .order = 10}, EError::WrongArgument},
                  {{{1000, 20}, {2000, 1e9}, {3000, 30}}, good, EError::WrongArgument},
                  {{{NAN, 20}, {2000, 25}, {3000, 30}}, good, EError::WrongArgument}};
-    for (const auto& c : cases)
-        EXPECT_EQ(test::FactsOf([&] { FitCalibration(c.points, c.options); }).id, c.id) << &c - cases;
+    for (const auto& c : cases) EXPECT_EQ(test::IdOf([&] { FitCalibration(c.points, c.options); }), c.id) << &c - cases;
 }
 
 }  // namespace

@@ -30,9 +30,7 @@ std::vector<u16> PixelsOf(u64 number) {
 }
 
 Bytes Compressed(u64 number) {
-    SK410Container container;
-    container.record.width = kWidth;
-    return CompressedFrame(EncodeJpegLs(PixelsOf(number), kWidth, kHeight), container);
+    return CompressedFrame(EncodeJpegLs(PixelsOf(number), kWidth, kHeight), {.record = {.width = kWidth}});
 }
 
 bool IsRight(const CFrame& frame) {
@@ -160,26 +158,20 @@ TEST_F(CompressedFrames, OutliveTheirHelpers) {
     EXPECT_TRUE(MeasuresRight(measurement, 1));
     // One that stays silent is a fault of the frame at hand alone.
     for (const pid_t helper : Helpers(::getpid())) ::kill(helper, SIGSTOP);
-    const SErrorFacts facts = FactsOf([&] { measurement.Measure(2); });
-    EXPECT_EQ(facts.id, EError::PixelsDamaged);
-    EXPECT_EQ(facts.frame, 2u);
-    EXPECT_TRUE(MeasuresRight(measurement, 2));
-    EXPECT_TRUE(MeasuresRight(measurement, 3));
+    EXPECT_EQ(FrameFaultOf([&] { measurement.Measure(2); }), std::pair(EError::PixelsDamaged, u64{2}));
+    EXPECT_TRUE(MeasuresRight(measurement, 2) && MeasuresRight(measurement, 3));
 }
 
 TEST_F(CompressedFrames, FaultsOfOneAreNoneOfTheOthers) {
-    const Bytes stream = EncodeJpegLs(PixelsOf(1), kWidth, kHeight);
-    Bytes torn(stream.begin(), stream.begin() + 80);
-    torn = torn + Bytes(stream.end() - 2, stream.end());
-    SK410Container container;
-    container.record.width = kWidth;
-    const CMeasurement measurement(Dump({Compressed(0), CompressedFrame(torn, container), Compressed(2)}),
-                                   {.quantity = EQuantity::Counts});
+    Bytes torn = EncodeJpegLs(PixelsOf(1), kWidth, kHeight);
+    torn.erase(torn.begin() + 80, torn.end() - 2);
+    const CMeasurement measurement(
+        Dump({Compressed(0), CompressedFrame(torn, {.record = {.width = kWidth}}), Compressed(2)}),
+        {.quantity = EQuantity::Counts});
     CSeries series(measurement, {.threads = 2, .onFault = EOnFault::Skip});
     for (const CFrame& frame : series) EXPECT_TRUE(IsRight(frame)) << frame.number;
     ASSERT_EQ(series.FaultCount(), 1u);
-    EXPECT_EQ(series.Faults()[0].Id(), EError::PixelsDamaged);
-    EXPECT_EQ(series.Faults()[0].Facts().frame, 1u);
+    EXPECT_EQ(FrameFaultOf([&] { throw series.Faults()[0]; }), std::pair(EError::PixelsDamaged, u64{1}));
 }
 
 TEST_F(CompressedFrames, LeaveNothingBehindAndTakeNothingAlong) {

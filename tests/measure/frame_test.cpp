@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "support/text.h"
 #include "turning_camera.h"
 
 namespace ovix::measure {
@@ -7,12 +8,9 @@ namespace {
 
 using namespace test;
 
-EError IdOf(const auto& action) { return FactsOf(action).id; }
-
 TEST(Frame, SaysWhatItCarriesAndNothingElse) {
     const CSourceFolder folder;
-    SK410Container container;
-    container.record.width = kWidth;
+    const SK410Container container{.record = {.width = kWidth}};
     const std::vector<u16> pixels = Ramp(kWidth * kHeight);
     // 2023-11-14 22:13:20.250 UTC, the record's own.
     const Time recorded(Time(std::chrono::seconds(1'700'000'000)) + std::chrono::milliseconds(250));
@@ -28,8 +26,7 @@ TEST(Frame, SaysWhatItCarriesAndNothingElse) {
     for (const auto& c : cases) {
         const CSource source = Open(folder.Put("dump", c.bytes), AsDump(c.type));
         const CFrame frame = CMeasurement(source, {.quantity = EQuantity::Counts}).Measure(0);
-        EXPECT_EQ(frame.time, c.time) << c.type;
-        EXPECT_EQ(frame.counter, c.counter) << c.type;
+        EXPECT_TRUE(frame.time == c.time && frame.counter == c.counter) << c.type;
         EXPECT_TRUE(std::equal(frame.values.begin(), frame.values.end(), pixels.begin(), pixels.end())) << c.type;
     }
 }
@@ -40,16 +37,11 @@ TEST(Frame, CountsThePixelsOfARegion) {
     frame.values = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
     frame.status = {0, 0, 0, 0, 0, 2, 0, 34, 8, 0, 0, 0, 0, 16, 1};
     const SRegionStats part = frame.Statistics({.name = "part", .x = 1, .y = 1, .width = 4, .height = 2});
-    EXPECT_EQ(part.pixels, 8u);
-    EXPECT_EQ(part.count, 6u);  // of 7 8 9 10 12 13 14 15 all but 9 and 14
-    EXPECT_EQ(part.sum, 7 + 8 + 10 + 12 + 13 + 15);
+    // Of 7 8 9 10 12 13 14 15 all but 9 and 14.
+    EXPECT_EQ(Text(part.pixels, part.count, part.sum, part.minimum, part.maximum, part.good), "8 6 65 7 15 4 ");
     EXPECT_EQ(part.mean, 65.0 / 6);
-    EXPECT_EQ(part.minimum, 7);
-    EXPECT_EQ(part.maximum, 15);
-    EXPECT_EQ(part.good, 4u);
     EXPECT_EQ(part.flagged, (std::array<u32, 8>{1, 1, 0, 1, 1, 1, 0, 0}));
-    EXPECT_EQ(frame.Statistics().pixels, 15u);
-    EXPECT_EQ(frame.Statistics().flagged[1], 2u);
+    EXPECT_TRUE(frame.Statistics().pixels == 15 && frame.Statistics().flagged[1] == 2);
     for (const SRegion& beyond : {SRegion{.x = 2, .width = 4, .height = 1}, SRegion{.y = 3, .width = 1, .height = 1},
                                   SRegion{.width = 1}, SRegion{.x = 65535, .width = 65535, .height = 1}})
         EXPECT_EQ(IdOf([&] { frame.Statistics(beyond); }), EError::WrongArgument);
@@ -61,12 +53,10 @@ TEST(Frame, CountsThePixelsOfARegion) {
 TEST(Measurement, OffersWhatTheSourceCanGive) {
     const CTurningDump dump({{.counts = {1, 2, 3, 4}}, {.preset = 9}, {.preset = 1, .counts = {1, 2, 3, 4}}});
     const CMeasurement counts(dump.Source(), {});
-    EXPECT_EQ(counts.Unit(), Counts);
-    EXPECT_EQ(counts.Offered(), std::vector<EUnit>{Counts});
+    EXPECT_TRUE(counts.Unit() == Counts && counts.Offered() == std::vector<EUnit>{Counts});
     const SErrorFacts facts = FactsOf([&] { CMeasurement(dump.Source(), {.quantity = EQuantity::Temperature}); });
-    EXPECT_EQ(facts.id, EError::UnitNotOffered);
+    EXPECT_TRUE(facts.id == EError::UnitNotOffered && !facts.frame);
     EXPECT_NE(facts.problem.find("it can give counts"), std::string::npos) << facts.problem;
-    EXPECT_FALSE(facts.frame);
     EXPECT_EQ(IdOf([&] { CMeasurement(dump.Source(), {.calibration = ECalibration::User}); }), EError::UnitNotOffered);
 
     SMeasureOptions user = TurningRadiance(1);
@@ -126,9 +116,7 @@ TEST(Measurement, KnowsTheSceneThatARecordingWasGiven) {
     const CSourceFolder folder;
     const auto path =
         folder.Put("run.krt", RecordingOf(2, [](reduce::CReduceObjectArray& objects) {
-                       SK410Container container;
-                       container.record.width = kWidth;
-                       Bytes frame = PlainFrame(std::vector<u16>(kWidth * kHeight), container);
+                       Bytes frame = NumberedFrame(0);
                        u8 preset = 0;
                        reduce::filterFactory()->Create(L"K410")->ParseReduceObjects(
                            frame.data(), kK410GigE, kWidth, kHeight, static_cast<u32>(frame.size()), objects, preset);
@@ -137,11 +125,8 @@ TEST(Measurement, KnowsTheSceneThatARecordingWasGiven) {
     SMeasureOptions options = TurningRadiance(1);
     options.calibration = ECalibration::User;
     const CFrame frame = CMeasurement(Open(path), options).Measure(1);
-    for (const SParameter& parameter : frame.Parameters()) {
-        if (parameter.key != "emissivity") continue;
-        EXPECT_EQ(parameter.value, 0.5);
-        EXPECT_EQ(parameter.origin, EOrigin::File);
-    }
+    for (const SParameter& p : frame.Parameters())
+        EXPECT_TRUE(p.key != "emissivity" || (p.value == 0.5 && p.origin == EOrigin::File)) << p.value;
     EXPECT_EQ(frame.Parameters().size(), 2u) << "a user calibration knows of emissivity and transmission";
 }
 

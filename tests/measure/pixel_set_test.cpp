@@ -6,13 +6,17 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 #include "measure/error.h"
 #include "measure/frame/distribution.h"
 #include "measure/frame/pixel_figures.h"
+#include "support/text.h"
 
 namespace ovix::measure {
 namespace {
+
+using test::Text;
 
 /// A frame of 8 x 6 with a # for each pixel of the shape.
 std::string Drawn(const CPixelSet& pixels) {
@@ -82,8 +86,8 @@ TEST(PixelSet, ShapesHoldThePixelsThatTheirDefinitionsName) {
         EXPECT_EQ(Drawn(CPixelSet(c.shape, 8, 6)), expected) << c.shape.name;
     }
     // The other way round the pixels are the same number, from the other end on.
-    EXPECT_EQ(LinePixels({3, 4}, {1, 0}).size(), 5u);
-    EXPECT_EQ(LinePixels({3, 4}, {1, 0}).front(), (SPoint{3, 4}));
+    const auto back = LinePixels({3, 4}, {1, 0});
+    EXPECT_TRUE(back.size() == 5 && back.front() == (SPoint{3, 4}));
     const SShape bad[] = {{"", EShape::Spot, {{8, 0}}},
                           {"", EShape::Line, {{0, 0}}},
                           {"", EShape::Polygon, {{0, 0}, {1, 1}}},
@@ -100,24 +104,14 @@ TEST(PixelSet, FiguresAreOfItsPixelsAndEachOfThemCountsUnderOneFlag) {
     frame.status = {0, 0, 1 | 4, 8, 0, 2, 0, 32};
     const CPixelSet ell({"ell", EShape::Polygon, {{0, 0}, {3, 0}, {3, 1}}}, 4, 2);  // all but 5 and 6
     const SPixelFigures counted = FiguresOf(frame, ell);
-    EXPECT_EQ(counted.pixels, ell.Count());
-    EXPECT_EQ(counted.count, ell.Count() - 1);  // the pixel of 99 never counts
-    EXPECT_EQ(counted.minimum, -50);
-    EXPECT_EQ(counted.minimumPosition, (SPoint{3, 1}));
-    u32 sum = counted.good;
-    for (const u32 pixels : counted.byHighestFlag) sum += pixels;
-    EXPECT_EQ(sum, ell.Count());
-    EXPECT_EQ(counted.byHighestFlag[2], 1u);
-    EXPECT_EQ(counted.byHighestFlag[0], 0u);
-    EXPECT_EQ(counted.flagged[0], 1u);
+    EXPECT_EQ(Text(ell.Count(), counted.pixels, counted.count), "6 6 5 ");  // the pixel of 99 never counts
+    EXPECT_TRUE(counted.minimum == -50 && counted.minimumPosition == (SPoint{3, 1}));
+    EXPECT_EQ(std::accumulate(counted.byHighestFlag.begin(), counted.byHighestFlag.end(), counted.good), ell.Count());
+    EXPECT_EQ(Text(counted.byHighestFlag[2], counted.byHighestFlag[0], counted.flagged[0]), "1 0 1 ");
 
     const CPixelSet all(SShape::Rectangle("all", 0, 0, 4, 2), 4, 2);
     const SPixelFigures good = FiguresOf(frame, all, EPixels::Good);
-    EXPECT_EQ(good.count, 4u);
-    EXPECT_EQ(good.minimum, 1);
-    EXPECT_EQ(good.maximum, 7);
-    EXPECT_DOUBLE_EQ(good.mean, (1 + 2 + 5 + 7) / 4.0);
-    EXPECT_EQ(good.good, 4u);
+    EXPECT_EQ(Text(good.count, good.good, good.minimum, good.maximum, good.mean), "4 4 1 7 3.75 ");
     EXPECT_EQ(good.byHighestFlag[5], 1u);  // of all pixels, not of the good ones
     EXPECT_EQ(ValuesOf(frame, all, EPixels::Good), (std::vector<float>{1, 2, 5, 7}));
     EXPECT_EQ(ValuesOf(frame, all).size(), 7u);
@@ -131,13 +125,10 @@ TEST(Distribution, PercentilesAndStepsFollowTheirDefinitions) {
     EXPECT_TRUE(std::isnan(Percentile({}, 50)));
 
     const SHistogram own = MakeHistogram(sorted, 3);
-    EXPECT_EQ(own.counts, (std::vector<u64>{3, 1, 1}));
-    EXPECT_EQ(own.Edge(1), 6);
+    EXPECT_TRUE(own.counts == (std::vector<u64>{3, 1, 1}) && own.Edge(1) == 6);
     const std::vector<float> values = {-1, 0, 9.99f, 10, 20, 20.5f, NAN};
     const SHistogram told = MakeHistogram(values, 2, 0, 20);
-    EXPECT_EQ(told.counts, (std::vector<u64>{2, 2}));
-    EXPECT_EQ(told.below, 1u);
-    EXPECT_EQ(told.above, 1u);
+    EXPECT_TRUE(told.counts == (std::vector<u64>{2, 2}) && told.below == 1 && told.above == 1);
     EXPECT_EQ(MakeHistogram(std::vector<float>{3, 3}, 10).counts, (std::vector<u64>{2}));
 }
 

@@ -57,6 +57,16 @@ std::vector<std::string> NamesIn(const CSourceFolder& folder) {
     return names;
 }
 
+Bytes FramesOf(const CSource& source) {
+    Bytes all;
+    SRawFrame frame;
+    for (u64 i = 0; i < source.Count(); ++i) {
+        source.Read(i, frame);
+        all = all + frame.bytes;
+    }
+    return all;
+}
+
 /// What a reader gets: the stored form of everything that the source says, and its frames. `tells` becomes true when
 /// opening or reading leaves a finding of damage or doubt, or fails.
 Bytes Measured(const std::filesystem::path& path, bool& tells) {
@@ -67,11 +77,7 @@ Bytes Measured(const std::filesystem::path& path, bool& tells) {
         CMemFile all;
         reduce::SaveInfoFile(BorrowShared<IFile>(all), objects, 0);
         Bytes bytes(all.GetData(), all.GetData() + all.GetSize());
-        SRawFrame frame;
-        for (u64 i = 0; i < source.Count(); ++i) {
-            source.Read(i, frame);
-            bytes = bytes + frame.bytes;
-        }
+        bytes = bytes + FramesOf(source);
         tells = source.Worst() >= EWeight::Doubt;
         return bytes;
     } catch (const CError& error) {
@@ -94,13 +100,7 @@ Bytes Repaired(const std::filesystem::path& path) {
     EXPECT_TRUE(good) << findings[0].what << " expected " << findings[0].expected << " found " << findings[0].found;
     const CSource source = Open(made);
     EXPECT_NE(source.Worst(), EWeight::Damage);
-    Bytes frames;
-    SRawFrame frame;
-    for (u64 i = 0; i < source.Count(); ++i) {
-        source.Read(i, frame);
-        frames.insert(frames.end(), frame.bytes.begin(), frame.bytes.end());
-    }
-    return frames;
+    return FramesOf(source);
 }
 
 TEST(Recording, ComesBackAsItWasWritten) {
@@ -121,8 +121,7 @@ TEST(Recording, ComesBackAsItWasWritten) {
     // The sums: magic, version, size, frame size, CRC of the metadata, number of frames, sums, CRC of it all.
     const Bytes sums = CSourceFolder::Get(folder.At("run.krt.crc"));
     ASSERT_EQ(sums.size(), 16u + 12 + 5 * 4 + 4);
-    EXPECT_EQ(LoadLittle<u32>(&sums[16]), kFrame);
-    EXPECT_EQ(LoadLittle<u32>(&sums[24]), 5u);
+    EXPECT_TRUE(LoadLittle<u32>(&sums[16]) == kFrame && LoadLittle<u32>(&sums[24]) == 5);
     CCalcCRC32File sum;
     sum.Write(NumberedFrame(3).data(), kFrame);
     EXPECT_EQ(LoadLittle<u32>(&sums[28 + 3 * 4]), sum.GetCRC());
@@ -140,9 +139,7 @@ TEST(Recording, AFrameThatIsNotWhatItWasIsRefusedWhereSumsStandBesideIt) {
     EXPECT_TRUE(source.Findings().empty());
     SRawFrame frame;
     source.Read(0, frame);
-    const SErrorFacts facts = FactsOf([&] { source.Read(1, frame); });
-    EXPECT_EQ(facts.id, EError::SumDiffers);
-    EXPECT_EQ(facts.frame, 1u);
+    EXPECT_EQ(FrameFaultOf([&] { source.Read(1, frame); }), std::pair(EError::SumDiffers, u64{1}));
     EXPECT_EQ(source.Worst(), EWeight::Damage);
     bool good = true;
     EXPECT_EQ(FindingsOf(folder.At("run.krt"), &good).size(), 1u);
@@ -242,8 +239,7 @@ TEST(Recording, RepairMendsHeadersAndLeavesOutWhatIsDamaged) {
         bytes[at] ^= 4;
         folder.Put("bad.krt", bytes);
         bool good = true;
-        EXPECT_FALSE(FindingsOf(folder.At("bad.krt"), &good).empty()) << at;
-        EXPECT_FALSE(good) << at;
+        EXPECT_TRUE(!FindingsOf(folder.At("bad.krt"), &good).empty() && !good) << at;
         EXPECT_EQ(Repaired(folder.At("bad.krt")), all) << at;
     }
     Bytes bytes = whole;
@@ -254,7 +250,7 @@ TEST(Recording, RepairMendsHeadersAndLeavesOutWhatIsDamaged) {
     bytes = whole;
     bytes[2 * kBlockHeader + 300] ^= 4;
     folder.Put("bad.krt", bytes);
-    EXPECT_EQ(FactsOf([&] { Open(folder.At("bad.krt")); }).id, EError::MetadataDamaged);
+    EXPECT_EQ(IdOf([&] { Open(folder.At("bad.krt")); }), EError::MetadataDamaged);
     EXPECT_EQ(Open(folder.At("bad.krt"), {.acceptDamage = true}).Worst(), EWeight::Damage);
 }
 
@@ -267,8 +263,8 @@ TEST(RecordingWriter, LeavesAPartOnlyWhenAskedAndReplacesNothingUnasked) {
         writer.Add(NumberedFrame(0));
         Bytes bad = NumberedFrame(1);
         bad[2u * kWidth * kHeight] ^= 1;
-        EXPECT_EQ(FactsOf([&] { writer.Add(bad); }).id, EError::FrameRefused);
-        EXPECT_EQ(FactsOf([&] { writer.Add(Bytes(kFrame + 1)); }).id, EError::FrameRefused);
+        for (const Bytes& refused : {bad, Bytes(kFrame + 1)})
+            EXPECT_EQ(IdOf([&] { writer.Add(refused); }), EError::FrameRefused);
         writer.Add(NumberedFrame(2));
         EXPECT_EQ(writer.Count(), 2u);
     };
@@ -276,19 +272,17 @@ TEST(RecordingWriter, LeavesAPartOnlyWhenAskedAndReplacesNothingUnasked) {
     EXPECT_TRUE(NamesIn(folder).empty());
     start({.keepPart = true});
     EXPECT_EQ(NamesIn(folder), std::vector<std::string>{"run.krt.part"});
-    EXPECT_EQ(FactsOf([&] { start({.overwrite = true}); }).id, EError::FileExists);
+    EXPECT_EQ(IdOf([&] { start({.overwrite = true}); }), EError::FileExists);
     RepairRecording(folder.At("run.krt.part"), folder.At("run.krt"), {}, [](const SFinding&) {});
     EXPECT_EQ(Open(folder.At("run.krt")).Count(), 2u);
-    EXPECT_EQ(FactsOf([&] { start({}); }).id, EError::FileExists);
+    EXPECT_EQ(IdOf([&] { start({}); }), EError::FileExists);
 
     std::filesystem::create_hard_link(folder.At("run.krt"), folder.At("same.krt"));
     const SWriteOptions overInput{.overwrite = true, .input = Open(folder.At("run.krt"))};
-    EXPECT_EQ(FactsOf([&] { Write(folder.At("same.krt"), 1, overInput); }).id, EError::FileIsInput);
-    EXPECT_EQ(FactsOf([&] {
-                  RepairRecording(folder.At("run.krt"), folder.At("same.krt"), overInput, [](const SFinding&) {});
-              }).id,
-              EError::FileIsInput);
-    EXPECT_EQ(FactsOf([&] { Write(folder.At("none") / "run.krt", 1); }).id, EError::FileUnwritable);
+    const auto repair = [&] { RepairRecording(folder.At("run.krt"), folder.At("same.krt"), overInput, {}); };
+    EXPECT_EQ(IdOf([&] { Write(folder.At("same.krt"), 1, overInput); }), EError::FileIsInput);
+    EXPECT_EQ(IdOf(repair), EError::FileIsInput);
+    EXPECT_EQ(IdOf([&] { Write(folder.At("none") / "run.krt", 1); }), EError::FileUnwritable);
 }
 
 TEST(RecordingWriter, AWriteThatFailsAnywhereIsToldAndLeavesNothing) {
@@ -302,7 +296,7 @@ TEST(RecordingWriter, AWriteThatFailsAnywhereIsToldAndLeavesNothing) {
     for (std::size_t limit = 0; limit < size; limit += 173) {
         const rlimit room{limit, before.rlim_max};
         ::setrlimit(RLIMIT_FSIZE, &room);
-        EXPECT_EQ(FactsOf([&] { Write(folder.At("run.krt"), 3); }).id, EError::FileUnwritable) << limit;
+        EXPECT_EQ(IdOf([&] { Write(folder.At("run.krt"), 3); }), EError::FileUnwritable) << limit;
         ::setrlimit(RLIMIT_FSIZE, &before);
         EXPECT_TRUE(NamesIn(folder).empty()) << limit;
     }

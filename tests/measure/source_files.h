@@ -28,22 +28,13 @@ inline Bytes operator+(Bytes a, const Bytes& b) {
 
 /// Pixels, counter and time tell the number.
 inline Bytes NumberedFrame(u16 number, std::size_t padding = 0) {
-    SK410Container container;
-    container.record.width = kWidth;
-    container.record.counter = number;
-    container.record.milliseconds = number;
-    Bytes frame = PlainFrame(std::vector<u16>(kWidth * kHeight, static_cast<u16>(1000 + number)), container);
-    const std::size_t record = 2u * kWidth * kHeight + container.recordOffset;
-    Patch(frame, record + 4, kHeight, 2);
-    Patch(frame, record + 16, kHeight - 1u, 2);
-    return frame + Bytes(padding, 0x22);
+    const SK410Record record{.width = kWidth, .height = kHeight, .counter = number, .milliseconds = number};
+    return PlainFrame(std::vector<u16>(kWidth * kHeight, static_cast<u16>(1000 + number)), {.record = record}) +
+           Bytes(padding, 0x22);
 }
 inline Bytes Frames(u16 count, std::size_t padding = 0) {
     Bytes all;
-    for (u16 i = 0; i < count; ++i) {
-        const Bytes frame = NumberedFrame(i, padding);
-        all.insert(all.end(), frame.begin(), frame.end());
-    }
+    for (u16 i = 0; i < count; ++i) all = all + NumberedFrame(i, padding);
     return all;
 }
 inline Bytes StreamFrame(std::size_t imageBytes) { return CompressedFrame(Bytes(imageBytes, 0x33), {}); }
@@ -100,6 +91,12 @@ inline measure::SErrorFacts FactsOf(const auto& action) {
     }
     ADD_FAILURE() << "nothing was thrown";
     return {};
+}
+inline measure::EError IdOf(const auto& action) { return FactsOf(action).id; }
+/// Error and number of the frame.
+inline auto FrameFaultOf(const auto& action) {
+    const measure::SErrorFacts facts = FactsOf(action);
+    return std::pair(facts.id, facts.frame.value_or(~u64{0}));
 }
 
 }  // namespace ovix::test

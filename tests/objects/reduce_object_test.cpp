@@ -125,56 +125,42 @@ const GUID& kFOV = CFOVReduceObject::typeID;
 TEST(ReduceObjectArray, AnObjectOfTheWholeSourceServesAPresetUntilItGetsItsOwn) {
     CReduceObjectArray objects;
     const auto wide = objects.GetCorrection(255, true);
-    ASSERT_TRUE(wide);
-    EXPECT_EQ(objects.GetCorrection(2, false), wide);
+    ASSERT_TRUE(wide && objects.GetCorrection(2, false) == wide);
     const auto own = objects.GetCorrection(2, true);
-    EXPECT_FALSE(own == wide);
-    EXPECT_EQ(own->preset, 2);
-    EXPECT_EQ(objects.GetCorrection(2, false), own);
+    EXPECT_TRUE(own != wide && own->preset == 2 && objects.GetCorrection(2, false) == own);
     EXPECT_EQ(objects.GetCorrection(3, false), wide);
 }
 
-TEST(ReduceObjectArray, LookupTellsMinusOneFrom255) {
+TEST(ReduceObjectArray, LookupTellsMinusOneFrom255AndMakesNothingOfUnknownClasses) {
     CReduceObjectArray objects;
     EXPECT_FALSE(objects.GetObjectOfType(kFOV, 255, false));
-    const auto first = NewFOV(255);
-    const auto last = NewFOV(255);
-    objects.Add(first);
-    objects.Add(NewFOV(254));
-    objects.Add(last);
+    EXPECT_FALSE(objects.GetObjectOfType(CGUID::Empty, -1, true));
+    EXPECT_FALSE(objects.GetObjectByName(L"fov ", -1, true));
+    EXPECT_FALSE(objects.GetObjectByName(L"fov", -1, true));  // creation, unlike the search, looks at the case
+    EXPECT_FALSE(objects.Add(TSharedPtr<IReduceObject>()) || objects.GetSize() || objects.GetAt(0));
+    const auto first = NewFOV(255), last = NewFOV(255);
+    for (const auto& fov : {first, NewFOV(254), last}) objects.Add(fov);
     EXPECT_EQ(objects.GetObjectOfType(kFOV, -1, false).ptr(), first.ptr());  // exact: the first
     EXPECT_EQ(objects.GetObjectOfType(kFOV, -1, true).ptr(), first.ptr());
     EXPECT_EQ(objects.GetObjectOfType(kFOV, 255, false).ptr(), last.ptr());  // fallback: the last
     EXPECT_EQ(objects.GetObjectByName(L"fov", -1, false).ptr(), first.ptr());
     EXPECT_EQ(objects.GetObjectByName(L"fov", 0, false).ptr(), last.ptr());
     EXPECT_EQ(objects.GetSize(), 3u);
-    const auto another = objects.GetObjectOfType(kFOV, 255, true);  // never exact, so it makes one more
-    EXPECT_EQ(another->preset, 255);
-    EXPECT_EQ(objects.GetSize(), 4u);
+    EXPECT_EQ(objects.GetObjectOfType(kFOV, 255, true)->preset, 255);  // never exact, so it makes one more
     EXPECT_EQ(objects.GetObjectByName(L"FOV", 7, true)->preset, 7);
     EXPECT_EQ(objects.GetSize(), 5u);
 }
 
-TEST(ReduceObjectArray, NothingIsMadeOfUnknownClasses) {
-    CReduceObjectArray objects;
-    EXPECT_FALSE(objects.GetObjectOfType(CGUID::Empty, -1, true));
-    EXPECT_FALSE(objects.GetObjectByName(L"fov ", -1, true));
-    EXPECT_FALSE(objects.GetObjectByName(L"fov", -1, true));  // creation, unlike the search, looks at the case
-    EXPECT_FALSE(objects.Add(TSharedPtr<IReduceObject>()));
-    EXPECT_EQ(objects.GetSize(), 0u);
-    EXPECT_FALSE(objects.GetAt(0));
-}
-
 TEST(ReduceObjectArray, TypedShortcutsMakeTheirClassAtItsPreset) {
     CReduceObjectArray objects;
-    EXPECT_EQ(
-        Text(objects.GetSourceInfo(true)->preset, objects.GetObjectParameters(true)->preset,
-             objects.GetFOV(true)->preset, objects.GetCorrectionCfg(true)->preset, objects.GetAbateCfg(true)->preset,
-             objects.GetFrameInfo(3, true)->preset, objects.GetCorrection(4, true)->preset),
-        "255 255 255 255 255 3 4 ");
-    EXPECT_EQ(objects.GetSize(), 7u);
-    EXPECT_TRUE(objects.GetSourceInfo(false) && objects.GetFOV(false) && objects.GetAbateCfg(false));
-    EXPECT_EQ(objects.GetSize(), 7u);
+    for (const bool create : {true, false}) {
+        EXPECT_EQ(Text(objects.GetSourceInfo(create)->preset, objects.GetObjectParameters(create)->preset,
+                       objects.GetFOV(create)->preset, objects.GetCorrectionCfg(create)->preset,
+                       objects.GetAbateCfg(create)->preset, objects.GetFrameInfo(3, create)->preset,
+                       objects.GetCorrection(4, create)->preset),
+                  "255 255 255 255 255 3 4 ");
+        EXPECT_EQ(objects.GetSize(), 7u);
+    }
 }
 
 /// A plug-in's class that answers with the type id of a built-in one.
@@ -188,8 +174,7 @@ TEST(ReduceObjectArray, ShortcutsAreEmptyForAForeignClass) {
     CReduceObjectArray objects;
     objects.Add(MakeShared<CImpostor>());
     EXPECT_TRUE(objects.GetObjectOfType(kFOV, -1, false));
-    EXPECT_FALSE(objects.GetFOV(false));
-    EXPECT_FALSE(objects.GetFOV(true));
+    EXPECT_FALSE(objects.GetFOV(false) || objects.GetFOV(true));
 }
 
 TEST(ReduceObjectArray, ListsAndTestsByValidity) {
@@ -199,48 +184,40 @@ TEST(ReduceObjectArray, ListsAndTestsByValidity) {
     objects.Add(NewFOV(1));
     TArray<GUID> ids{CGUID::Empty};
     objects.GetTypeIDs(ids, false);
-    ASSERT_EQ(ids.size(), 2u);
-    EXPECT_TRUE(ids.GetAt(0) == kFOV && ids.GetAt(1) == CSourceInfoReduceObject::typeID);
+    EXPECT_TRUE(ids.size() == 2 && ids.GetAt(0) == kFOV && ids.GetAt(1) == CSourceInfoReduceObject::typeID);
     TArray<CString> names;
     objects.GetNames(names, true);
     EXPECT_TRUE(names.size() == 1 && names.GetAt(0) == L"SourceInfo");
     EXPECT_TRUE(objects.HasObjectOfType(kFOV, false) && !objects.HasObjectOfType(kFOV, true));
     EXPECT_TRUE(objects.HasObjectWithName(L"sourceINFO", true) && !objects.HasObjectWithName(L"fov", true));
     objects.GetAt(2)->valid = true;
-    EXPECT_TRUE(objects.HasObjectOfType(kFOV, true));
     objects.GetTypeIDs(ids, true);
-    EXPECT_EQ(ids.GetAt(0), CSourceInfoReduceObject::typeID);
+    EXPECT_TRUE(objects.HasObjectOfType(kFOV, true) && ids.GetAt(0) == CSourceInfoReduceObject::typeID);
 }
 
 TEST(ReduceObjectArray, RemovesByTypeAndSignedPreset) {
     CReduceObjectArray objects;
     for (const u8 preset : {u8{1}, u8{255}, u8{1}, u8{254}}) objects.Add(NewFOV(preset));
     objects.Add(MakeShared<CSourceInfoReduceObject>());
-    objects.RemoveObjectOfType(kFOV, 255);  // no signed byte
-    objects.RemoveObjectOfType(kFOV, 9);
-    EXPECT_EQ(objects.GetSize(), 5u);
-    objects.RemoveObjectOfType(kFOV, 1);
-    objects.RemoveObjectOfType(kFOV, -2);
-    ASSERT_EQ(objects.GetSize(), 3u);
+    for (const auto& [preset, left] : {std::pair{255, 5u}, {9, 5u}, {1, 4u}, {-2, 3u}}) {  // 255 is no signed byte
+        objects.RemoveObjectOfType(kFOV, preset);
+        EXPECT_EQ(objects.GetSize(), left);
+    }
     EXPECT_TRUE(objects.GetAt(0)->preset == 255 && objects.GetAt(1)->preset == 1);
     objects.RemoveAllObjectsOfType(kFOV);
     EXPECT_TRUE(objects.GetSize() == 1 && objects.GetSourceInfo(false));
 }
 
 TEST(ReduceObjectArray, CopiesShareObjectsAndDuplicatesDoNot) {
-    CReduceObjectArray objects;
+    CReduceObjectArray objects, deep;
     objects.Add(NewFOV(255, 1.5));
-    CReduceObjectArray deep;
     deep.Add(MakeShared<CSourceInfoReduceObject>());
     objects.Duplicate(deep);
     const CReduceObjectArray shallow = objects;
     objects.GetFOV(false)->IHFOV = 2.5;
-    ASSERT_EQ(deep.GetSize(), 1u);
-    EXPECT_EQ(deep.GetFOV(false)->IHFOV, 1.5);
-    EXPECT_EQ(shallow.GetAt(0).Cast<CFOVReduceObject>()->IHFOV, 2.5);
+    EXPECT_TRUE(deep.GetSize() == 1 && deep.GetFOV(false)->IHFOV == 1.5);
     objects.Reset();
-    EXPECT_EQ(objects.GetSize(), 0u);
-    EXPECT_EQ(shallow.GetSize(), 1u);
+    EXPECT_TRUE(objects.GetSize() == 0 && shallow.GetAt(0).Cast<CFOVReduceObject>()->IHFOV == 2.5);
 }
 
 TEST(ReduceObjectFactory, NamesAndTypeIdsLeadToEachOther) {

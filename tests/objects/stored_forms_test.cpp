@@ -170,25 +170,19 @@ TEST(StoredForms, SourceInfo) {
             ASSERT_FALSE(CSource().Load(FileOf(SSource::Stream(version), size), version, 0)) << size;
         }
     }
-    const struct {
-        u32 size, version, blockVersion;
-        std::size_t available;
-        bool loads;
-    } agreements[] = {
-        {1536, 0x20000, 0x20000, 2048, false},   {2048, 0x10001, 0x10001, 2048, false},
-        {1536, 0x20000, 0x1FFFF, 2048, false},   {1536, 0x10001, 0x10001, 1535, false},
-        {2048, 0x20000, 0xFFFFFFFF, 2048, true},
-    };
-    for (const auto& c : agreements) {
-        EXPECT_EQ(CSource().Load(FileOf(SSource::Record(c.size, c.version, 8), c.available), c.blockVersion, 0),
-                  c.loads)
-            << &c - agreements;
-    }
+    const std::tuple<u32, u32, u32, std::size_t, bool> agreements[] = {
+        // size, version, version of the block, bytes that are there; whether it loads
+        {1536, 0x20000, 0x20000, 2048, false},
+        {2048, 0x10001, 0x10001, 2048, false},
+        {1536, 0x20000, 0x1FFFF, 2048, false},
+        {1536, 0x10001, 0x10001, 1535, false},
+        {2048, 0x20000, 0xFFFFFFFF, 2048, true}};
+    for (const auto& [size, version, blockVersion, available, loads] : agreements)
+        EXPECT_EQ(CSource().Load(FileOf(SSource::Record(size, version, 8), available), blockVersion, 0), loads) << size;
 }
 
 TEST(StoredForms, Correction) {
-    CByteWriter tables;
-    for (u32 i = 0; i < 6; ++i) tables.F32(1.5f + static_cast<float>(i));
+    CByteWriter tables = Floats(1.5f, 6);
     for (u32 i = 0; i < 6; ++i) tables.U16(0x10000 - i);
     for (u32 i = 0; i < 6; ++i) tables.U8(i);
     for (u32 i = 0; i < 6; ++i) tables.U32((i + 1) % 6);

@@ -22,7 +22,7 @@ inline std::vector<SFrameForm> FrameForms() {
     constexpr u16 kHeight = 4;
     const std::vector<u16> image = Ramp(24);
     const SK410Container whole, swapped{.record = {.swapped = true, .width = 320}}, none{.recordSize = 4};
-    const SK410Container untimed{.recordSize = 907}, uncounted{.recordSize = 25};
+    const SK410Container untimed{.recordSize = 907}, uncounted{.recordSize = 25}, brief{.recordSize = 64};
     constexpr std::size_t kUpToTime = 48 + 128 + 908;  // read in place, whatever the container says
     const Bytes stream = EncodeJpegLs(Ramp(24, 14), 6, kHeight);
     Bytes noRecord = ShortRecordFrame(image, {});
@@ -38,9 +38,11 @@ inline std::vector<SFrameForm> FrameForms() {
         {"record before the counter", L"K410", kK410GigEFlipped, PlainFrame(image, uncounted), "marked - - - 6x9999",
          kCounts, 6, kUpToTime},
         {"record of 4 bytes", L"K410", kK410F7M0, PlainFrame(image, none), "marked - - -", kCounts, 6, kUpToTime},
-        {"numbered by the decoder", L"K410", kK410FNM0, PlainFrame(image, whole), "marked - - - 6x9999"},
+        {"numbered by the decoder", L"K410", kK410FNM0, PlainFrame(image, brief), "marked - - - 6x9999", kCounts, 6,
+         48 + 128 + 64},
         {"digital", L"K410", kK410F7M0, DigitalFrame(image, {}, whole), "marked - counter - 6x9999"},
-        {"digital", L"K410", kK410FNM0, DigitalFrame(image, {}, whole), "marked - counter - 6x9999"},
+        {"digital", L"K410", kK410FNM0, DigitalFrame(image, {}, brief), "marked - counter - 6x9999", kCounts, 6,
+         48 + 32 + 128 + 64},
         {"compressed", L"K410", kK410MJLS, CompressedFrame(stream, whole), "marked - - - 6x4",
          "3 2 0 compressed own-length"},
         {"video", L"K410", kK410UYVY, Bytes(48), kNone, kColours},

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "reduce/convert/factory_calibrations.h"
@@ -13,8 +14,19 @@
 
 namespace ovix::test {
 
-/// A decoder with its stream, the objects of its source, and the pixels and preset of the last frame. Every buffer
-/// stands on the heap in exactly its size.
+/// The bytes on the heap, at an odd address and with nothing behind them.
+class CExact {
+  public:
+    explicit CExact(std::span<const u8> bytes) : memory_(new u8[bytes.size() + 1]) {
+        std::copy(bytes.begin(), bytes.end(), get());
+    }
+    u8* get() const { return memory_.get() + 1; }
+
+  private:
+    std::unique_ptr<u8[]> memory_;
+};
+
+/// A decoder with its stream, the objects of its source, and the pixels and preset of the last frame.
 struct SFrameReader {
     SFrameReader(const wchar_t* name, const GUID& pixelType, u16 columns, u16 rows)
         : decoder(name), type(pixelType), width(columns), height(rows), pixels(std::size_t{columns} * rows) {}
@@ -29,11 +41,11 @@ struct SFrameReader {
     TSharedPtr<reduce::IFilter> filter = reduce::filterFactory()->Create(decoder);
 
     bool Check(const std::vector<u8>& bytes, reduce::SFrameFault* fault = nullptr) const {
-        return reduce::CheckFrame(decoder, Exact(bytes).get(), type, width, height, Size(bytes), fault);
+        return reduce::CheckFrame(decoder, CExact(bytes).get(), type, width, height, Size(bytes), fault);
     }
     /// To `pixels` unless a destination is given. `parsed` is then what became of the bytes.
     bool Parse(const std::vector<u8>& bytes, std::optional<STypedData> dest = {}) {
-        const auto exact = Exact(bytes);
+        const CExact exact(bytes);
         preset = 99;
         const bool done = filter->ParseFrame(exact.get(), type, width, height, Size(bytes),
                                              dest.value_or(STypedData{pixels.data(), UInt16}), objects, preset);
@@ -51,7 +63,7 @@ struct SFrameReader {
     SLight Light(const std::vector<u8>& bytes) {
         SLight r{};
         const auto call = [&](auto operation, auto&... results) {
-            return (filter.ptr()->*operation)(Exact(bytes).get(), type, width, height, Size(bytes), results...);
+            return (filter.ptr()->*operation)(CExact(bytes).get(), type, width, height, Size(bytes), results...);
         };
         r.hasPreset = call(&reduce::IFilter::ParsePreset, r.preset);
         r.hasTime = call(&reduce::IFilter::ParseTime, r.time);
@@ -62,9 +74,9 @@ struct SFrameReader {
     /// What `StoreFrame` puts over bytes of 0xCC; empty when it refuses, which leaves them.
     std::vector<u8> Store(const std::vector<u8>& buffer, u32 count, u32 index, std::size_t room) const {
         const std::vector<u8> before(room, 0xCC);
-        const auto dest = Exact(before);
+        const CExact dest(before);
         const bool done =
-            filter->StoreFrame(Exact(buffer).get(), Size(buffer), type, width, height, static_cast<u16>(count),
+            filter->StoreFrame(CExact(buffer).get(), Size(buffer), type, width, height, static_cast<u16>(count),
                                static_cast<u16>(index), dest.get(), Size(before));
         const std::vector<u8> after(dest.get(), dest.get() + room);
         return done || after != before ? after : std::vector<u8>();
@@ -74,7 +86,7 @@ struct SFrameReader {
     std::optional<int> Trigger(const std::vector<u8>& buffer, u16 count, u8 field = 7) const {
         bool triggered = true;
         u16 index = 9;
-        if (!filter->CheckForTrigger(Exact(buffer).get(), Size(buffer), type, width, height, count, field, triggered,
+        if (!filter->CheckForTrigger(CExact(buffer).get(), Size(buffer), type, width, height, count, field, triggered,
                                      index)) {
             return triggered ? std::optional(-99) : std::nullopt;
         }
@@ -92,11 +104,6 @@ struct SFrameReader {
     }
 
     static u32 Size(const std::vector<u8>& bytes) { return static_cast<u32>(bytes.size()); }
-    static std::unique_ptr<u8[]> Exact(const std::vector<u8>& bytes) {
-        auto exact = std::make_unique<u8[]>(bytes.size());
-        std::copy(bytes.begin(), bytes.end(), exact.get());
-        return exact;
-    }
 };
 
 }  // namespace ovix::test

@@ -3,7 +3,6 @@
 #include <charls/charls.h>
 
 #include <bit>
-#include <stdexcept>
 #include <vector>
 
 #include "reduce/filters/frame_types.h"
@@ -27,8 +26,8 @@ inline void Patch(Bytes& bytes, std::size_t offset, u64 value, int width, bool b
 struct SK410Record {
     /// Its default time, as ticks since 1601.
     static constexpr i64 kTime = 133'444'736'002'500'000;
-    bool swapped = false;  ///< the camera has the other byte order
-    u16 width = 6, height = 4;
+    bool swapped = false;          ///< the camera has the other byte order
+    u16 width = 6, height = 9999;  ///< whoever uses the frame says how high it is
     u16 counter = 0x1234;
     u32 seconds = 1'700'000'000, milliseconds = 250;
     u32 mark = 7;
@@ -41,9 +40,9 @@ struct SK410Record {
         };
         put(0, 2, 2);
         put(2, width, 2);
-        put(4, 9999, 2);  // whoever uses the frame says how high it is
+        put(4, height, 2);
         put(12, width - 1u, 2);
-        put(16, 9999, 2);
+        put(16, height - 1u, 2);
         put(24, counter, 2);
         for (const u32 at : {32,  36,  40,  44,  48,  52,  56,  60,  88,  92,  96,  112,
                              116, 120, 124, 128, 144, 148, 152, 156, 160, 164, 780, 792}) {
@@ -134,21 +133,12 @@ struct SJpegLsOptions {
 
 /// A JPEG-LS stream by the codec's own encoder.
 inline Bytes EncodeJpegLs(const std::vector<u16>& pixels, u16 width, u16 height, const SJpegLsOptions& options = {}) {
-    const auto check = [](charls_jpegls_errc result) {
-        if (static_cast<int>(result) != 0) throw std::runtime_error(charls_get_error_message(result));
-    };
-    charls_jpegls_encoder* encoder = charls_jpegls_encoder_create();
-    const charls_frame_info info{width, height, options.bits, 1};
-    check(charls_jpegls_encoder_set_frame_info(encoder, &info));
-    check(charls_jpegls_encoder_set_near_lossless(encoder, options.nearLossless));
-    check(charls_jpegls_encoder_set_preset_coding_parameters(encoder, &options.parameters));
+    charls::jpegls_encoder encoder;
+    encoder.frame_info({width, height, options.bits, 1});
+    encoder.near_lossless(options.nearLossless).preset_coding_parameters(options.parameters);
     Bytes stream(1000 + 8 * pixels.size());
-    std::size_t size = 0;
-    check(charls_jpegls_encoder_set_destination_buffer(encoder, stream.data(), stream.size()));
-    check(charls_jpegls_encoder_encode_from_buffer(encoder, pixels.data(), 2 * pixels.size(), 0));
-    check(charls_jpegls_encoder_get_bytes_written(encoder, &size));
-    charls_jpegls_encoder_destroy(encoder);
-    stream.resize(size);
+    encoder.destination(stream);
+    stream.resize(encoder.encode(pixels));
     return stream;
 }
 
