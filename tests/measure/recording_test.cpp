@@ -62,7 +62,7 @@ Bytes FramesOf(const CSource& source) {
     SRawFrame frame;
     for (u64 i = 0; i < source.Count(); ++i) {
         source.Read(i, frame);
-        all = all + frame.bytes;
+        all = std::move(all) + frame.bytes;
     }
     return all;
 }

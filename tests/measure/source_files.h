@@ -34,7 +34,7 @@ inline Bytes NumberedFrame(u16 number, std::size_t padding = 0) {
 }
 inline Bytes Frames(u16 count, std::size_t padding = 0) {
     Bytes all;
-    for (u16 i = 0; i < count; ++i) all = all + NumberedFrame(i, padding);
+    for (u16 i = 0; i < count; ++i) all = std::move(all) + NumberedFrame(i, padding);
     return all;
 }
 inline Bytes StreamFrame(std::size_t imageBytes) { return CompressedFrame(Bytes(imageBytes, 0x33), {}); }
