@@ -53,6 +53,7 @@ struct SInput {
     u32 size = 0;
 
     u64 Pixels() const { return u64{width} * height; }
+    u8 LastByte() const { return size ? frame[size - 1] : u8{0}; }
     CHeapBytes Frame() const { return {frame, size}; }
     TSharedPtr<IFilter> NewFilter() const { return filterFactory()->Create(family); }
 };
@@ -105,10 +106,9 @@ inline void Parse(SParsed& parsed, const SInput& input, EDataType type, u8 fill)
                                                 parsed.objects, parsed.preset);
 }
 
-/// All operations that give pixels or bytes of a frame, on one that may be any bytes.
-void Decode(const SInput& input);
-/// The description, or the questions that scan a recording, which are to agree with the parsing: the frame's own bytes
-/// choose.
-void CheckAndDescribe(const SInput& input);
+/// One of the operations that give pixels or bytes of a frame, on one that may be any bytes.
+void Decode(const SInput& input, u32 way);
+/// The description, or the questions that scan a recording, which are to agree with the parsing.
+void CheckAndDescribe(const SInput& input, u32 way);
 
 }  // namespace ovix::reduce

@@ -107,12 +107,12 @@ void ScanAndCompare(const SInput& input) {
 
 }  // namespace
 
-void CheckAndDescribe(const SInput& input) {
+void CheckAndDescribe(const SInput& input, u32 way) {
     SFrameFault fault;
     const CHeapBytes frame = input.Frame();
     if (!CheckFrame(input.family, frame.Data(), input.type, input.width, input.height, frame.Size(), &fault)) {
         Require(!fault.expected.IsEmpty() && !fault.found.IsEmpty(), "a frame is refused without a reason");
-    } else if (input.size && input.frame[input.size - 1] & 4) {
+    } else if (way % 2) {
         Describe(input);
     } else {
         ScanAndCompare(input);
