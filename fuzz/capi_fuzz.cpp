@@ -48,7 +48,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     options.height = data[2] % 20;
     options.flags = data[3];
     // Most in counts: the tables of a temperature take as long as a thousand frames.
-    options.quantity = data[2] < 250 ? OVIX_COUNTS : static_cast<signed char>(data[4]);
+    options.quantity = data[2] < 250 ? int{OVIX_COUNTS} : static_cast<signed char>(data[4]);
     options.calibration = static_cast<signed char>(data[5]);
     options.scale = static_cast<signed char>(data[6]);
     options.scene_given = data[7];
