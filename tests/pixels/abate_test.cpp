@@ -1,5 +1,7 @@
 #include "reduce/pixels/abate.h"
 
+#include <array>
+
 #include "tests/support/pixel_buffers.h"
 #include "tests/support/pixel_reference.h"
 #include "tests/support/simd_targets.h"
@@ -53,25 +55,18 @@ struct SPresets {
     T Corrected(u32 p, u32 i, bool clip, double minimum, double maximum) const {
         const u32 j = replaces[p] ? replaces[p][i] : i;
         const T x = static_cast<const T*>(sources[p])[j];
-        const float low = static_cast<float>(minimum), high = static_cast<float>(maximum);
-        const auto limited = [&](float v) { return low > v ? low : v > high ? high : v; };
-        const auto rounded = [&](float v) { return low > v ? low : v > high ? high : Round(v); };
-        const auto cut = [](float v) {
-            const i32 whole = v >= -0x1p31F && v < 0x1p31F ? static_cast<i32>(v) : INT32_MIN;
-            return static_cast<T>(static_cast<u32>(whole));
+        const float low = static_cast<float>(minimum), high = static_cast<float>(maximum), v = static_cast<float>(x);
+        const float g = gains[p] ? gains[p][j] : 1, o = offsets[p] ? offsets[p][j] : i16{0};
+        const auto limited = [&](float value, float inside) {
+            return low > value ? low : value > high ? high : inside;
         };
-        float v = static_cast<float>(x);
-        if constexpr (std::is_same_v<T, float>) {
-            if (gains[p]) v = v * gains[p][j];
-            if (offsets[p]) v = v + static_cast<float>(offsets[p][j]);
-            return clip ? limited(v) : v;
-        } else {
-            const float g = gains[p] ? gains[p][j] : 1, o = offsets[p] ? offsets[p][j] : i16{0};
-            if (gains[p] && offsets[p]) return clip ? cut(rounded(v * g + o)) : cut(Round(v * g) + o);
-            if (gains[p]) return clip ? cut(rounded(v * g)) : cut(Round(v * g));
-            const i32 sum = x + static_cast<i32>(o);
-            return clip ? cut(limited(static_cast<float>(sum))) : static_cast<T>(sum);
-        }
+        const float corrected = v * g + o;
+        if constexpr (std::is_same_v<T, float>) return clip ? limited(corrected, corrected) : corrected;
+        // Counts are rounded where there is a gain, before the offset is added; with a clip behind it, but no limit is.
+        const float whole = !gains[p] ? corrected : clip ? Round(corrected) : Round(v * g) + o;
+        const float result = clip ? limited(corrected, whole) : whole;
+        const i32 bits = result >= -0x1p31F && result < 0x1p31F ? static_cast<i32>(result) : INT32_MIN;
+        return static_cast<T>(static_cast<u32>(bits));
     }
 };
 
@@ -119,44 +114,38 @@ TEST(Abate, MergesBothTypesOnEveryProcessor) {
 
 /// Two frames of one pixel, without tables.
 TEST(Abate, TakesTheFirstThatQualifies) {
-    constexpr u8 kEmpty = 255;
     const struct {
         const char* name;
         EAbateMode mode;
         u16 first, second;
-        bool firstValid, secondValid;
-        u8 order[8];
+        std::array<bool, 8> valid;
+        std::array<u8, 8> order;  // 9 and 255 are no preset
         bool result;
         u16 value;
         u8 status;
     } cases[] = {
-        {"none below", AbateFromFirst, 20000, 16000, true, true, {0, 1, 9, 9, 9, 9, 9, 9}, true, 16000, 1},
-        {"none above", AbateFromLast, 500, 800, true, true, {0, 1, 9, 9, 9, 9, 9, 9}, true, 500, 0},
-        {"at the high threshold", AbateFromFirst, 15000, 16000, true, true, {0, 1, 9, 9, 9, 9, 9, 9}, true, 15000, 0},
-        {"at the low threshold", AbateFromLast, 3000, 1000, true, true, {0, 1, 9, 9, 9, 9, 9, 9}, true, 1000, 1},
-        {"one above it", AbateFromFirst, 15001, 14, true, true, {0, 1, 9, 9, 9, 9, 9, 9}, true, 14, 1},
-        {"single", AbateFromFirst, 65535, 1, true, false, {1, 0, 9, 9, 9, 9, 9, 9}, true, 65535, 0},
-        {"reordered", AbateFromFirst, 3, 4, true, true, {1, 0, 9, 9, 9, 9, 9, 9}, true, 4, 1},
-        {"none valid", AbateFromFirst, 3, 4, false, false, {0, 1, 2, 3, 4, 5, 6, 7}, false, 7, 99},
-        {"none in the order", AbateFromLast, 3, 4, true, true, {2, 3, kEmpty, 8, 8, 8, 8, 8}, false, 7, 99},
+        {"none below", AbateFromFirst, 20000, 16000, {1, 1}, {0, 1, 9, 9, 9, 9, 9, 9}, true, 16000, 1},
+        {"none above", AbateFromLast, 500, 800, {1, 1}, {0, 1, 9, 9, 9, 9, 9, 9}, true, 500, 0},
+        {"at the high threshold", AbateFromFirst, 15000, 16000, {1, 1}, {0, 1, 9, 9, 9, 9, 9, 9}, true, 15000, 0},
+        {"at the low threshold", AbateFromLast, 3000, 1000, {1, 1}, {0, 1, 9, 9, 9, 9, 9, 9}, true, 1000, 1},
+        {"one above it", AbateFromFirst, 15001, 14, {1, 1}, {0, 1, 9, 9, 9, 9, 9, 9}, true, 14, 1},
+        {"single", AbateFromFirst, 65535, 1, {1, 0}, {1, 0, 9, 9, 9, 9, 9, 9}, true, 65535, 0},
+        {"reordered", AbateFromFirst, 3, 4, {1, 1}, {1, 0, 9, 9, 9, 9, 9, 9}, true, 4, 1},
+        {"none valid", AbateFromFirst, 3, 4, {}, {0, 1, 2, 3, 4, 5, 6, 7}, false, 7, 99},
+        {"none in the order", AbateFromLast, 3, 4, {1, 1}, {2, 3, 255, 8, 8, 8, 8, 8}, false, 7, 99},
     };
     const u16 low[8] = {1000, 1000}, high[8] = {15000, 15000};
-    float* const noGains[8] = {};
-    i16* const noOffsets[8] = {};
-    u32* const noMaps[8] = {};
     for (const auto& c : cases) {
         u16 first = c.first, second = c.second, out = 7;
         u8 status = 99;
         void* const sources[8] = {&first, &second};
-        const bool valid[8] = {c.firstValid, c.secondValid};
         const auto merge = [&](u16* to, u8* map) {
-            return Abate(UInt16, sources, 1, to, map, valid, c.order, low, high, c.mode, noGains, noOffsets, noMaps,
-                         false, 0, 0);
+            return Abate(UInt16, sources, 1, to, map, c.valid.data(), c.order.data(), low, high, c.mode, nullptr,
+                         nullptr, nullptr, false, 0, 0);
         };
         EXPECT_EQ(merge(&out, &status), c.result) << c.name;
         EXPECT_TRUE(out == c.value && status == c.status) << c.name << ' ' << out << ' ' << +status;
-        // without a status, and into the second source
-        EXPECT_EQ(merge(&second, nullptr), c.result) << c.name;
+        EXPECT_EQ(merge(&second, nullptr), c.result) << c.name;  // without a status, and into the second source
         EXPECT_EQ(second, c.result ? c.value : c.second) << c.name;
     }
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <numeric>
 
 #include "tests/support/forms.h"
 #include "tests/support/pixel_buffers.h"
@@ -38,51 +39,52 @@ struct SLimits {
     u16 lower, upper;
 };
 
-/// Demands entry Place(x) of table map[pixel] for each of the pixels, in this order, of `call(form arguments...)` with
-/// a single pair of tables, with one a preset, and without a map of presets.
-template <class S, class D>
-void Check(STables& tables, TGuarded<S>& frame, TGuarded<u8>& map, const std::vector<u32>& pixels, SLimits limits,
-           bool withStatus, const auto& call) {
+/// A frame at the very end of its memory, and which preset each pixel has.
+template <class S>
+struct TFrame {
+    TGuarded<S> pixels;
+    std::vector<u8> map;
+
+    TFrame(u32 count, u32 seed) : pixels(count, seed % 4, false) {
+        CRandom random(seed);
+        FillEdges(pixels, seed);
+        for (u32 i = 0; i < count; ++i) map.push_back(random.Below(8));
+    }
+};
+
+/// Demands entry Place(x) of table map[pixel] for each of the pixels, in this order, of `call(apply)`, which applies
+/// the form, with a single pair of tables, with one a preset, and without a map of presets.
+template <class D, class S>
+void Check(STables& tables, TFrame<S>& frame, const std::vector<u32>& pixels, SLimits limits, bool withStatus,
+           const auto& call) {
     for (const char* shape : {"single", "presets", "no map"}) {
         TGuarded<D> out(pixels.size() + 3, pixels.size() % 4);
         TGuarded<u8> status(pixels.size() + 3, pixels.size() % 4);
-        const bool mapped = *shape == 'p';
+        const u8* const map = *shape == 'p' ? frame.map.data() : nullptr;
         ASSERT_TRUE(call([&](auto... form) {
-            const STypedData in = frame.Typed(), to = out.Typed();
+            const STypedData in = frame.pixels.Typed(), to = out.Typed();
             const auto [lower, upper] = limits;
             u8* const flags = withStatus ? status.data() : nullptr;
-            const u8* const presets = mapped ? map.data() : nullptr;
-            if (*shape == 's') {
-                return ApplyLUT(in, to, flags, form..., tables.luts[0], tables.statusLuts[0], lower, upper);
-            }
-            return ApplyLUT(in, presets, to, flags, form..., tables.luts, tables.statusLuts, lower, upper);
+            return *shape == 's' ? ApplyLUT(in, to, flags, form..., tables.luts[0], tables.statusLuts[0], lower, upper)
+                                 : ApplyLUT(in, map, to, flags, form..., tables.luts, tables.statusLuts, lower, upper);
         })) << shape;
         for (std::size_t i = 0; i < pixels.size(); ++i) {
-            const u8 preset = mapped ? map[pixels[i]] : u8{0};
-            const u32 k = Place(static_cast<float>(frame[pixels[i]]), limits.lower, limits.upper);
-            ASSERT_TRUE(Same(out[i], Cast<D>(tables.values[preset][k]))) << shape << i << " of " << +frame[pixels[i]];
-            if (!withStatus) continue;
-            ASSERT_EQ(status[i], tables.stretches[preset][k]) << shape << i;
+            const u8 preset = map ? map[pixels[i]] : u8{0};
+            const S x = frame.pixels[pixels[i]];
+            const u32 k = Place(static_cast<float>(x), limits.lower, limits.upper);
+            ASSERT_TRUE(Same(out[i], Cast<D>(tables.values[preset][k]))) << shape << i << " of " << +x;
+            ASSERT_TRUE(!withStatus || status[i] == tables.stretches[preset][k]) << shape << i << " of " << +x;
         }
-        EXPECT_TRUE(out.Untouched(pixels.size()));
-        EXPECT_TRUE(status.Untouched(withStatus ? pixels.size() : 0));
+        EXPECT_TRUE(out.Untouched(pixels.size()) && status.Untouched(withStatus ? pixels.size() : 0));
     }
 }
 
-std::vector<u32> AllOf(u32 count) {
-    std::vector<u32> pixels(count);
-    for (u32 i = 0; i < count; ++i) pixels[i] = i;
-    return pixels;
-}
-
-template <class S, class D>
-void CheckWhole(STables& tables, u32 count, SLimits limits, u32 seed) {
-    TGuarded<S> frame(count, seed % 4, false);
-    TGuarded<u8> map(count, 0, false);
-    FillEdges(frame, seed);
-    CRandom random(seed);
-    for (u8& p : map) p = random.Below(8);
-    Check<S, D>(tables, frame, map, AllOf(count), limits, seed % 2, [&](const auto& apply) { return apply(count); });
+template <class D, class S>
+void CheckWhole(STables& tables, TFrame<S>&& frame, SLimits limits, bool withStatus) {
+    std::vector<u32> all(frame.map.size());
+    std::iota(all.begin(), all.end(), 0u);
+    Check<D>(tables, frame, all, limits, withStatus,
+             [&](const auto& apply) { return apply(static_cast<u32>(all.size())); });
 }
 
 TEST(ApplyLUT, MapsAllPairsOfTypes) {
@@ -90,8 +92,8 @@ TEST(ApplyLUT, MapsAllPairsOfTypes) {
     u32 seed = 1;
     ForEachPair([&]<class S, class D>(TElement<S>, TElement<D>) {
         SCOPED_TRACE(testing::Message() << DataTypeOf<S>() << " to " << DataTypeOf<D>());
-        CheckWhole<S, D>(tables, 613, {0, 65535}, seed++);
-        CheckWhole<S, D>(tables, 613, {100, 16383}, seed++);
+        CheckWhole<D>(tables, TFrame<S>(613, seed++), {0, 65535}, true);
+        CheckWhole<D>(tables, TFrame<S>(613, seed++), {100, 16383}, false);
     });
 }
 
@@ -101,9 +103,10 @@ TEST(ApplyLUT, GivesTheSameOnEveryProcessor) {
         u32 seed = 1;
         for (const SLimits limits : {SLimits{0, 65535}, {0, 16383}, {100, 200}, {16383, 40}, {65535, 65535}}) {
             for (const u32 count : {0u, 1u, 15u, 33u, 2047u, 2048u, 2049u, 5000u}) {
-                CheckWhole<u16, float>(tables, count, limits, ++seed);
-                CheckWhole<float, float>(tables, count, limits, ++seed);
-                CheckWhole<float, u16>(tables, count, limits, ++seed);
+                const bool withStatus = ++seed % 2;
+                CheckWhole<float>(tables, TFrame<u16>(count, seed), limits, withStatus);
+                CheckWhole<float>(tables, TFrame<float>(count, seed), limits, withStatus);
+                CheckWhole<u16>(tables, TFrame<float>(count, seed), limits, withStatus);
             }
         }
     });
@@ -131,41 +134,29 @@ TEST(ApplyLUT, RoundsEveryHalfAndItsNeighbours) {
 TEST(ApplyLUT, VisitsThePixelsOfEachForm) {
     const SForms forms;
     STables tables;
-    TGuarded<u16> frame(forms.Count(), 0, false);
-    TGuarded<u8> map(forms.Count(), 0, false);
-    FillEdges(frame, 5);
-    CRandom random(5);
-    for (u8& p : map) p = random.Below(8);
+    TFrame<u16> frame(forms.Count(), 5);
     for (const EForm form : kForms) {
-        Check<u16, float>(tables, frame, map, forms.Visited(form), {0, 65535}, true,
-                          [&](const auto& apply) { return forms.Call(form, apply); });
+        Check<float>(tables, frame, forms.Visited(form), {0, 65535}, true,
+                     [&](const auto& apply) { return forms.Call(form, apply); });
     }
 }
 
 /// What is known of a table's status, and of the presets of a stretch of pixels, is kept from block to block.
 TEST(ApplyLUT, FollowsStretchesOfStatusAndOfPresets) {
-    constexpr u32 kCount = 9001;
     STables tables;
-    TGuarded<u16> frame(kCount, 0, false);
-    TGuarded<u8> map(kCount, 0, false);
     CRandom random(8);
-    for (u32 i = 0, left = 0, longest = 1; i < kCount; ++i, --left) {
-        map[i] = i ? map[i - 1] : u8{0};
-        if (left != 0) continue;
-        longest = longest % 300 + 7;
-        left = 1 + random.Below(255) % longest;
-        map[i] = random.Below(8);
-    }
     const auto check = [&](const auto& countOf) {
-        for (u32 i = 0; i < kCount; ++i) frame[i] = static_cast<u16>(countOf(i));
-        Check<u16, float>(tables, frame, map, AllOf(kCount), {0, 65535}, true,
-                          [&](const auto& apply) { return apply(kCount); });
+        TFrame<u16> frame(9001, 0);
+        for (u32 i = 0; i < 9001; ++i) {
+            frame.pixels[i] = static_cast<u16>(countOf(i));
+            frame.map[i] = static_cast<u8>(i < 3000 ? i / 300 % 8 : i < 6000 ? i / 13 % 8 : random.Below(8));
+        }
+        CheckWhole<float>(tables, std::move(frame), {0, 65535}, true);
     };
     const auto acrossAnEdge = [&](u32) { return 100 + random.Below(100) * 60; };
     check(acrossAnEdge);
     check([](u32 i) {  // with one pixel of another stretch in a block
-        if (i == 2500) return 119u;
-        if (i == 3500) return 9000u;
+        if (i == 2500 || i == 3500) return i == 2500 ? 119u : 9000u;
         return i < 3000 ? 130 + i % 50 : i < 6000 ? 119 + i % 2 : 9000 + i % 3;
     });
     // a stretch that is known up to its last entry, then the next entry
@@ -224,10 +215,7 @@ TEST(ApplyLUT, TakesNumbersBeyondThePresetsAsTheyStand) {
     for (u32 i = 0; i < 300; ++i) map[i] = static_cast<u8>(i < 100 ? 9 : i < 200 ? 8 : 7 + i % 3);
     ASSERT_TRUE(ApplyLUT({frame.data(), UInt16}, map.data(), {out.data(), Flt32}, status.data(), 300, luts, statusLuts,
                          0, 65535));
-    for (u32 i = 0; i < 300; ++i) {
-        EXPECT_EQ(out[i], luts[map[i]][1000]);
-        EXPECT_EQ(status[i], 16 * (map[i] - 7)) << i;
-    }
+    for (u32 i = 0; i < 300; ++i) EXPECT_TRUE(out[i] == luts[map[i]][1000] && status[i] == 16 * (map[i] - 7)) << i;
 }
 
 TEST(ApplyLUT, RefusesOtherTypes) {

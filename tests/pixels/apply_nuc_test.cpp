@@ -39,20 +39,13 @@ constexpr SClip kClips[] = {{0, 0, 0}, {1, 0, 16383}, {1, -20.5, 200.7}, {1, 500
 template <class D, class S>
 D Corrected(S x, STables& tables, u32 tablesAt, const SClip& clip) {
     using W = std::conditional_t<std::is_same_v<S, double>, double, float>;
-    D value;
-    if (tables.Gain() && tables.Offset()) {
-        const W product = static_cast<W>(x) * static_cast<W>(tables.gain[tablesAt]);
-        value = Cast<D>(product + static_cast<W>(tables.offset[tablesAt]));
-    } else if (tables.Gain()) {
-        value = Cast<D>(static_cast<W>(x) * static_cast<W>(tables.gain[tablesAt]));
-    } else if (tables.Offset() && std::is_floating_point_v<S>) {
-        value = Cast<D>(static_cast<W>(tables.offset[tablesAt]) + static_cast<W>(x));
-    } else if (tables.Offset()) {
+    const W gained = static_cast<W>(x) * (tables.Gain() ? static_cast<W>(tables.gain[tablesAt]) : 1);
+    const i16 offset = tables.Offset() ? tables.offset[tablesAt] : i16{0};
+    D value = Cast<D>(tables.Offset() ? gained + static_cast<W>(offset) : gained);
+    if (!tables.Gain() && !std::is_floating_point_v<S>) {
         // the sum of two integers in C, made with 64 bits and cut to the type that C makes it in
-        const u64 sum = static_cast<u64>(x) + static_cast<u64>(i64{tables.offset[tablesAt]});
-        value = Cast<D>(static_cast<decltype(x + i16{})>(sum));
-    } else {
-        value = Cast<D>(x);
+        const u64 sum = static_cast<u64>(x) + static_cast<u64>(i64{offset});
+        value = tables.Offset() ? Cast<D>(static_cast<decltype(x + i16{})>(sum)) : Cast<D>(x);
     }
     if (!clip.on) return value;
     const D low = Cast<D>(clip.minimum), high = Cast<D>(clip.maximum);
@@ -119,19 +112,18 @@ TEST(ApplyNUC, ReadsTheIndexOfEachForm) {
     float* gains[8];
     i16* offsets[8];
     u32* replaces[8];
-    for (u32 p = 0; p < 8; ++p) tables.emplace_back(kCount, 7 - p, 100 + p);
     for (u32 p = 0; p < 8; ++p) {
-        gains[p] = tables[p].Gain();
-        offsets[p] = tables[p].Offset();
-        replaces[p] = tables[p].Replace();
+        STables& made = tables.emplace_back(kCount, 7 - p, 100 + p);  // its tables stay where they are
+        gains[p] = made.Gain(), offsets[p] = made.Offset(), replaces[p] = made.Replace();
     }
-
     for (const SClip& clip : kClips) {
-        const auto check = [&](const char* form, const auto& expected, auto... arguments) {
-            TGuarded<float> out(kCount + 3);
-            ApplyNUC(out.Typed(), frame.Typed(), arguments..., clip.on, clip.minimum, clip.maximum);
-            for (u32 i = 0; i < kCount; ++i) ASSERT_TRUE(Same(out[i], expected(i))) << form << i;
-            EXPECT_TRUE(out.Untouched(kCount)) << form;
+        const auto check = [&](const char* form, const auto& expected) {
+            return [&, form](auto... arguments) {
+                TGuarded<float> out(kCount + 3);
+                ApplyNUC(out.Typed(), frame.Typed(), arguments..., clip.on, clip.minimum, clip.maximum);
+                for (u32 i = 0; i < kCount; ++i) ASSERT_TRUE(Same(out[i], expected(i))) << form << ' ' << i;
+                EXPECT_TRUE(out.Untouched(kCount)) << form;
+            };
         };
         const auto at = [&](u32 p, u32 data, u32 table) {
             return Corrected<float>(frame[data], tables[p], table, clip);
@@ -148,21 +140,13 @@ TEST(ApplyNUC, ReadsTheIndexOfEachForm) {
         const u8 *const map = status.data(), *const noMap = nullptr;
         const u32* const list = indices.data();
         u32* const noReplaces = nullptr;
-        check(
-            "presets ", [&](u32 i) { return replaced(status[i], i); }, map, kCount, gains, offsets, replaces);
-        check(
-            "no status ", [&](u32 i) { return replaced(0, i); }, noMap, kCount, gains, offsets, replaces);
-        check(
-            "list, no map ", [&](u32 i) { return at(0, i, indices[i]); }, list, kCount, gains[0], offsets[0],
-            noReplaces);
-        check(
-            "list, map ", [&](u32 i) { return replaced(0, indices[i]); }, list, kCount, gains[0], offsets[0],
-            replaces[0]);
-        check(
-            "list, presets ", [&](u32 i) { return listed(status[indices[i]], i); }, list, map, kCount, gains, offsets,
-            replaces);
-        check(
-            "list, no status ", [&](u32 i) { return listed(0, i); }, list, noMap, kCount, gains, offsets, replaces);
+        check("presets", [&](u32 i) { return replaced(map[i], i); })(map, kCount, gains, offsets, replaces);
+        check("no status", [&](u32 i) { return replaced(0, i); })(noMap, kCount, gains, offsets, replaces);
+        check("list", [&](u32 i) { return at(0, i, list[i]); })(list, kCount, *gains, *offsets, noReplaces);
+        check("list, map", [&](u32 i) { return replaced(0, list[i]); })(list, kCount, *gains, *offsets, *replaces);
+        check("list, presets", [&](u32 i) { return listed(map[list[i]], i); })(list, map, kCount, gains, offsets,
+                                                                               replaces);
+        check("list, no status", [&](u32 i) { return listed(0, i); })(list, noMap, kCount, gains, offsets, replaces);
     }
 }
 

@@ -37,13 +37,15 @@ CByteWriter Record(u32 width, u32 height, u8 tables) {
     return test::Record(32, 0x10001, CByteWriter().U32(width).U32(height).U8(tables));
 }
 
+std::string Pixel(const CCorrectionReduceObject& object, u32 i) {
+    return Text(object.gain[i], object.offset[i], object.mask[i], object.map[i]);
+}
+
 void ExpectFilled(const CCorrectionReduceObject& object, u32 width, u32 height) {
     ASSERT_EQ(Text(object.width, object.height, object.present), Text(width, height, kAll));
-    const u32 n = width * height;
-    for (u32 i = 0; i < n; ++i) {
-        ASSERT_TRUE(object.gain[i] == 1.5f + static_cast<float>(i) && object.offset[i] == -static_cast<int>(i)) << i;
-        ASSERT_TRUE(object.mask[i] == static_cast<u8>(i) && object.map[i] == (i + 1) % n) << i;
-    }
+    CCorrectionReduceObject expected;
+    Fill(expected, width, height);
+    for (u32 i = 0; i < width * height; ++i) ASSERT_EQ(Pixel(object, i), Pixel(expected, i)) << i;
 }
 
 TEST(Correction, CreateMakesWhatIsMissingAndKeepsTheRest) {
@@ -86,8 +88,7 @@ TEST(Correction, FlipMovesPlacesAndContents) {
             const auto before = object.Duplicate().Cast<CCorrectionReduceObject>();
             object.Flip(leftRight, topBottom);
             for (u32 i = 0; i < width * height; ++i) {
-                const u32 to = turned(i);
-                EXPECT_EQ(Text(object.gain[to], object.offset[to], object.mask[to], object.map[to]),
+                EXPECT_EQ(Pixel(object, turned(i)),
                           Text(before->gain[i], before->offset[i], before->mask[i], turned(before->map[i])));
             }
             EXPECT_FALSE(object.flippedLeftRight || object.flippedTopBottom);

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <vector>
 
 #include "reduce/pixels/get_image_data.h"
@@ -13,8 +14,8 @@ namespace {
 
 using namespace test;
 
-/// Demands the pixels of the frame that each form visits, in this order and no more, and their status, with and
-/// without either status buffer.
+/// The pixels of the frame that each form visits, in this order and no more, and their status, with and without either
+/// status buffer.
 template <class S, class D>
 void CheckForms(const SForms& forms, u32 seed) {
     TGuarded<S> frame(forms.Count(), seed % 4, false);
@@ -28,18 +29,16 @@ void CheckForms(const SForms& forms, u32 seed) {
             TGuarded<u8> status(pixels.size() + 3, seed % 4);
             const u8* const source = from ? map.data() : nullptr;
             u8* const destination = to ? status.data() : nullptr;
-            ASSERT_TRUE(forms.Call(form, [&](auto... f) {
-                if constexpr (sizeof...(f) < 2) return false;  // a whole frame has no such form
-                if constexpr (sizeof...(f) > 1)
+            ASSERT_TRUE(forms.Call(
+                form, [&](auto... f) requires(sizeof...(f) > 1) {  // there is none of a whole frame
                     return GetImageData(frame.Typed(), source, out.Typed(), destination, f...);
-            }));
+                }));
             // Lines with both status buffers stay at the first column of the row.
             const bool stuck = from && to && (form == EForm::A || form == EForm::S);
             for (std::size_t i = 0; i < pixels.size(); ++i) {
                 const u32 pixel = stuck ? pixels[i] / forms.width * forms.width : pixels[i];
                 ASSERT_TRUE(Same(out[i], Cast<D>(frame[pixel]))) << i << " of " << +frame[pixel];
-                if (!to) continue;
-                ASSERT_EQ(status[i], from ? map[pixel] : 0) << i;
+                ASSERT_TRUE(!to || status[i] == (from ? map[pixel] : 0)) << i;
             }
             EXPECT_TRUE(out.Untouched(pixels.size()));
             EXPECT_TRUE(status.Untouched(to ? pixels.size() : 0));
@@ -85,14 +84,13 @@ TEST(PresetMap, EachSelectedPixelIsHeldAgainstThePresets) {
         std::vector<u8> map(size, u8{2});
         if (size > 20) std::fill_n(map.begin(), 11, u8{0});
         EXPECT_TRUE(HoldsOnly(SWhole{size}, map.data(), usable)) << size;
-        for (u32 i = 0; i < size; ++i) {
-            for (const u8 stranger : std::initializer_list<u8>{1, 7, 8, 255}) {
-                std::vector<u8> wrong = map;
-                wrong[i] = stranger;
-                EXPECT_FALSE(HoldsOnly(SWhole{size}, wrong.data(), usable)) << size << ' ' << i;
-                EXPECT_EQ(HoldsOnly(SWhole{i}, wrong.data(), usable), true);
-                EXPECT_FALSE(HoldsOnly(SIndexList{&i, 1}, wrong.data(), usable));
-            }
+        for (u32 i = 0; i < size * 4; ++i) {
+            std::vector<u8> wrong = map;
+            const u32 at = i / 4;
+            wrong[at] = std::array<u8, 4>{1, 7, 8, 255}[i % 4];
+            EXPECT_FALSE(HoldsOnly(SWhole{size}, wrong.data(), usable)) << size << ' ' << at;
+            EXPECT_TRUE(HoldsOnly(SWhole{at}, wrong.data(), usable));
+            EXPECT_FALSE(HoldsOnly(SIndexList{&at, 1}, wrong.data(), usable));
         }
     }
     EXPECT_TRUE(HoldsOnly(SWhole{9}, nullptr, usable)) << "no map means preset 0";

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "core/types.h"
+#include "core/typed_data.h"
 
 /// What pixel kernels have to compute, said once more and plainly.
 namespace ovix::test {
@@ -20,6 +20,10 @@ inline Real Lookup(const double* xs, const double* ys, i32 count, Real x) {
         if (x <= xs[i]) return ys[i - 1] + (ys[i] - ys[i - 1]) * ((x - xs[i - 1]) / (xs[i] - xs[i - 1]));
     }
     return ys[count - 1];
+}
+inline Real FromCelsius(Real t, ETempType scale) {
+    if (scale == Fahrenheit) return t * 1.8L + 32;
+    return scale == Kelvin ? t + 273.15L : scale == Rankine ? (t + 273.15L) * 1.8L : t;
 }
 /// Planck's law between two wavelengths in micrometres, by the midpoint rule.
 inline double BandRadiance(double celsius, double low, double high) {
