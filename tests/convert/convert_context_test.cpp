@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <numeric>
+#include <string_view>
 #include <vector>
 
 #include "reduce/convert/converter.h"
@@ -27,9 +29,10 @@ class ConvertContext : public ::testing::Test {
         source = array.GetSourceInfo(true);
         context.setReduceObjs(&array);
     }
-    bool Update(std::initializer_list<bool> flags) {
+    /// With a flag for each character, `+` or `-`.
+    bool Update(std::string_view flags) {
         bool presets[9];
-        std::copy(flags.begin(), flags.end(), presets);
+        std::transform(flags.begin(), flags.end(), presets, [](char flag) { return flag == '+'; });
         return context.Update(presets, static_cast<u8>(flags.size()), 0);
     }
     void AddCalibration() {
@@ -54,22 +57,21 @@ class ConvertContext : public ::testing::Test {
 };
 
 TEST_F(ConvertContext, PresetFlagsAndTheirQuirks) {
-    EXPECT_TRUE(Update({true}));
-    EXPECT_FALSE(Update({false, true}));  // a count below 8 never leaves preset 1 enabled
-    EXPECT_TRUE(Update({false, true, false, true, false, false, false, false}));
+    EXPECT_TRUE(Update("+"));
+    EXPECT_FALSE(Update("-+"));  // a count below 8 never leaves preset 1 enabled
+    EXPECT_TRUE(Update("-+-+----"));
     AddCorrection(1, 2, 0);
-    ASSERT_TRUE(Update({false, true, false, true, false, false, false, false}));
+    ASSERT_TRUE(Update("-+-+----"));
     EXPECT_TRUE(context.needToApplyNUC());
-    EXPECT_TRUE(Update({false, false}));  // preset 3 survives from the call before
+    EXPECT_TRUE(Update("--"));  // preset 3 survives from the call before
     EXPECT_FALSE(context.needToApplyNUC());
     AddCorrection(3, 2, 0);
-    EXPECT_TRUE(Update({true}));
+    EXPECT_TRUE(Update("+"));
     EXPECT_TRUE(context.needToApplyNUC());  // preset 3 has tables, while 0 is the active one
     STypedData result;
     ASSERT_TRUE(context.ApplyNUC({frame, UInt16}, {out, Flt32}, 3, result));
     EXPECT_EQ(result.data, frame);
-    bool nine[9] = {true};
-    EXPECT_FALSE(context.Update(nine, 9, 0));
+    EXPECT_FALSE(Update("+--------"));
     EXPECT_TRUE(array.HasObjectOfType(CAbateCfgReduceObject::typeID, true));
     EXPECT_TRUE(array.HasObjectOfType(CCorrectionCfgReduceObject::typeID, true));
 }
@@ -86,10 +88,10 @@ TEST_F(ConvertContext, ChoosesAConverter) {
     ASSERT_TRUE(context.needToConvert());
     EXPECT_EQ(context.converter()->name(), CString(L"CurlewConverter"));
     EXPECT_TRUE(context.canChangeObjectParameters());
-    ASSERT_TRUE(Update({true}));
+    ASSERT_TRUE(Update("+"));
     const auto cal = array.Get<test::CCurlewCal>(0, false);
     cal->valid = false;
-    EXPECT_FALSE(Update({true}));  // the converter's own update fails
+    EXPECT_FALSE(Update("+"));  // the converter's own update fails
     cal->valid = true;
     EXPECT_FALSE(context.SetUnit(RadianceUser, Celsius));  // nobody gives it, and the converter is lost
     EXPECT_FALSE(context.needToConvert() || context.canChangeObjectParameters());
@@ -98,12 +100,12 @@ TEST_F(ConvertContext, ChoosesAConverter) {
     source->baseUnit = TemperatureFactory, source->baseTempType = Kelvin;
     EXPECT_TRUE(context.SetUnit(TemperatureFactory, Celsius));
     EXPECT_EQ(context.converter()->name(), CString(L"TemperatureConverter"));
-    ASSERT_TRUE(Update({true}));
+    ASSERT_TRUE(Update("+"));
     ASSERT_TRUE(context.Convert({frame, UInt16}, {out, Flt32}, status, 3));
     EXPECT_FLOAT_EQ(out[2], 26.85f);
     EXPECT_TRUE(context.SetUnit(TemperatureFactory, Kelvin) && !context.needToConvert());
     array.Reset();
-    EXPECT_FALSE(context.SetUnit(Counts, Celsius) || Update({true}));
+    EXPECT_FALSE(context.SetUnit(Counts, Celsius) || Update("+"));
 }
 
 TEST_F(ConvertContext, ConvertsInAllForms) {
@@ -112,7 +114,7 @@ TEST_F(ConvertContext, ConvertsInAllForms) {
     std::iota(counts.begin(), counts.end(), u16{0});
     // Without a converter pixels are moved, and maps are not looked at.
     ASSERT_TRUE(context.SetUnit(Counts, Celsius));
-    ASSERT_TRUE(Update({true}));
+    ASSERT_TRUE(Update("+"));
     test::CheckForms(convert, {counts.begin(), counts.end()}, false);
     float value = 0;
     EXPECT_FALSE(context.GetCalibratedRange(value, out[0], 255));
@@ -124,7 +126,7 @@ TEST_F(ConvertContext, ConvertsInAllForms) {
 
     AddCalibration();
     ASSERT_TRUE(context.SetUnit(TemperatureFactory, Kelvin));
-    ASSERT_TRUE(Update({true}));
+    ASSERT_TRUE(Update("+"));
     std::vector<float> kelvin(65536);
     ASSERT_TRUE(context.Convert({counts.data(), UInt16}, {kelvin.data(), Flt32}, nullptr, 65536));
     test::CheckForms(convert, kelvin, true);
@@ -139,23 +141,20 @@ TEST_F(ConvertContext, CorrectsTheActivePreset) {
     STypedData result;
     EXPECT_FALSE(context.ApplyNUC({frame, UInt16}, {out, Flt32}, 3, result));  // no settings yet
     AddCorrection(0, 2.0f, 5)->map[0] = 2;
-    ASSERT_TRUE(Update({true}));
+    ASSERT_TRUE(Update("+"));
     const auto cfg = array.GetCorrectionCfg(false);
-    const struct {
-        bool nuc, badPixels;
-        float expected[3];
-    } kCases[] = {{true, true, {500, 405, 500}},  // 605 clipped to 500, and pixel 0 shows pixel 2
-                  {true, false, {205, 405, 500}},
-                  {false, true, {300, 200, 300}}};
     cfg->maximum = 500;
-    for (const auto& c : kCases) {
-        cfg->applyNUC = c.nuc;
-        cfg->applyBadPixels = c.badPixels;
+    const auto check = [&](bool nuc, bool badPixels, std::initializer_list<float> expected) {
+        cfg->applyNUC = nuc;
+        cfg->applyBadPixels = badPixels;
         EXPECT_TRUE(context.needToApplyNUC());
         ASSERT_TRUE(context.ApplyNUC({frame, UInt16}, {out, Flt32}, 3, result));
         EXPECT_EQ(result.data, out);
-        EXPECT_TRUE(std::equal(out, out + 3, c.expected));
-    }
+        EXPECT_TRUE(std::equal(out, out + 3, expected.begin()));
+    };
+    check(true, true, {500, 405, 500});  // 605 clipped to 500, and pixel 0 shows pixel 2
+    check(true, false, {205, 405, 500});
+    check(false, true, {300, 200, 300});
     cfg->applyNUC = cfg->applyBadPixels = false;
     EXPECT_FALSE(context.needToApplyNUC());
     ASSERT_TRUE(context.ApplyNUC({frame, UInt16}, {out, Flt32}, 3, result));
@@ -169,49 +168,43 @@ TEST_F(ConvertContext, MeasuresAFrameAsTheThreeStepsDo) {
     constexpr u32 kPixels = kWidth * kHeight;
     std::vector<float> values(kPixels);
     std::vector<u16> counts(kPixels);
-    for (u32 i = 0; i < kPixels; ++i) values[i] = counts[i] = static_cast<u16>(9000 + i * 40503 % 30000);
-    float nothing = 0;
-    CStats stats;
-    EXPECT_FALSE(
-        context.MeasureFrame({counts.data(), UInt16}, kWidth, kHeight, {values.data(), Flt32}, nullptr, stats));
     AddCalibration();
     const auto correction = array.GetCorrection(0, true);
     correction->Create(kWidth, kHeight, 0, CorrectionGain | CorrectionOffset | CorrectionBadPixels);
     for (u32 i = 0; i < kPixels; ++i) {
+        values[i] = counts[i] = static_cast<u16>(9000 + i * 40503 % 30000);
         correction->gain[i] = 0.9f + 0.0001f * static_cast<float>(i % 1000);
         correction->offset[i] = static_cast<i16>(i % 100);
         correction->map[i] = i % 97 ? i : (i * 31) % kPixels;
     }
-    for (const EUnit unit : {TemperatureFactory, Counts}) {
-        ASSERT_TRUE(context.SetUnit(unit, Kelvin));
-        ASSERT_TRUE(Update({true}));
+    const STypedData whole{counts.data(), UInt16}, floats{values.data(), Flt32};
+    float nothing = 0;
+    CStats stats;
+    EXPECT_FALSE(context.MeasureFrame(whole, kWidth, kHeight, floats, nullptr, stats));  // no settings yet
+    for (u32 way = 0; way < 32; ++way) {
+        SCOPED_TRACE(way);
+        const STypedData in = way & 1 ? whole : floats;
+        const bool withStatus = way & 2;
+        ASSERT_TRUE(context.SetUnit(way & 4 ? TemperatureFactory : Counts, Kelvin) && Update("+"));
         const auto cfg = array.GetCorrectionCfg(false);
-        for (const int wanted : {3, 1, 0}) {
-            cfg->applyNUC = wanted & 1;
-            cfg->applyBadPixels = wanted & 2;
-            for (const STypedData in : {STypedData{counts.data(), UInt16}, STypedData{values.data(), Flt32}}) {
-                for (const bool withStatus : {true, false}) {
-                    std::vector<float> corrected(kPixels), steps(kPixels), chain(kPixels, -1.0f);
-                    std::vector<u8> stepFlags(kPixels), chainFlags(kPixels, 99);
-                    STypedData between;
-                    CStats stepStats, chainStats;
-                    u8* flags = withStatus ? stepFlags.data() : nullptr;
-                    ASSERT_TRUE(context.ApplyNUC(in, {corrected.data(), in.type}, kPixels, between));
-                    ASSERT_TRUE(context.Convert(between, {steps.data(), Flt32}, flags, kPixels));
-                    GetStats(stepStats, {steps.data(), Flt32}, kWidth, kHeight, nullptr, 0, flags);
-                    ASSERT_TRUE(context.MeasureFrame(in, kWidth, kHeight, {chain.data(), Flt32},
-                                                     withStatus ? chainFlags.data() : nullptr, chainStats));
-                    EXPECT_EQ(chain, steps) << unit << ", " << wanted;
-                    EXPECT_TRUE(!withStatus || chainFlags == stepFlags);
-                    test::ExpectSame(chainStats, stepStats);
-                }
-            }
-        }
+        cfg->applyNUC = way & 8;
+        cfg->applyBadPixels = way & 16;
+        std::vector<float> corrected(kPixels), steps(kPixels), chain(kPixels, -1.0f);
+        std::vector<u8> stepFlags(kPixels), chainFlags(kPixels);
+        STypedData between;
+        CStats stepStats, chainStats;
+        u8* flags = withStatus ? stepFlags.data() : nullptr;
+        ASSERT_TRUE(context.ApplyNUC(in, {corrected.data(), in.type}, kPixels, between));
+        ASSERT_TRUE(context.Convert(between, {steps.data(), Flt32}, flags, kPixels));
+        GetStats(stepStats, {steps.data(), Flt32}, kWidth, kHeight, nullptr, 0, flags);
+        flags = withStatus ? chainFlags.data() : nullptr;
+        ASSERT_TRUE(context.MeasureFrame(in, kWidth, kHeight, {chain.data(), Flt32}, flags, chainStats));
+        EXPECT_TRUE(chain == steps && chainFlags == stepFlags);
+        test::ExpectSame(chainStats, stepStats);
     }
-    const STypedData in{counts.data(), UInt16}, to{&nothing, Flt32};
-    EXPECT_FALSE(context.MeasureFrame(in, 0, kHeight, to, nullptr, stats));
-    EXPECT_FALSE(context.MeasureFrame({counts.data(), Opaque}, 1, 1, to, nullptr, stats));
-    EXPECT_FALSE(context.MeasureFrame(in, 1, 1, {&nothing, UInt64}, nullptr, stats));
+    EXPECT_FALSE(context.MeasureFrame(whole, 0, kHeight, {&nothing, Flt32}, nullptr, stats));
+    EXPECT_FALSE(context.MeasureFrame({counts.data(), Opaque}, 1, 1, {&nothing, Flt32}, nullptr, stats));
+    EXPECT_FALSE(context.MeasureFrame(whole, 1, 1, {&nothing, UInt64}, nullptr, stats));
 }
 
 TEST_F(ConvertContext, MergesPresets) {
@@ -219,7 +212,7 @@ TEST_F(ConvertContext, MergesPresets) {
     const STypedData frames[8] = {{frame, UInt16}, {nullptr, Flt64}, {hot, UInt16}};
     EXPECT_FALSE(context.Abate(frames, 3, {merged, UInt16}, status));  // no settings yet
     AddCorrection(0, 1.0f, 1);
-    ASSERT_TRUE(Update({true, true, true}));
+    ASSERT_TRUE(Update("+++"));
     const auto cfg = array.GetAbateCfg(false);
     cfg->high[0] = 250;
     ASSERT_TRUE(context.Abate(frames, 3, {merged, UInt16}, status));
@@ -228,7 +221,7 @@ TEST_F(ConvertContext, MergesPresets) {
     EXPECT_FALSE(context.Abate(frames, 3, {merged, Int16}, status));
     const STypedData doubles[3] = {{frame, Flt64}, {frame, Flt64}, {frame, Flt64}};
     EXPECT_FALSE(context.Abate(doubles, 3, {merged, Flt64}, status));
-    ASSERT_TRUE(Update({true}));  // preset 2 stays enabled, and has no frame any more
+    ASSERT_TRUE(Update("+"));  // preset 2 stays enabled, and has no frame any more
     ASSERT_TRUE(context.Abate(frames, 3, {merged, UInt16}, status));
     EXPECT_EQ(merged[2], 301);
 }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "reduce/convert/converter_factory.h"
 #include "reduce/convert/factory_calibrations.h"
 #include "reduce/convert/uncalibrated_converters.h"
@@ -57,37 +59,30 @@ TEST(Converter, UpdateTakesUnitsAndPresets) {
 }
 
 TEST(Converter, DefaultsConvertAUnitToItself) {
-    u16 in[] = {7, 65535, 100};
-    float out[4] = {};
+    u16 in[] = {7, 65535, 100}, signal = 0;
+    float out[4] = {}, one = 0;
     u8 status[4] = {9, 9, 9, 9};
+    const STypedData from{in, UInt16}, to{out, Flt32};
     auto counts = Updated<CFirstConverter>(Counts, Celsius, Counts, Celsius);
     const u32 indices[] = {2, 1};
-    EXPECT_TRUE(counts.BaseToOutput({in, UInt16}, indices, 2, {out, Flt32}, status));  // the indices are ignored
+    EXPECT_TRUE(counts.BaseToOutput(from, indices, 2, to, status));  // the indices are ignored
     EXPECT_EQ(Text(out[0], out[1], status[1], status[2]), "7 65535 0 9 ");
-    EXPECT_TRUE(counts.BaseToOutput({in, UInt16}, nullptr, {out, Flt32}, nullptr, 3));
-    EXPECT_EQ(out[2], 100.0f);
+    EXPECT_TRUE(counts.BaseToOutput(from, nullptr, to, nullptr, 3) && out[2] == 100.0f);
     EXPECT_TRUE(counts.SignalToOutput(65533, 65535, out, status, 255));
     EXPECT_TRUE(counts.SignalToOutput(9, 8, out, status, 255));
     EXPECT_EQ(Text(out[0], out[2], status[2], status[3]), "65533 65535 0 9 ");
-    u16 signal = 0;
-    EXPECT_TRUE(counts.OutputToSignal(65539.9f, signal, status[3], 0));
-    EXPECT_EQ(signal, 3);
+    EXPECT_TRUE(counts.OutputToSignal(65539.9f, signal, status[3], 0) && signal == 3);
 
-    float one = 0;
     auto celsius = Updated<CFirstConverter>(TemperatureUser, Celsius, TemperatureUser, Fahrenheit);
-    EXPECT_TRUE(celsius.BaseToOutput(100.0f, one, status[0], 0));
-    EXPECT_FLOAT_EQ(one, 212.0f);
-    EXPECT_TRUE(celsius.OutputToBase(212.0f, one, status[0], 0));
-    EXPECT_FLOAT_EQ(one, 100.0f);
-    EXPECT_TRUE(celsius.BaseToOutput({in, UInt16}, {out, Flt32}, status, 3));
-    EXPECT_FLOAT_EQ(out[2], 212.0f);
+    EXPECT_TRUE(celsius.BaseToOutput(100.0f, one, status[0], 0) && celsius.BaseToOutput(from, to, status, 3));
+    EXPECT_TRUE(celsius.OutputToBase(212.0f, out[0], status[0], 0));
+    EXPECT_EQ(Text(one, out[0], out[2]), "212 100 212 ");
     EXPECT_FALSE(celsius.SignalToOutput(u16{1}, one, status[0], 0));
 
     auto other = Updated<CFirstConverter>(Counts, Celsius, RadianceUser, Celsius);
-    EXPECT_FALSE(other.BaseToOutput({in, UInt16}, {out, Flt32}, status, 3));
+    EXPECT_FALSE(other.BaseToOutput(from, to, status, 3) || other.OutputToSignal(1.0f, signal, status[0], 0));
     EXPECT_FALSE(other.BaseToOutput(1.0f, one, status[0], 0) || other.OutputToBase(1.0f, one, status[0], 0));
     EXPECT_FALSE(other.SignalToOutput(u16{1}, one, status[0], 0) || other.SignalToOutput(1, 2, out, status, 0));
-    EXPECT_FALSE(other.OutputToSignal(1.0f, signal, status[0], 0));
 }
 
 TEST(Converter, CountsThePixelsOfASelection) {
@@ -102,66 +97,58 @@ TEST(Converter, CountsThePixelsOfASelection) {
 
 TEST(ConverterFactory, TheFirstRegisteredWins) {
     CConverterFactory& factory = *converterFactory();
-    ASSERT_TRUE(CFirstConverter::Register());
-    ASSERT_TRUE(CSecondConverter::Register());
+    ASSERT_TRUE(CFirstConverter::Register() && CSecondConverter::Register());
     EXPECT_FALSE(CSecondConverter::Register());
     CReduceObjectArray array;
     TArray<SConverterUnits> rows;
     EXPECT_FALSE(factory.GetConverterUnits(rows, array));  // no source info
     array.GetSourceInfo(true)->baseUnit = kTestBase;
-    ASSERT_TRUE(factory.GetConverterUnits(rows, array));
-    ASSERT_TRUE(factory.GetConverterUnits(rows, array));
+    ASSERT_TRUE(factory.GetConverterUnits(rows, array) && factory.GetConverterUnits(rows, array));
     ASSERT_EQ(rows.size(), 4u);  // appended
-    EXPECT_EQ(rows.GetAt(0).guid, CFirstConverter::kID);
-    EXPECT_EQ(rows.GetAt(1).units.size(), 2u);
+    EXPECT_TRUE(rows.GetAt(0).guid == CFirstConverter::kID && rows.GetAt(1).units.size() == 2);
     TArray<EUnit> units{Counts};
     ASSERT_TRUE(factory.GetSupportedUnits(units, array));
     const EUnit expected[] = {kFirstOnly, kShared, kSecondOnly};
     EXPECT_TRUE(std::equal(units.begin(), units.end(), std::begin(expected), std::end(expected)));
     EXPECT_EQ(factory.ConverterGUIDForUnit(array, kShared), CFirstConverter::kID);
     EXPECT_EQ(factory.ConverterForUnit(array, kSecondOnly)->name(), CString(L"TestSecond"));
-    EXPECT_TRUE(factory.IsUnitSupported(kSecondOnly, array));
-    EXPECT_FALSE(factory.IsUnitSupported(Counts, array));
+    EXPECT_TRUE(factory.IsUnitSupported(kSecondOnly, array) && !factory.IsUnitSupported(Counts, array));
     EXPECT_EQ(factory.ConverterGUIDForUnit(Counts, array, kShared), CGUID::Empty);  // the first lists units and refuses
 }
 
 TEST(ConverterFactory, BuiltInsAndUnknowns) {
     CConverterFactory& factory = *converterFactory();
-    const struct {
-        const wchar_t* name;
-        GUID id;
-    } kBuiltins[] = {{L"RGBConverter", "{40AB4741-C1C8-4EC4-BC94-CA3131E3DCF6}"_guid},
-                     {L"CurlewConverter", "{E81693AB-B4B6-4EC4-85C0-E89D1C35061E}"_guid},
-                     {L"TemperatureConverter", "{DC1FAB38-0521-4ABB-8EA1-7ED6B6B83592}"_guid}};
-    for (const auto& builtin : kBuiltins) {
-        EXPECT_EQ(factory.GetGUIDFromName(builtin.name), builtin.id);
-        EXPECT_EQ(factory.GetNameFromGUID(builtin.id), CString(builtin.name));
-        ASSERT_TRUE(factory.CreateByGUID(builtin.id));
-        EXPECT_EQ(factory.CreateByName(builtin.name)->id(), builtin.id);
-        EXPECT_FALSE(factory.CreateByName(builtin.name)->isReversable());
+    const std::pair<const wchar_t*, GUID> builtins[] = {
+        {L"RGBConverter", "{40AB4741-C1C8-4EC4-BC94-CA3131E3DCF6}"_guid},
+        {L"CurlewConverter", "{E81693AB-B4B6-4EC4-85C0-E89D1C35061E}"_guid},
+        {L"TemperatureConverter", "{DC1FAB38-0521-4ABB-8EA1-7ED6B6B83592}"_guid}};
+    for (const auto& [name, id] : builtins) {
+        EXPECT_EQ(factory.GetGUIDFromName(name), id);
+        EXPECT_EQ(factory.GetNameFromGUID(id), CString(name));
+        ASSERT_TRUE(factory.CreateByGUID(id));
+        EXPECT_EQ(factory.CreateByName(name)->id(), id);
+        EXPECT_FALSE(factory.CreateByName(name)->isReversable());
     }
-    const GUID unknown = "{11111111-0000-0000-0000-00000000FFFF}"_guid;
-    EXPECT_TRUE(factory.GetNameFromGUID(unknown).IsEmpty());
+    EXPECT_TRUE(factory.GetNameFromGUID("{11111111-0000-0000-0000-00000000FFFF}"_guid).IsEmpty());
     EXPECT_FALSE(factory.CreateByGUID(CGUID::Empty));
     EXPECT_EQ(factory.GetGUIDFromName(L"curlewconverter"), CGUID::Empty);
 
     CReduceObjectArray array;
     TArray<EUnit> units;
-    EXPECT_FALSE(factory.GetSupportedUnits(units, array));
-    EXPECT_FALSE(factory.ConverterForUnit(array, Counts));
-    array.GetSourceInfo(true);
+    EXPECT_FALSE(factory.GetSupportedUnits(units, array) || factory.ConverterForUnit(array, Counts));
+    const auto source = array.GetSourceInfo(true);
     ASSERT_TRUE(factory.GetSupportedUnits(units, array));
     ASSERT_EQ(units.size(), 1u);  // no calibration: its own unit, and no converter for it
     EXPECT_EQ(units.GetAt(0), Counts);
     EXPECT_EQ(factory.ConverterGUIDForUnit(array, Counts), CGUID::Empty);
-    array.GetSourceInfo(false)->baseUnit = RGB24;
-    EXPECT_FALSE(factory.IsUnitSupported(RGB24, array));
-    EXPECT_TRUE(factory.IsUnitSupported(RGBAverage, array));
+    source->baseUnit = RGB24;
+    EXPECT_TRUE(!factory.IsUnitSupported(RGB24, array) && factory.IsUnitSupported(RGBAverage, array));
 }
 
 TEST(RGBConverter, ChannelsAndTheirMean) {
-    u8 narrow[] = {1, 1, 2, 255, 255, 255, 10, 20, 30};
+    u8 narrow[] = {1, 1, 2, 255, 255, 255, 10, 20, 30}, status[3] = {9, 9, 9};
     u16 wide[] = {1, 1, 2, 65535, 65535, 65535, 1000, 2000, 4000};
+    const STypedData bytes{narrow, Opaque}, words{wide, OpaqueWide};
     const struct {
         EUnit unit;
         float narrow[3], wide[3];
@@ -175,49 +162,45 @@ TEST(RGBConverter, ChannelsAndTheirMean) {
     for (const auto& c : kCases) {
         auto converter = Updated<CRGBConverter>(RGB24, Celsius, c.unit, Celsius);
         float out[3] = {-1, -1, -1};
-        u8 status[3] = {9, 9, 9};
-        EXPECT_TRUE(converter.BaseToOutput({narrow, Opaque}, map, {out, Flt32}, status, 3));
-        EXPECT_TRUE(std::equal(out, out + 3, c.narrow)) << c.unit;
-        EXPECT_EQ(status[2], 0);
-        EXPECT_TRUE(converter.BaseToOutput({wide, OpaqueWide}, map, indices, 2, {out, Flt32}, nullptr));
+        const STypedData to{out, Flt32};
+        EXPECT_TRUE(converter.BaseToOutput(bytes, map, to, status, 3));
+        EXPECT_TRUE(std::equal(out, out + 3, c.narrow) && status[2] == 0) << c.unit;
+        EXPECT_TRUE(converter.BaseToOutput(words, map, indices, 2, to, nullptr));
         EXPECT_TRUE(out[0] == c.wide[2] && out[1] == c.wide[0]);
-        EXPECT_TRUE(converter.BaseToOutput({wide, OpaqueWide}, 2, 2, SArea{0, 1, 1, 0}, {out, Flt32}, nullptr));
-        EXPECT_TRUE(converter.BaseToOutput({wide, OpaqueWide}, 2, 2, SArea{1, 0, 1, 0}, {out, Flt32}, nullptr));
+        EXPECT_TRUE(converter.BaseToOutput(words, 2, 2, SArea{0, 1, 1, 0}, to, nullptr));
+        EXPECT_TRUE(converter.BaseToOutput(words, 2, 2, SArea{1, 0, 1, 0}, to, nullptr));
         EXPECT_EQ(out[0], c.wide[2]);  // indices count in all forms
     }
     auto converter = Updated<CRGBConverter>(RGB24, Celsius, RedChannel, Celsius);
-    double out[3] = {-1, -1, -1};
     float one = -1;
-    u8 status = 9;
-    EXPECT_FALSE(converter.BaseToOutput({narrow, Opaque}, {out, Flt64}, &status, 1));
-    EXPECT_FALSE(converter.BaseToOutput({narrow, UInt8}, {&one, Flt32}, &status, 1));
-    EXPECT_TRUE(converter.BaseToOutput({narrow, Opaque}, {&one, Flt32}, &status, 0));
-    EXPECT_TRUE(one == -1.0f && status == 9);
-    EXPECT_FALSE(converter.BaseToOutput(1.0f, one, status, 0));
-    EXPECT_FALSE(converter.OutputToBase(1.0f, one, status, 0));
+    status[0] = 9;
+    EXPECT_FALSE(converter.BaseToOutput(bytes, {&one, Flt64}, status, 1));
+    EXPECT_FALSE(converter.BaseToOutput({narrow, UInt8}, {&one, Flt32}, status, 1));
+    EXPECT_TRUE(converter.BaseToOutput(bytes, {&one, Flt32}, status, 0));
+    EXPECT_FALSE(converter.BaseToOutput(1.0f, one, *status, 0) || converter.OutputToBase(1.0f, one, *status, 0));
+    EXPECT_TRUE(one == -1.0f && status[0] == 9);
 }
 
 TEST(TemperatureConverter, BuffersAndSingleValuesWhichAreLeftAlone) {
     auto converter = Updated<CTemperatureConverter>(TemperatureUser, Celsius, TemperatureUser, Kelvin);
     double in[1000];
-    for (int i = 0; i < 1000; ++i) in[i] = i - 100;
     u32 indices[700];
+    for (u32 i = 0; i < 1000; ++i) in[i] = i - 100.0;
     for (u32 i = 0; i < 700; ++i) indices[i] = 999 - i;
-    float out[701];
-    u8 status[701];
-    std::fill_n(out, 701, -1.0f);
-    std::fill_n(status, 701, u8{9});
+    std::vector<float> out(701, -1.0f);
+    std::vector<u8> status(701, 9);
     const u8 map[1000] = {};
-    ASSERT_TRUE(converter.BaseToOutput({in, Flt64}, map, indices, 700, {out, Flt32}, status));
+    const STypedData from{in, Flt64}, to{out.data(), Flt32};
+    ASSERT_TRUE(converter.BaseToOutput(from, map, indices, 700, to, status.data()));
     for (u32 i = 0; i < 700; ++i) ASSERT_FLOAT_EQ(out[i], 899.0f - static_cast<float>(i) + 273.15f);
     EXPECT_EQ(Text(out[700], status[699], status[700]), "-1 0 9 ");
     i16 whole[2];
-    ASSERT_TRUE(converter.BaseToOutput({in, Flt64}, {whole, Int16}, nullptr, 2));
+    ASSERT_TRUE(converter.BaseToOutput(from, {whole, Int16}, nullptr, 2));
     EXPECT_EQ(whole[1], 174);  // 174.15 truncated
-    ASSERT_TRUE(converter.BaseToOutput({in, Flt64}, 10, 100, SArea{2, 1, 2, 1}, {out, Flt32}, nullptr));
+    ASSERT_TRUE(converter.BaseToOutput(from, 10, 100, SArea{2, 1, 2, 1}, to, nullptr));
     EXPECT_FLOAT_EQ(out[0], 21 - 100 + 273.15f);
-    EXPECT_FALSE(converter.BaseToOutput({in, Opaque}, indices, 1, {out, Flt32}, status));
-    EXPECT_FALSE(converter.BaseToOutput({in, Flt64}, indices, 1, {out, Opaque}, status));
+    EXPECT_FALSE(converter.BaseToOutput({in, Opaque}, indices, 1, to, status.data()));
+    EXPECT_FALSE(converter.BaseToOutput(from, indices, 1, {out.data(), Opaque}, status.data()));
     float one = -1;
     status[0] = status[1] = 9;
     EXPECT_TRUE(converter.BaseToOutput(20.0f, one, status[0], 0) && converter.OutputToBase(20.0f, one, status[1], 0));

@@ -120,23 +120,19 @@ TEST(Correction, RecordHasItsOwnWayWhateverTheTablesAreHeldIn) {
 }
 
 TEST(Correction, SizesAreHeldAgainstTheFile) {
-    struct {
-        u32 width, height;
-        u8 tables;
-    } const lies[] = {{0xFFFFFFFF, 0xFFFFFFFF, kAll},
-                      {0x80000001, 0x80000000, kAll},
-                      {65536, 65536, CorrectionOffset},
-                      {0x10000, 0x8000, CorrectionGain},
-                      {3, 3, kAll},
-                      {7, 1, CorrectionBadPixels | 0xF0}};
-    for (const auto& lie : lies) {
-        CByteWriter tables;
-        tables.Zeros(lie.tables == kAll ? 66 : 34);  // six pixels, or one byte too few for seven
-        CByteWriter record = Record(lie.width, lie.height, lie.tables);
-        CByteWriter stream = CByteWriter().U32(lie.width).U32(lie.height).U8(lie.tables);
+    const std::tuple<u32, u32, u8> lies[] = {{0xFFFFFFFF, 0xFFFFFFFF, kAll},
+                                             {0x80000001, 0x80000000, kAll},
+                                             {65536, 65536, CorrectionOffset},
+                                             {0x10000, 0x8000, CorrectionGain},
+                                             {3, 3, kAll},
+                                             {7, 1, CorrectionBadPixels | 0xF0}};
+    for (const auto& [width, height, present] : lies) {
+        CByteWriter tables, stream;
+        tables.Zeros(present == kAll ? 66 : 34);  // six pixels, or one byte too few for seven
+        stream.U32(width).U32(height).U8(present).Append(tables);
         CCorrectionReduceObject object;
-        EXPECT_FALSE(object.Load(FileOf(record.Append(tables)), 0x10001, 0));
-        EXPECT_FALSE(object.Load(FileOf(stream.Append(tables)), 0x10000, 0));
+        EXPECT_FALSE(object.Load(FileOf(Record(width, height, present).Append(tables)), 0x10001, 0));
+        EXPECT_FALSE(object.Load(FileOf(stream), 0x10000, 0));
         EXPECT_FALSE(object.gain || object.offset || object.mask || object.map);
     }
 }
@@ -190,30 +186,26 @@ TEST(Correction, FilesOfOneStem) {
     for (const auto& [name, width, height] : offsets) {
         ASSERT_TRUE(CNormFile::SaveOffsetTable(FileSystem, disk.Path(name), width, height, 1, offset));
     }
-
+    CCorrectionReduceObject object;
+    object.preset = 5;
     for (const char* path : {"stem", "stem.MVO", "stem.mvb", "stem.mvg"}) {
-        CCorrectionReduceObject object;
-        object.preset = 5;
         ASSERT_TRUE(object.Load(FileSystem, disk.Path(path))) << path;
-        EXPECT_EQ(Text(object.valid, object.preset, object.present, object.width),
-                  Text(true, 5, CorrectionGain | CorrectionOffset, 3));
+        EXPECT_EQ(Text(object.valid, object.preset, object.present, object.width, object.height),
+                  Text(true, 5, CorrectionGain | CorrectionOffset, 3, 2));
         EXPECT_TRUE(std::equal(gain, gain + 6, object.gain.get()) && !object.mask);
         EXPECT_TRUE(std::equal(offset, offset + 6, object.offset.get()));
+        object.Default();
     }
-
     // Of an object of that size, a table without a file survives, and so does the mirroring.
-    CCorrectionReduceObject object;
     Fill(object, 3, 2);
     object.flippedLeftRight = object.flippedTopBottom = true;
     ASSERT_TRUE(object.Load(FileSystem, disk.Path("stem")));
-    EXPECT_TRUE(object.flippedLeftRight && !object.flippedTopBottom);
-    EXPECT_TRUE(object.map[0] == 1 && object.gain[0] == 1.0f);
+    EXPECT_TRUE(object.flippedLeftRight && !object.flippedTopBottom && object.map[0] == 1 && object.gain[0] == 1.0f);
 
     for (const char* path : {"none", "other.x", "other.x.mvb", "low", "wrong", "stem.mvx"}) {
         Fill(object, 2, 2);
         object.valid = object.flippedTopBottom = true;
-        EXPECT_FALSE(object.Load(FileSystem, disk.Path(path))) << path;
-        EXPECT_TRUE(object.flippedTopBottom);
+        EXPECT_FALSE(object.Load(FileSystem, disk.Path(path)) || !object.flippedTopBottom) << path;
         ExpectFilled(object, 2, 2);
     }
 }
@@ -257,32 +249,22 @@ TEST(AbateCfg, PresetsAreLimitedInBothDirections) {
 }
 
 TEST(AbateCfg, BlocksThatLieChangeNothing) {
-    const auto patched = [](CByteWriter block, std::size_t offset, u8 value) {
+    const CByteWriter good = Block({0, 1, 2, 3, 4, 5, 6, 7}, 0x20000), old = Block({0, 1, 2, 3}, 0x10001);
+    const auto loads = [](CAbateCfgReduceObject& cfg, CByteWriter block, u32 version, std::size_t offset, u8 value) {
         block.bytes[offset] = value;
-        return block;
+        return cfg.Load(FileOf(block), version, 0);
     };
-    const CByteWriter good = Block({0, 1, 2, 3, 4, 5, 6, 7}, 0x20000);
-    const CByteWriter old = Block({0, 1, 2, 3}, 0x10001);
-    struct {
-        CByteWriter block;
-        u32 blockVersion;
-    } const cases[] = {{patched(good, 0, 0), 0x20000},
-                       {patched(good, 6, 3), 0x20000},
-                       {patched(good, 10, 4), 0x20000},
-                       {patched(good, 256, 0), 0x20000},
-                       {good, 0x1FFFF},
-                       {patched(old, 6, 2), 0x10001},
-                       {patched(old, 10, 8), 0x10001},
-                       {patched(old, 128, 0), 0x10001},
-                       {old, 0x20000}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(&c - cases);
+    const std::tuple<const CByteWriter*, u32, std::size_t, u8> cases[] = {
+        {&good, 0x20000, 0, 0},   {&good, 0x20000, 6, 3},  {&good, 0x20000, 10, 4},
+        {&good, 0x20000, 256, 0}, {&good, 0x1FFFF, 8, 1},  {&old, 0x10001, 6, 2},
+        {&old, 0x10001, 10, 8},   {&old, 0x10001, 128, 0}, {&old, 0x20000, 8, 1}};
+    for (const auto& [block, version, offset, value] : cases) {
         CAbateCfgReduceObject cfg;
-        EXPECT_FALSE(cfg.Load(FileOf(c.block), c.blockVersion, 0) || cfg.enabled || cfg.low[0] != 1000);
+        EXPECT_FALSE(loads(cfg, *block, version, offset, value) || cfg.enabled || cfg.low[0] != 1000) << offset;
     }
     CAbateCfgReduceObject cfg;
     EXPECT_FALSE(cfg.Load(FileOf(good, 287), 0x20000, 0));
-    EXPECT_TRUE(cfg.Load(FileOf(patched(good, 6, 2)), 0x30000, 0));
+    EXPECT_TRUE(loads(cfg, good, 0x30000, 6, 2));
 }
 
 TEST(AbateSortHelper, FirstKeyUpSecondDown) {

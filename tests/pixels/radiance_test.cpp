@@ -213,31 +213,23 @@ TEST(ToRadiance, EveryFormShapeOrderAndTypeFollowsTheFormula) {
 
 TEST(ToRadiance, LimitsCutAndFlag) {
     // Counts as they are, clip at 2 and 8, warn at 4 and 6. By the map some are held against limits ten higher.
-    const struct {
-        float count;
-        u8 preset;
-        double value, byPreset;
-        int flags, flagsByPreset;
-    } kPixels[] = {{0, 0, 2, 2, 2, 2}, {1, 0, 2, 2, 2, 2}, {2, 0, 2, 2, 1, 1},      {3, 1, 3, 12, 1, 2},
-                   {4, 0, 4, 4, 1, 1}, {5, 0, 5, 5, 0, 0}, {6, 1, 6, 12, 1, 2},     {7, 0, 7, 7, 1, 1},
-                   {8, 0, 8, 8, 1, 1}, {9, 0, 8, 8, 4, 4}, {NAN, 0, NAN, NAN, 1, 1}};
-    constexpr u32 kCount = std::size(kPixels);
-    float counts[kCount], table[kCount];
-    u8 presets[kCount], status[kCount];
-    u32 indices[kCount];
-    for (u32 i = 0; i < kCount; ++i) {
-        counts[i] = kPixels[i].count, presets[i] = kPixels[i].preset, indices[i] = kCount - 1 - i;
-    }
+    constexpr u32 kCount = 11;
+    const float counts[kCount] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, NAN};
+    const double values[][kCount] = {{2, 2, 2, 3, 4, 5, 6, 7, 8, 8, NAN}, {2, 2, 2, 12, 4, 5, 12, 7, 8, 8, NAN}};
+    const u8 flags[][kCount] = {{2, 2, 1, 1, 1, 0, 1, 1, 1, 4, 1}, {2, 2, 1, 2, 1, 0, 2, 1, 1, 4, 1}};
+    const u8 presets[kCount] = {0, 0, 0, 1, 0, 0, 1};
+    const u32 indices[kCount] = {10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0};
+    float table[kCount];
+    u8 status[kCount];
     const auto check = [&](bool listed, bool split, auto... arguments) {
         SCOPED_TRACE(listed * 2 + split);
         double result[kCount];
         std::fill_n(status, kCount, u8{64});  // ORed into
-        const STypedData in{counts, Flt32}, out{result, Flt64};
+        const STypedData in{const_cast<float*>(counts), Flt32}, out{result, Flt64};
         ASSERT_TRUE(ToRadiance(out, in, status, arguments...));
         for (u32 n = 0; n < kCount; ++n) {
-            const auto& pixel = kPixels[listed ? indices[n] : n];
-            EXPECT_TRUE(Same(result[n], split ? pixel.byPreset : pixel.value)) << pixel.count;
-            EXPECT_EQ(status[n], 64 | (split ? pixel.flagsByPreset : pixel.flags)) << pixel.count;
+            const u32 i = listed ? indices[n] : n;
+            EXPECT_TRUE(Same(result[n], values[split][i]) && status[n] == (64 | flags[split][i])) << i;
         }
         EXPECT_TRUE(ToRadiance(out, in, static_cast<u8*>(nullptr), arguments...)) << "no status wanted";
     };
@@ -254,7 +246,7 @@ TEST(ToRadiance, LimitsCutAndFlag) {
     check(true, true, map, list, kCount, warnLow, warnHigh, clipLow, clipHigh, a, orders, nullptr, scales);
 
     ASSERT_TRUE(CountsToRadiance(0, 9, table, status, true, 4, 6, 2, 8, nullptr, 0, 0, 1));
-    for (u32 i = 0; i < 10; ++i) EXPECT_TRUE(table[i] == kPixels[i].value && status[i] == kPixels[i].flags) << i;
+    for (u32 i = 0; i < 10; ++i) EXPECT_TRUE(table[i] == values[0][i] && status[i] == flags[0][i]) << i;
     // 2 / 3 as a float is above itself as a double: held against that limit, it overflows.
     ASSERT_TRUE(CountsToRadiance(2, 2, table, status, true, 0, 0.5, 0, 2 / 3.0, nullptr, 0, 0, 1 / 3.0));
     EXPECT_EQ(status[0], 4);

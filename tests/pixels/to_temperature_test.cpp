@@ -24,15 +24,12 @@ constexpr i32 kTableSize = 6;
 double kCoefficients[] = {-70, 30000, -2e6, 9e7, -1e9, 1e10, 1e11, -1e12, 3e13};
 constexpr double kHigh = 12, kLow = 8, kEmissivity = 0.875;
 
-/// Whole buffers and lists are told whether to clamp; the other forms do.
-bool LookUp(STypedData out, STypedData in, auto xs, auto ys, auto sizes, ETempType scale, auto... form) {
-    constexpr bool isPart =
-        ((std::is_same_v<decltype(form), SArea> || std::is_same_v<decltype(form), TArray<SScanLine>>) || ...);
-    if constexpr (isPart)
-        return ToTemperatureLookup(out, in, form..., xs, ys, sizes, kEmissivity, scale);
-    else
-        return ToTemperatureLookup(out, in, form..., xs, ys, sizes, true, kEmissivity, scale);
-}
+constexpr auto kCoeffs = [](auto... a) -> decltype(ToTemperatureCoeffs(a...)) { return ToTemperatureCoeffs(a...); };
+constexpr auto kLookup = [](auto... a) -> decltype(ToTemperatureLookup(a...)) { return ToTemperatureLookup(a...); };
+constexpr auto kPlanck = [](auto... a) -> decltype(ToTemperaturePlanck(a...)) { return ToTemperaturePlanck(a...); };
+constexpr auto kRBF = [](auto... a) -> decltype(ToTemperatureRBF(a...)) { return ToTemperatureRBF(a...); };
+
+constexpr std::initializer_list<EForm> kLists{EForm::W, EForm::L}, kParts{EForm::A, EForm::S, EForm::M};
 
 template <class S, class D>
 void CheckAllModels() {
@@ -45,68 +42,61 @@ void CheckAllModels() {
     }
     const STypedData in{source.data(), DataTypeOf<S>()};
     const u8* const map = presets.data();
-    // `call(scale, destination, form arguments...)` must give `expected(radiance, preset)` in degrees Celsius.
-    const auto check = [&](const std::string& what, double part, const auto& expected, const auto& call) {
+    // A function over all pixels, or by the map, with the arguments of its model, gives `expected(radiance, preset)`.
+    const auto one = [&](auto function, auto... model) {
+        return [=](ETempType scale, STypedData out,
+                   auto... form) -> decltype(function(out, in, form..., model..., kEmissivity, scale)) {
+            return function(out, in, form..., model..., kEmissivity, scale);
+        };
+    };
+    const auto each = [&](auto function, auto... models) {
+        return one(
+            [=](STypedData out, STypedData from, auto... more) -> decltype(function(out, from, map, more...)) {
+                return function(out, from, map, more...);
+            },
+            models...);
+    };
+    const auto check = [&](std::initializer_list<EForm> which, double part, const auto& call, const auto& expected) {
         for (const ETempType scale : {Celsius, Fahrenheit, Kelvin, Rankine, kUnknownScale}) {
-            SCOPED_TRACE(what + " scale " + std::to_string(scale));
+            SCOPED_TRACE(scale);
             const auto scaled = [&](u32 i) {
                 return FromCelsius(expected(source[i] / Real{kEmissivity}, map[i]), scale);
             };
-            for (const EForm form : kForms) {
-                if (what.starts_with("fit") && form != EForm::W && form != EForm::L) continue;  // it has no others
-                ExpectForm<D>(forms, form, part, scaled, call, scale);
-            }
+            for (const EForm form : which) ExpectForm<D>(forms, form, part, scaled, call, scale);
         }
     };
     const bool single = std::is_same_v<D, float>;
     const double near = single ? 5e-7 : 1e-11;
     for (i32 order = -2; order <= 8; ++order) {
-        check(
-            "order " + std::to_string(order), single ? 3e-5 : 1e-10,
-            [&](Real x, u8) { return Polynomial(kCoefficients, order, x); },
-            [&](ETempType scale, STypedData out, auto... form) {
-                return ToTemperatureCoeffs(out, in, form..., kCoefficients, order, kEmissivity, scale);
-            });
+        SCOPED_TRACE("order " + std::to_string(order));
+        check(kForms, single ? 3e-5 : 1e-10, one(kCoeffs, kCoefficients, order),
+              [&](Real x, u8) { return Polynomial(kCoefficients, order, x); });
     }
-    const double* coefficients[] = {kCoefficients, kCoefficients + 1, kCoefficients, kCoefficients};
+    const double* a[] = {kCoefficients, kCoefficients + 1, kCoefficients, kCoefficients};
     const i32 orders[] = {2, 1, 7, 3};
-    check(
-        "polynomials", single ? 1e-4 : 1e-10, [&](Real x, u8 p) { return Polynomial(coefficients[p], orders[p], x); },
-        [&](ETempType scale, STypedData out, auto... form) {
-            return ToTemperatureCoeffs(out, in, map, form..., coefficients, orders, kEmissivity, scale);
-        });
+    check(kForms, single ? 1e-4 : 1e-10, each(kCoeffs, a, orders),
+          [&](Real x, u8 p) { return Polynomial(a[p], orders[p], x); });
+
+    // Whole buffers and lists are told whether to clamp; the other forms do.
     double* const y = kTemperatures;
-    check(
-        "table", near, [&](Real x, u8) { return Lookup(kRadiances, y, kTableSize, x); },
-        [&](ETempType scale, STypedData out, auto... form) {
-            return LookUp(out, in, kRadiances, y, kTableSize, scale, form...);
-        });
+    const auto inTable = [&](Real x, u8) { return Lookup(kRadiances, y, kTableSize, x); };
+    check(kLists, near, one(kLookup, kRadiances, y, kTableSize, true), inTable);
+    check(kParts, near, one(kLookup, kRadiances, y, kTableSize), inTable);
     const double* xs[] = {kRadiances, kRadiances + 1, kRadiances, kRadiances + 2};
     const double* ys[] = {y, y, y + 1, y + 2};
     const i32 sizes[] = {6, 5, 2, 4};
-    check(
-        "tables", near, [&](Real x, u8 p) { return Lookup(xs[p], ys[p], sizes[p], x); },
-        [&](ETempType scale, STypedData out, auto... form) {
-            return LookUp(out, in, xs, ys, sizes, scale, map, form...);
-        });
-    check(
-        "Planck", near, [](Real x, u8) { return Planck(x); },
-        [&](ETempType scale, STypedData out, auto... form) {
-            return ToTemperaturePlanck(out, in, form..., kHigh, kLow, kEmissivity, scale);
-        });
-    const double R[] = {2, 2.5, 3, 2}, B[] = {1450, 1400, 1500, 1450}, F[] = {1, 1.5, 0.5, 1};
-    const double O[] = {0, 1e-4, 0, -1e-3};
+    const auto inTables = [&](Real x, u8 p) { return Lookup(xs[p], ys[p], sizes[p], x); };
+    check(kLists, near, each(kLookup, xs, ys, sizes, true), inTables);
+    check(kParts, near, each(kLookup, xs, ys, sizes), inTables);
+
+    check(kForms, near, one(kPlanck, kHigh, kLow), [](Real x, u8) { return Planck(x); });
+    const double R[] = {2, 2.5, 3, 2}, B[] = {1450, 1400, 1500, 1450}, F[] = {1, 1.5, 0.5, 1},
+                 O[] = {0, 1e-4, 0, -1e-3};
     const float* const none = nullptr;
     const auto fit = [&](Real x, u8 p) { return B[p] / std::log(R[p] / (x - O[p]) + F[p]) - 273.15L; };
-    check(
-        "fit", near, [&](Real x, u8) { return fit(x, 1); },
-        [&](ETempType scale, STypedData out, auto... form) requires(sizeof...(form) < 3) {
-            return ToTemperatureRBF(out, in, form..., R[1], B[1], F[1], O[1], 1, 2, 3, 4, kEmissivity, scale);
-        });
-    check(
-        "fits", near, fit, [&](ETempType scale, STypedData out, auto... form) requires(sizeof...(form) < 3) {
-            return ToTemperatureRBF(out, in, map, form..., R, B, F, O, none, none, none, none, kEmissivity, scale);
-        });
+    check(kLists, near, one(kRBF, R[1], B[1], F[1], O[1], 1.0f, 2.0f, 3.0f, 4.0f),
+          [&](Real x, u8) { return fit(x, 1); });
+    check(kLists, near, each(kRBF, R, B, F, O, none, none, none, none), fit);
 }
 
 TEST(ToTemperature, EveryFormShapeModelScaleAndTypeFollowsTheFormula) {

@@ -13,7 +13,7 @@ namespace ovix::test {
 
 /// The selection forms: whole buffer, index list, area, scan lines, area with mask.
 enum class EForm { W, L, A, S, M };
-inline constexpr EForm kForms[] = {EForm::W, EForm::L, EForm::A, EForm::S, EForm::M};
+inline constexpr std::initializer_list<EForm> kForms{EForm::W, EForm::L, EForm::A, EForm::S, EForm::M};
 
 /// One selection of each form in a small frame, and the pixels that it visits, spelled out pixel by pixel.
 struct SForms {
