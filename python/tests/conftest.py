@@ -13,10 +13,18 @@ WIDTH, HEIGHT, FRAMES = 64, 48, 3
 GIGE = "K410 IR (GigE)"
 
 
-def tool(*arguments: object) -> str:
-    done = subprocess.run([TOOL, *map(str, arguments)], capture_output=True, text=True)
-    assert done.returncode == 0, done.stderr
+SIZE = f"{WIDTH}x{HEIGHT}"
+CAMERA = ("--pixel-type", GIGE, "--size", SIZE)
+
+
+def run(*command: object, **how: object) -> str:
+    done = subprocess.run([*map(str, command)], capture_output=True, text=True, **how)
+    assert done.returncode == 0, done.stdout + done.stderr
     return done.stdout
+
+
+def tool(*arguments: object) -> str:
+    return run(TOOL, *arguments)
 
 
 @dataclass(frozen=True)
@@ -29,8 +37,7 @@ class Form:
         return self.pixel_type == "R7X IR (MJLS)"
 
     def make(self, path: Path, frames: int = FRAMES, *more: object) -> Path:
-        size = f"{WIDTH}x{HEIGHT}"
-        camera = ("--pixel-type", self.pixel_type, "--form", self.form, "--size", size)
+        camera = ("--pixel-type", self.pixel_type, "--form", self.form, "--size", SIZE)
         tool("synth", *camera, "--count", frames, *more, "-o", path)
         return path
 
@@ -57,5 +64,5 @@ def recording(tmp_path_factory: pytest.TempPathFactory) -> Path:
     """Eight frames that carry their time."""
     folder = tmp_path_factory.mktemp("recording")
     dump = PLAIN.make(folder / "dump.raw", 8)
-    tool("record", dump, "--pixel-type", GIGE, "--size", f"{WIDTH}x{HEIGHT}", "-o", folder / "run.krt")
+    tool("record", dump, *CAMERA, "-o", folder / "run.krt")
     return folder / "run.krt"

@@ -9,12 +9,11 @@ from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 
 import numpy as np
 import pytest
-from conftest import FORMS, GIGE, HEIGHT, PLAIN, TOOL, WIDTH, tool
+from conftest import CAMERA, FORMS, PLAIN, TOOL, run, tool
 
 import ovix
 
-xarray = pytest.importorskip("xarray")
-pytest.importorskip("dask")
+xarray, zarr, fsspec, _ = (pytest.importorskip(name) for name in ("xarray", "zarr", "fsspec", "dask"))
 
 
 def test_the_engine_gives_lazily_what_the_recording_gives(recording):
@@ -46,9 +45,8 @@ def archive(tmp_path_factory):
     """Four recordings of eight frames, of which three frames are missing in the third."""
     folder = tmp_path_factory.mktemp("archive")
     dump = PLAIN.make(folder / "dump.raw", 32)
-    camera = ("--pixel-type", GIGE, "--size", f"{WIDTH}x{HEIGHT}")
     for i, frames in enumerate(("0-7", "8-15", "16-18,22-23", "24-31")):
-        tool("record", dump, *camera, "--frames", frames, "-o", folder / f"run{i}.krt")
+        tool("record", dump, *CAMERA, "--frames", frames, "-o", folder / f"run{i}.krt")
     return folder
 
 
@@ -92,10 +90,7 @@ def test_dask_comes_to_its_end_though_a_worker_is_killed(tmp_path, archive):
     for i in range(200):
         os.symlink(archive / "run0.krt", tmp_path / f"run{i:03}.krt")
     (tmp_path / "killed.py").write_text(KILLED)
-    done = subprocess.run(
-        [sys.executable, tmp_path / "killed.py", str(tmp_path / "*.krt")], capture_output=True, text=True, timeout=300
-    )
-    assert done.returncode == 0 and "200 recordings" in done.stdout, done.stderr
+    assert "200 recordings" in run(sys.executable, tmp_path / "killed.py", tmp_path / "*.krt", timeout=300)
 
 
 READER = """
@@ -112,9 +107,7 @@ for refs, expected in json.loads(sys.argv[1]):
 
 def read_without_ovix(pairs):
     environment = {key: value for key, value in os.environ.items() if key != "PYTHONPATH"}
-    command = [sys.executable, "-c", READER, json.dumps([[str(a), str(b)] for a, b in pairs])]
-    done = subprocess.run(command, env=environment, capture_output=True, text=True)
-    assert done.returncode == 0, done.stderr
+    run(sys.executable, "-c", READER, json.dumps([[str(a), str(b)] for a, b in pairs]), env=environment)
 
 
 def test_references_of_every_family_are_read_without_ovix(tmp_path):
@@ -136,7 +129,6 @@ def test_references_of_every_family_are_read_without_ovix(tmp_path):
 
 
 def test_a_recording_that_is_missing_is_named(archive, tmp_path):
-    zarr, fsspec = pytest.importorskip("zarr"), pytest.importorskip("fsspec")
     os.symlink(archive / "run0.krt", tmp_path / "a.krt")
     os.symlink(archive / "run1.krt", tmp_path / "b.krt")
     ovix.index([tmp_path / "a.krt", tmp_path / "b.krt"], tmp_path / "refs.json")
@@ -165,7 +157,6 @@ def test_a_damaged_file_is_listed_and_said(archive, tmp_path):
 
 
 def test_several_frames_may_be_one_reference(archive):
-    zarr, fsspec = pytest.importorskip("zarr"), pytest.importorskip("fsspec")
     refs = ovix.index([archive / "run0.krt", archive / "run1.krt"], frames_per_reference=4)
     assert sum(key.startswith("frames/") and key[7:].isdigit() for key in refs["refs"]) == 4
     frames = zarr.open(fsspec.get_mapper("reference://", fo=refs)).frames

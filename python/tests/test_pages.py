@@ -3,14 +3,13 @@
 import os
 import re
 import shutil
-import subprocess
 import sys
 import zipfile
 from pathlib import Path
 
 import numpy as np
 import pytest
-from conftest import COMPRESSED, GIGE, tool
+from conftest import COMPRESSED, GIGE, run, tool
 
 import ovix
 
@@ -37,16 +36,13 @@ def folder(tmp_path_factory):
 def test_a_page_runs(folder, page):
     blocks = re.findall(r"```python\n(.*?)```", (ROOT / page).read_text(), re.S)
     assert blocks
-    code = "\n".join(blocks)
-    done = subprocess.run([sys.executable, "-W", "error", "-c", code], cwd=folder, capture_output=True, text=True)
-    assert done.returncode == 0, done.stderr
+    run(sys.executable, "-W", "error", "-c", "\n".join(blocks), cwd=folder)
 
 
 def test_the_example_draws_its_plot(folder):
     pytest.importorskip("matplotlib")
-    command = [sys.executable, ROOT / "examples/python/bearing.py", folder / "run.krt", folder / "plot.png"]
-    done = subprocess.run(command, capture_output=True, text=True)
-    assert done.returncode == 0 and "12 frames" in done.stdout, done.stderr
+    example = ROOT / "examples/python/bearing.py"
+    assert "12 frames" in run(sys.executable, example, folder / "run.krt", folder / "plot.png")
     assert (folder / "plot.png").read_bytes().startswith(b"\x89PNG")
 
 
@@ -65,32 +61,23 @@ def test_a_wheel_runs_without_the_tree_that_built_it(tmp_path):
     source = tmp_path / "tree" / "python"
     shutil.copytree(ROOT / "python", source, ignore=shutil.ignore_patterns("build", "*.egg-info", "__pycache__"))
     shutil.copy(ROOT / "CMakeLists.txt", tmp_path / "tree")
-    command = [sys.executable, "-m", "build", "--wheel", "--no-isolation", "--outdir", tmp_path, source]
-    done = subprocess.run(command, capture_output=True, text=True)
-    assert done.returncode == 0, done.stdout + done.stderr
+    run(sys.executable, "-m", "build", "--wheel", "--no-isolation", "--outdir", tmp_path, source)
     (wheel,) = tmp_path.glob("ovix-*.whl")
     venv = tmp_path / "venv"
-    subprocess.run([sys.executable, "-m", "venv", "--system-site-packages", venv], check=True)
+    run(sys.executable, "-m", "venv", "--system-site-packages", venv)
     environment = {key: value for key, value in os.environ.items() if key != "PYTHONPATH"}
-    subprocess.run([venv / "bin/pip", "install", "-q", "--no-index", "--no-deps", wheel], check=True, env=environment)
+    run(venv / "bin/pip", "install", "-q", "--no-index", "--no-deps", wheel, env=environment)
     dump = COMPRESSED.make(tmp_path / "dump.raw")
     np.save(tmp_path / "expected.npy", ovix.open(dump, **COMPRESSED.how).temperature())
     given = (dump, COMPRESSED.pixel_type, tmp_path / "expected.npy", venv)
-    command = [venv / "bin/python", "-c", ALONE, *map(str, given)]
-    done = subprocess.run(command, env=environment, cwd=tmp_path, capture_output=True, text=True)
-    assert done.returncode == 0, done.stderr
-    needed = subprocess.run(["readelf", "-d", *venv.rglob("*.so")], capture_output=True, text=True).stdout
+    run(venv / "bin/python", "-c", ALONE, *given, env=environment, cwd=tmp_path)
+    needed = run("readelf", "-d", *venv.rglob("*.so"))
     assert not re.search(r"R(UN)?PATH.*\[/", needed), "a path of the tree that built it"
 
 
 def test_types_are_clean(tmp_path):
     pytest.importorskip("mypy")
     config, package = str(ROOT / "python/pyproject.toml"), str(Path(ovix.__file__).parent)
-    commands = (
-        ["mypy", "--config-file", config, "--cache-dir", str(tmp_path), package],
-        ["mypy.stubtest", "--mypy-config-file", config, "ovix._core"],
-    )
-    for command in commands:
-        environment = {**os.environ, "MYPY_CACHE_DIR": str(tmp_path)}
-        done = subprocess.run([sys.executable, "-m", *command], env=environment, capture_output=True, text=True)
-        assert done.returncode == 0, done.stdout + done.stderr
+    environment = {**os.environ, "MYPY_CACHE_DIR": str(tmp_path)}
+    run(sys.executable, "-m", "mypy", "--config-file", config, "--cache-dir", tmp_path, package, env=environment)
+    run(sys.executable, "-m", "mypy.stubtest", "--mypy-config-file", config, "ovix._core", env=environment)

@@ -7,7 +7,7 @@ import time
 
 import numpy as np
 import pytest
-from conftest import GIGE, HEIGHT, PLAIN, TOOL, WIDTH, tool
+from conftest import CAMERA, HEIGHT, PLAIN, TOOL, WIDTH, tool
 
 import ovix
 
@@ -24,8 +24,7 @@ def run(tmp_path_factory):
 
 
 def convert(dump, out, *options):
-    size = f"{WIDTH}x{HEIGHT}"
-    tool("convert", dump, "--pixel-type", GIGE, "--size", size, "--scale", "K", *options, "-o", out)
+    tool("convert", dump, *CAMERA, "--scale", "K", *options, "-o", out)
     return out
 
 
@@ -45,7 +44,7 @@ def test_zarr_holds_the_values_with_their_unit_status_and_time(run, tmp_path, op
 
 def test_zarr_is_read_whatever_the_sign_of_the_unit(run, tmp_path):
     dump, temperature, _, _ = run
-    tool("convert", dump, "--pixel-type", GIGE, "--size", f"{WIDTH}x{HEIGHT}", "-o", tmp_path / "out.zarr")
+    tool("convert", dump, *CAMERA, "-o", tmp_path / "out.zarr")
     stored = zarr.open_consolidated(str(tmp_path / "out.zarr")).temperature
     assert stored.attrs["units"] == "°C"
     assert np.allclose(stored, temperature - 273.15, atol=1e-3)
@@ -90,8 +89,7 @@ def test_tiff_holds_the_values_with_their_unit(run, tmp_path):
 def test_what_is_written_is_readable_after_a_kill_and_gone_after_an_interrupt(run, tmp_path, extension, ending):
     dump, temperature, _, _ = run
     out = tmp_path / ("out" + extension)
-    camera = ("--pixel-type", GIGE, "--size", f"{WIDTH}x{HEIGHT}", "--scale", "K")
-    writer = subprocess.Popen([TOOL, "convert", "-", *camera, "-o", out], stdin=subprocess.PIPE)
+    writer = subprocess.Popen([TOOL, "convert", "-", *CAMERA, "--scale", "K", "-o", out], stdin=subprocess.PIPE)
     size = dump.stat().st_size // 70
     writer.stdin.write(dump.read_bytes()[: 40 * size])
     writer.stdin.flush()
@@ -121,8 +119,7 @@ def test_what_is_written_is_readable_after_a_kill_and_gone_after_an_interrupt(ru
 def test_nothing_is_replaced_unasked(run, tmp_path, extension):
     dump = run[0]
     out = convert(dump, tmp_path / ("out" + extension), "--frames", "0-2")
-    size = f"{WIDTH}x{HEIGHT}"
-    again = [TOOL, "convert", dump, "--pixel-type", GIGE, "--size", size, "-o", out]
+    again = [TOOL, "convert", dump, *CAMERA, "-o", out]
     assert subprocess.run(again, capture_output=True).returncode == 4
     assert subprocess.run([*again, "--overwrite"], capture_output=True).returncode == 0
     assert sorted(path.name for path in tmp_path.iterdir()) == [out.name]

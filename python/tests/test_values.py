@@ -2,15 +2,14 @@
 
 import numpy as np
 import pytest
-from conftest import HEIGHT, PLAIN, WIDTH, Form, tool
+from conftest import PLAIN, SIZE, Form, tool
 
 import ovix
 
 
 def converted(tmp_path, dump, form, *options):
     out = tmp_path / "out.npy"
-    size = ("--pixel-type", form.pixel_type, "--size", f"{WIDTH}x{HEIGHT}")
-    tool("convert", dump, *size, *options, "--overwrite", "-o", out)
+    tool("convert", dump, "--pixel-type", form.pixel_type, "--size", SIZE, *options, "--overwrite", "-o", out)
     return np.load(out), np.load(tmp_path / "out.status.npy")
 
 

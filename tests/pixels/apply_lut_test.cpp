@@ -190,12 +190,12 @@ TEST(ApplyLUT, LooksAtNoEntryBetweenThatOfNaNAndTheLowerLimit) {
     std::fill_n(statusLut, 65536, u8{5});
     ASSERT_EQ(mprotect(statusLut + 4096, kLower - 4096, PROT_NONE), 0);
     STables tables;
-    std::vector<float> frame(5000, kLower), out(5000);
+    std::vector<float> frame(5000, kLower);
     std::vector<u8> status(5000);
     frame[2500] = std::numeric_limits<float>::quiet_NaN();
-    ASSERT_TRUE(ApplyLUT({frame.data(), Flt32}, {out.data(), Flt32}, status.data(), 5000, tables.luts[0], statusLut,
-                         kLower, 65535));
-    EXPECT_EQ(out[2500], tables.values[0][0]);
+    const STypedData data{frame.data(), Flt32};
+    ASSERT_TRUE(ApplyLUT(data, data, status.data(), 5000, tables.luts[0], statusLut, kLower, 65535));
+    EXPECT_EQ(frame[2500], tables.values[0][0]);
     EXPECT_EQ(status, std::vector<u8>(5000, 5));
     munmap(pages, 65536);
 }

@@ -11,29 +11,25 @@ namespace ovix::test {
 
 /// Every field to the last bit; a NaN is the same as a NaN.
 inline void ExpectSame(const reduce::CStats& found, const reduce::CStats& expected) {
-    struct SFields {
-        const char* name;
-        std::vector<double> values;
-    };
     const auto fieldsOf = [](const reduce::CStats& s) {
-        const auto points = [](auto... p) { return std::vector<double>{static_cast<double>(p.x)..., double(p.y)...}; };
-        return std::vector<SFields>{
-            {"sum, mean, variance, deviation, count", {s.sum, s.mean, s.variance, s.standardDeviation, 1.0 * s.count}},
-            {"minimum, maximum", {s.minimum, s.maximum, 1.0 * s.minimumIndex, 1.0 * s.maximumIndex}},
-            {"minimum, maximum at", points(s.minimumPosition, s.maximumPosition)},
-            {"of all", {s.allMinimum, s.allMaximum, 1.0 * s.allMinimumIndex, 1.0 * s.allMaximumIndex}},
-            {"of all at", points(s.allMinimumPosition, s.allMaximumPosition)},
-            {"centre", {s.centerValue, s.centerX, s.centerY}},
-            {"box", points(s.boundsTopLeft, s.boundsBottomRight)},
-            {"size", {1.0 * s.boundsWidth, 1.0 * s.boundsHeight, 1.0 * s.firstIndex, 1.0 * s.lastIndex}},
-            {"status", {1.0 * s.statusUnion, 1.0 * s.minimumStatus, 1.0 * s.maximumStatus, 1.0 * s.centerStatus}}};
-    };
-    const auto a = fieldsOf(found), b = fieldsOf(expected);
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        for (std::size_t k = 0; k < a[i].values.size(); ++k) {
-            const double x = a[i].values[k], y = b[i].values[k];
-            EXPECT_TRUE(x == y || (std::isnan(x) && std::isnan(y))) << a[i].name << " " << k << ": " << x << ", " << y;
+        std::vector<double> fields;
+        const auto put = [&](auto... values) { (fields.push_back(static_cast<double>(values)), ...); };
+        put(s.sum, s.mean, s.variance, s.standardDeviation, s.count);
+        put(s.minimum, s.maximum, s.minimumIndex, s.maximumIndex);
+        put(s.allMinimum, s.allMaximum, s.allMinimumIndex, s.allMaximumIndex);
+        put(s.centerValue, s.centerX, s.centerY, s.boundsWidth, s.boundsHeight);
+        put(s.firstIndex, s.lastIndex);
+        put(s.statusUnion, s.minimumStatus, s.maximumStatus, s.centerStatus);
+        for (const auto& p : {s.minimumPosition, s.maximumPosition, s.allMinimumPosition, s.allMaximumPosition,
+                              s.boundsTopLeft, s.boundsBottomRight}) {
+            put(p.x, p.y);
         }
+        return fields;
+    };
+    const std::vector<double> a = fieldsOf(found), b = fieldsOf(expected);
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        EXPECT_TRUE(a[i] == b[i] || (std::isnan(a[i]) && std::isnan(b[i])))
+            << "field " << i << ": " << a[i] << ", " << b[i];
     }
 }
 
