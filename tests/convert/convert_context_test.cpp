@@ -85,9 +85,8 @@ TEST_F(ConvertContext, ChoosesAConverter) {
     AddCalibration();
     EXPECT_TRUE(context.GetUnits(units) && units.size() == 4);
     EXPECT_TRUE(context.SetUnit(TemperatureFactory, Kelvin));
-    ASSERT_TRUE(context.needToConvert());
+    ASSERT_TRUE(context.needToConvert() && context.canChangeObjectParameters());
     EXPECT_EQ(context.converter()->name(), CString(L"CurlewConverter"));
-    EXPECT_TRUE(context.canChangeObjectParameters());
     ASSERT_TRUE(Update("+"));
     const auto cal = array.Get<test::CCurlewCal>(0, false);
     cal->valid = false;
@@ -100,8 +99,7 @@ TEST_F(ConvertContext, ChoosesAConverter) {
     source->baseUnit = TemperatureFactory, source->baseTempType = Kelvin;
     EXPECT_TRUE(context.SetUnit(TemperatureFactory, Celsius));
     EXPECT_EQ(context.converter()->name(), CString(L"TemperatureConverter"));
-    ASSERT_TRUE(Update("+"));
-    ASSERT_TRUE(context.Convert({frame, UInt16}, {out, Flt32}, status, 3));
+    ASSERT_TRUE(Update("+") && context.Convert({frame, UInt16}, {out, Flt32}, status, 3));
     EXPECT_FLOAT_EQ(out[2], 26.85f);
     EXPECT_TRUE(context.SetUnit(TemperatureFactory, Kelvin) && !context.needToConvert());
     array.Reset();
@@ -227,28 +225,27 @@ TEST_F(ConvertContext, MergesPresets) {
 }
 
 TEST(ObjectParameters, OverrideAndRestore) {
-    CReduceObjectArray array;
+    CReduceObjectArray array, empty;
+    CObjectParametersReduceObject first, second, saved, nothing;
     const auto object = array.GetObjectParameters(true);
     object->fromSource = true;
     object->emissivity = 0.9f, object->relativeHumidity = 0.6f, object->estimatedAtmosphereTrans = 0.8f;
-    CObjectParametersReduceObject first, second, saved;
     first.emissivity = 0.5f, first.estimatedAtmosphereTrans = 0.1f, second.emissivity = 0.4f;
-    const auto values = [&] {
-        return test::Text(object->emissivity, object->relativeHumidity, object->estimatedAtmosphereTrans,
-                          object->fromSource);
+    const auto expect = [&](const char* values) {
+        EXPECT_EQ(test::Text(object->emissivity, object->relativeHumidity, object->estimatedAtmosphereTrans,
+                             object->fromSource),
+                  values);
     };
     CConvertContext::OverrideObjectParameters(array, first, saved);
-    EXPECT_EQ(values(), "0.5 0.3 0.8 0 ");
+    expect("0.5 0.3 0.8 0 ");
     CConvertContext::OverrideObjectParameters(array, second, saved);
-    EXPECT_EQ(object->emissivity, 0.4f);
+    expect("0.4 0.3 0.8 0 ");
     CConvertContext::RestoreObjectParameters(array, saved);
-    EXPECT_EQ(values(), "0.9 0.6 0.8 1 ");
+    expect("0.9 0.6 0.8 1 ");
     object->emissivity = 0.7f;
     CConvertContext::RestoreObjectParameters(array, saved);
-    EXPECT_EQ(object->emissivity, 0.7f);
+    expect("0.7 0.6 0.8 1 ");
 
-    CReduceObjectArray empty;
-    CObjectParametersReduceObject nothing;
     CConvertContext::OverrideObjectParameters(empty, first, nothing);
     CConvertContext::RestoreObjectParameters(empty, nothing);
     EXPECT_EQ(empty.GetObjectParameters(false)->emissivity, 0.5f);

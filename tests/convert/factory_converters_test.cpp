@@ -187,52 +187,47 @@ TYPED_TEST(FactoryConverter, SingleValuesThereAndBack) {
     EXPECT_EQ(this->converter.SignalToOutput(u16{9000}, out, status, 0), !this->kIsCurlew);
 }
 
-TYPED_TEST(FactoryConverter, SelectsPixelsInAllForms) {
-    for (const u8 preset : std::initializer_list<u8>{0, 2}) this->AddPreset(preset, 0);
-    ASSERT_TRUE(this->Update(TemperatureFactory, {0, 2}));
-    const auto convert = [&](const auto&... arguments) { return this->converter.BaseToOutput(arguments...); };
-    test::CheckForms(convert, this->Table(), this->kIsCurlew);
-    // A buffer rounds, and takes numbers alone.
-    float in = 10100.5f, out = 0;
-    ASSERT_TRUE(this->converter.BaseToOutput({&in, Flt32}, {&out, Flt32}, nullptr, 1));
-    EXPECT_EQ(out, this->Table()[10101]);
-    EXPECT_FALSE(this->converter.BaseToOutput({&in, Opaque}, {&out, Flt32}, nullptr, 1));
-    EXPECT_FALSE(this->converter.BaseToOutput({&in, Flt32}, {&out, Opaque}, nullptr, 1));
-}
-
-TYPED_TEST(FactoryConverter, PixelsOfAMergedFrameGoByTheirOwnPreset) {
-    if (this->kIsCurlew) return;
-    for (const int preset : {0, 1, 3}) this->AddPreset(static_cast<u8>(preset), preset);
+TYPED_TEST(FactoryConverter, SelectsPixelsInAllFormsAndGoesByTheirOwnPresets) {
+    for (const u8 preset : std::initializer_list<u8>{1, 3}) this->AddPreset(preset, preset);
     ASSERT_TRUE(this->Update(TemperatureFactory, {1, 3}));
     std::vector<float> of[4];
-    for (const u8 preset : std::initializer_list<u8>{1, 3}) {
+    for (const u8 preset : std::initializer_list<u8>{3, 1}) {
         this->converter.activePreset = preset;
         of[preset] = this->Table();
     }
-    const u8 map[] = {1, 3, 3, 1, 1};
-    const u32 indices[] = {4, 1};
-    float out[5];
-    u8 status[5];
-    u16 pixels[] = {9000, 9001, 9002, 20000, 9004};  // the fourth is limited to the table
-    const STypedData in{pixels, UInt16}, to{out, Flt32};
-    ASSERT_TRUE(this->converter.BaseToOutput(in, map, to, status, 5u));
-    for (u32 i = 0; i < 5; ++i) EXPECT_EQ(out[i], of[map[i]][std::min<u32>(pixels[i], 16383)]) << i;
-    ASSERT_TRUE(this->converter.BaseToOutput(in, map, indices, 2u, to, nullptr));
-    EXPECT_TRUE(out[0] == of[1][9004] && out[1] == of[3][9001]);
-
+    std::vector<u8> map(this->kSignals, 1);
+    for (u32 i = 0; i < this->kSignals; i += 3) map[i] = 3;
+    // The first family has one calibration for all, and takes by a map the first pixels of the buffer.
+    test::CheckForms([&](const auto&... form) { return this->converter.BaseToOutput(form...); },
+                     STypedData{&this->counts[10000], UInt16}, map.data(),
+                     [&](u32 pixel, u32 place, bool byMap) {
+                         if (this->kIsCurlew) return of[1][10000 + (byMap ? place : pixel)];
+                         return of[byMap ? map[pixel] : 1][10000 + pixel];
+                     });
+    // A buffer rounds, and takes numbers alone.
+    float in[] = {10100.5f, 20000}, out[2] = {0, -1};
+    u8 status[2];
+    const STypedData from{in, Flt32}, to{out, Flt32};
+    ASSERT_TRUE(this->converter.BaseToOutput(from, to, nullptr, 1) && out[0] == of[1][10101]);
+    for (const bool byMap : {false, true}) {
+        const auto takes = [&](STypedData a, STypedData b) {
+            return byMap ? this->converter.BaseToOutput(a, map.data(), b, status, 1u)
+                         : this->converter.BaseToOutput(a, b, status, 1u);
+        };
+        EXPECT_FALSE(takes({in, Opaque}, to) || takes(from, {out, Opaque}));
+    }
+    if (this->kIsCurlew) return;
     // A preset that is not enabled has the table of a model without calibration; one without table ends the call before
     // a pixel is written.
-    const u8 off[] = {1, 2}, none[] = {1, 4}, wild[] = {1, 255};
-    EXPECT_TRUE(this->converter.BaseToOutput(in, off, to, status, 2u));
-    EXPECT_EQ(out[1], -273.15f);
+    const u8 off[] = {2, 3}, none[] = {1, 4}, wild[] = {1, 255};
+    EXPECT_TRUE(this->converter.BaseToOutput(from, off, to, status, 2u));
+    EXPECT_TRUE(out[0] == -273.15f && out[1] == of[3][16383]);  // limited to the table
     for (const u8* bad : {none, wild}) {
-        out[0] = -1;
-        EXPECT_FALSE(this->converter.BaseToOutput(in, bad, to, status, 2u));
-        EXPECT_EQ(out[0], -1.0f);
-        EXPECT_TRUE(this->converter.BaseToOutput(in, bad, to, status, 1u));  // only what is selected counts
+        const float before = out[0];
+        EXPECT_FALSE(this->converter.BaseToOutput(from, bad, to, status, 2u));
+        EXPECT_EQ(out[0], before);
+        EXPECT_TRUE(this->converter.BaseToOutput(from, bad, to, status, 1u));  // only what is selected counts
     }
-    EXPECT_FALSE(this->converter.BaseToOutput({pixels, Opaque}, map, to, status, 1u));
-    EXPECT_FALSE(this->converter.BaseToOutput(in, map, {out, Opaque}, status, 1u));
 }
 
 TYPED_TEST(FactoryConverter, AChangedSceneGivesTheTablesOfANewUpdate) {

@@ -55,7 +55,7 @@ TEST(TrnMeasConv, CountsAndPow) {
     for (const auto& [pow, img] : pows) EXPECT_EQ(model.powToImg(pow), img) << pow;
     // An object signal is a pow here: K1 is 1, K2 0.
     const std::tuple<double, int, int> signals[] = {
-        {-1.0, 0, 32},      {1000.2, 3000, 0},   {1000.3, 3001, 0},   {-500.0, 1, 2}, {-500.2, 1, 2},
+        {-1.0, 0, 32},      {1000.2, 3000, 0},   {1000.3, 3001, 0},   {-499.5, 1, 0}, {-500.0, 1, 2}, {-500.2, 1, 2},
         {-500.3, 65535, 4}, {32267.5, 65535, 0}, {32267.8, 65535, 4}, {1e300, 1, 2},  {kNaN, 1, 2}};
     u8 status = 99;
     for (const auto& [signal, img, flags] : signals) {

@@ -197,15 +197,15 @@ TEST_F(UserConverter, SingleValuesAnswerOnlyWhetherThePresetIsEnabled) {
     float out = -1, range[2] = {-1, -1};
     u16 signal = 7;
     u8 status = 99;
-    for (const u8 preset : std::initializer_list<u8>{0, 1, 2, 5, 7, 8, 254, 255}) {
-        const bool enabled = preset == 0 || preset == 2 || preset == 5 || preset == 255;
-        EXPECT_EQ(converter.SignalToOutput(u16{20000}, out, status, preset), enabled) << int{preset};
-        EXPECT_EQ(converter.OutputToSignal(20, signal, status, preset), enabled);
-        EXPECT_EQ(converter.SignalToOutput(20000, 20001, range, nullptr, preset), enabled);
+    for (const auto& [preset, enabled] :
+         {std::pair{0, true}, {1, false}, {5, true}, {7, false}, {8, false}, {255, true}}) {
+        const u8 p = static_cast<u8>(preset);
+        EXPECT_EQ(converter.SignalToOutput(u16{20000}, out, status, p), enabled) << preset;
+        EXPECT_EQ(converter.OutputToSignal(20, signal, status, p), enabled);
+        EXPECT_EQ(converter.SignalToOutput(20000, 20001, range, nullptr, p), enabled);
     }
     EXPECT_FALSE(converter.BaseToOutput(20000.0f, out, status, 0) || converter.OutputToBase(20, out, status, 0));
-    EXPECT_NE(range[1], -1);
-    EXPECT_TRUE(converter.SignalToOutput(5, 4, range, &status, 0));
+    EXPECT_TRUE(converter.SignalToOutput(5, 4, range, &status, 0) && range[1] != -1);
     EXPECT_EQ(test::Text(out, signal, status), "-1 7 99 ");
 }
 

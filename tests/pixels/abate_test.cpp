@@ -167,17 +167,5 @@ TEST(Abate, FindsMergedPixelsInPlace) {
     EXPECT_EQ(status[5], 0);
 }
 
-TEST(Abate, RefusesOtherTypes) {
-    double x = 1, out = 7;
-    void* const sources[8] = {&x};
-    const bool valid[8] = {true};
-    const u8 order[8] = {};
-    for (const EDataType type : {Flt64, Int16, UInt32, NoPixels}) {
-        EXPECT_FALSE(Abate(type, sources, 1, &out, nullptr, valid, order, kLow, kHigh, AbateFromFirst, nullptr, nullptr,
-                           nullptr, false, 0, 0));
-    }
-    EXPECT_EQ(out, 7);
-}
-
 }  // namespace
 }  // namespace ovix::reduce

@@ -16,15 +16,17 @@ namespace {
 
 using namespace test;
 
-/// Eight pairs of tables, one a preset: no two entries near each other are the same, and status has long stretches.
+/// Pairs of tables, one a preset, and two beyond: no two entries near each other are the same, and status has long
+/// stretches.
 struct STables {
-    std::vector<float> values[8];
-    std::vector<u8> stretches[8];
-    float* luts[8];
-    u8* statusLuts[8];
+    static constexpr u32 kCount = 10;
+    std::vector<float> values[kCount];
+    std::vector<u8> stretches[kCount];
+    float* luts[kCount];
+    u8* statusLuts[kCount];
 
     STables() {
-        for (u32 p = 0; p < 8; ++p) {
+        for (u32 p = 0; p < kCount; ++p) {
             for (u32 k = 0; k < 65536; ++k) {
                 values[p].push_back(static_cast<float>(k) * 0.75F - 1000.0F * static_cast<float>(p));
                 stretches[p].push_back(static_cast<u8>((k < 120 ? 2 : k > 9000 ? 4 : 0) + 16 * p));
@@ -114,20 +116,15 @@ TEST(ApplyLUT, GivesTheSameOnEveryProcessor) {
 
 TEST(ApplyLUT, RoundsEveryHalfAndItsNeighbours) {
     STables tables;
-    TGuarded<float> frame(3 * 65536, 0, false), out(3 * 65536);
-    for (u32 k = 0; k < 65536; ++k) {
-        const float half = static_cast<float>(k) + 0.5F;
-        frame[3 * k] = std::nextafter(half, 0.0F);
-        frame[3 * k + 1] = half;
-        frame[3 * k + 2] = std::nextafter(half, 1e9F);
-    }
     ForEachTarget([&] {
-        const u32 count = 3 * 65536;
-        ASSERT_TRUE(ApplyLUT(frame.Typed(), out.Typed(), nullptr, count, tables.luts[0], nullptr, 0, 65535));
-        for (u32 i = 0; i < count; ++i) {
-            const u32 k = std::min(65535u, i / 3 + (i % 3 ? 1 : 0));
-            ASSERT_EQ(out[i], tables.values[0][k]) << frame[i];
+        TFrame<float> frame(3 * 65536, 1);
+        for (u32 k = 0; k < 65536; ++k) {
+            const float half = static_cast<float>(k) + 0.5F;
+            frame.pixels[3 * k] = std::nextafter(half, 0.0F);
+            frame.pixels[3 * k + 1] = half;
+            frame.pixels[3 * k + 2] = std::nextafter(half, 1e9F);
         }
+        CheckWhole<float>(tables, std::move(frame), {0, 65535}, false);
     });
 }
 
@@ -203,29 +200,9 @@ TEST(ApplyLUT, LooksAtNoEntryBetweenThatOfNaNAndTheLowerLimit) {
 /// A map may name more than the eight presets of a source when the arrays of tables hold as many.
 TEST(ApplyLUT, TakesNumbersBeyondThePresetsAsTheyStand) {
     STables tables;
-    float* luts[10] = {};
-    u8* statusLuts[10] = {};
-    for (u32 p = 7; p < 10; ++p) {
-        luts[p] = tables.luts[p - 7];
-        statusLuts[p] = tables.statusLuts[p - 7];
-    }
-    std::vector<u16> frame(300, 1000);
-    std::vector<u8> map(300), status(300);
-    std::vector<float> out(300);
-    for (u32 i = 0; i < 300; ++i) map[i] = static_cast<u8>(i < 100 ? 9 : i < 200 ? 8 : 7 + i % 3);
-    ASSERT_TRUE(ApplyLUT({frame.data(), UInt16}, map.data(), {out.data(), Flt32}, status.data(), 300, luts, statusLuts,
-                         0, 65535));
-    for (u32 i = 0; i < 300; ++i) EXPECT_TRUE(out[i] == luts[map[i]][1000] && status[i] == 16 * (map[i] - 7)) << i;
-}
-
-TEST(ApplyLUT, RefusesOtherTypes) {
-    float lut[1] = {}, dest[1] = {7};
-    u8 status[1] = {9}, statusLut[1] = {};
-    u16 source[1] = {};
-    EXPECT_FALSE(ApplyLUT({source, Opaque}, {dest, Flt32}, status, 1, lut, statusLut, 0, 0));
-    EXPECT_FALSE(ApplyLUT({source, UInt16}, {dest, NoPixels}, status, 1, lut, statusLut, 0, 0));
-    EXPECT_EQ(dest[0], 7);
-    EXPECT_EQ(status[0], 9);
+    TFrame<u16> frame(300, 1);
+    for (u32 i = 0; i < 300; ++i) frame.map[i] = static_cast<u8>(i < 100 ? 9 : i < 200 ? 8 : 7 + i % 3);
+    CheckWhole<float>(tables, std::move(frame), {0, 65535}, true);
 }
 
 }  // namespace

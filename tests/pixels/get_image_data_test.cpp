@@ -3,8 +3,11 @@
 #include <array>
 #include <vector>
 
+#include "reduce/pixels/abate.h"
+#include "reduce/pixels/apply_lut.h"
 #include "reduce/pixels/get_image_data.h"
 #include "reduce/pixels/selection.h"
+#include "reduce/pixels/temperature.h"
 #include "tests/support/forms.h"
 #include "tests/support/pixel_buffers.h"
 #include "tests/support/pixel_reference.h"
@@ -66,16 +69,39 @@ TEST(GetImageData, MovesEveryFormBetweenAllPairsOfTypes) {
     }
 }
 
-TEST(GetImageData, RefusesOtherTypes) {
-    u16 source[2] = {1, 2}, dest[2] = {7, 7};
-    u8 status[2] = {9, 9};
-    const u32 indices[] = {0, 1};
-    for (const EDataType type : {Opaque, OpaqueWide, NoPixels, static_cast<EDataType>(0x80000003u)}) {
-        EXPECT_FALSE(GetImageData({source, type}, nullptr, {dest, UInt16}, status, indices, 2));
-        EXPECT_FALSE(GetImageData({source, UInt16}, nullptr, {dest, type}, status, 2, 1, SArea{0, 0, 0, 1}));
+/// Every kernel that answers whether it takes two types of pixels.
+TEST(Kernels, OtherTypesAreRefusedAndNothingIsWritten) {
+    double pixels[2] = {1, 2}, result[2] = {-1, -1}, a[] = {0, 1};
+    float lut[65536] = {};
+    u8 status = 9, statusLut[65536] = {};
+    const u32 index = 0;
+    const SRadianceParams params{a, 1, 0, nullptr};
+    void* const sources[8] = {pixels};
+    const bool valid[8] = {true};
+    const u8 order[8] = {};
+    const u16 limits[8] = {};
+    for (u32 i = 0; i < 13 * 13; ++i) {
+        const EDataType from{i / 13}, to{i % 13};
+        const STypedData in{pixels, from}, out{result, to};
+        const auto expect = [&](bool taken, const auto& call) { EXPECT_EQ(call(taken ? 0u : 1u), taken) << i; };
+        const bool floats = to == Flt32 || to == Flt64, both = floats && (from == Flt32 || from == Flt64);
+        const bool numbers = from <= Flt64 && to <= Flt64;
+        expect(numbers, [&](u32 n) { return GetImageData(in, nullptr, out, &status, &index, n); });
+        expect(numbers, [&](u32 n) { return ApplyLUT(in, out, &status, n, lut, statusLut, 0, 65535); });
+        expect(from == UInt16 || from == Flt32, [&](u32 n) {
+            return Abate(from, sources, n, result, &status, valid, order, limits, limits, AbateFromFirst, nullptr,
+                         nullptr, nullptr, false, 0, 0);
+        });
+        expect(numbers && floats && from != UInt64, [&](u32 n) { return ToRadiance(out, in, n, a, 1, 0.0, 1); });
+        expect(numbers && floats, [&](u32 n) { return CountsToRadiance(in, out, n, params, {}); });
+        expect(numbers && floats, [&](u32 n) { return CountsToTemperature(in, out, n, params, {}, {}); });
+        expect(both, [&](u32 n) { return RadianceToTemperature(in, out, n, {}, {}); });
+        expect(both, [&](u32 n) { return ToTemperatureCoeffs(out, in, n, a, 1, 1, Celsius); });
+        expect(both, [&](u32 n) { return ToTemperatureLookup(out, in, n, a, a, 2, true, 1, Celsius); });
+        expect(both, [&](u32 n) { return ToTemperaturePlanck(out, in, n, 12, 8, 1, Celsius); });
+        expect(both, [&](u32 n) { return ToTemperatureRBF(out, in, n, 1, 1, 1, 0, 0, 0, 0, 0, 1, Celsius); });
     }
-    EXPECT_EQ(dest[0], 7);
-    EXPECT_EQ(status[0], 9);
+    EXPECT_TRUE(result[0] == -1 && status == 9);
 }
 
 TEST(PresetMap, EachSelectedPixelIsHeldAgainstThePresets) {

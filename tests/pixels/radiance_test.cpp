@@ -145,8 +145,7 @@ void CheckAll(bool few = false) {
     for (u32 p = 0; p < kPresets; ++p) frame[p] = p == 3 ? nullptr : frames[p].data();  // which counts as 0
     const STypedData in{source.data(), DataTypeOf<S>()};
 
-    const auto check = [&](const std::string& what, bool wraps, const auto& lawAt, const auto& call) {
-        SCOPED_TRACE(what);
+    const auto check = [&](bool wraps, const auto& lawAt, const auto& call) {
         for (const EForm form : kForms) {
             const bool cut = wraps && std::is_integral_v<S> && (form == EForm::W || form == EForm::L);
             const auto expected = [&](u32 i) { return lawAt(i).Of(source[i], cut); };
@@ -154,33 +153,30 @@ void CheckAll(bool few = false) {
         }
     };
     const u8* const map = presets.data();
-    const double* const each = frame[2];
-    for (int order = -3; order <= 6; ++order) {
-        const std::string what = "order " + std::to_string(order);
-        for (const bool perPixel : {false, true}) {
-            const auto law = [&](u32 i) { return SLaw{a[0], order, perPixel ? each[i] : 7.5, 2}; };
-            const CBackground background = perPixel ? CBackground(each) : CBackground(7.5);
-            const SRadianceParams params{Lent(a[0]), order, 7.5, perPixel ? Lent(each) : nullptr};
-            if constexpr (!std::is_same_v<S, u64>) {
-                check(what, true, law,
-                      [&](STypedData out, auto... f) { return ToRadiance(out, in, f..., a[0], order, background, 2); });
-            }
-            check(what + " record", false, law, [&](STypedData out, auto... f) {
-                return CountsToRadiance(in, out, f..., params, SCommonParams{.radianceScale = 2});
-            });
+    for (int i = 0; i < 20; ++i) {
+        const int order = i / 2 - 3;
+        const double* const each = i % 2 ? frame[2] : nullptr;
+        SCOPED_TRACE("order " + std::to_string(order));
+        const auto law = [&](u32 pixel) { return SLaw{a[0], order, each ? each[pixel] : 7.5, 2}; };
+        const CBackground background = each ? CBackground(each) : CBackground(7.5);
+        const SRadianceParams params{Lent(a[0]), order, 7.5, Lent(each)};
+        check(false, law, [&](STypedData out, auto... f) {
+            return CountsToRadiance(in, out, f..., params, SCommonParams{.radianceScale = 2});
+        });
+        if constexpr (!std::is_same_v<S, u64>) {
+            check(true, law,
+                  [&](STypedData out, auto... f) { return ToRadiance(out, in, f..., a[0], order, background, 2); });
         }
     }
     if constexpr (!std::is_same_v<S, u64>) {
         const auto checkEach = [&](const u8* presetMap, CPresetBackgrounds backgrounds, const auto& backgroundAt) {
-            check(
-                "presets", true,
-                [&](u32 i) {
-                    const u8 p = presetMap ? presetMap[i] : u8{0};
-                    return SLaw{a[p], orders[p], backgroundAt(p, i), scales[p]};
-                },
-                [&](STypedData out, auto... f) {
-                    return ToRadiance(out, in, presetMap, f..., a, orders, backgrounds, scales);
-                });
+            const auto law = [&](u32 i) {
+                const u8 p = presetMap ? presetMap[i] : u8{0};
+                return SLaw{a[p], orders[p], backgroundAt(p, i), scales[p]};
+            };
+            check(true, law, [&](STypedData out, auto... f) {
+                return ToRadiance(out, in, presetMap, f..., a, orders, backgrounds, scales);
+            });
         };
         checkEach(map, singles, [&](u8 p, u32) { return singles[p]; });
         checkEach(map, frame, [&](u8 p, u32 i) { return frame[p] ? frame[p][i] : 0; });
@@ -189,15 +185,13 @@ void CheckAll(bool few = false) {
     const bool usesFrame[] = {true, true, false, true, true, false};
     SRadianceParams records[kPresets];
     for (u32 p = 0; p < kPresets; ++p) records[p] = {Lent(a[p]), orders[p], singles[p], Lent(frame[p])};
-    check(
-        "records", false,
-        [&](u32 i) {
-            const u8 p = map[i];
-            return SLaw{a[p], orders[p], usesFrame[p] && frame[p] ? frame[p][i] : singles[p], 0.5};
-        },
-        [&](STypedData out, auto... f) {
-            return CountsToRadiance(in, out, map, f..., usesFrame, records, SCommonParams{.radianceScale = 0.5});
-        });
+    const auto law = [&](u32 i) {
+        const u8 p = map[i];
+        return SLaw{a[p], orders[p], usesFrame[p] && frame[p] ? frame[p][i] : singles[p], 0.5};
+    };
+    check(false, law, [&](STypedData out, auto... f) {
+        return CountsToRadiance(in, out, map, f..., usesFrame, records, SCommonParams{.radianceScale = 0.5});
+    });
 }
 
 TEST(ToRadiance, EveryFormShapeOrderAndTypeFollowsTheFormula) {

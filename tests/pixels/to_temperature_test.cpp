@@ -263,29 +263,29 @@ TEST(ToTemperature, RecordsChooseTheModel) {
                 return records.Temperature(radiance, p, flags);
             };
             for (const bool* flags : {&records.valid[0], static_cast<const bool*>(nullptr)}) {
-                check([&](u32 i) { return ofCount(map[i], i, flags && flags[map[i]]); },
-                      [&](STypedData out, auto... f) {
-                          return CountsToTemperature(in, out, map, f..., flags, records.toRadiance,
-                                                     records.toTemperature, kCommon);
-                      });
+                const auto law = [&](u32 i) { return ofCount(map[i], i, flags && flags[map[i]]); };
+                check(law, [&](STypedData out, auto... f) {
+                    return CountsToTemperature(in, out, map, f..., flags, records.toRadiance, records.toTemperature,
+                                               kCommon);
+                });
             }
             for (const u8 p : std::initializer_list<u8>{0, 4, 5, 6}) {
-                const auto& [radiance, temperature] = std::tie(records.toRadiance[p], records.toTemperature[p]);
-                check([&](u32 i) { return ofCount(p, i, true); },
-                      [&](STypedData out, auto... f) {
-                          return CountsToTemperature(in, out, f..., radiance, temperature, kCommon);
-                      });
+                const auto law = [&](u32 i) { return ofCount(p, i, true); };
+                check(law, [&](STypedData out, auto... f) {
+                    return CountsToTemperature(in, out, f..., records.toRadiance[p], records.toTemperature[p], kCommon);
+                });
             }
             if constexpr (std::is_floating_point_v<S>) {
-                check([&](u32 i) { return records.Temperature(radiances[i], map[i], records.valid[map[i]]); },
-                      [&](STypedData out, auto... f) {
-                          return RadianceToTemperature(of, out, map, f..., records.valid, records.toTemperature,
-                                                       kCommon);
-                      });
-                check([&](u32 i) { return records.Temperature(radiances[i], 2, true); },
-                      [&](STypedData out, auto... f) {
-                          return RadianceToTemperature(of, out, f..., records.toTemperature[2], kCommon);
-                      });
+                const auto byMap = [&](u32 i) {
+                    return records.Temperature(radiances[i], map[i], records.valid[map[i]]);
+                };
+                const auto bySecond = [&](u32 i) { return records.Temperature(radiances[i], 2, true); };
+                check(byMap, [&](STypedData out, auto... f) {
+                    return RadianceToTemperature(of, out, map, f..., records.valid, records.toTemperature, kCommon);
+                });
+                check(bySecond, [&](STypedData out, auto... f) {
+                    return RadianceToTemperature(of, out, f..., records.toTemperature[2], kCommon);
+                });
             }
         });
     }
@@ -301,30 +301,6 @@ TEST(ToTemperature, CountsReachTemperatureWithoutRoundingBetween) {
                                         {}));
         for (int i = 0; i < 4; ++i) EXPECT_EQ(result[i], counts[i]);
     }
-}
-
-TEST(Conversions, OtherTypesAreRefusedAndNothingIsWritten) {
-    double pixels[2] = {1, 2}, result[2] = {-1, -1}, a[] = {0, 1};
-    const SRadianceParams params{a, 1, 0, nullptr};
-    for (u32 from = 0; from < 13; ++from) {
-        for (u32 to = 0; to < 13; ++to) {
-            const STypedData in{pixels, EDataType{from}}, out{result, EDataType{to}};
-            const auto expect = [&](bool taken, const auto& convert) { EXPECT_EQ(convert(taken ? 0 : 2), taken); };
-            const bool floats = to == Flt32 || to == Flt64, both = floats && (from == Flt32 || from == Flt64);
-            expect(floats && from <= Flt64 && from != UInt64,
-                   [&](u32 n) { return ToRadiance(out, in, n, a, 1, 0.0, 1); });
-            expect(floats && from <= Flt64, [&](u32 n) { return CountsToRadiance(in, out, n, params, {}); });
-            expect(floats && from <= Flt64, [&](u32 n) { return CountsToTemperature(in, out, n, params, {}, {}); });
-            expect(both, [&](u32 n) { return ToTemperatureCoeffs(out, in, n, a, 1, 1, Celsius); });
-            expect(both, [&](u32 n) {
-                return ToTemperatureLookup(out, in, n, kRadiances, kTemperatures, 6, true, 1, Celsius);
-            });
-            expect(both, [&](u32 n) { return ToTemperaturePlanck(out, in, n, kHigh, kLow, 1, Celsius); });
-            expect(both, [&](u32 n) { return ToTemperatureRBF(out, in, n, 1, 1, 1, 0, 0, 0, 0, 0, 1, Celsius); });
-            expect(both, [&](u32 n) { return RadianceToTemperature(in, out, n, {}, {}); });
-        }
-    }
-    EXPECT_EQ(result[0], -1);
 }
 
 }  // namespace
