@@ -104,27 +104,26 @@ TEST(MrlConv, AForkedChildConvertsAlone) {
     load.join();
 }
 
-TEST(MrlConv, RadianceBuffersAndWhatIsNotTheirs) {
+TEST(MrlConv, RadiancesThereAndBack) {
     for (const i32 degree : {1, -1, 5}) {
         const CMrlConv model = Model(MerlinCamera(degree));
-        const std::vector<u16> in = {0, 65535, 9000};
+        const u16 in[] = {0, 65535, 9000};
         float each[3], range[2] = {-1, -1};
-        model.SignalToRadiance(in.data(), each, nullptr, 3);  // limited all the same
-        model.SignalToRadiance(9, 8, range, nullptr);
-        EXPECT_EQ(range[0], -1.0f);
+        model.SignalToRadiance(in, each, nullptr, 3);  // limited all the same
+        model.SignalToRadiance(9, 8, range + 1, nullptr);
         model.SignalToRadiance(65535, 65535, range, nullptr);
         EXPECT_TRUE(range[0] == each[1] && range[1] == -1.0f);
         for (int i = 0; i < 3; ++i) EXPECT_EQ(each[i], model.SignalToRadiance(in[i], nullptr)) << in[i];
     }
     const CMrlConv model = Model(MerlinCamera());
     u8 status = 99;
-    for (const SScaleStep& step : kScaleSteps) {
-        const float value = static_cast<float>(300 * step.factor - step.offset);
+    for (const auto& [scale, factor, offset] : kScaleSteps) {
+        const float value = static_cast<float>(300 * factor - offset);
         const double radiance = 2.2e8 / (std::exp(3300.0 / 300) - 1);
-        EXPECT_NEAR(model.TemperatureToRadiance(value, &status, step.scale), radiance, 2e-2);
-        EXPECT_NEAR(model.RadianceToTemperature(static_cast<float>(radiance), &status, step.scale), value, 1e-4);
+        EXPECT_NEAR(model.TemperatureToRadiance(value, &status, scale), radiance, 2e-2);
+        EXPECT_NEAR(model.RadianceToTemperature(static_cast<float>(radiance), &status, scale), value, 1e-4);
     }
-    EXPECT_EQ(status, 99);
+    EXPECT_EQ(status, 99);  // not theirs to write
     EXPECT_EQ(model.RadianceToTemperature(-1e9f, nullptr, Kelvin), 0.0f);
 }
 
