@@ -252,8 +252,7 @@ TEST(RCalFile, RefusesDamageAndStaysAsItWas) {
         {"an image of another size",
          Record(3, 5, CByteWriter(noTables).U32(3).F64(0).U32(1).U32(2).U32(2).U32(2).F64(1).F64(1))},
         {"an image whose size wraps",
-         Record(3, 5, CByteWriter(noTables).U32(3).F64(0).U32(1).U32(0x80000001).U32(2).U32(2).F64(1).F64(1))},
-    };
+         Record(3, 5, CByteWriter(noTables).U32(3).F64(0).U32(1).U32(0x80000001).U32(2).U32(2).F64(1).F64(1))}};
     for (const auto& [what, record] : cases) EXPECT_TRUE(refused(record)) << what;
     EXPECT_TRUE(Load(calibration, Record(0, 0, none))) << "nothing at all is a calibration";
 }

@@ -16,15 +16,13 @@ TEST(DateTime, CountsFrom1601) {
     const struct {
         i64 ticks;
         const wchar_t* text;
-    } cases[] = {
-        {0, L"1601-01-01 001:00:00:00.000000"},
-        {-1, L"1600-12-31 366:23:59:59.999999"},
-        {116'444'736'000'000'000, L"1970-01-01 001:00:00:00.000000"},
-        {kStartOf2024, L"2024-01-01 001:00:00:00.000000"},
-        {kStartOf2024 + 59 * kDay + 12'345'678, L"2024-02-29 060:00:00:01.234567"},
-        {INT64_MAX, L"30828-09-14 258:02:48:05.477580"},
-        {INT64_MIN, L"-27627-04-19 109:21:11:54.522419"},
-    };
+    } cases[] = {{0, L"1601-01-01 001:00:00:00.000000"},
+                 {-1, L"1600-12-31 366:23:59:59.999999"},
+                 {116'444'736'000'000'000, L"1970-01-01 001:00:00:00.000000"},
+                 {kStartOf2024, L"2024-01-01 001:00:00:00.000000"},
+                 {kStartOf2024 + 59 * kDay + 12'345'678, L"2024-02-29 060:00:00:01.234567"},
+                 {INT64_MAX, L"30828-09-14 258:02:48:05.477580"},
+                 {INT64_MIN, L"-27627-04-19 109:21:11:54.522419"}};
     for (const auto& [ticks, text] : cases) {
         CDateTime time;
         time.SetTimestamp(ticks, 0);
@@ -41,42 +39,41 @@ TEST(DateTime, IsNowWhenNothingIsSaid) {
 }
 
 TEST(DateTime, ReadsDaysOfTheYearAndIso8601) {
-    const struct {
-        const wchar_t* text;
-        i64 expected;  ///< after the start of 2024, -1 for text that leaves the value at one tick
-    } cases[] = {
-        {L"60:1:02:03", 59 * kDay + 3723 * kSecond},
-        {L"366:23:59:59.9999999", 366 * kDay - 1},
-        {L"366:23:59:59.99999999999999999999999", 366 * kDay - 1},
-        {L"367:00:00:00", 366 * kDay},
-        {L"000:12:00:00,5", -kDay / 2 + kSecond / 2},
-        {L"001:24:00:00", kDay},
-        {L"001:23:59:60", kDay},
-        {L"2024-02-29", 59 * kDay},
-        {L"2024-01-01 01:00:00.25", 3600 * kSecond + kSecond / 4},
-        {L"2024-01-01T01:30:00+01:30", 0},
-        {L"2023-12-31t19:00:00-0500", 0},
-        {L"", -1},
-        {L"001:00:00", -1},
-        {L"001:25:00:00", -1},
-        {L"001:24:00:01", -1},
-        {L"001:00:60:00", -1},
-        {L"001:00:00:00.", -1},
-        {L"001:00:00:00 ", -1},
-        {L"1000:00:00:00", -1},
-        {L"2023-02-29", -1},
-        {L"2024-13-01", -1},
-        {L"2024-01-01T", -1},
-        {L"2024-01-01T00:00+25:00", -1},
-        {nullptr, -1},
-    };
+    const std::pair<const wchar_t*, i64> cases[] = {// and the time after the start of 2024
+                                                    {L"60:1:02:03", 59 * kDay + 3723 * kSecond},
+                                                    {L"366:23:59:59.9999999", 366 * kDay - 1},
+                                                    {L"366:23:59:59.99999999999999999999999", 366 * kDay - 1},
+                                                    {L"367:00:00:00", 366 * kDay},
+                                                    {L"000:12:00:00,5", -kDay / 2 + kSecond / 2},
+                                                    {L"001:24:00:00", kDay},
+                                                    {L"001:23:59:60", kDay},
+                                                    {L"2024-02-29", 59 * kDay},
+                                                    {L"2024-01-01 01:00:00.25", 3600 * kSecond + kSecond / 4},
+                                                    {L"2024-01-01T01:30:00+01:30", 0},
+                                                    {L"2023-12-31t19:00:00-0500", 0}};
     for (const auto& [text, expected] : cases) {
         CDateTime time;
-        time.SetTimestamp(kStartOf2024 + 1);
-        const bool leaves = expected == -1;
-        EXPECT_EQ(time.Set(text), !leaves) << CString(text).GetUTF8();
-        EXPECT_EQ(time.GetTimestamp() - kStartOf2024, leaves ? 1 : expected) << CString(text).GetUTF8();
+        time.SetTimestamp(kStartOf2024);
+        EXPECT_TRUE(time.Set(text)) << CString(text).GetUTF8();
+        EXPECT_EQ(time.GetTimestamp() - kStartOf2024, expected) << CString(text).GetUTF8();
     }
+    const wchar_t* const none[] = {L"",
+                                   L"001:00:00",
+                                   L"001:25:00:00",
+                                   L"001:24:00:01",
+                                   L"001:00:60:00",
+                                   L"001:00:00:00.",
+                                   L"001:00:00:00 ",
+                                   L"1000:00:00:00",
+                                   L"2023-02-29",
+                                   L"2024-13-01",
+                                   L"2024-01-01T",
+                                   L"2024-01-01T00:00+25:00",
+                                   nullptr};
+    CDateTime time;
+    time.SetTimestamp(kStartOf2024 + 1);
+    for (const wchar_t* text : none)
+        EXPECT_TRUE(!time.Set(text) && time.GetTimestamp() == kStartOf2024 + 1) << CString(text).GetUTF8();
 }
 
 TEST(DateTime, SetsFromDaysOfTheYear) {
@@ -90,10 +87,8 @@ TEST(DateTime, SetsFromDaysOfTheYear) {
 
     const struct {
         int year, dayOfYear, month, day;
-    } days[] = {
-        {2024, 60, 2, 29}, {2023, 60, 3, 1},     {2000, 366, 12, 31}, {1900, 366, 1, 1},
-        {2024, 0, 12, 31}, {2024, -366, 12, 30}, {INT_MAX, 1, 1, 1},  {INT_MIN, 1, 1, 1},
-    };
+    } days[] = {{2024, 60, 2, 29}, {2023, 60, 3, 1},     {2000, 366, 12, 31}, {1900, 366, 1, 1},
+                {2024, 0, 12, 31}, {2024, -366, 12, 30}, {INT_MAX, 1, 1, 1},  {INT_MIN, 1, 1, 1}};
     for (const auto& [year, dayOfYear, expectedMonth, expectedDay] : days) {
         int month = 0, day = 0;
         CDateTime::GetDayInMonth(month, day, year, dayOfYear);

@@ -123,14 +123,12 @@ TEST(File, ReadsTextsByTheirCount) {
     const struct {
         CByteWriter bytes;
         const char* expected;  ///< null when the count is not to be believed
-    } cases[] = {
-        {CByteWriter().U32(0), ""},
-        {CByteWriter().U32(3).Text("a\xC2\xB0", 3).Text("behind", 6), "a\xC2\xB0"},
-        {CByteWriter().U32(2).Text("a\xC2\xB0", 3), "a\xEF\xBF\xBD"},
-        {CByteWriter().U32(3).Text("ab", 2), nullptr},
-        {CByteWriter().U32(0xFFFFFFFF).Text("ab", 2), nullptr},
-        {CByteWriter().U16(0), nullptr},
-    };
+    } cases[] = {{CByteWriter().U32(0), ""},
+                 {CByteWriter().U32(3).Text("a\xC2\xB0", 3).Text("behind", 6), "a\xC2\xB0"},
+                 {CByteWriter().U32(2).Text("a\xC2\xB0", 3), "a\xEF\xBF\xBD"},
+                 {CByteWriter().U32(3).Text("ab", 2), nullptr},
+                 {CByteWriter().U32(0xFFFFFFFF).Text("ab", 2), nullptr},
+                 {CByteWriter().U16(0), nullptr}};
     for (const auto& [bytes, expected] : cases) {
         CMemFile file;
         std::vector<u8> content = bytes.bytes;
@@ -167,9 +165,8 @@ TEST(MemFile, RefusesPositionsAndSizesThatAreNone) {
                                          {INT64_MAX, IFile::FromEnd},
                                          {0, 0},
                                          {0, 4}};
-    for (const auto& [offset, origin] : cases) {
+    for (const auto& [offset, origin] : cases)
         EXPECT_FALSE(file.Seek(offset, origin) || file.GetPosition() != 3) << offset << " " << origin;
-    }
     EXPECT_FALSE(file.SetSize(-1) || file.SetSize(INT64_MAX));
     EXPECT_EQ(Content(file), "abc");
     char buffer[4] = {};
@@ -248,24 +245,21 @@ struct SOuter {
     SInner inner[2];
     u8 rest[3] = {};
 };
-constexpr TRecordField<SOuter> kOuter[] = {
-    CharsField<&SOuter::name>(0, "name"),
-    Field<&SOuter::flag>(4, "flag"),
-    Field<&SOuter::number>(5, "number"),
-    Field<&SOuter::sum>(7, "sum", EStored::Hex),
-    Field<&SOuter::id>(11, "id"),
-    Field<&SOuter::time>(27, "time"),
-    SubRecords<&SOuter::inner, kInner, 8>(35, "inner"),
-    Field<&SOuter::rest>(51, "rest"),
-};
+constexpr TRecordField<SOuter> kOuter[] = {CharsField<&SOuter::name>(0, "name"),
+                                           Field<&SOuter::flag>(4, "flag"),
+                                           Field<&SOuter::number>(5, "number"),
+                                           Field<&SOuter::sum>(7, "sum", EStored::Hex),
+                                           Field<&SOuter::id>(11, "id"),
+                                           Field<&SOuter::time>(27, "time"),
+                                           SubRecords<&SOuter::inner, kInner, 8>(35, "inner"),
+                                           Field<&SOuter::rest>(51, "rest")};
 static_assert(RecordEnd(kOuter) == 54 && IsGapless(kOuter) && !IsGapless({kOuter[0], kOuter[2]}));
 
 /// "A", a quote, ESC and 0xFF; true; -2; 0xBEEF; a GUID of all groups; 1970 and a half second; 7 and 0.5, 9 and -1; 1.
-constexpr u8 kBytes[54] = {
-    'A', '"', 0x1B, 0xFF, 7,    0xFE, 0xFF, 0xEF, 0xBE, 0,    0,    4,    3,    2,    1,    6,    5,    8,
-    7,   9,   10,   11,   12,   13,   14,   15,   16,   0x40, 0xCB, 0x8A, 0xD5, 0xDE, 0xB1, 0x9D, 0x01, 7,
-    0,   0,   0,    0,    0x3F, 0,    0,    9,    0,    0,    0,    0x80, 0xBF, 0,    0,    0,    1,    0,
-};
+constexpr u8 kBytes[54] = {'A',  '"',  0x1B, 0xFF, 7,    0xFE, 0xFF, 0xEF, 0xBE, 0,  0,  4,  3,    2,
+                           1,    6,    5,    8,    7,    9,    10,   11,   12,   13, 14, 15, 16,   0x40,
+                           0xCB, 0x8A, 0xD5, 0xDE, 0xB1, 0x9D, 0x01, 7,    0,    0,  0,  0,  0x3F, 0,
+                           0,    9,    0,    0,    0,    0x80, 0xBF, 0,    0,    0,  1,  0};
 
 TEST(Record, OneTableReadsWritesAndDescribes) {
     SOuter object;

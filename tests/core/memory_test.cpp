@@ -50,8 +50,7 @@ TEST(Array, RearrangesElements) {
         {"add implicitly what is there", [](auto& a) { return a.ImplicitAddition(3); }, "abcde"},
         {"empty", [](auto& a) { return (a.clear(), a.capacity() == 10); }, ""},
         {"destroy", [](auto& a) { return (a.Destroy(), a.capacity() == 0 && !a.data()); }, ""},
-        {"copy itself", [](auto& a) { return a.Copy(a); }, "abcde"},
-    };
+        {"copy itself", [](auto& a) { return a.Copy(a); }, "abcde"}};
     for (const auto& [what, change, expected] : cases) {
         TArray<CString> array{L"a", L"b", L"c", L"d", L"e"};
         EXPECT_TRUE(change(array)) << what;
@@ -64,10 +63,9 @@ TEST(Array, GrowsBeyondTheWantedCountOrDoubles) {
         u16 rate;
         std::vector<u32> wanted;
         u32 capacity;
-    } cases[] = {
-        {5, {1}, 5},       {5, {4}, 5},         {5, {5}, 10},    {5, {5, 10}, 10}, {5, {5, 11}, 15},      {5, {0}, 0},
-        {100, {100}, 200}, {65534, {1}, 65534}, {65535, {1}, 1}, {65535, {5}, 8},  {65535, {3, 4, 5}, 8},
-    };
+    } cases[] = {{5, {1}, 5},      {5, {4}, 5},     {5, {5}, 10},         {5, {5, 10}, 10},
+                 {5, {5, 11}, 15}, {5, {0}, 0},     {100, {100}, 200},    {65534, {1}, 65534},
+                 {65535, {1}, 1},  {65535, {5}, 8}, {65535, {3, 4, 5}, 8}};
     for (const auto& [rate, wanted, capacity] : cases) {
         TArray<u8> array;
         EXPECT_EQ(array.SetGrowthRate(rate), 5);
@@ -145,12 +143,10 @@ TEST(SharedPtr, DisposesByItsDeleter) {
         SBase* object;
         TSharedPtr<SBase>::Deleter deleter;
         int deleted, called;
-    } cases[] = {
-        {"the virtual destructor", new SDerived, nullptr, 1, 0},
-        {"a function", new SDerived, CountAndDelete, 1, 1},
-        {"nothing for an object that lives elsewhere", &resident, TSharedPtr<SBase>::DoNotDelete(), 0, 0},
-        {"nothing for no object", nullptr, CountAndDelete, 0, 0},
-    };
+    } cases[] = {{"the virtual destructor", new SDerived, nullptr, 1, 0},
+                 {"a function", new SDerived, CountAndDelete, 1, 1},
+                 {"nothing for an object that lives elsewhere", &resident, TSharedPtr<SBase>::DoNotDelete(), 0, 0},
+                 {"nothing for no object", nullptr, CountAndDelete, 0, 0}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         SBase::deleted = called = 0;

@@ -93,8 +93,7 @@ TEST(String, FormatsInEveryLocaleAndWithBadDirectives) {
         {CString::FromFormat(L"%08X-%04x %c %d%%", 0xBEEFu, 0xAu, L'c', -5), "0000BEEF-000a c -5%"},
         {CString::FromFormat(L"%.2f %g %*d", 1234.5, 0.5, 4, 7), "1234.50 0.5    7"},
         {CString::FromFormat(L"%y %-5 %d", 1), "%y %-5 1"},
-        {CString::FromFormat(L"%n 100%"), "%n 100%"},
-    };
+        {CString::FromFormat(L"%n 100%"), "%n 100%"}};
     for (const auto& [text, expected] : cases) EXPECT_STREQ(text.GetUTF8(), expected);
     EXPECT_EQ(CString::FromFormat(L"%s", std::wstring(5000, L'x').c_str()).length(), 5000);
     std::setlocale(LC_ALL, saved.c_str());
@@ -113,29 +112,25 @@ TEST(String, CopiesCutAndChangesExtensions) {
     }
     const wchar_t* const paths[][3] = {
         {L"a/b.mvg", L".mvo", L"a/b.mvo"}, {L"a/b", L".mvo", L"a/b.mvo"}, {L"a.dir/b", L".mvo", L"a.dir/b.mvo"},
-        {L"b.x.mvg", L"mvb", L"b.x.mvb"},  {L"b.mvg", L"", L"b"},         {L"", L".mvg", L".mvg"},
-    };
-    for (const auto& [path, extension, expected] : paths) {
+        {L"b.x.mvg", L"mvb", L"b.x.mvb"},  {L"b.mvg", L"", L"b"},         {L"", L".mvg", L".mvg"}};
+    for (const auto& [path, extension, expected] : paths)
         EXPECT_STREQ(path::ChangeExtension(path, extension), expected);
-    }
 }
 
 TEST(Numbers, HaveDecimalTexts) {
     const struct {
         CString text;
         const char* expected;
-    } cases[] = {
-        {CInt32::ToString(INT32_MIN), "-2147483648"},
-        {CUInt8::ToString(255), "255"},
-        {CUInt16::ToString(65535), "65535"},
-        {CUInt32::ToString(CUInt32::Max), "4294967295"},
-        {CUInt64::ToString(CUInt64::Max), "18446744073709551615"},
-        {CFlt32::ToString(0.1f), "0.1"},
-        {CFlt32::ToString(273.15f), "273.15"},
-        {CFlt32::ToString(16777216.0f), "16777216"},
-        {CFlt32::ToString(std::numeric_limits<float>::infinity()), "inf"},
-        {CFlt32::ToString(-std::numeric_limits<float>::quiet_NaN()), "nan"},
-    };
+    } cases[] = {{CInt32::ToString(INT32_MIN), "-2147483648"},
+                 {CUInt8::ToString(255), "255"},
+                 {CUInt16::ToString(65535), "65535"},
+                 {CUInt32::ToString(CUInt32::Max), "4294967295"},
+                 {CUInt64::ToString(CUInt64::Max), "18446744073709551615"},
+                 {CFlt32::ToString(0.1f), "0.1"},
+                 {CFlt32::ToString(273.15f), "273.15"},
+                 {CFlt32::ToString(16777216.0f), "16777216"},
+                 {CFlt32::ToString(std::numeric_limits<float>::infinity()), "inf"},
+                 {CFlt32::ToString(-std::numeric_limits<float>::quiet_NaN()), "nan"}};
     for (const auto& [text, expected] : cases) EXPECT_STREQ(text.GetUTF8(), expected);
 
     wchar_t dest[5] = L"####";
@@ -155,19 +150,17 @@ TEST(Numbers, AreReadUpToTheFirstOtherCharacter) {
         i32 signed32;
         i64 signed64;
         double real;
-    } cases[] = {
-        {L"", 0, 0, 0, 0, 0},
-        {L" \t12.5x", 12, 12, 12, 12, 12.5},
-        {L"+-5", 0, 0, 0, 0, 0},
-        {L"-1", CUInt64::Max, -1, -1, -1, -1},
-        {L"255", 255, -1, 255, 255, 255},
-        {L"3000000000", 3000000000, 0, INT32_MAX, 3000000000, 3e9},
-        {L"-3000000000", u64{0} - 3000000000, 0, INT32_MIN, -3000000000, -3e9},
-        {L"18446744073709551615", CUInt64::Max, -1, INT32_MAX, INT64_MAX, 18446744073709551615.0},
-        {L"18446744073709551616", CUInt64::Max, -1, INT32_MAX, INT64_MAX, 18446744073709551616.0},
-        {L"1e3", 1, 1, 1, 1, 1000},
-        {L"1,5", 1, 1, 1, 1, 1},
-    };
+    } cases[] = {{L"", 0, 0, 0, 0, 0},
+                 {L" \t12.5x", 12, 12, 12, 12, 12.5},
+                 {L"+-5", 0, 0, 0, 0, 0},
+                 {L"-1", CUInt64::Max, -1, -1, -1, -1},
+                 {L"255", 255, -1, 255, 255, 255},
+                 {L"3000000000", 3000000000, 0, INT32_MAX, 3000000000, 3e9},
+                 {L"-3000000000", u64{0} - 3000000000, 0, INT32_MIN, -3000000000, -3e9},
+                 {L"18446744073709551615", CUInt64::Max, -1, INT32_MAX, INT64_MAX, 18446744073709551615.0},
+                 {L"18446744073709551616", CUInt64::Max, -1, INT32_MAX, INT64_MAX, 18446744073709551616.0},
+                 {L"1e3", 1, 1, 1, 1, 1000},
+                 {L"1,5", 1, 1, 1, 1, 1}};
     for (const auto& c : cases) {
         const CVariant variant(c.text);
         EXPECT_EQ(variant.ToUInt64(), c.unsigned64) << CString(c.text).GetUTF8();

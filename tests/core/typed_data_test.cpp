@@ -46,18 +46,16 @@ TEST(NumericCast, TruncatesAndWraps) {
         u64 unsigned64;
         i32 signed32;
         u8 unsigned8;
-    } cases[] = {
-        {2.9, 2, 2, 2, 2},
-        {-2.9, -2, ~u64{0} - 1, -2, 0xFE},
-        {300.5, 300, 300, 300, 44},
-        {4294967297.0, 4294967297, 4294967297, 1, 1},
-        {9223372036854775808.0, INT64_MIN, u64{1} << 63, 0, 0},
-        {18446744073709549568.0, INT64_MIN, 0xFFFFFFFFFFFFF800, 0, 0},
-        {18446744073709551616.0, INT64_MIN, u64{1} << 63, 0, 0},
-        {-1e300, INT64_MIN, u64{1} << 63, 0, 0},
-        {kInf, INT64_MIN, u64{1} << 63, 0, 0},
-        {kNaN, INT64_MIN, u64{1} << 63, 0, 0},
-    };
+    } cases[] = {{2.9, 2, 2, 2, 2},
+                 {-2.9, -2, ~u64{0} - 1, -2, 0xFE},
+                 {300.5, 300, 300, 300, 44},
+                 {4294967297.0, 4294967297, 4294967297, 1, 1},
+                 {9223372036854775808.0, INT64_MIN, u64{1} << 63, 0, 0},
+                 {18446744073709549568.0, INT64_MIN, 0xFFFFFFFFFFFFF800, 0, 0},
+                 {18446744073709551616.0, INT64_MIN, u64{1} << 63, 0, 0},
+                 {-1e300, INT64_MIN, u64{1} << 63, 0, 0},
+                 {kInf, INT64_MIN, u64{1} << 63, 0, 0},
+                 {kNaN, INT64_MIN, u64{1} << 63, 0, 0}};
     for (const auto& c : cases) {
         EXPECT_EQ(NumericCast<i64>(c.value), c.signed64) << c.value;
         EXPECT_EQ(NumericCast<u64>(c.value), c.unsigned64) << c.value;
@@ -75,9 +73,8 @@ TEST(ConvertArray, MovesBetweenAllPairsOfTypes) {
         const S source[] = {static_cast<S>(values[0]), static_cast<S>(values[1])};
         D dest[] = {0, 0, 77};
         EXPECT_TRUE(ConvertArray({dest, DataTypeOf<D>()}, {const_cast<S*>(source), DataTypeOf<S>()}, 2));
-        for (int i = 0; i < 2; ++i) {
+        for (int i = 0; i < 2; ++i)
             EXPECT_EQ(dest[i], static_cast<D>(values[i])) << DataTypeOf<S>() << " to " << DataTypeOf<D>();
-        }
         EXPECT_EQ(dest[2], 77);
     });
 }
@@ -241,8 +238,7 @@ TEST(LeastSquares, GivesPolynomialsBack) {
         {"raw counts, exactly as many points as coefficients", {1, -2e-4, 3e-8, 1e-12}, 10'000, 9'000, 4, 1e-12},
         {"time stamps", {5, 1e-8, 1e-18}, 1.3e9, 1000, 50, 1e-12},
         {"a high degree", {1, 1, 1, 1, 1, 1, 1, 1}, -1, 0.1, 21, 1e-13},
-        {"small numbers", {1e-12, 1e-9, 1e-3}, 1e-7, 1e-8, 30, 1e-12},
-    };
+        {"small numbers", {1e-12, 1e-9, 1e-3}, 1e-7, 1e-8, 30, 1e-12}};
     for (const auto& c : cases) {
         TArray<double> x, y, fitted;
         double greatest = 0;
@@ -272,18 +268,16 @@ TEST(LeastSquares, RefusesWhatCannotBeSolved) {
         const char* what;
         TArray<double> x, y;
         int degree;
-    } cases[] = {
-        {"no points", {}, {}, 0},
-        {"too few points", {1, 2}, {1, 2}, 2},
-        {"too few different points", {1, 1, 2, 2}, {1, 1, 2, 2}, 2},
-        {"one point over and over", {5, 5, 5}, {1, 2, 3}, 1},
-        {"a negative degree", {1, 2}, {1, 2}, -1},
-        {"a degree beyond all points", {1, 2}, {1, 2}, INT32_MAX},
-        {"arrays of two lengths", {1, 2, 3}, {1, 2}, 1},
-        {"an x that is no number", {1, nan, 3}, {1, 2, 3}, 1},
-        {"an infinite y", {1, 2, 3}, {1, inf, 3}, 1},
-        {"a spread beyond double", {-most, most}, {1, 2}, 1},
-    };
+    } cases[] = {{"no points", {}, {}, 0},
+                 {"too few points", {1, 2}, {1, 2}, 2},
+                 {"too few different points", {1, 1, 2, 2}, {1, 1, 2, 2}, 2},
+                 {"one point over and over", {5, 5, 5}, {1, 2, 3}, 1},
+                 {"a negative degree", {1, 2}, {1, 2}, -1},
+                 {"a degree beyond all points", {1, 2}, {1, 2}, INT32_MAX},
+                 {"arrays of two lengths", {1, 2, 3}, {1, 2}, 1},
+                 {"an x that is no number", {1, nan, 3}, {1, 2, 3}, 1},
+                 {"an infinite y", {1, 2, 3}, {1, inf, 3}, 1},
+                 {"a spread beyond double", {-most, most}, {1, 2}, 1}};
     for (auto& c : cases) {
         TArray<double> fitted{42};
         EXPECT_FALSE(LinearLeastSquareFit(c.x, c.y, c.degree, fitted)) << c.what;

@@ -44,10 +44,8 @@ TEST(NamedClassFactory, TheFirstOfANameKeepsIt) {
         int kind;  ///< 0: no object comes
         int extra;
         bool known;
-    } cases[] = {
-        {L"One", 1, 10, true}, {L"one", 2, 0, true}, {L"None", 0, 40, true},
-        {L"ONE", 0, 0, false}, {L"On", 0, 0, false}, {L"", 0, 0, false},
-    };
+    } cases[] = {{L"One", 1, 10, true}, {L"one", 2, 0, true}, {L"None", 0, 40, true},
+                 {L"ONE", 0, 0, false}, {L"On", 0, 0, false}, {L"", 0, 0, false}};
     for (const auto& c : cases) {
         const std::string name = CString(c.name).GetUTF8();
         EXPECT_EQ(factory.IsRegistered(c.name), c.known) << name;

@@ -33,17 +33,15 @@ TEST(AdjustFrameData, CountsAreTakenByTheTableOfTheFlags) {
         RECT rect;
         bool mirror, flip;
         std::vector<u16> words;  ///< numbers of source words, found by hand
-    } cases[] = {
-        {2, 2, {}, true, true, {3, 2, 1, 0}},
-        {3, 2, {}, true, false, {2, 1, 0, 5, 4, 3}},
-        {3, 2, {}, false, true, {3, 4, 5, 0, 1, 2}},
-        {2, 2, {1, 1, 1, 99}, false, false, {5, 6, 9, 10}},
-        {3, 1, {0, 2, 4, 0}, false, false, {14, 15, 16}},
-        {2, 2, {1, 0, 1, 0}, false, true, {3, 4, 1, 2}},  // turned lines have no margins
-        {2, 2, {1, 1, 5, 0}, true, false, {2, 1, 4, 3}},
-        {0, 3, {}, false, false, {}},
-        {3, -1, {}, true, true, {}},
-    };
+    } cases[] = {{2, 2, {}, true, true, {3, 2, 1, 0}},
+                 {3, 2, {}, true, false, {2, 1, 0, 5, 4, 3}},
+                 {3, 2, {}, false, true, {3, 4, 5, 0, 1, 2}},
+                 {2, 2, {1, 1, 1, 99}, false, false, {5, 6, 9, 10}},
+                 {3, 1, {0, 2, 4, 0}, false, false, {14, 15, 16}},
+                 {2, 2, {1, 0, 1, 0}, false, true, {3, 4, 1, 2}},  // turned lines have no margins
+                 {2, 2, {1, 1, 5, 0}, true, false, {2, 1, 4, 3}},
+                 {0, 3, {}, false, false, {}},
+                 {3, -1, {}, true, true, {}}};
     std::vector<u16> source(24);
     std::iota(source.begin(), source.end(), u16{0});
     for (const auto& c : cases) {
@@ -136,9 +134,8 @@ TEST(AdjustFrameData, YuvLinesGoToTheirPlaces) {
                 << flags.deinterlace << flags.mirror << flags.flip << lines << " of width " << width;
         }
     }
-    for (const GUID& other : {frame_types::kUYVY, CGUID::Empty}) {
+    for (const GUID& other : {frame_types::kUYVY, CGUID::Empty})
         EXPECT_EQ(Adjust(Bytes(8, 1), 12, 2, 2, other), Bytes(12, 0xEE));
-    }
 }
 
 }  // namespace

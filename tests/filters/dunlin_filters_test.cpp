@@ -104,13 +104,11 @@ TEST(Wren, DamagedTrailersAreRefusedButByTheLightOperations) {
 }
 
 TEST(Wren, OlderCounterGoesOnBeyondThirtyTwoBits) {
-    const std::pair<std::vector<u32>, u64> cases[] = {
-        {{0xFFFFFFFE, 1}, 0x1'0000'0001},
-        {{0x7FFFFFFF, 1}, 1},
-        {{0x80000000, 1}, 1},  // one short of what counts as high
-        {{0x80000001, 1}, 0x1'0000'0001},
-        {{0xFFFFFFFE, 1, 0xFFFFFFFF, 0xFFFFFFFF, 0}, 0x2'0000'0000},
-    };
+    const std::pair<std::vector<u32>, u64> cases[] = {{{0xFFFFFFFE, 1}, 0x1'0000'0001},
+                                                      {{0x7FFFFFFF, 1}, 1},
+                                                      {{0x80000000, 1}, 1},  // one short of what counts as high
+                                                      {{0x80000001, 1}, 0x1'0000'0001},
+                                                      {{0xFFFFFFFE, 1, 0xFFFFFFFF, 0xFFFFFFFF, 0}, 0x2'0000'0000}};
     for (const auto& [counters, last] : cases) {
         SFrameReader reader = WrenReader();
         for (const u32 counter : counters) {
@@ -144,12 +142,10 @@ TEST(Wren, StoresFramesOfNativePackets) {
 }
 
 TEST(Wren, OlderFramesAreStoredWithTheLinesOfTheirTrailer) {
-    const std::tuple<u16, u16, std::size_t> cases[] = {// and the bytes that they come to
-                                                       {640, 1, 2 * 1280},
-                                                       {32, 2, 4 * 64},
-                                                       {48, 1, 2 * 96},
-                                                       {47, 1, 3 * 94},
-                                                       {1, 1, 49 * 2}};
+    const std::tuple<u16, u16, std::size_t> cases[] = {
+        // and the bytes that they come to
+        {640, 1, 2 * 1280}, {32, 2, 4 * 64}, {48, 1, 2 * 96}, {47, 1, 3 * 94}, {1, 1, 49 * 2},
+    };
     for (const auto& [width, height, stride] : cases) {
         const SFrameReader reader = WrenReader(width, height);
         const Bytes one = TomzFrame(Ramp(std::size_t{width} * height), {.olderWren = true}, stride);

@@ -114,10 +114,9 @@ TEST(OspreyFilter, ObjectsOfItsOwn) {
         Bytes line = OspreyHeader(width);
         CReduceObjectArray objects;
         u8 preset = 9;
-        for (const EDataType refused : {Flt32, Int16, Opaque}) {
+        for (const EDataType refused : {Flt32, Int16, Opaque})
             EXPECT_FALSE(COspreyFilter().ParseFrame(line.data(), kOspreyHeader, width, 1, 192, {nullptr, refused},
                                                     objects, preset));
-        }
         EXPECT_EQ(objects.GetSize(), 0u);
         ASSERT_TRUE(COspreyFilter().ParseReduceObjects(line.data(), kOspreyHeader, width, 1, 192, objects, preset));
         ASSERT_EQ(objects.GetSize(), 3u);
@@ -283,8 +282,7 @@ const SFamily kFamilies[] = {
     {L"LOR-RA", L"LOR-RA", kLORRA, kLORRAHeader, 48, 96, 0xF0000001, 0xFFFFFFFF, LORHeader, kLORValues, "SB:"},
     {L"LOR-SB", L"LOR-SB", kLORSB, kLORSBHeader, 48, 120, 0xF0000001, 0xFFFFFFFF, LORHeader, kLORValues, "RA:"},
     {L"MVFalcon", L"MVFalcon", kMVFalcon, kMVFalconHeader, 128, 256, 0xF00001, 0xFFFFFF, MVFalconHeader,
-     kMVFalconValues},
-};
+     kMVFalconValues}};
 
 std::string ValuesOf(const SFamily& family) {
     std::istringstream all(family.values);

@@ -23,21 +23,18 @@ TEST(K410Check, FaultsOfTheContainer) {
         SK410Container container;
         u64 offset;  ///< from the container's start
         const wchar_t *expected, *found;
-    } cases[] = {
-        {"signature", {.signature = 0x014D4B4D}, 0, L"0x004D4B4D", L"0x014D4B4D"},
-        {"first entry", {.firstEntry = 33}, 64, L"32 (the camera record", L"33"},
-        {"second entry", {.secondEntry = 0x101}, 96, L"1 (the pixels", L"257"},
-        {"record offset", {.recordOffset = 129}, 129, L"the camera record (2428 bytes)", L"the end"},
-        {"wrapping offset", {.recordOffset = 0xFFFFFFF0}, 0xFFFFFFF0, L"the camera record", L"the end"},
-        {"record size", {.recordOffset = 2548, .recordSize = 9}, 2548, L"(9 bytes)", L"the end"},
-    };
+    } cases[] = {{"signature", {.signature = 0x014D4B4D}, 0, L"0x004D4B4D", L"0x014D4B4D"},
+                 {"first entry", {.firstEntry = 33}, 64, L"32 (the camera record", L"33"},
+                 {"second entry", {.secondEntry = 0x101}, 96, L"1 (the pixels", L"257"},
+                 {"record offset", {.recordOffset = 129}, 129, L"the camera record (2428 bytes)", L"the end"},
+                 {"wrapping offset", {.recordOffset = 0xFFFFFFF0}, 0xFFFFFFF0, L"the camera record", L"the end"},
+                 {"record size", {.recordOffset = 2548, .recordSize = 9}, 2548, L"(9 bytes)", L"the end"}};
     for (const auto& c : cases) {
         const Bytes stream = EncodeJpegLs(Ramp(kPixels, 14), kWidth, kHeight);
         const std::tuple<Bytes, GUID, u64> frames[] = {
             {PlainFrame(Ramp(kPixels), c.container), kK410FNM0, kTail},
             {DigitalFrame(Ramp(kPixels), {}, c.container), kK410GigE, kTail + 32},
-            {CompressedFrame(stream, c.container), kK410MJLS, 4 + stream.size()},
-        };
+            {CompressedFrame(stream, c.container), kK410MJLS, 4 + stream.size()}};
         for (const auto& [frame, type, start] : frames) {
             SCOPED_TRACE(c.name);
             SFrameFault fault;

@@ -176,17 +176,15 @@ TEST(ShortRecordFilter, PacketsAreSpacedOver33Milliseconds) {
         u32 tail, dest;  ///< bytes behind the images, and room behind the stored one
         u32 later = 0;   ///< milliseconds
         bool stored = true;
-    } cases[] = {
-        {"third of three", kMV310, 3, 2, 0, 1148, 1148, 22},
-        {"third of four", kMV310, 4, 2, 0, 1148, 1200, 16},
-        {"more images than milliseconds", kMV310, 40, 39, 0, 1148, 1148},
-        {"whatever the type", kMV310YUV, 2, 1, 0, 1148, 1148, 16},
-        {"video without a record", kMV310YUV, 2, 1, 0, 0, 0},
-        {"record that ends in the time", kMV310, 2, 1, 0, 907, 1148, 0, false},
-        {"no such image", kMV310, 2, 2, 0, 1148, 1148, 0, false},
-        {"no room", kMV310, 2, 1, 0, 1148, 1147, 0, false},
-        {"less than three images", kMV310YUV, 3, 0, 1, 0, 0, 0, false},
-    };
+    } cases[] = {{"third of three", kMV310, 3, 2, 0, 1148, 1148, 22},
+                 {"third of four", kMV310, 4, 2, 0, 1148, 1200, 16},
+                 {"more images than milliseconds", kMV310, 40, 39, 0, 1148, 1148},
+                 {"whatever the type", kMV310YUV, 2, 1, 0, 1148, 1148, 16},
+                 {"video without a record", kMV310YUV, 2, 1, 0, 0, 0},
+                 {"record that ends in the time", kMV310, 2, 1, 0, 907, 1148, 0, false},
+                 {"no such image", kMV310, 2, 2, 0, 1148, 1148, 0, false},
+                 {"no room", kMV310, 2, 1, 0, 1148, 1147, 0, false},
+                 {"less than three images", kMV310YUV, 3, 0, 1, 0, 0, 0, false}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         Bytes record = ShortRecord({.swapped = true});  // 250 milliseconds
@@ -208,13 +206,12 @@ TEST(ShortRecordFilter, PacketsAreSpacedOver33Milliseconds) {
 struct SFields {
     u32 offset, count, width;
 };
-constexpr SFields kDescribed[] = {
-    {0, 14, 2},  {776, 2, 4},  {28, 9, 4},  {784, 4, 2},  {80, 1, 4},  {792, 2, 4},  {88, 23, 4}, {824, 2, 4},
-    {180, 5, 2}, {832, 1, 2},  {364, 1, 4}, {872, 2, 4},  {432, 2, 2}, {880, 3, 2},  {436, 7, 4}, {900, 2, 4},
-    {464, 2, 2}, {908, 1, 2},  {488, 1, 4}, {912, 8, 4},  {556, 2, 2}, {960, 3, 2},  {560, 7, 4}, {968, 1, 4},
-    {588, 2, 2}, {972, 6, 2},  {612, 1, 4}, {1100, 2, 2}, {680, 2, 2}, {1104, 2, 4}, {684, 7, 4}, {1112, 2, 2},
-    {712, 2, 2}, {1116, 1, 4}, {736, 2, 4}, {1120, 6, 2},
-};
+constexpr SFields kDescribed[] = {{0, 14, 2},  {776, 2, 4},  {28, 9, 4},  {784, 4, 2},  {80, 1, 4},  {792, 2, 4},
+                                  {88, 23, 4}, {824, 2, 4},  {180, 5, 2}, {832, 1, 2},  {364, 1, 4}, {872, 2, 4},
+                                  {432, 2, 2}, {880, 3, 2},  {436, 7, 4}, {900, 2, 4},  {464, 2, 2}, {908, 1, 2},
+                                  {488, 1, 4}, {912, 8, 4},  {556, 2, 2}, {960, 3, 2},  {560, 7, 4}, {968, 1, 4},
+                                  {588, 2, 2}, {972, 6, 2},  {612, 1, 4}, {1100, 2, 2}, {680, 2, 2}, {1104, 2, 4},
+                                  {684, 7, 4}, {1112, 2, 2}, {712, 2, 2}, {1116, 1, 4}, {736, 2, 4}, {1120, 6, 2}};
 
 /// For each byte of the record, the place that it comes from.
 std::vector<u32> ExpectedOrigins(bool whole) {

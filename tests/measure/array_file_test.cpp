@@ -157,8 +157,7 @@ TEST(ArrayFile, RefusesOtherPixelsBeforeItTakesMemory) {
         {Tiff(false, {.compression = 7}, Bytes(90)), "compression 7"},
         {Tiff(false, {.compression = 8, .width = 10000, .height = 10000}, Bytes(8)), "10000 x 10000"},
         {Numpy("<f4", "(3, 5)", Bytes(60)), "<f4"},
-        {Numpy("<u2", "(3, 5, 1, 1)", counts), "(3, 5, 1, 1)"},
-    };
+        {Numpy("<u2", "(3, 5, 1, 1)", counts), "(3, 5, 1, 1)"}};
     for (const auto& [file, found] : cases) {
         const SErrorFacts facts = FactsOf([&, path = folder.Put("file", file)] { Open(path); });
         EXPECT_EQ(facts.id, EError::UnknownFormat) << found;

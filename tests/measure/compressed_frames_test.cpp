@@ -108,25 +108,6 @@ TEST_F(CompressedFrames, AreDecodedForThreadsThatComeAndGo) {
     EXPECT_LE(Helpers(::getpid()).size(), 4u);
 }
 
-TEST_F(CompressedFrames, AreDecodedOnBothSidesOfAForkInTheMiddleOfASeries) {
-    const CMeasurement measurement(Dump(), {.quantity = EQuantity::Counts});
-    for (const unsigned threads : {1u, kThreadsAcrossForks}) {
-        pid_t child = -1;
-        u64 number = 0;
-        bool right = true;
-        {
-            CSeries series(measurement, {.threads = threads});
-            for (const CFrame& frame : series) {
-                right = right && frame.number == number++ && IsRight(frame);
-                if (number == 2 && (child = ::fork()) == 0) ::alarm(60);
-            }
-        }
-        if (child == 0) ::_exit(right && number == kFrames ? 0 : 1);
-        EXPECT_TRUE(right && number == kFrames);
-        EXPECT_TRUE(WasGood(child));
-    }
-}
-
 TEST_F(CompressedFrames, SurviveTwoHundredForksUnderLoad) {
     const CMeasurement measurement(Dump(), {.quantity = EQuantity::Counts});
     std::atomic<int> wrong = 0;

@@ -53,14 +53,12 @@ TEST(NumberedSource, FindsTheFramesOfADumpWhateverStandsBehindThem) {
         Bytes bytes;
         u32 given;
         SFound found;
-    } cases[] = {
-        {"one", Frames(1), 0, {m, {0}}},
-        {"three", Frames(3), 0, {m, {0, m, 2 * m}}},
-        {"padded", padded, 0, {m + 100, {0, m + 100, 2 * (m + 100)}}},
-        {"padded and cut", Cut(padded, padded.size() - 150), 0, {m + 100, {0, m + 100}, 1}},
-        {"a frame and some padding", Cut(Frames(2), m + 7), 0, {m + 7, {0}}},
-        {"as told", padded, static_cast<u32>(m + 100), {m + 100, {0, m + 100, 2 * (m + 100)}}},
-    };
+    } cases[] = {{"one", Frames(1), 0, {m, {0}}},
+                 {"three", Frames(3), 0, {m, {0, m, 2 * m}}},
+                 {"padded", padded, 0, {m + 100, {0, m + 100, 2 * (m + 100)}}},
+                 {"padded and cut", Cut(padded, padded.size() - 150), 0, {m + 100, {0, m + 100}, 1}},
+                 {"a frame and some padding", Cut(Frames(2), m + 7), 0, {m + 7, {0}}},
+                 {"as told", padded, static_cast<u32>(m + 100), {m + 100, {0, m + 100, 2 * (m + 100)}}}};
     for (const auto& c : cases) EXPECT_EQ(Find(kGigE, c.bytes, c.given), c.found) << c.what;
     // Where nothing in the frame tells it from another, the pixels alone give the size.
     EXPECT_EQ(Find("K410 YUV (UYVY)", Bytes(700, 'v')), (SFound{256, {0, 256}, 1}));

@@ -40,8 +40,7 @@ constexpr SClassRow kClasses[] = {
     {L"CurlewCameraInfo", "{6471D16E-323A-4B50-92F9-5A76FAAA64FC}"_guid, 0x10000, false, true},
     {L"CurlewFactoryCal", "{245A5CD5-2F58-4D08-90AC-FB6E78C7EC41}"_guid, 0x10000, false, true},
     {L"TernFactoryCal", "{A2E5AE0D-AB11-489B-96C6-2B1C1A62F451}"_guid, 0x10001, false, true, true},
-    {L"MerlinFactoryCal", "{7ED232C7-2ECF-4552-BB67-D406D5E87E61}"_guid, 0x10001, false, true, true},
-};
+    {L"MerlinFactoryCal", "{7ED232C7-2ECF-4552-BB67-D406D5E87E61}"_guid, 0x10001, false, true, true}};
 
 TEST(ReduceObject, ClassesStartAsFilesExpectAndKeepTheirPlaceWhenReset) {
     for (const SClassRow& row : kClasses) {

@@ -30,9 +30,8 @@ static std::string ValuesOf(const CSourceInfoReduceObject& o) {
                  o.hasIdentity, o.text0, o.text1, o.text2, o.text3, o.text4, o.text5, o.text6, o.text7, o.text8,
                  o.text9, o.text10, o.text11, o.text12, o.rangeALow, o.rangeAHigh, o.rangeASet, o.rangeBLow,
                  o.rangeBHigh, o.rangeBSet, o.presetCount);
-    for (const auto& p : o.presets) {
+    for (const auto& p : o.presets)
         text += Text(p.enabled, p.valueA, p.flagA, p.scale, p.flagB, p.frameCount, p.flagC, p.valueB, p.valueC);
-    }
     return text;
 }
 static std::string ValuesOf(const CCorrectionReduceObject& o) {
@@ -141,10 +140,9 @@ struct SSource {
                            "-5 5 2 11 12 13 14 15 130000000000000000 1 ";
         for (int i = 0; i < 12; ++i) text += Numbered(i) + " ";
         text += behind;
-        for (int i = 0; i < 8; ++i) {
+        for (int i = 0; i < 8; ++i)
             text += i < presets ? Text(i & 1, 1.5 + i, 1, 2.5 + i, 0, 100 + i, 1, 3.5 + i, 4.5 + i)
                                 : Text(0, 0, 0, 0, 0, 0, 0, 0, 0);
-        }
         return text;
     }
     static constexpr GUID kPixelType = "{01020304-0506-0708-090A-0B0C0D0E0F10}"_guid;
@@ -166,17 +164,15 @@ TEST(StoredForms, SourceInfo) {
         ASSERT_TRUE(stream.Load(FileOf(SSource::Stream(version)), version, 0));
         EXPECT_EQ(ValuesOf(stream),
                   SSource::Values("1 ", version ? type : rootIRType.data1, behind.substr(3) + "4 ", 8));
-        for (std::size_t size = 0; size < SSource::Stream(version).bytes.size(); ++size) {
+        for (std::size_t size = 0; size < SSource::Stream(version).bytes.size(); ++size)
             ASSERT_FALSE(CSource().Load(FileOf(SSource::Stream(version), size), version, 0)) << size;
-        }
     }
     const std::tuple<u32, u32, u32, std::size_t, bool> agreements[] = {
         // size, version, version of the block, bytes that are there; whether it loads
-        {1536, 0x20000, 0x20000, 2048, false},
-        {2048, 0x10001, 0x10001, 2048, false},
-        {1536, 0x20000, 0x1FFFF, 2048, false},
-        {1536, 0x10001, 0x10001, 1535, false},
-        {2048, 0x20000, 0xFFFFFFFF, 2048, true}};
+        {1536, 0x20000, 0x20000, 2048, false},   {2048, 0x10001, 0x10001, 2048, false},
+        {1536, 0x20000, 0x1FFFF, 2048, false},   {1536, 0x10001, 0x10001, 1535, false},
+        {2048, 0x20000, 0xFFFFFFFF, 2048, true},
+    };
     for (const auto& [size, version, blockVersion, available, loads] : agreements)
         EXPECT_EQ(CSource().Load(FileOf(SSource::Record(size, version, 8), available), blockVersion, 0), loads) << size;
 }
@@ -215,9 +211,8 @@ TEST(StoredForms, AbateCfg) {
     stream.U8(3).U8(2).U8(1).U8(0);
     ASSERT_TRUE(cfg.Load(FileOf(stream), 0x10000, 0));
     EXPECT_EQ(ValuesOf(cfg), "1 1 3 100 200 2 101 201 1 102 202 0 103 203 " + rest);
-    for (std::size_t size = 0; size < stream.bytes.size(); ++size) {
+    for (std::size_t size = 0; size < stream.bytes.size(); ++size)
         EXPECT_FALSE(cfg.Load(FileOf(stream, size), 0x10000, 0)) << size;
-    }
 }
 
 TEST(StoredForms, CurlewCameraInfo) {

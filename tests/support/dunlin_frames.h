@@ -1,9 +1,8 @@
 #pragma once
 
-#include <sstream>
-
 #include "reduce/filters/dunlin_reduce_objects.h"
 #include "support/k410_frames.h"
+#include "support/text.h"
 
 /// Frames of the Lapwing and Wren families, written from the format, with a switch for each form and each fault.
 namespace ovix::test {
@@ -69,15 +68,12 @@ inline Bytes TomzFrame(const std::vector<u16>& pixels, const STomzTrailer& trail
 
 /// All fields in their order, a blank between two.
 inline std::string FieldsOf(const reduce::SDunlinFrame& f) {
-    std::ostringstream s;
-    const auto put = [&](const auto&... values) { ((s << +values << ' '), ...); };
-    put(f.flags, f.timeStamp, f.frameCounter, f.numPresets, f.videoPresetLow, f.videoPresetHigh, f.activePreset);
-    put(f.detectorTemp, f.sensorTemp[0], f.sensorTemp[1], f.sensorTemp[2], f.sensorTemp[3], f.masterClock);
-    put(f.integrationTime, f.frameRate, f.filterPosition, f.externalTrigger, f.dataDisable, f.pageIndex, f.lensChange);
-    put(f.inputSignalGrabbed, f.triggerInput, f.lockinWord, f.lockinPeriod, f.lockinPhase, f.lockinMin, f.lockinMax);
-    put(f.signalNumber, f.lockinMean[0], f.lockinMean[1], f.lockinMean[2], f.lockinMean[3], f.timeFlags, f.dayOfYear);
-    put(f.hours, f.minutes, f.seconds, f.microseconds, f.year);
-    return s.str();
+    return Text(f.flags, f.timeStamp, f.frameCounter, f.numPresets, f.videoPresetLow, f.videoPresetHigh, f.activePreset,
+                f.detectorTemp, f.sensorTemp[0], f.sensorTemp[1], f.sensorTemp[2], f.sensorTemp[3], f.masterClock,
+                f.integrationTime, f.frameRate, f.filterPosition, f.externalTrigger, f.dataDisable, f.pageIndex,
+                f.lensChange, f.inputSignalGrabbed, f.triggerInput, f.lockinWord, f.lockinPeriod, f.lockinPhase,
+                f.lockinMin, f.lockinMax, f.signalNumber, f.lockinMean[0], f.lockinMean[1], f.lockinMean[2],
+                f.lockinMean[3], f.timeFlags, f.dayOfYear, f.hours, f.minutes, f.seconds, f.microseconds, f.year);
 }
 
 }  // namespace ovix::test

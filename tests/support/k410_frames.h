@@ -15,10 +15,9 @@ using namespace reduce::frame_types;
 using Bytes = std::vector<u8>;
 
 inline void Patch(Bytes& bytes, std::size_t offset, u64 value, int width, bool bigEndian = false) {
-    for (int i = 0; i < width; ++i) {
+    for (int i = 0; i < width; ++i)
         bytes.at(offset + static_cast<std::size_t>(i)) =
             static_cast<u8>(value >> (8 * (bigEndian ? width - 1 - i : i)));
-    }
 }
 
 /// Every number in the record tells its place: a float at offset n is n + 0.25, an integer is 100 n + 1, so that a
@@ -111,9 +110,7 @@ inline Bytes PixelBytes(const std::vector<u16>& pixels, bool swapped = false) {
 /// Pixels that all differ, in both bytes.
 inline std::vector<u16> Ramp(std::size_t count, u16 bits = 16) {
     std::vector<u16> pixels(count);
-    for (std::size_t i = 0; i < count; ++i) {
-        pixels[i] = static_cast<u16>((0x1357 + 0x0B0D * i) & ((1u << bits) - 1));
-    }
+    for (std::size_t i = 0; i < count; ++i) pixels[i] = static_cast<u16>((0x1357 + 0x0B0D * i) & ((1u << bits) - 1));
     return pixels;
 }
 

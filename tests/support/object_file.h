@@ -48,9 +48,8 @@ void ExpectForm(const CByteWriter& form, u32 version, const std::string& values,
     }
     EXPECT_EQ(SavedBytes(object), (newest ? *newest : form).bytes);
     EXPECT_EQ(SavedBytes(*object.Duplicate()), (newest ? *newest : form).bytes);
-    for (std::size_t size = 0; size < form.bytes.size(); ++size) {
+    for (std::size_t size = 0; size < form.bytes.size(); ++size)
         ASSERT_FALSE(T().Load(FileOf(form, size), version, 0)) << size;
-    }
     if (!limit) return;
     const auto loads = [&](u32 size, u32 ofHeader) {
         CByteWriter changed = form;
