@@ -13,16 +13,14 @@ constexpr i64 kDay = 86'400 * kSecond;
 constexpr i64 kStartOf2024 = 133'485'408'000'000'000;  // 154497 days after the start of 1601
 
 TEST(DateTime, CountsFrom1601) {
-    const struct {
-        i64 ticks;
-        const wchar_t* text;
-    } cases[] = {{0, L"1601-01-01 001:00:00:00.000000"},
-                 {-1, L"1600-12-31 366:23:59:59.999999"},
-                 {116'444'736'000'000'000, L"1970-01-01 001:00:00:00.000000"},
-                 {kStartOf2024, L"2024-01-01 001:00:00:00.000000"},
-                 {kStartOf2024 + 59 * kDay + 12'345'678, L"2024-02-29 060:00:00:01.234567"},
-                 {INT64_MAX, L"30828-09-14 258:02:48:05.477580"},
-                 {INT64_MIN, L"-27627-04-19 109:21:11:54.522419"}};
+    const std::pair<i64, const wchar_t*> cases[] = {
+        {0, L"1601-01-01 001:00:00:00.000000"},
+        {-1, L"1600-12-31 366:23:59:59.999999"},
+        {116'444'736'000'000'000, L"1970-01-01 001:00:00:00.000000"},
+        {kStartOf2024, L"2024-01-01 001:00:00:00.000000"},
+        {kStartOf2024 + 59 * kDay + 12'345'678, L"2024-02-29 060:00:00:01.234567"},
+        {INT64_MAX, L"30828-09-14 258:02:48:05.477580"},
+        {INT64_MIN, L"-27627-04-19 109:21:11:54.522419"}};
     for (const auto& [ticks, text] : cases) {
         CDateTime time;
         time.SetTimestamp(ticks, 0);
@@ -85,10 +83,9 @@ TEST(DateTime, SetsFromDaysOfTheYear) {
     time.SetYDHMS(0, 23, 59, 59, 999, 999);
     EXPECT_STREQ(time.Format(L"%Y-%m-%d %H:%M:%S.%f"), L"2024-12-31 23:59:59.999999");
 
-    const struct {
-        int year, dayOfYear, month, day;
-    } days[] = {{2024, 60, 2, 29}, {2023, 60, 3, 1},     {2000, 366, 12, 31}, {1900, 366, 1, 1},
-                {2024, 0, 12, 31}, {2024, -366, 12, 30}, {INT_MAX, 1, 1, 1},  {INT_MIN, 1, 1, 1}};
+    const std::tuple<int, int, int, int> days[] = {{2024, 60, 2, 29},  {2023, 60, 3, 1},  {2000, 366, 12, 31},
+                                                   {1900, 366, 1, 1},  {2024, 0, 12, 31}, {2024, -366, 12, 30},
+                                                   {INT_MAX, 1, 1, 1}, {INT_MIN, 1, 1, 1}};
     for (const auto& [year, dayOfYear, expectedMonth, expectedDay] : days) {
         int month = 0, day = 0;
         CDateTime::GetDayInMonth(month, day, year, dayOfYear);

@@ -40,11 +40,9 @@ TEST(FileSystem, MatchesWildcards) {
 }
 
 TEST(FileSystem, CutsTheFileNameOff) {
-    const struct {
-        const wchar_t* path;
-        const wchar_t* directory;
-    } cases[] = {{L"/a/b/c", L"/a/b"}, {L"/a/b/", L"/a/b"}, {L"/a", L"/"}, {L"/", L"/"},
-                 {L"a/b", L"a"},       {L"a", L"."},        {L"", L""}};
+    const std::pair<const wchar_t*, const wchar_t*> cases[] = {
+        {L"/a/b/c", L"/a/b"}, {L"/a/b/", L"/a/b"}, {L"/a", L"/"}, {L"/", L"/"},
+        {L"a/b", L"a"},       {L"a", L"."},        {L"", L""}};
     for (const auto& [path, directory] : cases) {
         wchar_t buffer[16];
         std::wcscpy(buffer, path);

@@ -59,13 +59,9 @@ TEST(Array, RearrangesElements) {
 }
 
 TEST(Array, GrowsBeyondTheWantedCountOrDoubles) {
-    const struct {
-        u16 rate;
-        std::vector<u32> wanted;
-        u32 capacity;
-    } cases[] = {{5, {1}, 5},      {5, {4}, 5},     {5, {5}, 10},         {5, {5, 10}, 10},
-                 {5, {5, 11}, 15}, {5, {0}, 0},     {100, {100}, 200},    {65534, {1}, 65534},
-                 {65535, {1}, 1},  {65535, {5}, 8}, {65535, {3, 4, 5}, 8}};
+    const std::tuple<u16, std::vector<u32>, u32> cases[] = {
+        {5, {1}, 5},       {5, {4}, 5},         {5, {5}, 10},    {5, {5, 10}, 10}, {5, {5, 11}, 15},     {5, {0}, 0},
+        {100, {100}, 200}, {65534, {1}, 65534}, {65535, {1}, 1}, {65535, {5}, 8},  {65535, {3, 4, 5}, 8}};
     for (const auto& [rate, wanted, capacity] : cases) {
         TArray<u8> array;
         EXPECT_EQ(array.SetGrowthRate(rate), 5);

@@ -12,11 +12,7 @@ namespace ovix {
 namespace {
 
 TEST(String, TakesAnyBytesAsUtf8AndAnyCodesToIt) {
-    const struct {
-        const char* bytes;
-        std::u32string wide;
-        const char* utf8;
-    } cases[] = {
+    const std::tuple<const char*, std::u32string, const char*> cases[] = {
         {"", U"", ""},
         {"K410", U"K410", "K410"},
         {"\xC2\xB0\x43", U"\u00B0C", "\xC2\xB0\x43"},
@@ -81,10 +77,7 @@ TEST(String, FormatsInEveryLocaleAndWithBadDirectives) {
     const char* const before = std::setlocale(LC_ALL, nullptr);
     const std::string saved(before ? before : "C");
     std::setlocale(LC_ALL, "de_DE.UTF-8");  // where it is installed
-    const struct {
-        CString text;
-        const char* expected;
-    } cases[] = {
+    const std::pair<CString, const char*> cases[] = {
         {CString::FromFormat(L"%s|%10s|%-4s|%.2s", L"\u00B0C", L"wide", L"x", L"cut"),
          "\xC2\xB0\x43|      wide|x   |cu"},
         {CString::FromFormat(L"%S", "\xC2\xB0"), "\xC2\xB0"},
@@ -101,10 +94,7 @@ TEST(String, FormatsInEveryLocaleAndWithBadDirectives) {
 
 TEST(String, CopiesCutAndChangesExtensions) {
     char dest[8];
-    const struct {
-        int size;
-        const char* expected;
-    } cuts[] = {{8, "abcd"}, {5, "abcd"}, {3, "ab"}, {1, ""}, {0, "###"}, {-1, "###"}};
+    const std::pair<int, const char*> cuts[] = {{8, "abcd"}, {5, "abcd"}, {3, "ab"}, {1, ""}, {0, "###"}, {-1, "###"}};
     for (const auto& [size, expected] : cuts) {
         std::strcpy(dest, "###");
         StrCpy(dest, "abcd", size);
@@ -118,19 +108,17 @@ TEST(String, CopiesCutAndChangesExtensions) {
 }
 
 TEST(Numbers, HaveDecimalTexts) {
-    const struct {
-        CString text;
-        const char* expected;
-    } cases[] = {{CInt32::ToString(INT32_MIN), "-2147483648"},
-                 {CUInt8::ToString(255), "255"},
-                 {CUInt16::ToString(65535), "65535"},
-                 {CUInt32::ToString(CUInt32::Max), "4294967295"},
-                 {CUInt64::ToString(CUInt64::Max), "18446744073709551615"},
-                 {CFlt32::ToString(0.1f), "0.1"},
-                 {CFlt32::ToString(273.15f), "273.15"},
-                 {CFlt32::ToString(16777216.0f), "16777216"},
-                 {CFlt32::ToString(std::numeric_limits<float>::infinity()), "inf"},
-                 {CFlt32::ToString(-std::numeric_limits<float>::quiet_NaN()), "nan"}};
+    const std::pair<CString, const char*> cases[] = {
+        {CInt32::ToString(INT32_MIN), "-2147483648"},
+        {CUInt8::ToString(255), "255"},
+        {CUInt16::ToString(65535), "65535"},
+        {CUInt32::ToString(CUInt32::Max), "4294967295"},
+        {CUInt64::ToString(CUInt64::Max), "18446744073709551615"},
+        {CFlt32::ToString(0.1f), "0.1"},
+        {CFlt32::ToString(273.15f), "273.15"},
+        {CFlt32::ToString(16777216.0f), "16777216"},
+        {CFlt32::ToString(std::numeric_limits<float>::infinity()), "inf"},
+        {CFlt32::ToString(-std::numeric_limits<float>::quiet_NaN()), "nan"}};
     for (const auto& [text, expected] : cases) EXPECT_STREQ(text.GetUTF8(), expected);
 
     wchar_t dest[5] = L"####";

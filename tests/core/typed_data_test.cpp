@@ -40,27 +40,22 @@ constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 TEST(NumericCast, TruncatesAndWraps) {
-    const struct {
-        double value;
-        i64 signed64;
-        u64 unsigned64;
-        i32 signed32;
-        u8 unsigned8;
-    } cases[] = {{2.9, 2, 2, 2, 2},
-                 {-2.9, -2, ~u64{0} - 1, -2, 0xFE},
-                 {300.5, 300, 300, 300, 44},
-                 {4294967297.0, 4294967297, 4294967297, 1, 1},
-                 {9223372036854775808.0, INT64_MIN, u64{1} << 63, 0, 0},
-                 {18446744073709549568.0, INT64_MIN, 0xFFFFFFFFFFFFF800, 0, 0},
-                 {18446744073709551616.0, INT64_MIN, u64{1} << 63, 0, 0},
-                 {-1e300, INT64_MIN, u64{1} << 63, 0, 0},
-                 {kInf, INT64_MIN, u64{1} << 63, 0, 0},
-                 {kNaN, INT64_MIN, u64{1} << 63, 0, 0}};
-    for (const auto& c : cases) {
-        EXPECT_EQ(NumericCast<i64>(c.value), c.signed64) << c.value;
-        EXPECT_EQ(NumericCast<u64>(c.value), c.unsigned64) << c.value;
-        EXPECT_EQ(NumericCast<i32>(c.value), c.signed32) << c.value;
-        EXPECT_EQ(NumericCast<u8>(c.value), c.unsigned8) << c.value;
+    const std::tuple<double, i64, u64, i32, u8> cases[] = {
+        {2.9, 2, 2, 2, 2},
+        {-2.9, -2, ~u64{0} - 1, -2, 0xFE},
+        {300.5, 300, 300, 300, 44},
+        {4294967297.0, 4294967297, 4294967297, 1, 1},
+        {9223372036854775808.0, INT64_MIN, u64{1} << 63, 0, 0},
+        {18446744073709549568.0, INT64_MIN, 0xFFFFFFFFFFFFF800, 0, 0},
+        {18446744073709551616.0, INT64_MIN, u64{1} << 63, 0, 0},
+        {-1e300, INT64_MIN, u64{1} << 63, 0, 0},
+        {kInf, INT64_MIN, u64{1} << 63, 0, 0},
+        {kNaN, INT64_MIN, u64{1} << 63, 0, 0}};
+    for (const auto& [value, signed64, unsigned64, signed32, unsigned8] : cases) {
+        EXPECT_EQ(NumericCast<i64>(value), signed64) << value;
+        EXPECT_EQ(NumericCast<u64>(value), unsigned64) << value;
+        EXPECT_EQ(NumericCast<i32>(value), signed32) << value;
+        EXPECT_EQ(NumericCast<u8>(value), unsigned8) << value;
     }
     EXPECT_EQ(TruncateTo<i32>(2147483648.0), INT32_MIN);
     EXPECT_EQ(TruncateTo<i32>(2147483647.9), INT32_MAX);
@@ -104,16 +99,12 @@ TEST(ConvertArray, RefusesWhatIsNotNumeric) {
 }
 
 TEST(Deinterlace, PutsTheLinesOfTwoFieldsInTheirPlaces) {
-    const struct {
-        int width, height, bytes;
-        const char* source;
-        const char* expected;
-    } cases[] = {{2, 5, 1, "aabbccddee", "aaddbbeecc"},
-                 {1, 4, 3, "aaabbbcccddd", "aaacccbbbddd"},
-                 {3, 1, 1, "abc", "abc"},
-                 {0, 4, 1, "", ""},
-                 {4, 0, 1, "", ""},
-                 {-1, -1, -1, "", ""}};
+    const std::tuple<int, int, int, const char*, const char*> cases[] = {{2, 5, 1, "aabbccddee", "aaddbbeecc"},
+                                                                         {1, 4, 3, "aaabbbcccddd", "aaacccbbbddd"},
+                                                                         {3, 1, 1, "abc", "abc"},
+                                                                         {0, 4, 1, "", ""},
+                                                                         {4, 0, 1, "", ""},
+                                                                         {-1, -1, -1, "", ""}};
     for (const auto& [width, height, bytes, source, expected] : cases) {
         std::string dest(std::char_traits<char>::length(expected), '#');
         deinterlace(dest.data(), source, width, height, bytes, -1, -1);
@@ -204,9 +195,8 @@ TEST(Math, ConvertsBuffersInPlaceAndAcrossBlocks) {
 
 TEST(Math, MovesNumbersWholeWhereNoScaleChanges) {
     const i64 precise[] = {INT64_MAX - 1};  // would not survive a double
-    const struct {
-        ETempType from, to;
-    } cases[] = {{Kelvin, Kelvin}, {static_cast<ETempType>(4), Kelvin}, {Celsius, static_cast<ETempType>(9)}};
+    const std::pair<ETempType, ETempType> cases[] = {
+        {Kelvin, Kelvin}, {static_cast<ETempType>(4), Kelvin}, {Celsius, static_cast<ETempType>(9)}};
     for (const auto& [from, to] : cases) {
         i64 moved = 0;
         EXPECT_TRUE(CMath::ConvertTemperature({&moved, Int64}, {const_cast<i64*>(precise), Int64}, 1, from, to));

@@ -54,7 +54,6 @@ TEST(AcquisitionFile, StartsWithTheMetadataAsTheSourcesOwnAndThePixelsBlock) {
         ASSERT_TRUE(StartKRTFile(file, array, unpacked));
         const CByteWriter expected = unpacked ? PixelsBlock(480, 0, 614400) : PixelsBlock(482, 3, 616960);
         EXPECT_EQ(Last(memory, expected.bytes.size()), expected.bytes);
-
         const u32 counts[4] = {2, 0, 0, 0};
         ASSERT_TRUE(FinishKRTFile(file, counts, unpacked));
         file->SeekToBegin();

@@ -30,21 +30,19 @@ std::vector<SCalibrationPoint> Points(u8 preset, std::initializer_list<double> c
 TEST(CalibrationFit, FindsTheTemperaturesOfBlackBodiesInEveryPreset) {
     std::vector<SCalibrationPoint> points = Points(0, {80, 10, 30, 55, 20, 100, 5, 64});
     for (const SCalibrationPoint& point : Points(3, {50, 200, 150, 300, 350, 100}, 6e4)) points.push_back(point);
-    const struct {
-        SFitOptions options;
-        double tolerance;
-    } cases[] = {{{.lowWave = 8, .highWave = 12, .order = 1}, 0.02},
-                 {{.lowWave = 8, .highWave = 12, .order = 2}, 0.02},
-                 {{.lowWave = 8, .highWave = 12, .order = 1, .model = ETemperatureModel::Polynomial}, 1},
-                 {{.lowWave = 8, .highWave = 12, .order = 1, .model = ETemperatureModel::Planck}, 12}};
-    for (const auto& c : cases) {
-        const SCalibrationFit fit = FitCalibration(points, c.options);
+    const std::pair<SFitOptions, double> cases[] = {
+        {{.lowWave = 8, .highWave = 12, .order = 1}, 0.02},
+        {{.lowWave = 8, .highWave = 12, .order = 2}, 0.02},
+        {{.lowWave = 8, .highWave = 12, .order = 1, .model = ETemperatureModel::Polynomial}, 1},
+        {{.lowWave = 8, .highWave = 12, .order = 1, .model = ETemperatureModel::Planck}, 12}};
+    for (const auto& [options, tolerance] : cases) {
+        const SCalibrationFit fit = FitCalibration(points, options);
         ASSERT_EQ(fit.presets.size(), 2u);
         EXPECT_EQ(fit.presets[1].preset, 3);
         EXPECT_EQ(fit.presets[0].points.front().point.celsius, 5) << "in the order of the counts";
         for (const SPresetFit& preset : fit.presets) {
             EXPECT_TRUE(preset.steady);
-            EXPECT_LT(preset.Largest(), c.tolerance);
+            EXPECT_LT(preset.Largest(), tolerance);
             EXPECT_LE(preset.Rms(), preset.Largest());
         }
         for (const SFittedPoint& point : fit.presets[0].points)

@@ -14,20 +14,16 @@ TEST(Frame, SaysWhatItCarriesAndNothingElse) {
     const std::vector<u16> pixels = Ramp(kWidth * kHeight);
     // 2023-11-14 22:13:20.250 UTC, the record's own.
     const Time recorded(Time(std::chrono::seconds(1'700'000'000)) + std::chrono::milliseconds(250));
-    const struct {
-        const char* type;
-        Bytes bytes;
-        std::optional<Time> time;
-        std::optional<u64> counter;
-    } cases[] = {{kGigE, PlainFrame(pixels, container), recorded, 0x1234},
-                 {kGigE, DigitalFrame(pixels, {}, container), {}, 0x1234},
-                 {"counts", PixelBytes(pixels), {}, {}},
-                 {"counts-be", PixelBytes(pixels, true), {}, {}}};
-    for (const auto& c : cases) {
-        const CSource source = Open(folder.Put("dump", c.bytes), AsDump(c.type));
+    const std::tuple<const char*, Bytes, std::optional<Time>, std::optional<u64>> cases[] = {
+        {kGigE, PlainFrame(pixels, container), recorded, 0x1234},
+        {kGigE, DigitalFrame(pixels, {}, container), {}, 0x1234},
+        {"counts", PixelBytes(pixels), {}, {}},
+        {"counts-be", PixelBytes(pixels, true), {}, {}}};
+    for (const auto& [type, bytes, time, counter] : cases) {
+        const CSource source = Open(folder.Put("dump", bytes), AsDump(type));
         const CFrame frame = CMeasurement(source, {.quantity = EQuantity::Counts}).Measure(0);
-        EXPECT_TRUE(frame.time == c.time && frame.counter == c.counter) << c.type;
-        EXPECT_TRUE(std::equal(frame.values.begin(), frame.values.end(), pixels.begin(), pixels.end())) << c.type;
+        EXPECT_TRUE(frame.time == time && frame.counter == counter) << type;
+        EXPECT_TRUE(std::equal(frame.values.begin(), frame.values.end(), pixels.begin(), pixels.end())) << type;
     }
 }
 

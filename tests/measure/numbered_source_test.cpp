@@ -48,18 +48,14 @@ Bytes Cut(Bytes bytes, std::size_t size) {
 TEST(NumberedSource, FindsTheFramesOfADumpWhateverStandsBehindThem) {
     const u64 m = NumberedFrame(0).size();
     const Bytes padded = Frames(3, 100);
-    const struct {
-        const char* what;
-        Bytes bytes;
-        u32 given;
-        SFound found;
-    } cases[] = {{"one", Frames(1), 0, {m, {0}}},
-                 {"three", Frames(3), 0, {m, {0, m, 2 * m}}},
-                 {"padded", padded, 0, {m + 100, {0, m + 100, 2 * (m + 100)}}},
-                 {"padded and cut", Cut(padded, padded.size() - 150), 0, {m + 100, {0, m + 100}, 1}},
-                 {"a frame and some padding", Cut(Frames(2), m + 7), 0, {m + 7, {0}}},
-                 {"as told", padded, static_cast<u32>(m + 100), {m + 100, {0, m + 100, 2 * (m + 100)}}}};
-    for (const auto& c : cases) EXPECT_EQ(Find(kGigE, c.bytes, c.given), c.found) << c.what;
+    const std::tuple<const char*, Bytes, u32, SFound> cases[] = {
+        {"one", Frames(1), 0, {m, {0}}},
+        {"three", Frames(3), 0, {m, {0, m, 2 * m}}},
+        {"padded", padded, 0, {m + 100, {0, m + 100, 2 * (m + 100)}}},
+        {"padded and cut", Cut(padded, padded.size() - 150), 0, {m + 100, {0, m + 100}, 1}},
+        {"a frame and some padding", Cut(Frames(2), m + 7), 0, {m + 7, {0}}},
+        {"as told", padded, static_cast<u32>(m + 100), {m + 100, {0, m + 100, 2 * (m + 100)}}}};
+    for (const auto& [what, bytes, given, found] : cases) EXPECT_EQ(Find(kGigE, bytes, given), found) << what;
     // Where nothing in the frame tells it from another, the pixels alone give the size.
     EXPECT_EQ(Find("K410 YUV (UYVY)", Bytes(700, 'v')), (SFound{256, {0, 256}, 1}));
 }
@@ -78,16 +74,9 @@ TEST(NumberedSource, FollowsTheLengthsOfAStreamOverPaddingAndDamage) {
 
 TEST(NumberedSource, GoesOnBehindBytesThatWereLostOrInserted) {
     const u64 m = NumberedFrame(0).size();
-    const auto torn = [&](u16 frame, i64 lost) {
-        Bytes bytes = Frames(12);
-        const auto at = bytes.begin() + static_cast<i64>(frame * m + 100);
-        if (lost > 0) bytes.erase(at, at + lost);
-        if (lost < 0) bytes.insert(at, static_cast<std::size_t>(-lost), 0x77);
-        return bytes;
-    };
     for (const i64 lost : {1, 333, -1, -700}) {
         for (const u16 frame : {u16{3}, u16{10}}) {
-            const SFound found = Find(kGigE, torn(frame, lost), static_cast<u32>(m));
+            const SFound found = Find(kGigE, Torn(Frames(12), frame * m + 100, lost), static_cast<u32>(m));
             EXPECT_EQ(found.damage, 1u) << frame << " loses " << lost;
             // The torn frame is gone, or, where bytes were inserted, ends where it should.
             const u64 next = frame * m + (lost > 0 ? m - static_cast<u64>(lost) : static_cast<u64>(-lost));

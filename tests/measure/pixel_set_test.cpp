@@ -32,10 +32,7 @@ std::string Drawn(const CPixelSet& pixels) {
 }
 
 TEST(PixelSet, ShapesHoldThePixelsThatTheirDefinitionsName) {
-    const struct {
-        SShape shape;
-        const char* picture;
-    } cases[] = {
+    const std::pair<SShape, const char*> cases[] = {
         {{"spot", EShape::Spot, {{7, 5}}}, "........ ........ ........ ........ ........ .......#"},
         {{"steep", EShape::Line, {{1, 0}, {3, 4}}}, ".#...... ..#..... ..#..... ...#.... ...#.... ........"},
         {{"circle", EShape::Circle, {{2, 2}}, 2}, "..#..... .###.... #####... .###.... ..#..... ........"},
@@ -45,7 +42,7 @@ TEST(PixelSet, ShapesHoldThePixelsThatTheirDefinitionsName) {
         {{"notched", EShape::Polygon, {{0, 0}, {6, 0}, {6, 4}, {3, 1}, {0, 4}}},
          "#######. #######. ###.###. ##...##. #.....#. ........"},
         {SShape::Rectangle("box", 6, 4, 2, 2), "........ ........ ........ ........ ......## ......##"}};
-    for (const auto& c : cases) EXPECT_EQ(Drawn(CPixelSet(c.shape, 8, 6)), c.picture) << c.shape.name;
+    for (const auto& [shape, picture] : cases) EXPECT_EQ(Drawn(CPixelSet(shape, 8, 6)), picture) << shape.name;
     // The other way round the pixels are the same number, from the other end on.
     const auto back = LinePixels({3, 4}, {1, 0});
     EXPECT_TRUE(back.size() == 5 && back.front() == (SPoint{3, 4}));

@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <csignal>
 
@@ -300,33 +298,6 @@ TEST(RecordingWriter, AWriteThatFailsAnywhereIsToldAndLeavesNothing) {
         ::setrlimit(RLIMIT_FSIZE, &before);
         EXPECT_TRUE(NamesIn(folder).empty()) << limit;
     }
-}
-
-TEST(RecordingWriter, KilledAtAnyMomentItLeavesAllFramesThatWereWritten) {
-    const CSourceFolder folder;
-    const auto part = folder.At("run.krt.part");
-    u64 most = 0;
-    for (int i = 0; i < 10; ++i) {
-        const pid_t child = ::fork();
-        if (child == 0) {
-            Write(folder.At("run.krt"), 30'000, {.keepPart = true});
-            ::_exit(0);
-        }
-        ::usleep(static_cast<useconds_t>(2000 + 4000 * i));
-        ::kill(child, SIGKILL);
-        ::waitpid(child, nullptr, 0);
-        ASSERT_FALSE(std::filesystem::exists(folder.At("run.krt")));
-        if (!std::filesystem::exists(part)) continue;
-        const Bytes frames = Repaired(part);
-        EXPECT_EQ(frames, Frames(static_cast<u16>(frames.size() / kFrame)));
-        most = std::max<u64>(most, frames.size());
-        if (!frames.empty()) {  // less than a frame is left behind them
-            const u64 framesAt = std::filesystem::file_size(folder.At("good.krt")) - frames.size();
-            EXPECT_LT(std::filesystem::file_size(part) - framesAt - frames.size(), kFrame);
-        }
-        std::filesystem::remove(part);
-    }
-    EXPECT_GT(most, 0u);
 }
 
 TEST(Metadata, OfFirstFramesGoesIntoTheRecordingWithTheTimeThatTheyCarry) {

@@ -37,6 +37,12 @@ inline Bytes Frames(u16 count, std::size_t padding = 0) {
     for (u16 i = 0; i < count; ++i) all = std::move(all) + NumberedFrame(i, padding);
     return all;
 }
+/// With so many bytes lost, or inserted where it is less than 0.
+inline Bytes Torn(Bytes bytes, u64 offset, i64 lost) {
+    const auto at = bytes.begin() + static_cast<i64>(offset);
+    lost > 0 ? bytes.erase(at, at + lost) : bytes.insert(at, static_cast<std::size_t>(-lost), 0x77);
+    return bytes;
+}
 inline Bytes StreamFrame(std::size_t imageBytes) { return CompressedFrame(Bytes(imageBytes, 0x33), {}); }
 
 /// A folder of files.

@@ -14,21 +14,17 @@ class CTurningFilter : public reduce::IFilter {
   public:
     static constexpr GUID kType = reduce::frame_types::kF7M0;
 
-    static void Register() {
+    static bool Register() {
         using Functions = TCreateAndDestroy<CTurningFilter, reduce::IFilter>;
-        TArray<GUID> types;
-        types.Add(kType);
-        reduce::filterFactory()->Register(L"Turning", types, Functions::Create, Functions::Destroy,
-                                          {.check =
-                                               [](const void* frame, GUID, u16, u16, u32 size, reduce::SFrameFault*) {
-                                                   return size > 2 * kTurningPixels &&
-                                                          static_cast<const u8*>(frame)[2 * kTurningPixels] < 200;
-                                               },
-                                           .form =
-                                               [](GUID type, reduce::SFrameForm& form) {
-                                                   form = reduce::SFrameForm::OfCounts(type);
-                                                   return true;
-                                               }});
+        const auto check = [](const void* frame, GUID, u16, u16, u32 size, reduce::SFrameFault*) {
+            return size > 2 * kTurningPixels && static_cast<const u8*>(frame)[2 * kTurningPixels] < 200;
+        };
+        const auto form = [](GUID type, reduce::SFrameForm& of) {
+            return of = reduce::SFrameForm::OfCounts(type), true;
+        };
+        TArray<GUID> types{kType};
+        return reduce::filterFactory()->Register(L"Turning", types, Functions::Create, Functions::Destroy,
+                                                 {.check = check, .form = form});
     }
     const wchar_t* GetName() const override { return L"Turning"; }
     bool HasPixels(GUID) const override { return true; }
@@ -39,11 +35,10 @@ class CTurningFilter : public reduce::IFilter {
     }
     bool ParseFrame(void* frame, GUID, u16, u16, u32, STypedData dest, reduce::CReduceObjectArray&,
                     u8& preset) override {
-        preset = static_cast<u8*>(frame)[2 * kTurningPixels];
-        if (preset >= 100) preset = static_cast<u8>(preset - 100);
-        if (dest.data && static_cast<u8*>(frame)[2 * kTurningPixels] >= 100) return false;
-        if (dest.data) std::memcpy(dest.data, frame, 2 * kTurningPixels);
-        return true;
+        const u8 told = static_cast<u8*>(frame)[2 * kTurningPixels];
+        preset = told % 100;
+        if (dest.data && told < 100) std::memcpy(dest.data, frame, 2 * kTurningPixels);
+        return !dest.data || told < 100;
     }
     bool ParseTime(void*, GUID, u16, u16, u32, CDateTime&) override { return false; }
     bool ParseBasicInfo(void*, GUID, u16, u16, u32, u8&, u64&, CDateTime&) override { return false; }
@@ -57,8 +52,7 @@ struct STurningFrame {
 inline Bytes TurningDump(const std::vector<STurningFrame>& frames) {
     Bytes bytes;
     for (const STurningFrame& frame : frames) {
-        for (const u16 count : frame.counts) bytes = bytes + Bytes{static_cast<u8>(count), static_cast<u8>(count >> 8)};
-        bytes.push_back(frame.preset);
+        bytes = bytes + PixelBytes({frame.counts.begin(), frame.counts.end()}) + Bytes{frame.preset};
     }
     return bytes;
 }
@@ -70,7 +64,7 @@ class CTurningDump {
 
   private:
     measure::CSource Make(const std::vector<STurningFrame>& frames) const {
-        static const bool registered = (CTurningFilter::Register(), true);
+        static const bool registered = CTurningFilter::Register();
         EXPECT_TRUE(registered);
         return measure::Open(folder_.Put("turning", TurningDump(frames)),
                              {.pixelType = kTurning, .width = 2, .height = 2, .frameSize = 2 * kTurningPixels + 1});

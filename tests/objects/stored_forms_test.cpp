@@ -336,11 +336,8 @@ TEST(StoredForms, RCalKeepsItsCalibrationThroughFilesCopiesAndDamage) {
     object.Default();
     EXPECT_TRUE(!object.valid && object.preset == 3 && !object.cal.HasCoefficients());
     EXPECT_TRUE(copy->valid && SavedBytes(*copy) == stored.bytes);
-    ASSERT_TRUE(object.Load(FileOf(stored), 0x77777, 0));
-    TArray<double> coefficients;
-    EXPECT_TRUE(object.cal.GetCoefficients(6, coefficients) && coefficients.size() == 2);
-    EXPECT_FALSE(object.Load(FileOf(stored, stored.bytes.size() - 1), 0x10000, 0));
-    EXPECT_TRUE(object.cal.HasCoefficients());
+    EXPECT_TRUE(object.Load(FileOf(stored), 0x77777, 0) && SavedBytes(object) == stored.bytes);
+    EXPECT_TRUE(!object.Load(FileOf(stored, stored.bytes.size() - 1), 0x10000, 0) && object.cal.HasCoefficients());
 }
 
 }  // namespace
