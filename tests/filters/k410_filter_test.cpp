@@ -5,6 +5,7 @@
 #include "core/pixel_types.h"
 #include "support/frame_reader.h"
 #include "support/k410_frames.h"
+#include "support/text.h"
 
 namespace ovix::reduce {
 namespace {
@@ -29,6 +30,19 @@ i64 TicksOf(const CDateTime& time, const CDateTime& before) {
 }
 constexpr i64 kTime = SK410Record::kTime, kNow = 0;
 
+/// Read in place, the swapped record's numbers stay swapped: 0x6553F100 s and 0x000000FA ms.
+constexpr i64 kTurned = ((0x00F15365LL + 11644473600LL) * 1000 + 0xFA000000LL) * 10000, kFails = -1;
+
+/// Number and times of the light operations; without a counter `kFails` for the time of all.
+std::string LightOf(SFrameReader& reader, const Bytes& frame) {
+    const CDateTime before;
+    const auto light = reader.Light(frame);
+    EXPECT_TRUE(light.hasPreset && light.preset == 0 && light.presetOfAll == 0 && light.hasCounter == light.hasAll);
+    EXPECT_TRUE(!light.hasAll || light.counter == light.counterOfAll);
+    return Text(light.hasAll ? light.counter : 0, light.hasTime ? TicksOf(light.time, before) : kFails,
+                light.hasAll ? TicksOf(light.timeOfAll, before) : kFails);
+}
+
 TEST(K410, InfraredFormsGivePixelsNumberAndTime) {
     // A fresh decoder has counted no frame; a digital header holds no time.
     const struct {
@@ -37,16 +51,18 @@ TEST(K410, InfraredFormsGivePixelsNumberAndTime) {
         bool digital, pixelsSwapped, recordSwapped;
         u64 frameNumber;
         i64 time;
-    } cases[] = {{"F7M0 plain", kK410F7M0, false, false, false, 0x1234, kTime},
-                 {"F7M0 digital", kK410F7M0, true, false, false, 0x5678, kNow},
-                 {"F7M0 swapped record", kK410F7M0, false, false, true, 0x1234, kTime},
-                 {"F7M0 swapped pixels", kK410F7M0, false, true, false, 0x1234, kTime},
-                 {"FNM0 plain", kK410FNM0, false, false, false, 0, kNow},
-                 {"FNM0 digital", kK410FNM0, true, false, false, 0x5678, kNow},
-                 {"GigE plain", kK410GigE, false, false, true, 0x1234, kTime},
-                 {"GigE digital", kK410GigE, true, true, false, 0x5678, kNow},
-                 {"flipped", kK410GigEFlipped, false, false, false, 0x1234, kTime},
-                 {"flipped, swapped pixels", kK410GigEFlipped, true, true, true, 0x5678, kNow}};
+        u64 lightNumber;
+        i64 lightTime, timeOfAll;
+    } cases[] = {{"F7M0 plain", kK410F7M0, false, false, false, 0x1234, kTime, 0x1234, kTime, kTime},
+                 {"F7M0 digital", kK410F7M0, true, false, false, 0x5678, kNow, 0x5678, kNow, kNow},
+                 {"F7M0 swapped record", kK410F7M0, false, false, true, 0x1234, kTime, 0x3412, kTurned, kTurned},
+                 {"F7M0 swapped pixels", kK410F7M0, false, true, false, 0x1234, kTime, 0x1234, kTime, kTime},
+                 {"FNM0 plain", kK410FNM0, false, false, false, 0, kNow, 0, kNow, kNow},
+                 {"FNM0 digital", kK410FNM0, true, false, false, 0x5678, kNow, 0, kNow, kNow},
+                 {"GigE plain", kK410GigE, false, false, true, 0x1234, kTime, 0x3412, kNow, kTurned},
+                 {"GigE digital", kK410GigE, true, true, false, 0x5678, kNow, 0x5678, kNow, kNow},
+                 {"flipped", kK410GigEFlipped, false, false, false, 0x1234, kTime, 0x1234, kNow, kTime},
+                 {"flipped, swapped pixels", kK410GigEFlipped, true, true, true, 0x5678, kNow, 0x5678, kNow, kNow}};
     SFrameReader reader = Reader(kK410F7M0);  // what one frame leaves is not to show in the next
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -58,18 +74,36 @@ TEST(K410, InfraredFormsGivePixelsNumberAndTime) {
         container.pixelsSwapped = c.pixelsSwapped ? 1 : 2;  // anything but 1 is the plain order
         const SK410DigitalHeader header{.mark = 0xFE, .in1 = 1, .counter = 0x5678};
         const Bytes frame = c.digital ? DigitalFrame(pixels, header, container) : PlainFrame(pixels, container);
+        EXPECT_EQ(LightOf(reader, frame), Text(c.lightNumber, c.lightTime, c.timeOfAll));
         ASSERT_TRUE(reader.Check(frame) && reader.Parse(frame) && reader.preset == 0);
         if (c.type == kK410GigEFlipped) std::reverse(pixels.begin(), pixels.end());
         EXPECT_EQ(reader.pixels, pixels);
         const auto info = reader.Info();
-        EXPECT_TRUE(info->frameFilled && info->preset == 0 && info->frameNumber == c.frameNumber);
-        EXPECT_EQ(TicksOf(info->time, before), c.time);
+        EXPECT_EQ(Text(info->frameFilled, info->preset, info->frameNumber, TicksOf(info->time, before)),
+                  Text(1, 0, c.frameNumber, c.time));
         EXPECT_EQ(reader.Values(),
                   c.digital ? "DigitalIn1=1 Flag/int, DigitalIn2=0 Flag/int, Mark=254 Flag/int, " : "");
         const auto camera = reader.Camera();
         EXPECT_TRUE(camera->valid && camera->recordPresent && camera->digitalHeaderPresent == c.digital);
         EXPECT_EQ(Bytes(camera->digitalHeader, camera->digitalHeader + 32), c.digital ? header.Make() : Bytes(32));
     }
+    // Where nothing stands behind the pixels; types without a number of their own count the frames that were parsed.
+    ASSERT_TRUE(reader.ParseMetadata(PlainFrame(Ramp(kPixels), {})));
+    for (const auto& [type, light] : {std::pair{kK410F7M0, Text(0, kFails, kFails)},
+                                      {kK410GigE, Text(0, kNow, kFails)},
+                                      {kK410MJLS, Text(2, kNow, kNow)},
+                                      {kK410BGR, Text(2, kNow, kNow)},
+                                      {rootIRType, Text(2, kNow, kNow)}}) {
+        reader.type = type;
+        EXPECT_EQ(LightOf(reader, Bytes(3000)), light);
+    }
+    // 64 bytes behind the pixels are asked for, and where they are not, the frame's end is not looked beyond.
+    const Bytes frame = PlainFrame(Ramp(kPixels), {});
+    u64 counter = 0;
+    for (const u32 more : {63u, 64u})
+        EXPECT_EQ(
+            reader.filter->ParseFrameCounter(CExact(frame).get(), kK410GigE, kWidth, kHeight, kImage + more, counter),
+            more == 64);
 }
 
 TEST(K410, RecordFillsParametersCalibrationAndArchive) {
@@ -236,49 +270,6 @@ TEST(K410, RefusalsLeaveTheFourObjects) {
         ASSERT_TRUE(reader.ParseMetadata(number % 65535 < 2 ? with({.recordSize = 3000}) : Bytes(4)));
         ASSERT_EQ(reader.Info()->frameNumber, number % 65536);
     }
-}
-
-TEST(K410, LightOperations) {
-    const Bytes plain = PlainFrame(Ramp(kPixels), {}), digital = DigitalFrame(Ramp(kPixels), {.counter = 0x5678}, {}),
-                swapped = PlainFrame(Ramp(kPixels), {.record = {.swapped = true}});
-    SFrameReader reader = Reader(kK410F7M0);
-    ASSERT_TRUE(reader.Parse(plain));  // so that the decoder's own counter is 1
-    // Read in place, the swapped record's numbers stay swapped: 0x6553F100 s and 0x000000FA ms.
-    constexpr i64 kSwappedTime = ((0x00F15365LL + 11644473600LL) * 1000 + 0xFA000000LL) * 10000, kFails = -1;
-    const struct {
-        Bytes frame;
-        GUID type;
-        u64 counter;
-        i64 time, basicTime;
-    } cases[] = {{plain, kK410F7M0, 0x1234, kTime, kTime},
-                 {plain, kK410GigE, 0x1234, kNow, kTime},
-                 {plain, kK410GigEFlipped, 0x1234, kNow, kTime},
-                 {plain, kK410FNM0, 1, kNow, kNow},
-                 {swapped, kK410F7M0, 0x3412, kSwappedTime, kSwappedTime},
-                 {digital, kK410F7M0, 0x5678, kNow, kNow},
-                 {digital, kK410GigE, 0x5678, kNow, kNow},
-                 {Bytes(3000), kK410F7M0, 0, kFails, kFails},
-                 {Bytes(3000), kK410GigE, 0, kNow, kFails},
-                 {Bytes(3000), kK410MJLS, 1, kNow, kNow},
-                 {Bytes(3000), kK410BGR, 1, kNow, kNow},
-                 {Bytes(3000), rootIRType, 1, kNow, kNow}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(&c - cases);
-        reader.type = c.type;
-        const CDateTime before;
-        const auto light = reader.Light(c.frame);
-        EXPECT_TRUE(light.hasPreset && light.preset == 0 && light.presetOfAll == 0);
-        EXPECT_EQ(light.hasTime ? TicksOf(light.time, before) : kFails, c.time);
-        EXPECT_EQ(light.hasAll ? TicksOf(light.timeOfAll, before) : kFails, c.basicTime);
-        EXPECT_EQ(light.hasCounter, light.hasAll);
-        EXPECT_TRUE(!light.hasAll || (light.counter == c.counter && light.counterOfAll == c.counter));
-    }
-    // 64 bytes behind the pixels are asked for, and where they are not, the frame's end is not looked beyond.
-    u64 counter = 0;
-    for (const u32 more : {63u, 64u})
-        EXPECT_EQ(reader.filter->ParseFrameCounter(CExact(plain).get(), kK410GigE, kWidth, kHeight, 2 * kPixels + more,
-                                                   counter),
-                  more == 64);
 }
 
 TEST(K410, DigitalTriggers) {
