@@ -32,53 +32,33 @@ void Destroy(SThing* thing) {
 
 using CFactory = TNamedClassFactory<SThing, TNamedClassFactorySharedPtrCreatePolicy<SThing>, int>;
 
-TEST(NamedClassFactory, TheFirstOfANameKeepsIt) {
+TEST(NamedClassFactory, TheFirstOfANameKeepsItAndDestroysItsOwn) {
     CFactory factory;
     EXPECT_TRUE(factory.Register(L"One", Create<1>, Destroy, 10));
     EXPECT_TRUE(factory.Register(L"one", Create<2>, Destroy));  // another name
     EXPECT_FALSE(factory.Register(L"One", Create<3>, Destroy, 30));
     EXPECT_TRUE(factory.Register(L"None", CreateNothing, Destroy, 40));
-
-    const struct {
-        const wchar_t* name;
-        int kind;  ///< 0: no object comes
-        int extra;
-        bool known;
-    } cases[] = {{L"One", 1, 10, true}, {L"one", 2, 0, true}, {L"None", 0, 40, true},
-                 {L"ONE", 0, 0, false}, {L"On", 0, 0, false}, {L"", 0, 0, false}};
-    for (const auto& c : cases) {
-        const std::string name = CString(c.name).GetUTF8();
-        EXPECT_EQ(factory.IsRegistered(c.name), c.known) << name;
-        EXPECT_EQ(factory.GetEntry(c.name).extra, c.extra) << name;
-        EXPECT_STREQ(factory.GetEntry(c.name).name, c.known ? c.name : L"");
-        EXPECT_EQ(factory.GetEntry(c.name).create != nullptr, c.known) << name;
-
+    const std::tuple<const wchar_t*, int, int, bool> cases[] = {// kind of the object, 0 for none; the extra; is known
+                                                                {L"One", 1, 10, true},  {L"one", 2, 0, true},
+                                                                {L"None", 0, 40, true}, {L"ONE", 0, 0, false},
+                                                                {L"On", 0, 0, false},   {L"", 0, 0, false}};
+    for (const auto& [name, kind, extra, known] : cases) {
+        SCOPED_TRACE(CString(name).GetUTF8());
+        const auto& entry = factory.GetEntry(name);
+        EXPECT_TRUE(factory.IsRegistered(name) == known && (entry.create != nullptr) == known && entry.extra == extra);
+        EXPECT_STREQ(entry.name, known ? name : L"");
         destroyed = 0;
-        TSharedPtr<SThing> thing = factory.Create(c.name);
-        EXPECT_EQ(thing ? thing->kind : 0, c.kind) << name;
-        EXPECT_EQ(thing.RefCount(), c.kind ? 1 : 0) << name;
-        const TSharedPtr<SThing> other = thing;
-        EXPECT_EQ(factory.Destroy(c.name, thing), c.known) << name;
-        EXPECT_FALSE(thing) << name;
-        EXPECT_EQ(destroyed, 0) << name << ": somebody still holds it";
+        TSharedPtr<SThing> thing = factory.Create(name), other = thing;
+        EXPECT_EQ(thing ? thing->kind : 0, kind);
+        EXPECT_TRUE(!thing || (!factory.Destroy(L"Two", thing) && thing));
+        EXPECT_TRUE(factory.Destroy(name, thing) == known && !thing && destroyed == 0) << "somebody still holds it";
+        EXPECT_TRUE(factory.Destroy(name, other) == known && destroyed == (kind != 0));
     }
-    EXPECT_EQ(destroyed, 0) << "the last case made none";
-}
-
-TEST(NamedClassFactory, DestroysByTheEntrysFunctionAndOnlyKnownNames) {
-    CFactory factory;
-    factory.Register(L"One", Create<1>, Destroy);
-    destroyed = 0;
-    TSharedPtr<SThing> thing = factory.Create(L"One");
-    EXPECT_FALSE(factory.Destroy(L"Two", thing));
-    EXPECT_TRUE(thing);
-    EXPECT_TRUE(factory.Destroy(L"One", thing));
-    EXPECT_EQ(destroyed, 1);
 }
 
 TEST(NamedClassFactory, ListsEntriesInOrderOfRegistration) {
     CFactory factory;
-    std::string expected;
+    std::string expected, listed;
     for (int i = 0; i < 12; ++i) {
         const CString name = CString::FromFormat(L"n%d ", i);
         factory.Register(name, Create<1>, Destroy, i);
@@ -87,13 +67,10 @@ TEST(NamedClassFactory, ListsEntriesInOrderOfRegistration) {
     const CFactory copy(factory);
     TArray<CString> names{L"lost"};
     copy.GetNames(names);
-    std::string listed;
     for (const CString& name : names) listed += name.GetUTF8();
     EXPECT_EQ(listed, expected);
-    EXPECT_EQ(copy.GetEntryCount(), 12u);
-    EXPECT_EQ(copy.GetEntryAt(11).extra, 11);
-    EXPECT_TRUE(copy.GetEntryAt(12).name.IsEmpty() && !copy.GetEntryAt(12).create && copy.GetEntryAt(12).extra == 0);
-    EXPECT_EQ(copy.GetEntryAt(~0u).create, nullptr);
+    EXPECT_TRUE(copy.GetEntryCount() == 12 && copy.GetEntryAt(11).extra == 11);
+    EXPECT_TRUE(copy.GetEntryAt(12).name.IsEmpty() && !copy.GetEntryAt(12).create && !copy.GetEntryAt(~0u).create);
 }
 
 struct SCounted {

@@ -33,15 +33,14 @@ TEST(Wren, NativeFrameByBytes) {
     EXPECT_EQ(reader.Info()->preset, 3);
     EXPECT_EQ(reader.Info()->frameNumber, 2u);  // the low half of the counter
     EXPECT_EQ(reader.Values(),
-              "IntegrationTime=-999 Float/float, FrameRate=40 Float/float, VideoPreset=6424 Integer/int, "
-              "NumPresets=5910 Integer/int, DetectorTemp=77.5 Float/float, SensorTemp[0]=1 Float/float, "
-              "SensorTemp[1]=2 Float/float, SensorTemp[2]=3 Float/float, SensorTemp[3]=4 Float/float, "
-              "MasterClock=5 Float/float, FilterPosition=62 Integer/int, ExternalTrigger=T Flag/ascii, "
-              "TriggerInput=T Flag/ascii, DataDisable=T Flag/ascii, PageIndex=65 Integer/int, LensChange=T Flag/ascii, "
-              "InputSignalGrabb=T Flag/ascii, LockinPeriod=1431589714 Integer/int, LockinPhase=1498961750 Integer/int, "
-              "LockinMin=T Flag/ascii, LockinMax=T Flag/ascii, SignalNumber=92 Integer/int, "
-              "LockinMeanValue[0]=24157 Integer/int, LockinMeanValue[1]=24671 Integer/int, "
-              "LockinMeanValue[2]=25185 Integer/int, LockinMeanValue[3]=25699 Integer/int, ");
+              "IntegrationTime=-999 Float/float, FrameRate=40 Float/float, VideoPreset=6424, NumPresets=5910, "
+              "DetectorTemp=77.5 Float/float, SensorTemp[0]=1 Float/float, SensorTemp[1]=2 Float/float, "
+              "SensorTemp[2]=3 Float/float, SensorTemp[3]=4 Float/float, MasterClock=5 Float/float, "
+              "FilterPosition=62, ExternalTrigger=T Flag/ascii, TriggerInput=T Flag/ascii, DataDisable=T "
+              "Flag/ascii, PageIndex=65, LensChange=T Flag/ascii, InputSignalGrabb=T Flag/ascii, "
+              "LockinPeriod=1431589714, LockinPhase=1498961750, LockinMin=T Flag/ascii, LockinMax=T Flag/ascii, "
+              "SignalNumber=92, LockinMeanValue[0]=24157, LockinMeanValue[1]=24671, LockinMeanValue[2]=25185, "
+              "LockinMeanValue[3]=25699, ");
     EXPECT_EQ(reader.objects.Get<CDunlinFactoryCalReduceObject>(3, false)->integrationTime, -999.0f);
     EXPECT_EQ(FieldsOf(*reader.objects.Get<CDunlinFrameInfoReduceObject>(3, false)),
               "84148994 123456 4294967298 5910 6424 6938 7452 77.5 1 2 3 4 5 -999 40 62 63 64 65 66 67 68 20816 "
@@ -200,14 +199,13 @@ TEST(Lapwing, FrameByBytes) {
     EXPECT_EQ(reader.Info()->time.GetTimestamp(), 1'234'560);
     // 0x4D4C4B4A, 0x51504F4E and 0x5554, 0x5756, 0x5958, 0x5B5A: the fields that are their offsets.
     EXPECT_EQ(reader.Values(),
-              "IntegrationTime=250 Float/float, FrameRate=80 Float/float, VideoPreset=163 Integer/int, "
-              "NumPresets=4 Integer/int, DetectorTemp=77.5 Float/float, SensorTemp[0]=274.15 Float/float, "
-              "SensorTemp[1]=272.8375 Float/float, MasterClock=10 Float/float, FilterPosition=7 Integer/int, "
-              "ExternalTrigger=F Flag/ascii, TriggerInput=T Flag/ascii, DataDisable=F Flag/ascii, "
-              "PageIndex=23 Integer/int, LensChange=T Flag/ascii, LockinPeriod=1296845642 Integer/int, "
-              "LockinPhase=1364217678 Integer/int, LockinMin=F Flag/ascii, LockinMax=T Flag/ascii, "
-              "SignalNumber=7 Integer/int, LockinMeanValue[0]=21844 Integer/int, LockinMeanValue[1]=22358 Integer/int, "
-              "LockinMeanValue[2]=22872 Integer/int, LockinMeanValue[3]=23386 Integer/int, ");
+              "IntegrationTime=250 Float/float, FrameRate=80 Float/float, VideoPreset=163, NumPresets=4, "
+              "DetectorTemp=77.5 Float/float, SensorTemp[0]=274.15 Float/float, SensorTemp[1]=272.8375 Float/float, "
+              "MasterClock=10 Float/float, FilterPosition=7, ExternalTrigger=F Flag/ascii, TriggerInput=T "
+              "Flag/ascii, DataDisable=F Flag/ascii, PageIndex=23, LensChange=T Flag/ascii, "
+              "LockinPeriod=1296845642, LockinPhase=1364217678, LockinMin=F Flag/ascii, LockinMax=T Flag/ascii, "
+              "SignalNumber=7, LockinMeanValue[0]=21844, LockinMeanValue[1]=22358, LockinMeanValue[2]=22872, "
+              "LockinMeanValue[3]=23386, ");
     const auto cal = reader.objects.Get<CDunlinFactoryCalReduceObject>(5, false);
     EXPECT_TRUE(cal->detectorTemp == 77.5f && cal->integrationTime == 250.0f);
     EXPECT_FALSE(info->valid || cal->valid || info->IsPerFrame());

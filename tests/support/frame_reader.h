@@ -96,10 +96,13 @@ struct SFrameReader {
     TSharedPtr<reduce::CFrameInfoReduceObject> Info() { return objects.GetFrameInfo(preset, false); }
     auto Camera() { return objects.Get<reduce::CCurlewCameraInfoReduceObject>(-1, false); }
     auto Cal() { return objects.Get<reduce::CCurlewFactoryCalReduceObject>(0, false); }
-    /// "Name=value Kind/format, ..." of all values.
+    /// "Name=value Kind/format, ..." of all values; Integer/int goes without saying.
     std::string Values() {
         CString all;
-        for (const auto& e : Info()->extra) all = all + e.name + L"=" + e.value + L" " + e.unit + L"/" + e.type + L", ";
+        for (const auto& e : Info()->extra) {
+            const CString kind = CString(L" ") + e.unit + L"/" + e.type;
+            all = all + e.name + L"=" + e.value + (kind == L" Integer/int" ? L"" : kind.c_str()) + L", ";
+        }
         return all.GetUTF8();
     }
 
