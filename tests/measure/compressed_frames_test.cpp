@@ -82,9 +82,7 @@ bool WasGood(pid_t child) {
 class CompressedFrames : public ::testing::Test {
   protected:
     CSource Dump(const std::vector<Bytes>& frames) const {
-        Bytes all;
-        for (const Bytes& frame : frames) all = all + frame;
-        return Open(folder.Put("dump", all), AsDump(kStream));
+        return Open(folder.Put("dump", Joined(frames)), AsDump(kStream));
     }
     CSource Dump() const {
         std::vector<Bytes> frames;

@@ -56,13 +56,13 @@ std::vector<std::string> NamesIn(const CSourceFolder& folder) {
 }
 
 Bytes FramesOf(const CSource& source) {
-    Bytes all;
+    std::vector<Bytes> all;
     SRawFrame frame;
     for (u64 i = 0; i < source.Count(); ++i) {
         source.Read(i, frame);
-        all = std::move(all) + frame.bytes;
+        all.push_back(frame.bytes);
     }
-    return all;
+    return Joined(all);
 }
 
 /// What a reader gets: the stored form of everything that the source says, and its frames. `tells` becomes true when

@@ -26,17 +26,24 @@ inline Bytes operator+(Bytes a, const Bytes& b) {
     return a;
 }
 
+inline Bytes Joined(const std::vector<Bytes>& frames) {
+    Bytes all;
+    for (const Bytes& frame : frames) all.insert(all.end(), frame.begin(), frame.end());
+    return all;
+}
+
 /// Pixels, counter and time tell the number.
 inline Bytes NumberedFrame(u16 number, std::size_t padding = 0) {
     const SK410Record record{.width = kWidth, .height = kHeight, .counter = number, .milliseconds = number};
     return PlainFrame(std::vector<u16>(kWidth * kHeight, static_cast<u16>(1000 + number)), {.record = record}) +
            Bytes(padding, 0x22);
 }
-inline Bytes Frames(u16 count, std::size_t padding = 0) {
-    Bytes all;
-    for (u16 i = 0; i < count; ++i) all = std::move(all) + NumberedFrame(i, padding);
-    return all;
+inline std::vector<Bytes> Numbered(u16 count, std::size_t padding = 0) {
+    std::vector<Bytes> frames;
+    for (u16 i = 0; i < count; ++i) frames.push_back(NumberedFrame(i, padding));
+    return frames;
 }
+inline Bytes Frames(u16 count, std::size_t padding = 0) { return Joined(Numbered(count, padding)); }
 /// With so many bytes lost, or inserted where it is less than 0.
 inline Bytes Torn(Bytes bytes, u64 offset, i64 lost) {
     const auto at = bytes.begin() + static_cast<i64>(offset);

@@ -69,12 +69,6 @@ SStream Through(const Bytes& bytes, const SOpenOptions& options, std::size_t pie
     return Drain(source);
 }
 
-std::vector<Bytes> Numbered(u16 count) {
-    std::vector<Bytes> frames;
-    for (u16 i = 0; i < count; ++i) frames.push_back(NumberedFrame(i));
-    return frames;
-}
-
 TEST(StreamSource, HandsOverTheSameFramesAsAFile) {
     for (const std::size_t piece : {std::size_t{1}, std::size_t{777}, std::size_t{60000}}) {
         EXPECT_EQ(Through(Frames(6), AsDump(), piece).frames, Numbered(6)) << piece;
