@@ -1,23 +1,8 @@
 #include "measure/decoder/decoder_pool.h"
 
-#include <dlfcn.h>
-
-#include <filesystem>
-
-#include "measure/decoder/helper_path.h"
 #include "measure/error.h"
 
 namespace ovix::measure {
-
-std::string HelperPath() {
-    // The address of any object of this library will do.
-    static constexpr char kAnchor = 0;
-    Dl_info library{};
-    if (!::dladdr(&kAnchor, &library) || !library.dli_fname)
-        throw CError({.id = EError::HelperMissing, .problem = "cannot find the place of the measuring library"});
-    std::error_code ignored;
-    return std::filesystem::absolute(library.dli_fname, ignored).parent_path() / "ovix-decode";
-}
 
 CDecoderPool::~CDecoderPool() = default;
 

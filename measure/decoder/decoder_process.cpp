@@ -1,5 +1,6 @@
 #include "measure/decoder/decoder_process.h"
 
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
@@ -13,10 +14,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <limits>
 #include <vector>
 
-#include "measure/decoder/helper_path.h"
 #include "measure/decoder/protocol.h"
 #include "measure/error.h"
 #include "measure/text.h"
@@ -26,6 +27,18 @@ namespace ovix::measure {
 using namespace decode_protocol;
 
 namespace {
+
+/// The program that decodes compressed frames: `ovix-decode` beside `ovix.measure.so`, where it is installed and in the
+/// build tree.
+std::string HelperPath() {
+    // The address of any object of this library will do.
+    static constexpr char kAnchor = 0;
+    Dl_info library{};
+    if (!::dladdr(&kAnchor, &library) || !library.dli_fname)
+        throw CError({.id = EError::HelperMissing, .problem = "cannot find the place of the measuring library"});
+    std::error_code ignored;
+    return std::filesystem::absolute(library.dli_fname, ignored).parent_path() / "ovix-decode";
+}
 
 CError Failed(const char* doing, int systemError) {
     return CError({.id = EError::SystemFailed, .problem = doing, .systemError = systemError});

@@ -1,6 +1,6 @@
 #include "measure/frame/additions.h"
 
-#include "measure/frame/correction_tables.h"
+#include "measure/frame/frame_objects.h"
 #include "measure/frame/scene.h"
 
 namespace ovix::measure {

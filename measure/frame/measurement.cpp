@@ -2,7 +2,6 @@
 
 #include <atomic>
 
-#include "measure/frame/correction_tables.h"
 #include "measure/frame/frame_decoder.h"
 #include "measure/frame/frame_objects.h"
 #include "measure/frame/frame_work.h"

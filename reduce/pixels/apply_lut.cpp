@@ -113,6 +113,16 @@ bool ApplyPerPreset(const Selection& selection, const SCall& call, const u8* pre
 
 }  // namespace
 
+bool HoldsOnly(const u8* presets, std::size_t count, const bool (&usable)[kMapPresets]) {
+    for (std::size_t at = 0; at < count;) {
+        const u8 preset = presets[at];
+        if (preset >= kMapPresets || !usable[preset]) return false;
+        const bool stretch = count - at >= kStretchStep && StartsStretch(presets + at);
+        at += stretch ? simd::LeadingBytes(presets + at, count - at, preset) : 1;
+    }
+    return true;
+}
+
 bool ApplyLUT(STypedData source, STypedData destination, u8* status, u32 count, float* lut, u8* statusLut, u16 lower,
               u16 upper) {
     return ApplySingle(SWhole{count}, {source, destination, status, lower, upper}, lut, statusLut);
