@@ -7,14 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "reduce/convert/converter.h"
-#include "reduce/convert/factory_calibrations.h"
-#include "reduce/objects/object_parameters_reduce_object.h"
-#include "reduce/objects/reduce_object_array.h"
-#include "reduce/objects/source_info_reduce_object.h"
-#include "reduce/pixels/abate.h"
-#include "reduce/pixels/correction_objects.h"
-#include "reduce/pixels/stats.h"
+#include "reduce/reduce.h"
 #include "support/cameras.h"
 #include "support/selection_forms.h"
 #include "support/stats_fields.h"

@@ -4,11 +4,7 @@
 
 #include <vector>
 
-#include "reduce/convert/converter_factory.h"
-#include "reduce/convert/factory_calibrations.h"
-#include "reduce/convert/uncalibrated_converters.h"
-#include "reduce/objects/reduce_object_array.h"
-#include "reduce/objects/source_info_reduce_object.h"
+#include "reduce/reduce.h"
 #include "support/text.h"
 
 namespace ovix::reduce {

@@ -3,12 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <numeric>
-#include <vector>
 
-#include "reduce/convert/radiometry.h"
 #include "support/cameras.h"
-#include "support/simd_targets.h"
 #include "support/text.h"
 
 namespace ovix::reduce {

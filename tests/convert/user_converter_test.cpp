@@ -7,12 +7,7 @@
 #include <numeric>
 #include <vector>
 
-#include "reduce/convert/converter_factory.h"
-#include "reduce/objects/object_parameters_reduce_object.h"
-#include "reduce/objects/reduce_object_array.h"
-#include "reduce/objects/source_info_reduce_object.h"
-#include "reduce/pixels/correction_objects.h"
-#include "reduce/pixels/radiance.h"
+#include "reduce/reduce.h"
 #include "support/pixel_reference.h"
 #include "support/selection_forms.h"
 #include "support/text.h"

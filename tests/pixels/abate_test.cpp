@@ -19,34 +19,25 @@ constexpr u16 kHigh[8] = {8000, 9000, 6000, 15000, 4000, 12000, 700, 3000};
 template <class T>
 struct SPresets {
     std::vector<TGuarded<T>> frames;
-    std::vector<float> gain[8];
-    std::vector<i16> offset[8];
-    std::vector<u32> replace[8];
+    std::vector<SCorrection> tables;
     void* sources[8];
-    float* gains[8] = {};
-    i16* offsets[8] = {};
-    u32* replaces[8] = {};
+    float* gains[8];
+    i16* offsets[8];
+    u32* replaces[8];
     bool valid[8];
     u8 order[8];
 
     SPresets(u32 count, u32 given, u32 seed) {
         CRandom random(seed);
         for (u32 p = 0; p < 8; ++p) {
-            frames.emplace_back(count, p % 4, false);
-            FillEdges(frames[p], seed + p);
-            for (u32 i = 0; i < count; ++i) {
-                const float wild = random() % 50 ? random() % 10 ? 1.0F : -1.0F : random() % 2 ? 3e6F : -3e6F;
-                gain[p].push_back(wild * (0.5F + 0.001F * static_cast<float>(random() % 2000)));
-                offset[p].push_back(EdgeValue<i16>(random));
-                replace[p].push_back(random() % 20 ? i : random() % count);
-            }
-            if (given & 1) gains[p] = gain[p].data();
-            if (given & 2) offsets[p] = offset[p].data();
-            if (given & 4) replaces[p] = replace[p].data();
+            TGuarded<T>& frame = frames.emplace_back(count, p % 4, false);
+            SCorrection& made = tables.emplace_back(count, given, seed + p);
+            FillEdges(frame, seed + p);
+            sources[p] = frame.data();
+            gains[p] = made.Gain(), offsets[p] = made.Offset(), replaces[p] = made.Replace();
             valid[p] = random() % 3 != 0;
             order[p] = random.Below(10);  // repeated ones, and numbers that are no preset
         }
-        for (u32 p = 0; p < 8; ++p) sources[p] = frames[p].data();
         order[3] = 2;
         valid[2] = true;
     }

@@ -9,26 +9,6 @@ namespace {
 
 using namespace test;
 
-/// The tables of one preset; those that are not given are null.
-struct STables {
-    std::vector<float> gain;
-    std::vector<i16> offset;
-    std::vector<u32> replace;
-
-    STables(u32 count, u32 given, u32 seed) {
-        CRandom random(seed);
-        for (u32 i = 0; i < count; ++i) {
-            const float wild = random() % 50 ? 1.0F : 3e6F;
-            if (given & 1) gain.push_back(wild * (0.5F + 0.001F * static_cast<float>(random() % 2000)));
-            if (given & 2) offset.push_back(EdgeValue<i16>(random));
-            if (given & 4) replace.push_back(random() % (i < count / 2 ? 40 : 2) ? i : random() % count);
-        }
-    }
-    float* Gain() { return gain.empty() ? nullptr : gain.data(); }
-    i16* Offset() { return offset.empty() ? nullptr : offset.data(); }
-    u32* Replace() { return replace.empty() ? nullptr : replace.data(); }
-};
-
 struct SClip {
     int on;
     double minimum, maximum;
@@ -37,7 +17,7 @@ constexpr SClip kClips[] = {{0, 0, 0}, {1, 0, 16383}, {1, -20.5, 200.7}, {1, 500
 
 /// The corrected pixel: data at `at`, gain and offset at `tablesAt`.
 template <class D, class S>
-D Corrected(S x, STables& tables, u32 tablesAt, const SClip& clip) {
+D Corrected(S x, SCorrection& tables, u32 tablesAt, const SClip& clip) {
     using W = std::conditional_t<std::is_same_v<S, double>, double, float>;
     const W gained = static_cast<W>(x) * (tables.Gain() ? static_cast<W>(tables.gain[tablesAt]) : 1);
     const i16 offset = tables.Offset() ? tables.offset[tablesAt] : i16{0};
@@ -57,7 +37,7 @@ void CheckWhole(u32 count, u32 given, const SClip& clip, u32 seed) {
     TGuarded<S> frame(count, seed % 4, false);
     TGuarded<D> out(count + 3, seed % 4);
     FillEdges(frame, seed);
-    STables tables(count, given, seed);
+    SCorrection tables(count, given, seed);
     ApplyNUC(out.Typed(), frame.Typed(), count, tables.Gain(), tables.Offset(), tables.Replace(), clip.on, clip.minimum,
              clip.maximum);
     for (u32 i = 0; i < count; ++i) {
@@ -108,12 +88,12 @@ TEST(ApplyNUC, ReadsTheIndexOfEachForm) {
         status.push_back(i < 700 ? static_cast<u8>(i / 300) : random.Below(8));
         indices.push_back(random() % kCount);
     }
-    std::vector<STables> tables;
+    std::vector<SCorrection> tables;
     float* gains[8];
     i16* offsets[8];
     u32* replaces[8];
     for (u32 p = 0; p < 8; ++p) {
-        STables& made = tables.emplace_back(kCount, 7 - p, 100 + p);  // its tables stay where they are
+        SCorrection& made = tables.emplace_back(kCount, 7 - p, 100 + p);  // its tables stay where they are
         gains[p] = made.Gain(), offsets[p] = made.Offset(), replaces[p] = made.Replace();
     }
     for (const SClip& clip : kClips) {
@@ -154,7 +134,7 @@ TEST(ApplyNUC, InOneBufferAPixelMayBeReplacedByACorrectedOne) {
     constexpr u32 kCount = 5000;
     TGuarded<u16> buffer(kCount, 0, false);
     FillEdges(buffer, 9);
-    STables tables(kCount, 7, 9);
+    SCorrection tables(kCount, 7, 9);
     std::vector<u16> expected(buffer.begin(), buffer.end());
     for (u32 i = 0; i < kCount; ++i) {
         const u32 j = tables.replace[i];

@@ -17,8 +17,7 @@ namespace {
 
 using namespace test;
 
-/// The pixels of the frame that each form visits, in this order and no more, and their status, with and without either
-/// status buffer.
+/// The pixels of the frame that each form visits, and their status, with and without either status buffer.
 template <class S, class D>
 void CheckForms(const SForms& forms, u32 seed) {
     TGuarded<S> frame(forms.Count(), seed % 4, false);
@@ -27,23 +26,20 @@ void CheckForms(const SForms& forms, u32 seed) {
     FillEdges(map, seed + 1);
     for (const EForm form : {EForm::L, EForm::A, EForm::S, EForm::M}) {
         const std::vector<u32> pixels = forms.Visited(form);
-        for (const auto& [from, to] : {std::pair{false, false}, {false, true}, {true, false}, {true, true}}) {
-            TGuarded<D> out(pixels.size() + 3, seed % 4);
+        for (int way = 0; way < 4; ++way) {
+            const u8* const from = way & 1 ? map.data() : nullptr;
             TGuarded<u8> status(pixels.size() + 3, seed % 4);
-            const u8* const source = from ? map.data() : nullptr;
-            u8* const destination = to ? status.data() : nullptr;
-            ASSERT_TRUE(forms.Call(
-                form, [&](auto... f) requires(sizeof...(f) > 1) {  // there is none of a whole frame
-                    return GetImageData(frame.Typed(), source, out.Typed(), destination, f...);
-                }));
+            u8* const to = way & 2 ? status.data() : nullptr;
             // Lines with both status buffers stay at the first column of the row.
-            const bool stuck = from && to && (form == EForm::A || form == EForm::S);
-            for (std::size_t i = 0; i < pixels.size(); ++i) {
-                const u32 pixel = stuck ? pixels[i] / forms.width * forms.width : pixels[i];
-                ASSERT_TRUE(Same(out[i], Cast<D>(frame[pixel]))) << i << " of " << +frame[pixel];
-                ASSERT_TRUE(!to || status[i] == (from ? map[pixel] : 0)) << i;
-            }
-            EXPECT_TRUE(out.Untouched(pixels.size()));
+            const bool stuck = way == 3 && (form == EForm::A || form == EForm::S);
+            const auto at = [&](u32 pixel) { return stuck ? pixel / forms.width * forms.width : pixel; };
+            ExpectForm<D>(
+                forms, form, 0, [&](u32 pixel) { return Cast<D>(frame[at(pixel)]); },
+                [&](STypedData out, auto... f) requires(sizeof...(f) > 1) {  // there is none of a whole frame
+                    return GetImageData(frame.Typed(), from, out, to, f...);
+                });
+            for (std::size_t i = 0; to && i < pixels.size(); ++i)
+                ASSERT_EQ(status[i], from ? from[at(pixels[i])] : 0) << i;
             EXPECT_TRUE(status.Untouched(to ? pixels.size() : 0));
         }
     }

@@ -2,12 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <random>
-#include <vector>
-
-#include "core/typed_data.h"
-#include "core/visit.h"
+#include "support/pixel_buffers.h"
 
 namespace ovix::test {
 
@@ -78,7 +73,7 @@ struct SForms {
     }
 };
 
-/// What a destination holds before a conversion, and where that writes nothing.
+/// What a destination of floats holds before a conversion, and where that writes nothing.
 inline constexpr int kUntouched = -12345;
 
 /// `call(own..., destination, form arguments...)` must give `expected(frame index)` of each pixel that the form visits,
@@ -88,14 +83,16 @@ void ExpectForm(const SForms& forms, EForm form, double part, const auto& expect
                 const auto&... own) {
     SCOPED_TRACE("form " + std::to_string(static_cast<int>(form)));
     const std::vector<u32> visited = forms.Visited(form);
-    std::vector<D> out(visited.size() + 1, D{kUntouched});
-    ASSERT_TRUE(forms.Call(form, call, own..., STypedData{out.data(), DataTypeOf<D>()}));
+    TGuarded<D> out(visited.size(), visited.size() % 4);
+    std::fill(out.begin(), out.end(), static_cast<D>(kUntouched));
+    ASSERT_TRUE(forms.Call(form, call, own..., out.Typed()));
     for (std::size_t n = 0; n < visited.size(); ++n) {
         const D value = static_cast<D>(expected(visited[n]));
-        if (out[n] == value) continue;
-        ASSERT_NEAR(out[n], value, part * std::max(100.0, std::abs(double{value}))) << n << ", pixel " << visited[n];
+        if (Same(out[n], value)) continue;
+        const double near = part * std::max(100.0, std::abs(static_cast<double>(value)));
+        ASSERT_NEAR(static_cast<double>(out[n]), static_cast<double>(value), near) << n << ", pixel " << visited[n];
     }
-    ASSERT_EQ(out[visited.size()], D{kUntouched});
+    EXPECT_TRUE(out.Untouched(visited.size()));
 }
 
 }  // namespace ovix::test

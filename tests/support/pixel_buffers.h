@@ -94,6 +94,27 @@ bool Same(T a, T b) {
     return a == b;
 }
 
+/// The correction tables of one preset: gain, offset and map for the bits 1, 2 and 4 of `given`. In the first half few
+/// pixels are replaced, in the second every other.
+struct SCorrection {
+    std::vector<float> gain;
+    std::vector<i16> offset;
+    std::vector<u32> replace;
+
+    SCorrection(u32 count, u32 given, u32 seed) {
+        CRandom random(seed);
+        for (u32 i = 0; i < count; ++i) {
+            const float wild = random() % 50 ? random() % 10 ? 1.0F : -1.0F : random() % 2 ? 3e6F : -3e6F;
+            if (given & 1) gain.push_back(wild * (0.5F + 0.001F * static_cast<float>(random() % 2000)));
+            if (given & 2) offset.push_back(EdgeValue<i16>(random));
+            if (given & 4) replace.push_back(random() % (i < count / 2 ? 40 : 2) ? i : random() % count);
+        }
+    }
+    float* Gain() { return gain.empty() ? nullptr : gain.data(); }
+    i16* Offset() { return offset.empty() ? nullptr : offset.data(); }
+    u32* Replace() { return replace.empty() ? nullptr : replace.data(); }
+};
+
 /// Calls f(TElement<S>, TElement<D>) for all hundred pairs of numeric types.
 template <class F>
 void ForEachPair(F&& f) {
