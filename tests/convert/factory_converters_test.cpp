@@ -100,8 +100,7 @@ TYPED_TEST(FactoryConverter, IsOfferedForAValidCalibration) {
     EXPECT_EQ(converterFactory()->ConverterGUIDForUnit(Counts, this->array, TemperatureFactory), Converter::kID);
 
     EXPECT_EQ(this->Update(TemperatureFactory, {0, 1}), this->kIsCurlew);
-    EXPECT_TRUE(this->Update(TemperatureFactory, {1}));
-    EXPECT_EQ(this->converter.activePreset, 1);
+    EXPECT_TRUE(this->Update(TemperatureFactory, {1}) && this->converter.activePreset == 1);
     this->array.GetAt(0)->valid = false;
     // Only the family of one calibration asks here whether that is valid; presets 4 to 7 have no model in the others.
     EXPECT_EQ(this->Update(TemperatureFactory, {1, 4, 7}), !this->kIsCurlew);

@@ -154,17 +154,18 @@ TEST(MrlConv, WhatAChangeRecomputes) {
     cal.c[2] = 2e-7;
     EXPECT_EQ(back(), kept);
 
-    // Another scene leaves the limits, which do not hang on it.
-    const auto of300 = [&] { return model.TemperatureToRadiance(300.0f, nullptr, Kelvin); };
-    const float plain = of300();
-    params.emissivity = 0.0f;
-    model.ReInit(params);
-    EXPECT_EQ(of300(), plain);
-    params.reflectedTemp = 350.0f, params.emissivity = 0.5f;
-    model.ReInit(params);
-    u8 status = 99;
-    model.SignalToRadiance(16383, &status);
-    EXPECT_TRUE(status == 4 && of300() != plain);
+    // Another scene leaves the limits, which do not hang on it; an emissivity of 0 counts as 1.
+    const auto of300 = [&](float emissivity, float reflected) {
+        params.emissivity = emissivity, params.reflectedTemp = reflected;
+        model.ReInit(params);
+        u8 status = 99;
+        model.SignalToRadiance(16383, &status);
+        EXPECT_EQ(status, 4);
+        return model.TemperatureToRadiance(300.0f, nullptr, Kelvin);
+    };
+    const float plain = of300(1.0f, 293.15f);
+    EXPECT_EQ(of300(0.0f, 293.15f), plain);
+    EXPECT_NE(of300(0.5f, 350.0f), plain);
 }
 
 }  // namespace

@@ -68,13 +68,11 @@ TEST(TrnMeasConv, CountsAndPow) {
 
 TEST(TrnMeasConv, WarmthOfTheCameraIsCompensatedOnlyWhereItCanBe) {
     const _imageinfo_t good{303.0f, 300.0f, 80.0f};
-    const _imageinfo_t bad[] = {
-        {303.0f, 0.0f, 80.0f}, {0.0f, 300.0f, 80.0f}, {-5.0f, 300.0f, 80.0f}, {430.0f, 300.0f, 80.0f}};
-    CTrnMeasConv model = ModelOf(TernCamera(), {});
-    const double gain = model.getTdrGain(), offset = model.getTrdOffset();
-    const double limit = model.getPowOverflow();
-    for (const _imageinfo_t& info : bad) {
-        model.UpdateFromTempSens(&info);
+    CTrnMeasConv model = ModelOf(TernCamera(), {}), off = Model({});
+    const double gain = model.getTdrGain(), offset = model.getTrdOffset(), limit = model.getPowOverflow();
+    for (const _imageinfo_t& bad :
+         {_imageinfo_t{303.0f, 0.0f, 80.0f}, {0.0f, 300.0f}, {-5.0f, 300.0f}, {430.0f, 300.0f}}) {
+        model.UpdateFromTempSens(&bad);
         EXPECT_TRUE(model.getTdrGain() == 1.0 && model.getTrdOffset() == 0.0);
         model.UpdateFromTempSens(&good);
         EXPECT_TRUE(model.getTdrGain() == gain && model.getTrdOffset() == offset);
@@ -84,7 +82,6 @@ TEST(TrnMeasConv, WarmthOfTheCameraIsCompensatedOnlyWhereItCanBe) {
     model.setClipOn(false);
     ExpectClose(model.getPowOverflow(), (65535 * gain + offset - 300) * double{1.1f}, 1e-13);
     model.setCalibPar(nullptr);
-    CTrnMeasConv off = Model({});
     for (CTrnMeasConv* without : {&model, &off}) {
         without->UpdateFromTempSens(&good);
         EXPECT_EQ(without->getTdrGain(), 1.0);

@@ -50,19 +50,16 @@ TEST(Correction, CreateMakesWhatIsMissingAndKeepsTheRest) {
     object.gain[5] = 2.0f;
     object.valid = true;
     object.Create(3, 2, 0x101, kAll);  // presets are bytes: still the same
-    EXPECT_TRUE(object.valid && object.gain[5] == 2.0f);
-    object.map[2] = 0;
-    object.mask[2] = 1;
+    object.map[2] = 0, object.mask[2] = 1;
     object.Init(CorrectionBadPixels);
-    EXPECT_EQ(object.gain[5], 2.0f);
-    for (u32 i = 0; i < 6; ++i) EXPECT_EQ(Text(object.offset[i], object.mask[i], object.map[i]), Text(0, 0, i));
+    EXPECT_TRUE(object.valid);
+    for (u32 i = 0; i < 6; ++i) EXPECT_EQ(Pixel(object, i), Text(i < 5 ? 1 : 2, 0, 0, i));
 
     object.flippedLeftRight = true;
     object.Create(3, 2, 2, CorrectionOffset);  // another preset drops all
-    EXPECT_FALSE(object.valid || object.flippedLeftRight || object.gain || object.map);
+    object.Init(kAll);                         // only what exists
+    EXPECT_FALSE(object.valid || object.flippedLeftRight || object.gain || object.mask || object.map);
     EXPECT_EQ(object.present, CorrectionOffset);
-    object.Init(kAll);  // only what exists
-    EXPECT_FALSE(object.gain || object.mask);
 }
 
 /// Every pixel and the pixel that it points to, by coordinates.
@@ -152,18 +149,15 @@ TEST(Correction, AFailedWriteLeavesTheTablesTurned) {
 }
 
 TEST(Correction, CopiesShareTablesAndDuplicatesDoNot) {
-    CCorrectionReduceObject shallow;
-    TSharedPtr<CCorrectionReduceObject> deep;
-    {
-        CCorrectionReduceObject object;
-        Fill(object, 3, 2);
-        object.flippedTopBottom = true;
-        shallow = object;
-        deep = object.Duplicate().Cast<CCorrectionReduceObject>();
-        object.gain[0] = 9.0f;
-        object.map[0] = 0;
-    }
-    EXPECT_TRUE(shallow.gain[0] == 9.0f && deep->flippedTopBottom);
+    CCorrectionReduceObject object;
+    Fill(object, 3, 2);
+    object.flippedTopBottom = true;
+    const CCorrectionReduceObject shallow = object;
+    const auto deep = object.Duplicate().Cast<CCorrectionReduceObject>();
+    object.gain[0] = 9.0f, object.offset[0] = 7, object.mask[0] = 7, object.map[0] = 0;
+    object.Default();  // the copy keeps the tables
+    EXPECT_EQ(Pixel(shallow, 0), "9 7 7 0 ");
+    EXPECT_TRUE(deep->flippedTopBottom);
     ExpectFilled(*deep, 3, 2);
 }
 

@@ -248,12 +248,10 @@ TEST(GetStats, NothingSelectedKeepsWhatTheRecordHeld) {
     ASSERT_TRUE(GetStats(lines, data, &mask[0], 1, 1, TArray<SScanLine>()));
     ExpectSame(area, Reference(Held(), {}, false, ERoute::Boolean, 1));
     ExpectSame(lines, Reference(Held(), {}, true, ERoute::Boolean, 1));
-    GetStats(stats, data, 1, 1, mask, 1, nullptr);
-    EXPECT_TRUE(stats.allMinimumIndex == 103 && stats.count == 0 && stats.boundsBottomRight == (SPoint{4, 2}));
-    for (const int size : {0, -1}) {
-        GetStats(stats, data, size, 1, nullptr, 0, nullptr);
-        GetStats(stats, data, 1, size, nullptr, 0, nullptr);
-        EXPECT_EQ(stats.count, 0U);
+    for (const auto& [width, height] : {std::pair{1, 1}, {0, 1}, {-1, 1}, {1, 0}, {1, -1}}) {
+        stats.count = 9;
+        GetStats(stats, data, width, height, width + height == 2 ? mask : nullptr, 1, nullptr);
+        EXPECT_TRUE(stats.allMinimumIndex == 103 && stats.count == 0 && stats.boundsBottomRight == (SPoint{4, 2}));
     }
     GetStats(stats, data, nullptr, 0, 0, 0, nullptr);
 
@@ -261,9 +259,8 @@ TEST(GetStats, NothingSelectedKeepsWhatTheRecordHeld) {
     EXPECT_FALSE(GetStats(stats, data, nullptr, 0, 1) || GetStats(stats, data, nullptr, 1, 0));
     for (const EDataType type : {Opaque, NoPixels, UInt64}) {
         GetStats(stats, {&pixel, type}, nullptr, 1);
-        if (type == UInt64) continue;
-        EXPECT_FALSE(GetStats(stats, {&pixel, type}, nullptr, 1, 1));
-        EXPECT_FALSE(GetStats(stats, {&pixel, type}, nullptr, 1, 1, SArea{}));
+        EXPECT_FALSE(type != UInt64 && GetStats(stats, {&pixel, type}, nullptr, 1, 1));
+        EXPECT_FALSE(type != UInt64 && GetStats(stats, {&pixel, type}, nullptr, 1, 1, SArea{}));
     }
     ExpectSame(stats, Held());
 }
