@@ -112,54 +112,74 @@ inline CMerlinCal MerlinCamera(i32 degree = 1) {
     return c;
 }
 
-/// Scene, curve and limits; a family adds how a count becomes pow and calls `SetLimits`.
+/// Scene, curve and limits.
 template <class Cal>
-class TSignalReference {
+class TReference {
   public:
     Real Signal(Real kelvin) const { return PlanckSignal(c.planckR, c.planckB, c.planckF, kelvin); }
-    Real Kelvin(Real signal) const { return PlanckKelvin(c.planckR, c.planckB, c.planckF, signal); }
-    Real Pow(Real kelvin) const { return (Signal(kelvin) + K2) / K1; }
-    /// The temperature at a limit.
-    Real KelvinAt(Real pow) const { return Kelvin(pow * K1 - K2); }
 
-    Real tau = 0, K1 = 0, K2 = 0;
-    Real overflow, underflow, upper, lower;
+    Real tau, K2;
+    Real overflow = 0, underflow = 0, upper = 0, lower = 0;
 
   protected:
-    TSignalReference(const Cal& camera, const SScene& scene, Real airCelsius) : c(camera), s(scene) {
+    TReference(const Cal& camera, const SScene& scene, Real airCelsius, Real rootOfDistance) : c(camera), s(scene) {
         tau = s.atmosphereTrans > 0 ? Real{s.atmosphereTrans}
-                                    : AirTransmission(c, airCelsius, std::sqrt(s.distance), s.relativeHumidity);
-        const Real product = Real{s.emissivity} * tau * s.extOpticsTrans;
-        K1 = product > 0 ? 1 / product : product;
+                                    : AirTransmission(c, airCelsius, rootOfDistance, s.relativeHumidity);
         K2 = Surroundings(s, tau, [this](Real kelvin) { return Signal(kelvin); });
     }
-    /// The curve itself ends at K2 / K1 below; the calibration's ends lie inside it, and the counts' around both.
-    void SetLimits(Real topPow) {
-        overflow = std::min(Pow(c.overflowTemp) + 1.01L, topPow);
-        underflow = std::max({Pow(c.underflowTemp) - 0.01L, K2 / K1, 1e-6L});
-        upper = std::min(overflow, Pow(c.upperTemp) + 1.01L);
-        lower = std::max(underflow, Pow(c.lowerTemp) - 0.01L);
-    }
-    /// The object signal of a pow, limited, and the status of that.
-    Real Limited(Real pow, int& status) const {
-        status = pow > lower && pow < upper ? 0 : pow > overflow ? 4 : pow < underflow ? 2 : 1;
-        return std::clamp(pow, underflow, overflow) * K1 - K2;
+    Real BlackBody(Real signal) const { return PlanckKelvin(c.planckR, c.planckB, c.planckF, signal); }
+    /// A value within the limits, and the status of that.
+    Real Limited(Real value, int& status) const {
+        status = value > lower && value < upper ? 0 : value > overflow ? 4 : value < underflow ? 2 : 1;
+        return std::clamp(value, underflow, overflow);
     }
 
     Cal c;
     SScene s;
 };
 
+/// Limits of pow; a family adds how a count becomes pow and calls `SetLimits`.
+template <class Cal>
+class TSignalReference : public TReference<Cal> {
+    using Base = TReference<Cal>;
+
+  public:
+    using Base::K2, Base::Signal;
+    Real Kelvin(Real signal) const { return Base::BlackBody(signal); }
+    /// The temperature at a limit.
+    Real KelvinAt(Real pow) const { return Kelvin(pow * K1 - K2); }
+
+    Real K1 = 0;
+
+  protected:
+    TSignalReference(const Cal& camera, const SScene& scene, Real airCelsius)
+        : Base(camera, scene, airCelsius, std::sqrt(scene.distance)) {
+        const Real product = Real{scene.emissivity} * Base::tau * scene.extOpticsTrans;
+        K1 = product > 0 ? 1 / product : product;
+    }
+    /// The curve itself ends at K2 / K1 below; the calibration's ends lie inside it, and the counts' around both.
+    void SetLimits(Real topPow) {
+        const auto pow = [this](Real kelvin) { return (Signal(kelvin) + K2) / K1; };
+        Base::overflow = std::min(pow(Base::c.overflowTemp) + 1.01L, topPow);
+        Base::underflow = std::max({pow(Base::c.underflowTemp) - 0.01L, K2 / K1, 1e-6L});
+        Base::upper = std::min(Base::overflow, pow(Base::c.upperTemp) + 1.01L);
+        Base::lower = std::max(Base::underflow, pow(Base::c.lowerTemp) - 0.01L);
+    }
+    Real LimitedSignal(Real pow, int& status) const { return Base::Limited(pow, status) * K1 - K2; }
+};
+
 class CCurlewReference : public TSignalReference<CCurlewCal> {
   public:
     CCurlewReference(const CCurlewCal& camera, const SScene& scene)
         : TSignalReference(camera, scene, static_cast<float>(scene.atmosphereTemp - 273.15)) {  // narrowed
-        SetLimits(PowOfCount(c.imgMax));
+        SetLimits(Pow(c.imgMax));
     }
 
-    Real PowOfCount(int count) const { return (count + c.offset) * Real{c.gain}; }
     /// The object signal of a count, limited, and its status as in a single value.
-    Real ObjectSignal(int count, int& status) const { return Limited(count ? PowOfCount(count) : 0, status); }
+    Real ObjectSignal(int count, int& status) const { return LimitedSignal(count ? Pow(count) : 0, status); }
+
+  private:
+    Real Pow(int count) const { return (count + c.offset) * Real{c.gain}; }
 };
 
 class CTernReference : public TSignalReference<CTernCal> {
@@ -171,14 +191,12 @@ class CTernReference : public TSignalReference<CTernCal> {
         SetLimits((65535.0L - c.adjustOffset) * c.adjustGain);
     }
 
-    Real PowOfCount(int count) const { return (count * driftGain + driftOffset - c.adjustOffset) * c.adjustGain; }
     Real ObjectSignal(int count, int& status) const {
-        const Real signal = Limited(count ? PowOfCount(count) : -1, status);
+        const Real pow = (count * driftGain + driftOffset - c.adjustOffset) * c.adjustGain;
+        const Real signal = LimitedSignal(count ? pow : -1, status);
         status |= count ? 0 : 32;
         return signal;
     }
-
-    Real driftGain = 1, driftOffset = 0;
 
   private:
     void SetDrift() {  // in single precision
@@ -189,16 +207,15 @@ class CTernReference : public TSignalReference<CTernCal> {
         driftGain = 1.0 / g;
         driftOffset = v + (c.dewarTemp - c.drift9) * c.drift8;
     }
+
+    Real driftGain = 1, driftOffset = 0;
 };
 
-class CMerlinReference {
+/// Whose object signal is a radiance.
+class CMerlinReference : public TReference<CMerlinCal> {
   public:
-    CMerlinReference(const CMerlinCal& camera, const SScene& scene) : c(camera), s(scene) {
-        tau = s.atmosphereTrans != 0
-                  ? Real{s.atmosphereTrans}
-                  : AirTransmission(c, s.atmosphereTemp - 273.15, std::sqrt(Real{s.distance}), s.relativeHumidity);
-        K2 = Surroundings(s, tau, [this](Real kelvin) { return Signal(kelvin); });
-        kPath = 1 / (s.extOpticsTrans * tau);
+    CMerlinReference(const CMerlinCal& camera, const SScene& scene)
+        : TReference(camera, scene, scene.atmosphereTemp - 273.15, std::sqrt(Real{scene.distance})) {
         const float high = static_cast<float>(c.highTemp + 273.15), low = static_cast<float>(c.lowTemp + 273.15);
         upper = Signal(high + std::max(2.0f, std::abs(c.highTemp / 50.0f)));
         lower = Signal(low - std::max(2.0f, std::abs(c.lowTemp / 50.0f)));
@@ -206,42 +223,26 @@ class CMerlinReference {
         underflow = Signal(low - std::max(5.0f, std::abs(c.lowTemp / 20.0f)));
     }
 
-    Real Signal(Real kelvin) const { return PlanckSignal(c.planckR, c.planckB, c.planckF, kelvin); }
-    /// The polynomial and what comes behind it, before the limits.
-    Real Radiance(u16 signal) const {
-        const Real x = signal, shifted = x - c.signalOffset;
-        if (c.degree == -1) return shifted * c.c[1] * kPath + c.c[0];
-        if (c.degree == -2) return (shifted * c.c[1] + c.c[0]) * kPath;
-        if (c.degree == 0) return x * kPath;
-        Real sum = 0;
-        for (int i = 0; i <= c.degree; ++i) sum += c.c[i] * Power(signal, i);
-        return sum * kPath;
-    }
     Real ObjectSignal(int signal, int& status) const {
-        const Real v = static_cast<float>(Radiance(static_cast<u16>(signal)));
-        status = v > lower && v < upper ? 0 : v > overflow ? 4 : v < underflow ? 2 : 1;
-        return std::clamp(v, underflow, overflow);
+        return Limited(static_cast<float>(Radiance(static_cast<u16>(signal))), status);
     }
-    Real Kelvin(Real radiance) const {
-        return PlanckKelvin(c.planckR, c.planckB, c.planckF, radiance / s.emissivity - K2);
-    }
+    Real Kelvin(Real radiance) const { return BlackBody(radiance / s.emissivity - K2); }
     Real KelvinAt(Real radiance) const { return Kelvin(radiance); }
-    Real OfKelvin(Real kelvin) const { return (Signal(kelvin) + K2) * s.emissivity; }
-
-    Real tau, K2, kPath;
-    Real upper, lower, overflow, underflow;
 
   private:
-    /// Up to the fourth degree the powers are integers of 32 bits, which wrap.
-    Real Power(u16 signal, int exponent) const {
-        if (c.degree > 4) return std::pow(Real{static_cast<float>(signal)}, exponent);
+    /// The polynomial and what comes behind it. Up to the fourth degree powers are integers of 32 bits, which wrap.
+    Real Radiance(u16 signal) const {
+        const Real path = 1 / (s.extOpticsTrans * tau), shifted = Real(signal) - c.signalOffset;
+        if (c.degree == -1) return shifted * c.c[1] * path + c.c[0];
+        if (c.degree == -2) return (shifted * c.c[1] + c.c[0]) * path;
+        Real sum = 0;
         u64 power = 1;
-        for (int i = 0; i < exponent; ++i) power *= signal;
-        return static_cast<i32>(static_cast<u32>(power));
+        for (int i = 0; i <= c.degree; ++i, power *= signal) {
+            const Real cut = static_cast<i32>(static_cast<u32>(power));
+            sum += c.c[i] * (c.degree > 4 ? std::pow(Real(signal), i) : cut);
+        }
+        return sum * path;
     }
-
-    CMerlinCal c;
-    SScene s;
 };
 
 inline reduce::CMeasConv ModelOf(const CCurlewCal& camera, const SScene& scene) {
