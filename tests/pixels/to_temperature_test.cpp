@@ -77,7 +77,7 @@ void CheckAllModels() {
     check(kForms, single ? 1e-4 : 1e-10, each(kCoeffs, a, orders),
           [&](Real x, u8 p) { return Polynomial(a[p], orders[p], x); });
 
-    // Whole buffers and lists are told whether to clamp; the other forms do.
+    // Whole buffers and lists say whether to clamp; the other forms do.
     double* const y = kTemperatures;
     const auto inTable = [&](Real x, u8) { return Lookup(kRadiances, y, kTableSize, x); };
     check(kLists, near, one(kLookup, kRadiances, y, kTableSize, true), inTable);
