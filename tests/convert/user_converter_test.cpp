@@ -279,7 +279,7 @@ TEST_F(UserConverter, WithoutABackgroundForFramesOfThisSizeItCountsAsNone) {
 
 TEST_F(UserConverter, FromRadiance) {
     double in[] = {0.002, 0.005}, out[2];
-    u8 status = 99;
+    u8 status[] = {99, 99};
     const u8 map[] = {2, 0};
     const u32 second = 1;
     const STypedData from{in, Flt64}, to{out, Flt64};
@@ -291,7 +291,7 @@ TEST_F(UserConverter, FromRadiance) {
             out[0] = -1;
         };
         out[0] = -1;
-        check("whole", converter.BaseToOutput(from, to, &status, 2), whole);
+        check("whole", converter.BaseToOutput(from, to, status, 2), whole);
         check("list", converter.BaseToOutput(from, &second, 1, to, nullptr), listed);
         check("area", converter.BaseToOutput(from, 2, 1, SArea{}, to, nullptr), area);
         check("map", converter.BaseToOutput(from, map, to, nullptr, 2), mapped);
@@ -305,12 +305,12 @@ TEST_F(UserConverter, FromRadiance) {
     ASSERT_TRUE(Update(TemperatureUser, RadianceUser));
     expect(Lookup(in[0]), Lookup(in[0]), Lookup(in[0]), Lookup(in[1]));
     // Radiance to radiance: whole buffers and lists are left alone, the other forms give temperature all the same.
-    status = 99;
+    status[0] = 99;
     ASSERT_TRUE(Update(RadianceUser, RadianceUser));
     expect(-1, Lookup(in[0]), Lookup(in[0]), -1);
     float value = 0;
-    EXPECT_EQ(status, 0);
-    EXPECT_TRUE(converter.BaseToOutput(0.5f, value, status, 0) && value == 0.5f);
+    EXPECT_EQ(status[0], 0);
+    EXPECT_TRUE(converter.BaseToOutput(0.5f, value, status[0], 0) && value == 0.5f);
 }
 
 }  // namespace
