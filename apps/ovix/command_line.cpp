@@ -10,7 +10,6 @@
 #include "apps/ovix/status_flags.h"
 #include "apps/ovix/text/choice.h"
 #include "apps/ovix/text/console.h"
-#include "apps/ovix/text/suggestion.h"
 
 namespace ovix::app {
 

@@ -92,7 +92,8 @@ CFault FaultOf(const measure::CError& error) {
                    .problem = std::move(problem),
                    .expected = facts.expected,
                    .found = facts.found,
-                   .advice = facts.advice});
+                   .advice = facts.id == measure::EError::FileExists && facts.advice.empty() ? "--overwrite replaces it"
+                                                                                             : facts.advice});
 }
 
 CFault UsageFault(std::string problem) { return CFault({.exit = ExitUsage, .problem = std::move(problem)}); }

@@ -7,7 +7,7 @@
 
 #include "apps/ovix/command_line.h"
 #include "apps/ovix/facts/error_json.h"
-#include "apps/ovix/output/output_file.h"
+#include "apps/ovix/output/interrupt_cleanup.h"
 #include "apps/ovix/text/console.h"
 
 namespace {

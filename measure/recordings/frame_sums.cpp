@@ -1,6 +1,7 @@
 #include "measure/recordings/frame_sums.h"
 
 #include "measure/recordings/output_file.h"
+#include "measure/sources/input_file.h"
 #include "measure/text.h"
 
 namespace ovix::measure {

@@ -7,7 +7,9 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <utility>
 
+#include "measure/sources/input_file.h"
 #include "measure/text.h"
 
 namespace ovix::measure {
@@ -49,7 +51,7 @@ COutputFile::COutputFile(std::filesystem::path target, bool overwrite, EPart par
         if (!overwrite_)
             throw CError({.id = EError::FileExists, .file = target_.string(), .problem = "exists already"});
     }
-    file_ = CDescriptor(::open(part_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    file_ = ::open(part_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (file_ >= 0) return;
     if (errno == EEXIST)
         throw CError({.id = EError::FileExists,
@@ -60,7 +62,9 @@ COutputFile::COutputFile(std::filesystem::path target, bool overwrite, EPart par
 }
 
 COutputFile::~COutputFile() {
-    if (file_ >= 0 && !keeps_) ::unlink(part_.c_str());
+    if (file_ < 0) return;
+    ::close(file_);
+    if (!keeps_) ::unlink(part_.c_str());
 }
 
 void COutputFile::Fail(const char* problem) const {
@@ -101,7 +105,7 @@ void COutputFile::Commit() {
     const int renamed =
         overwrite_ ? ::rename(part_.c_str(), target_.c_str()) : RenameToFree(part_.c_str(), target_.c_str());
     if (renamed != 0) Fail("cannot put it into its place");
-    file_ = CDescriptor();
+    ::close(std::exchange(file_, -1));
     SyncDirectory(target_.parent_path());
 }
 

@@ -2,14 +2,17 @@
 
 #include <filesystem>
 
-#include "measure/sources/input_file.h"
+#include <span>
+
+#include "core/core.h"
+#include "measure/api.h"
 
 namespace ovix::measure {
 
 /// A file that appears whole or not at all: it is written beside its place, made safe on the medium and renamed by
-/// `Commit`. Without that it goes with the object, unless its part is to be kept. Failures throw `CError` with the
-/// target's name.
-class COutputFile {
+/// `Commit`. Without that it goes with the object, unless its part is to be kept. For one thread at a time. Failures
+/// throw `CError` (FileUnwritable, FileExists) with the target's name and the system's reason.
+class OVIX_MEASURE_API COutputFile {
   public:
     enum class EPart : u8 {
         Hidden,  ///< ".TARGET.PROCESS-N.part"
@@ -24,7 +27,7 @@ class COutputFile {
     COutputFile(const COutputFile&) = delete;
     COutputFile& operator=(const COutputFile&) = delete;
 
-    /// At the end of what is written so far.
+    /// At the end of all that is written so far.
     void Write(std::span<const u8> bytes) { WriteAt(size_, bytes); }
     /// Over or behind what is there.
     void WriteAt(u64 offset, std::span<const u8> bytes);
@@ -44,7 +47,7 @@ class COutputFile {
 
     std::filesystem::path target_;
     std::filesystem::path part_;
-    CDescriptor file_;
+    int file_ = -1;
     u64 size_ = 0;
     bool overwrite_;
     bool keeps_;
@@ -52,7 +55,7 @@ class COutputFile {
 
 /// The output as the library writes a file; it is borrowed. A write that fails throws through the library, so that one
 /// that the library does not look at cannot fail unseen.
-class COutputAsFile final : public IFile {
+class OVIX_MEASURE_API COutputAsFile final : public IFile {
   public:
     explicit COutputAsFile(COutputFile& output) : output_(output) {}
 

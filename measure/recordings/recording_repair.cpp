@@ -5,6 +5,7 @@
 #include "measure/recordings/output_file.h"
 #include "measure/recordings/recording.h"
 #include "measure/recordings/stored_frames.h"
+#include "measure/sources/input_file.h"
 #include "measure/text.h"
 
 namespace ovix::measure {

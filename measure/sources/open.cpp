@@ -11,11 +11,19 @@ namespace ovix::measure {
 
 namespace {
 
-CError Ambiguous(const std::string& file, std::size_t guesses) {
+/// Relatives of a camera write the same bytes: what they may be stands in the error, best first.
+CError Ambiguous(const std::string& file, const std::vector<SGuess>& guesses) {
+    constexpr std::size_t kMostNamed = 12;
+    std::string names;
+    for (std::size_t i = 0; i < std::min(guesses.size(), kMostNamed); ++i) {
+        const SFrameFormat& format = guesses[i].format;
+        names += Say(i ? ", " : ": ", '"', format.pixelTypeName, "\" ", format.width, 'x', format.height);
+    }
+    if (guesses.size() > kMostNamed) names += " ...";
     return CError({.id = EError::UnknownFormat,
                    .file = file,
                    .expected = "bytes that speak for just one pixel type and size",
-                   .found = Say(guesses, " that they may be"),
+                   .found = Say(guesses.size(), " that they may be", names),
                    .advice = "say pixel type and size"});
 }
 
@@ -24,7 +32,7 @@ SFrameFormat FormatGuessed(const std::string& file) {
     const std::vector<SGuess> guesses = GuessFormat(file);
     const auto full = [](const SGuess& guess) { return guess.Full(); };
     if (std::count_if(guesses.begin(), guesses.end(), full) == 1) return guesses.front().format;
-    throw Ambiguous(file, guesses.size());
+    throw Ambiguous(file, guesses);
 }
 
 /// The same for what a stream begins with, as soon as it says so: a live one may bring no more for a while.
@@ -41,7 +49,7 @@ SFrameFormat FormatPeeked(CFeed& feed) {
         const auto found = std::find_if(guesses.begin(), guesses.end(), speaks);
         const auto count = std::count_if(guesses.begin(), guesses.end(), speaks);
         if (count == 1) return found->format;
-        if (count > 1 || !more) throw Ambiguous(feed.File().Name(), guesses.size());
+        if (count > 1 || !more) throw Ambiguous(feed.File().Name(), guesses);
     }
 }
 

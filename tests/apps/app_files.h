@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "apps/ovix/app_error.h"
+#include "apps/ovix/facts/error_json.h"
 #include "core/bytes.h"
 #include "support/test_folder.h"
 
@@ -44,9 +44,10 @@ inline int ExitOf(const auto& action, std::string* line = nullptr) {
     try {
         action();
         return app::ExitDone;
-    } catch (const app::CAppError& error) {
-        if (line) *line = error.what();
-        return error.Exit();
+    } catch (const std::exception&) {
+        const app::CFault fault = app::CurrentFault();
+        if (line) *line = fault.what();
+        return fault.Exit();
     }
 }
 

@@ -4,7 +4,6 @@
 
 #include "app_files.h"
 #include "apps/ovix/cli/regions.h"
-#include "apps/ovix/text/suggestion.h"
 
 namespace ovix::app {
 namespace {
@@ -91,7 +90,7 @@ TEST(Suggestion, FindsTheWordThatWasMeantAndNoneThatWasNot) {
                  {"zzz", ""},
                  {"dump.raw", ""},
                  {"x", ""}};
-    for (const auto& c : cases) EXPECT_EQ(NearestWord(c.text, words), c.nearest) << c.text;
+    for (const auto& c : cases) EXPECT_EQ(measure::NearestWord(c.text, words), c.nearest) << c.text;
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "apps/ovix/cli/frame_selection.h"
+#include "apps/ovix/cli/output_arguments.h"
 #include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/facts/findings.h"
@@ -92,9 +93,7 @@ class CAdjustCommand final : public ICommand {
             ->group(group);
         verb.add_flag("--mirror", mirror_, "left becomes right")->group(group);
         verb.add_flag("--flip", flip_, "top becomes bottom")->group(group);
-        add("-o,--output", output_, "FILE", "the dump to write", "Output")->required();
-        verb.add_flag("--overwrite", overwrite_, "replace a file that exists")->group("Output");
-        verb.add_flag("--json", json_, "say what was done as JSON")->group("Output");
+        output_.Add(verb, "the dump to write");
     }
 
     EExit Run() override {
@@ -115,12 +114,12 @@ class CAdjustCommand final : public ICommand {
             measure::Open(file_, {.pixelType = "counts", .width = width, .height = height, .frameSize = sourceSize});
         if (source.Kind() == measure::ESource::Recording)
             throw UsageFault(source.Name() + " is a recording: only dumps of raw frames can be adjusted");
-        if (source.IsFile(output_)) throw UsageFault(output_ + " is the input");
+        output_.RequireOther(source);
         for (const measure::SFinding& finding : source.Findings()) Say(FindingLine(source.Name(), finding));
         const auto onError = ParseChoice<measure::EOnFault>(
             "--on-error", onError_, {{"stop", measure::EOnFault::Stop}, {"skip", measure::EOnFault::Skip}});
         SCounts counts;
-        COutputFile output(output_, overwrite_);
+        COutputFile output(output_.File(), output_.Overwrites());
         // Of an odd line of YUV the last pixel is never written: it stays black.
         std::vector<u8> result(std::size_t{width} * height * kind.resultBytes);
         ForEachFrame(source, [&](auto&& read) {
@@ -228,13 +227,13 @@ class CAdjustCommand final : public ICommand {
 
     void Report(const SKind& kind, const SCounts& frames, u16 width, u16 height, std::size_t frameBytes) const {
         const char* pixels = kind.resultBytes == 2 ? "16-bit counts" : "24-bit pixels";
-        if (!json_) {
-            Say(fmt::format("{}: {} {} of {} x {} {}, {} bytes each", output_, frames.done,
+        if (!output_.SaysJson()) {
+            Say(fmt::format("{}: {} {} of {} x {} {}, {} bytes each", output_.File(), frames.done,
                             frames.done == 1 ? "frame" : "frames", width, height, pixels, frameBytes));
             return;
         }
         PrintJson({{"schema", kSchemaVersion},
-                   {"output", output_},
+                   {"output", output_.File()},
                    {"frames", frames.done},
                    {"skipped", frames.skipped},
                    {"width", width},
@@ -255,12 +254,10 @@ class CAdjustCommand final : public ICommand {
     std::string onError_ = "stop";
     std::string shift_ = "0";
     std::string mask_ = kWholeMask;
-    std::string output_;
+    COutputArguments output_;
     bool deinterlace_ = false;
     bool mirror_ = false;
     bool flip_ = false;
-    bool overwrite_ = false;
-    bool json_ = false;
 };
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <cmath>
 
+#include "apps/ovix/cli/output_arguments.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/facts/calibration_points.h"
 #include "apps/ovix/facts/user_calibration.h"
@@ -51,9 +52,7 @@ class CCalibrateCommand final : public ICommand {
             "how radiance becomes temperature: by a table of Planck's law over the band, by a polynomial near it, "
             "or by Planck's law at the band's middle (else table)");
         add("Fit", "--temperature-order", temperatureOrder_, "N", "order of that polynomial, 1 to 9 (else 5)");
-        add("Output", "-o,--output", output_, "FILE", "the calibration (JSON)")->required();
-        verb.add_flag("--overwrite", overwrite_, "replace a file that exists")->group("Output");
-        verb.add_flag("--json", json_, "one JSON document instead of the table of residuals")->group("Output");
+        output_.Add(verb, "the calibration (JSON)");
     }
 
     EExit Run() override {
@@ -71,7 +70,7 @@ class CCalibrateCommand final : public ICommand {
         if (!preset || *preset >= CRCalFile::PresetCount)
             throw UsageFault("--preset: expected 0 to 7, found \"" + preset_ + "\"");
 
-        COutputFile output(output_, overwrite_);
+        COutputFile output(output_.File(), output_.Overwrites());
         const SCalibrationFit fit = Fit(ReadCalibrationPoints(file_, scale, *preset), options);
         for (const SPresetFit& found : fit.presets) {
             if (!found.steady)
@@ -116,8 +115,8 @@ class CCalibrateCommand final : public ICommand {
     }
 
     void Report(const SCalibrationFit& fit, ETempType scale) const {
-        if (output_ == "-") return;  // the standard output is taken
-        if (json_) return PrintJson(Document(fit));
+        if (output_.File() == "-") return;  // the standard output is taken
+        if (output_.SaysJson()) return PrintJson(Document(fit));
         const SUnitText temperature = app::UnitText(TemperatureUser, scale);
         const SUnitText radiance = app::UnitText(RadianceUser, scale);
         // A difference in degrees Fahrenheit or Rankine is 1.8 times that in kelvin.
@@ -168,16 +167,15 @@ class CCalibrateCommand final : public ICommand {
                                {"points", std::move(points)}});
         }
         return {{"schema", kSchemaVersion},
-                {"output", output_},
+                {"output", output_.File()},
                 {"radianceUnit", app::UnitText(RadianceUser, Celsius).symbol},
                 {"presets", std::move(presets)}};
     }
 
-    std::string file_, output_, band_, order_, temperatureOrder_, scale_;
+    COutputArguments output_;
+    std::string file_, band_, order_, temperatureOrder_, scale_;
     std::string model_ = "table";
     std::string preset_ = "0";
-    bool overwrite_ = false;
-    bool json_ = false;
 };
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "apps/ovix/cli/many_inputs.h"
 #include "apps/ovix/cli/measure_arguments.h"
 #include "apps/ovix/cli/measure_run.h"
+#include "apps/ovix/cli/output_arguments.h"
 #include "apps/ovix/cli/picture_arguments.h"
 #include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/commands/command.h"
@@ -73,22 +74,16 @@ class CConvertCommand final : public ICommand {
         measure_.Add(verb);
         CMeasureRun::AddOption(verb, mergePresets_);
         const char* group = "Output";
-        verb.add_option(
-                "-o,--output", output_,
-                "what to write, by extension: .png (one file a frame), .tif, .npy, .csv, .zarr or .nxs; of several "
-                "inputs a name with {stem} in it, which stands for that of the input")
-            ->required()
-            ->type_name("FILE")
-            ->group(group);
+        output_.Add(verb,
+                    "what to write, by extension: .png (one file a frame), .tif, .npy, .csv, .zarr or .nxs; of several "
+                    "inputs a name with {stem} in it, which stands for that of the input");
         verb.add_option("--format", format_, "of -o -: png, tif, npy or csv")->type_name("KIND")->group(group);
-        verb.add_flag("--overwrite", overwrite_, "replace files that exist")->group(group);
-        verb.add_flag("--json", json_, "say what was done as JSON")->group(group);
         data_.Add(verb);
         picture_.Add(verb);
     }
 
     EExit Run() override {
-        const bool printed = output_ == "-";
+        const bool printed = output_.File() == "-";
         if (printed == format_.empty())
             throw UsageFault(printed ? "-o -: --format says what goes there" : "--format: goes with -o -");
         const std::vector<CSourceArguments> inputs = source_.Each();
@@ -101,17 +96,18 @@ class CConvertCommand final : public ICommand {
             [&](const CSourceArguments& input, const CFault& fault) {
                 documents.push_back({{"file", input.File()}, {"complete", false}, {"error", ErrorJson(fault)}});
             });
-        if (json_) PrintJson(several ? Json{{"schema", kSchemaVersion}, {"sources", documents}} : documents.front());
+        if (output_.SaysJson())
+            PrintJson(several ? Json{{"schema", kSchemaVersion}, {"sources", documents}} : documents.front());
         return worst;
     }
 
   private:
     /// ".tif", of the file or as it is given for the standard output.
     std::string Extension() const {
-        return format_.empty() ? std::filesystem::path(output_).extension().string() : '.' + format_;
+        return format_.empty() ? std::filesystem::path(output_.File()).extension().string() : '.' + format_;
     }
     SWriteOptions Options() const {
-        SWriteOptions options{.overwrite = overwrite_, .format = format_.empty() ? "" : Extension()};
+        SWriteOptions options{.overwrite = output_.Overwrites(), .format = format_.empty() ? "" : Extension()};
         data_.Put(options, Extension());
         return options;
     }
@@ -119,7 +115,7 @@ class CConvertCommand final : public ICommand {
         constexpr std::string_view kStem = "{stem}";
         const std::string stem =
             input.File() == "-" ? "standard-input" : std::filesystem::path(input.File()).stem().string();
-        std::string name = output_;
+        std::string name = output_.File();
         for (std::size_t at = 0; (at = name.find(kStem, at)) != std::string::npos; at += stem.size())
             name.replace(at, kStem.size(), stem);
         return name;
@@ -130,8 +126,8 @@ class CConvertCommand final : public ICommand {
             const auto [entry, isNew] = inputOf.emplace(OutputOf(input), input.File());
             if (!isNew)
                 throw UsageFault(
-                    fmt::format("-o {}: {} and {} would both become {}; {{stem}} stands for the input's name", output_,
-                                entry->second, input.File(), entry->first));
+                    fmt::format("-o {}: {} and {} would both become {}; {{stem}} stands for the input's name",
+                                output_.File(), entry->second, input.File(), entry->first));
         }
     }
 
@@ -185,7 +181,7 @@ class CConvertCommand final : public ICommand {
         run.Run(encode, append);
         writer->Finish();
         const std::string written = Written(output, series);
-        if (json_)
+        if (output_.SaysJson())
             documents.push_back(Document(run, source, written, series, range));
         else
             Say(Line(written, run, *measurement.Unit(), series, range));
@@ -272,13 +268,11 @@ class CConvertCommand final : public ICommand {
 
     CSourceArguments source_;
     CMeasureArguments measure_;
-    std::string output_;
+    COutputArguments output_;
     CDataArguments data_;
     CPictureArguments picture_;
     std::string format_;
-    bool overwrite_ = false;
     bool mergePresets_ = false;
-    bool json_ = false;
 };
 
 }  // namespace

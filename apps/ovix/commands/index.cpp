@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "apps/ovix/cli/output_arguments.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/fault.h"
@@ -32,13 +33,11 @@ class CIndexCommand final : public ICommand {
         };
         add("Input", "--pixel-type", options_.pixelType, "NAME", "of dumps: pixel type of the frames");
         add("Input", "--size", size_, "WxH", "of dumps: size of the image in pixels");
-        add("Output", "-o,--output", output_, "FILE", "the references (JSON)")->required();
+        output_.Add(verb, "the references (JSON)");
         add("Output", "--base-url", how_.baseUrl, "URL",
             "name the files by this and their names, for readers over HTTP (else by their full paths)");
         add("Output", "--frames-per-reference", together_, "N",
             "so many frames are one reference, of a structured type (else 1)");
-        verb.add_flag("--overwrite", overwrite_, "replace a file that exists")->group("Output");
-        verb.add_flag("--json", json_, "say what was done as JSON")->group("Output");
     }
 
     EExit Run() override {
@@ -50,7 +49,7 @@ class CIndexCommand final : public ICommand {
             how_.framesPerReference = *together;
         }
         while (how_.baseUrl.ends_with('/')) how_.baseUrl.pop_back();
-        COutputFile output(output_, overwrite_);
+        COutputFile output(output_.File(), output_.Overwrites());
         CProgress progress("file", files_.size());
         how_.progress = [&](u64 done, u64) { progress.Show(done); };
         bool damaged = false;
@@ -62,14 +61,14 @@ class CIndexCommand final : public ICommand {
         const std::string text = measure::ZarrReferences(files, options_, how_);
         output.Write(text.data(), text.size());
         output.Commit();
-        if (json_)
+        if (output_.SaysJson())
             PrintJson({{"schema", kSchemaVersion},
-                       {"output", output_},
+                       {"output", output_.File()},
                        {"files", files.size()},
                        {"bytes", text.size()},
                        {"complete", !damaged}});
         else
-            Say(fmt::format("{}: {} {}", output_, files.size(), files.size() == 1 ? "file" : "files"));
+            Say(fmt::format("{}: {} {}", output_.File(), files.size(), files.size() == 1 ? "file" : "files"));
         return damaged ? ExitSkipped : ExitDone;
     }
 
@@ -79,9 +78,7 @@ class CIndexCommand final : public ICommand {
     measure::SReferenceOptions how_;
     std::string size_;
     std::string together_;
-    std::string output_;
-    bool overwrite_ = false;
-    bool json_ = false;
+    COutputArguments output_;
 };
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include "apps/ovix/cli/measure_arguments.h"
 #include "apps/ovix/cli/measure_run.h"
+#include "apps/ovix/cli/output_arguments.h"
 #include "apps/ovix/cli/regions.h"
 #include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/facts/scene_json.h"
@@ -43,14 +44,12 @@ class CPlotCommand final : public ICommand {
         const auto add = [&](const char* name, auto& value, const char* type, const char* help) {
             return verb.add_option(name, value, help)->type_name(type)->group(group);
         };
-        add("-o,--output", output_, "FILE", "the plot to write: .png or .svg; - is an SVG")->required();
+        output_.Add(verb, "the plot to write: .png or .svg; - is an SVG");
         add("--kind", kind_, "KIND",
             "time (the default), profile along each --line, or histogram; the last two with a curve for each frame");
         add("--figure", figure_, "FIGURE", "over time: mean (the default), max or min, of good pixels");
         regions_.Add(verb, group);
         add("--line", lines_, "LINE", "of a profile: x0,y0,x1,y1 or name=x0,y0,x1,y1")->allow_extra_args(false);
-        verb.add_flag("--overwrite", overwrite_, "replace a file that exists")->group(group);
-        verb.add_flag("--json", json_, "say what was done as JSON")->group(group);
     }
 
     EExit Run() override {
@@ -58,14 +57,14 @@ class CPlotCommand final : public ICommand {
             "--kind", kind_, {{"time", EKind::Time}, {"profile", EKind::Profile}, {"histogram", EKind::Histogram}});
         Require(kind);
         const measure::CSource source = source_.Open();
-        if (source.IsFile(output_)) throw UsageFault(output_ + " is the input");
+        output_.RequireOther(source);
         const u16 width = source.Format().width, height = source.Format().height;
         const SAsked asked{
             regions_.Of(width, height), PixelsOf(ParseLines("--line", lines_), width, height),
             ParseChoice<EFigure>("--figure", figure_.empty() ? "mean" : figure_,
                                  {{"mean", EFigure::Mean}, {"max", EFigure::Highest}, {"min", EFigure::Lowest}})};
         RequireFew(asked, kind, 1);
-        COutputFile file(output_, overwrite_);
+        COutputFile file(output_.File(), output_.Overwrites());
         const measure::CMeasurement measurement(source, measure_.Options());
         CMeasureRun run(measurement, source_, mergePresets_);
         SSeen seen;
@@ -100,11 +99,11 @@ class CPlotCommand final : public ICommand {
     };
     using SSeen = std::vector<SLooked>;
 
-    bool IsSvg() const { return output_ == "-" || CString(output_.c_str()).EndsWithNoCase(L".svg"); }
+    bool IsSvg() const { return output_.File() == "-" || CString(output_.File().c_str()).EndsWithNoCase(L".svg"); }
 
     void Require(EKind kind) const {
-        if (!IsSvg() && !CString(output_.c_str()).EndsWithNoCase(L".png"))
-            throw UsageFault(output_ + ": a plot ends in .png or .svg");
+        if (!IsSvg() && !CString(output_.File().c_str()).EndsWithNoCase(L".png"))
+            throw UsageFault(output_.File() + ": a plot ends in .png or .svg");
         if (kind == EKind::Profile && lines_.empty()) throw UsageFault("--kind profile: needs a --line");
         if (kind != EKind::Profile && !lines_.empty())
             throw UsageFault("--line: has an effect on --kind profile alone");
@@ -225,29 +224,27 @@ class CPlotCommand final : public ICommand {
     void Report(const SPlot& plot, const CMeasureRun& run) const {
         Json names = Json::array();
         for (const SCurve& curve : plot.curves) names.push_back(curve.name);
-        if (json_) {
+        if (output_.SaysJson()) {
             PrintJson({{"schema", kSchemaVersion},
-                       {"output", output_},
+                       {"output", output_.File()},
                        {"curves", names},
                        {"frames", run.Done()},
                        {"skipped", run.Skipped()},
                        {"complete", run.Exit() == ExitDone}});
             return;
         }
-        Say(fmt::format("{}: {} {} of {} {}", output_, names.size(), names.size() == 1 ? "curve" : "curves", run.Done(),
-                        run.Done() == 1 ? "frame" : "frames"));
+        Say(fmt::format("{}: {} {} of {} {}", output_.File(), names.size(), names.size() == 1 ? "curve" : "curves",
+                        run.Done(), run.Done() == 1 ? "frame" : "frames"));
     }
 
     CSourceArguments source_;
     CMeasureArguments measure_;
-    std::string output_;
+    COutputArguments output_;
     std::string kind_ = "time";
     std::string figure_;
     CRegionArguments regions_;
     std::vector<std::string> lines_;
     bool mergePresets_ = false;
-    bool overwrite_ = false;
-    bool json_ = false;
 };
 
 }  // namespace

@@ -5,11 +5,11 @@
 #include <optional>
 
 #include "apps/ovix/cli/measure_arguments.h"
+#include "apps/ovix/cli/output_arguments.h"
 #include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/fault.h"
-#include "apps/ovix/output/output_file.h"
 #include "apps/ovix/output/spool.h"
 #include "apps/ovix/text/console.h"
 
@@ -62,7 +62,7 @@ class CRecordCommand final : public ICommand {
         source_.Add(verb);
         given_.Add(verb);
         const char* group = "Output";
-        verb.add_option("-o,--output", output_, "the recording")->required()->type_name("FILE")->group(group);
+        output_.Add(verb, "the recording");
         verb.add_flag("--unpacked", how_.unpacked, "say that frames are stored as the camera delivers them")
             ->group(group);
         verb.add_flag("--checksums", how_.checksums,
@@ -72,12 +72,11 @@ class CRecordCommand final : public ICommand {
                       "leave what was written as FILE.part where the recording does not come to its end, for \"ovix "
                       "repair\" (frames of a pipe always: nobody has them again)")
             ->group(group);
-        verb.add_flag("--overwrite", how_.overwrite, "replace a file that exists")->group(group);
-        verb.add_flag("--json", json_, "say what was done as JSON")->group(group);
     }
 
     EExit Run() override {
-        if (output_ == "-" && (how_.keepPart || how_.checksums))
+        how_.overwrite = output_.Overwrites();
+        if (output_.File() == "-" && (how_.keepPart || how_.checksums))
             throw UsageFault("--keep-part, --checksums: have no effect on -o -");
         measure::SMeasureOptions given;
         given.scene = given_.Scene();
@@ -85,7 +84,7 @@ class CRecordCommand final : public ICommand {
         given.userCalibration = given_.UserCalibration();
         const measure::CSource source = source_.Open();
         how_.input = source;
-        how_.keepPart = how_.keepPart || (!source.IsNumbered() && output_ != "-");
+        how_.keepPart = how_.keepPart || (!source.IsNumbered() && output_.File() != "-");
         const u32 frameSize = FrameSize(source);
 
         CFrameWalk walk(source, source_.Frames(source));
@@ -93,7 +92,7 @@ class CRecordCommand final : public ICommand {
         auto first = Gather(source, walk, objects);
         measure::AddToSource(objects, given, source.Format());
 
-        CWayOut out(output_);
+        CWayOut out(output_.File());
         measure::CRecordingWriter writer(out.Path(), objects, source.Format(), frameSize, how_);
         std::optional<CRemovedOnInterrupt> removed;
         if (!how_.keepPart) removed.emplace(writer.Part());
@@ -200,12 +199,13 @@ class CRecordCommand final : public ICommand {
     }
 
     void Report(const measure::CSource& source, u32 frameSize, u64 bytes) const {
-        if (!json_) {
-            Say(fmt::format("{}: {} {} of {} bytes", output_, done_, done_ == 1 ? "frame" : "frames", frameSize));
+        if (!output_.SaysJson()) {
+            Say(fmt::format("{}: {} {} of {} bytes", output_.File(), done_, done_ == 1 ? "frame" : "frames",
+                            frameSize));
             return;
         }
         PrintJson({{"schema", kSchemaVersion},
-                   {"output", output_},
+                   {"output", output_.File()},
                    {"frames", done_},
                    {"skipped", skipped_},
                    {"frameBytes", frameSize},
@@ -216,11 +216,10 @@ class CRecordCommand final : public ICommand {
 
     CSourceArguments source_;
     CSceneArguments given_;
-    std::string output_;
+    COutputArguments output_;
     measure::SWriteOptions how_;
     u64 done_ = 0;
     u64 skipped_ = 0;
-    bool json_ = false;
 };
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "apps/ovix/cli/output_arguments.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/output/spool.h"
@@ -22,36 +23,32 @@ class CRepairCommand final : public ICommand {
     }
     void AddOptions(CLI::App& verb) override {
         verb.add_option("FILE", file_, "a recording; it stays as it is")->required()->type_name("");
-        verb.add_option("-o,--output", output_, "the new recording")->required()->type_name("FILE");
-        verb.add_flag("--overwrite", overwrite_, "replace a file that exists");
-        verb.add_flag("--json", json_, "say what was done as JSON");
+        output_.Add(verb, "the new recording");
     }
     EExit Run() override {
-        CWayOut out(output_);
+        CWayOut out(output_.File());
         std::vector<measure::SFinding> notes;
-        const measure::SRepaired repaired = measure::RepairRecording(file_, out.Path(), {.overwrite = overwrite_},
-                                                                     [&](const measure::SFinding& finding) {
-                                                                         if (!json_) Say(FindingLine(file_, finding));
-                                                                         notes.push_back(finding);
-                                                                     });
+        const measure::SRepaired repaired = measure::RepairRecording(
+            file_, out.Path(), {.overwrite = output_.Overwrites()}, [&](const measure::SFinding& finding) {
+                if (!output_.SaysJson()) Say(FindingLine(file_, finding));
+                notes.push_back(finding);
+            });
         out.Send();
-        if (json_) {
+        if (output_.SaysJson()) {
             PrintJson({{"schema", kSchemaVersion},
-                       {"output", output_},
+                       {"output", output_.File()},
                        {"frames", repaired.frames},
                        {"leftOut", repaired.leftOut},
                        {"findings", FindingsJson(notes)}});
         } else {
-            Say(fmt::format("{}: {} {}", output_, repaired.frames, repaired.frames == 1 ? "frame" : "frames"));
+            Say(fmt::format("{}: {} {}", output_.File(), repaired.frames, repaired.frames == 1 ? "frame" : "frames"));
         }
         return repaired.leftOut ? ExitSkipped : ExitDone;
     }
 
   private:
     std::string file_;
-    std::string output_;
-    bool overwrite_ = false;
-    bool json_ = false;
+    COutputArguments output_;
 };
 
 }  // namespace

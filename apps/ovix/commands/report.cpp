@@ -6,6 +6,7 @@
 
 #include "apps/ovix/cli/measure_arguments.h"
 #include "apps/ovix/cli/measure_run.h"
+#include "apps/ovix/cli/output_arguments.h"
 #include "apps/ovix/cli/regions.h"
 #include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/commands/command.h"
@@ -57,14 +58,12 @@ class CReportCommand final : public ICommand {
         const auto add = [&](const char* name, std::string& value, const char* type, const char* help) {
             return verb.add_option(name, value, help)->type_name(type)->group(group);
         };
-        add("-o,--output", output_, "FILE", "the page to write, an .html file")->required();
+        output_.Add(verb, "the page to write, an .html file");
         add("--step", step_, "STEP", "values are rounded to multiples of it, in K or the unit (else 0.05 K, 1 count)");
         add("--bin", bin_, "N", "make N times N pixels one (else 1)");
         add("--max-size", maxSize_, "SIZE",
             "let the page be no larger, by coarser steps first, then by binning: 5M, 800k");
         regions_.Add(verb, group, "a region to begin with");
-        verb.add_flag("--overwrite", overwrite_, "replace a file that exists")->group(group);
-        verb.add_flag("--json", json_, "say what was done as JSON")->group(group);
     }
 
     EExit Run() override {
@@ -74,7 +73,7 @@ class CReportCommand final : public ICommand {
         const measure::CSource source = source_.Open();
         if (!source.IsNumbered())
             throw UsageFault(source.Name() + ": a page looks ahead, which --spool allows for a pipe");
-        if (source.IsFile(output_)) throw UsageFault(output_ + " is the input");
+        output_.RequireOther(source);
         const measure::SFrameFormat& format = source.Format();
         const SPackingWish wish = Wish(format.width, format.height);
         SReport report{.title = std::filesystem::path(source.Name()).filename().string(),
@@ -106,12 +105,12 @@ class CReportCommand final : public ICommand {
         throw CAppError(ExitBadData,
                         fmt::format("{}: expected at most {} bytes, found about {} in the coarsest packing "
                                     "that is open: choose fewer --frames, or leave out --step and --bin",
-                                    output_, wish.mostBytes.value_or(0), found));
+                                    output_.File(), wish.mostBytes.value_or(0), found));
     }
 
   private:
     /// A target that would not do is refused before frames are measured; one that is never committed leaves nothing.
-    void RequireTarget() const { const COutputFile target(output_, overwrite_); }
+    void RequireTarget() const { const COutputFile target(output_.File(), output_.Overwrites()); }
 
     SPackingWish Wish(u16 width, u16 height) const {
         SPackingWish wish;
@@ -155,7 +154,7 @@ class CReportCommand final : public ICommand {
               std::optional<u64> most) const {
         report.frames.clear();
         report.figures = {};
-        COutputFile file(output_, overwrite_);
+        COutputFile file(output_.File(), output_.Overwrites());
         CReportPage page([&](std::string_view text) { file.Write(text.data(), text.size()); });
         run.Run([&](const measure::CFrame& frame) { return Pack(frame, report.packing); },
                 [&](SPacked&& frame) {
@@ -171,9 +170,9 @@ class CReportCommand final : public ICommand {
 
     void Report(const SReport& report, u64 size, const CMeasureRun& run) const {
         const auto& [bin, step] = report.packing;
-        if (json_) {
+        if (output_.SaysJson()) {
             PrintJson({{"schema", kSchemaVersion},
-                       {"output", output_},
+                       {"output", output_.File()},
                        {"frames", report.frames.size()},
                        {"skipped", run.Skipped()},
                        {"complete", run.Exit() == ExitDone},
@@ -184,21 +183,19 @@ class CReportCommand final : public ICommand {
                        {"largestRounding", report.figures.largestRounding}});
             return;
         }
-        Say(fmt::format("{}: {} {}, {} bytes, in steps of {} {}{}", output_, report.frames.size(),
+        Say(fmt::format("{}: {} {}, {} bytes, in steps of {} {}{}", output_.File(), report.frames.size(),
                         report.frames.size() == 1 ? "frame" : "frames", size, step, report.unit.difference,
                         bin == 1 ? "" : fmt::format(", {0} x {0} pixels made one", bin)));
     }
 
     CSourceArguments source_;
     CMeasureArguments measure_;
-    std::string output_;
+    COutputArguments output_;
     std::string step_;
     std::string bin_;
     std::string maxSize_;
     CRegionArguments regions_;
     bool mergePresets_ = false;
-    bool overwrite_ = false;
-    bool json_ = false;
 };
 
 }  // namespace

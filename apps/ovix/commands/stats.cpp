@@ -155,7 +155,8 @@ class CStatsCommand final : public ICommand {
                         .unit = frame.unit,
                         .text = UnitText(frame.unit, frame.scale),
                         .parameters = ParametersJson(measurement, frame),
-                        .lastFrame = source.Count().value_or(1) - 1};
+                        .lastFrame = source.Count().value_or(1) - 1,
+                        .regions = regions.size()};
         for (const measure::CPixelSet& region : regions)
             head.longestName = std::max(head.longestName, TextWidth(region.Shape().name));
         return head;

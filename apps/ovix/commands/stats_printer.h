@@ -16,7 +16,8 @@ struct SStatsHead {
     SUnitText text;
     Json parameters;
     u64 lastFrame = 0;            ///< the highest number that a row may bear
-    std::size_t longestName = 0;  ///< of the regions
+    std::size_t longestName = 0;  ///< of the regions, in characters
+    std::size_t regions = 1;      ///< how many
 };
 
 /// What is known at the end of one input.

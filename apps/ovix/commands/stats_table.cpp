@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <limits>
 
 #include "apps/ovix/commands/stats_printer.h"
 #include "apps/ovix/text/console.h"
@@ -11,6 +12,8 @@
 namespace ovix::app {
 
 namespace {
+
+constexpr int kAsked = 9;  ///< worth of a column that is never left out
 
 /// A column that takes its width before its first cell is known.
 struct SColumn {
@@ -70,13 +73,13 @@ class CTablePrinter final : public IStatsPrinter {
         const std::size_t number = fmt::format("{}", head.lastFrame).size();
         columns_ = {
             {"file", fileWidth_, 1, [](const SStatsRow& row, std::size_t) { return Printable(row.file); }, true},
-            {"frame", std::max<std::size_t>(number, 5), 9,
+            {"frame", std::max<std::size_t>(number, 5), kAsked,
              [](const SStatsRow& row, std::size_t) { return fmt::format("{}", row.frame); }},
             {"time (UTC)", TextWidth("2026-11-21T08:15:00.250000Z"), 4,
              [](const SStatsRow& row, std::size_t) { return row.time ? TimeText(*row.time) : "-"; }, true},
             {"counter", 8, 3, [](const SStatsRow& row, std::size_t) { return OrDash(row.counter); }},
             {"preset", 6, 3, [](const SStatsRow& row, std::size_t) { return OrDash(row.preset); }},
-            {"region", std::max<std::size_t>(head.longestName, 6), 8,
+            {"region", std::max<std::size_t>(head.longestName, 6), head.regions > 1 ? kAsked : 8,
              [](const SStatsRow& row, std::size_t) { return Printable(row.region->Shape().name); }, true}};
     }
     void Add(std::string title, int worth, std::function<std::string(const SStatsRow& row)> cell) {
@@ -86,7 +89,7 @@ class CTablePrinter final : public IStatsPrinter {
     void AddProfile() {
         const auto add = [this](const char* title, auto cell) {
             columns_.push_back(
-                {title, 9, 9, [cell](const SStatsRow& row, std::size_t i) { return cell(row.profile[i]); }});
+                {title, 9, kAsked, [cell](const SStatsRow& row, std::size_t i) { return cell(row.profile[i]); }});
         };
         add("x", [](const SProfilePixel& pixel) { return fmt::format("{}", pixel.at.x); });
         add("y", [](const SProfilePixel& pixel) { return fmt::format("{}", pixel.at.y); });
@@ -105,14 +108,14 @@ class CTablePrinter final : public IStatsPrinter {
             return row.HasFigures() ? fmt::format("{},{}", at.x, at.y) : "-";
         };
         Add("pixels", 7, [](const Row& row) { return fmt::format("{}", row.figures.pixels); });
-        Add("min", 9, [=](const Row& row) { return value(row, row.figures.minimum, row.minimumStatus); });
+        Add("min", kAsked, [=](const Row& row) { return value(row, row.figures.minimum, row.minimumStatus); });
         Add("at x,y", 5, [=](const Row& row) { return place(row, row.figures.minimumPosition); });
-        Add("max", 9, [=](const Row& row) { return value(row, row.figures.maximum, row.maximumStatus); });
+        Add("max", kAsked, [=](const Row& row) { return value(row, row.figures.maximum, row.maximumStatus); });
         Add("at x,y", 5, [=](const Row& row) { return place(row, row.figures.maximumPosition); });
-        Add("mean", 9, [=](const Row& row) { return value(row, row.figures.mean, 0); });
+        Add("mean", kAsked, [=](const Row& row) { return value(row, row.figures.mean, 0); });
         Add("std", 8, [=](const Row& row) { return value(row, row.figures.standardDeviation, 0); });
         for (std::size_t i = 0; i < wish_.percents.size(); ++i) {
-            Add(fmt::format("{} %", wish_.percents[i]), 8,
+            Add(fmt::format("{} %", wish_.percents[i]), kAsked,
                 [this, i](const Row& row) { return ShownValue(row.percentiles[i], unit_); });
         }
         Add("good", 6, [](const Row& row) { return fmt::format("{}", row.figures.good); });
@@ -127,7 +130,8 @@ class CTablePrinter final : public IStatsPrinter {
         Add("excluded", 2, [=](const Row& row) { return counted(row, {3, 4}); });
         Add("no data", 2, [=](const Row& row) { return counted(row, {5}); });
     }
-    /// A terminal too narrow has the less worthy columns left out, the last of them first.
+    /// A terminal too narrow has the less worthy columns left out, the last of them first; what is still too wide goes
+    /// on in a second line.
     void LeaveOut() {
         leftOut_ = 0;
         const auto width = [this] {
@@ -138,21 +142,31 @@ class CTablePrinter final : public IStatsPrinter {
         const auto room = TerminalWidth();
         while (room && width() > *room && columns_.size() > 1) {
             const auto worst = std::ranges::min_element(columns_.rbegin(), columns_.rend(), {}, &SColumn::worth);
-            if (worst->worth == 9) return;
+            if (worst->worth == kAsked) return;
             columns_.erase(std::next(worst).base());
             ++leftOut_;
         }
     }
     template <class Text>
     void Line(const Text& text) const {
-        std::string line;
+        constexpr std::size_t kFurther = 4;  // blanks ahead of what goes on in another line
+        const std::size_t room = TerminalWidth().value_or(std::numeric_limits<std::size_t>::max());
+        std::string line, lines;
+        const auto end = [&] {
+            line.erase(line.find_last_not_of(' ') + 1);
+            lines += line + '\n';
+        };
         for (const SColumn& column : columns_) {
             const std::string cell = text(column);
             const std::string blanks(column.width - std::min(column.width, TextWidth(cell)), ' ');
+            if (!line.empty() && TextWidth(line) + 2 + column.width > room) {
+                end();
+                line.assign(kFurther, ' ');
+            }
             line += (line.empty() ? "" : "  ") + (column.left ? cell + blanks : blanks + cell);
         }
-        line.erase(line.find_last_not_of(' ') + 1);
-        Print(line + '\n');
+        end();
+        Print(lines);
     }
 
     SStatsWish wish_;

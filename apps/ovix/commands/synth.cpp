@@ -3,15 +3,15 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
+#include "apps/ovix/cli/output_arguments.h"
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/fault.h"
 #include "apps/ovix/output/frame_writer.h"
-#include "apps/ovix/output/library_file.h"
 #include "apps/ovix/output/output_file.h"
 #include "apps/ovix/scene.h"
 #include "apps/ovix/synth/synth.h"
+#include "apps/ovix/text/choice.h"
 #include "apps/ovix/text/console.h"
-#include "apps/ovix/text/suggestion.h"
 #include "apps/ovix/text/values.h"
 #include "core/core.h"
 
@@ -23,7 +23,7 @@ namespace {
 class COneFile final : public IFileSystem {
   public:
     explicit COneFile(COutputFile& output) : output_(output) {}
-    TSharedPtr<IFile> Open(const CString&, u32) override { return MakeShared<CLibraryOutput>(output_); }
+    TSharedPtr<IFile> Open(const CString&, u32) override { return MakeShared<measure::COutputAsFile>(output_.File()); }
     CDirectoryListing List(const CString&, const CString&) override { return {}; }
 
   private:
@@ -39,7 +39,7 @@ class CTableFiles {
             COutputFile& file = *files_.emplace_back(std::make_unique<COutputFile>(stem + extension, overwrite));
             COneFile place(file);
             if (!save(&place, L"", static_cast<u16>(tables.width), static_cast<u16>(tables.height), u16{0}, table...))
-                throw CFault({.exit = ExitFile, .file = file.Target().string(), .problem = "cannot write"});
+                throw CFault({.exit = ExitFile, .file = stem + extension, .problem = "cannot write"});
         };
         if (tables.gain) add(".mvg", CNormFile::SaveGainTable, tables.gain);
         if (tables.offset) add(".mvo", CNormFile::SaveOffsetTable, tables.offset);
@@ -66,7 +66,7 @@ class CSynthCommand final : public ICommand {
                "--tables nuc -o dump.raw";
     }
     void AddOptions(CLI::App& verb) override {
-        verb.add_option("-o,--output", output_, "the dump to write")->required()->type_name("FILE");
+        output_.Add(verb, "the dump to write");
         const auto add = [&](const char* name, std::string& value, const char* type, const char* help) {
             verb.add_option(name, value, help)->type_name(type);
         };
@@ -81,8 +81,6 @@ class CSynthCommand final : public ICommand {
         verb.add_flag("--clean", clean_, "no noise, no fixed pattern, no bad pixels");
         add("--truth", truth_, "FILE", "also write the scene's temperatures in K (.npy, .tif, .csv or .png)");
         add("--tables", tables_, "STEM", "also write the correction tables STEM.mvg, .mvo and .mvb");
-        verb.add_flag("--overwrite", overwrite_, "replace files that exist");
-        verb.add_flag("--json", json_, "say what was done as JSON");
     }
 
     EExit Run() override {
@@ -98,7 +96,7 @@ class CSynthCommand final : public ICommand {
         if (!count) throw UsageFault("--count: expected at least 1");
 
         const auto camera = family.make(options);
-        COutputFile dump(output_, overwrite_);
+        COutputFile dump(output_.File(), output_.Overwrites());
         const auto tables = Tables(*camera);
         const auto truth = TruthWriter(options, count);
         const u64 bytes = WriteFrames(*camera, options, count, dump, truth.get());
@@ -153,8 +151,8 @@ class CSynthCommand final : public ICommand {
         series.height = options.height;
         series.frames = count;
         series.unit = UnitText(TemperatureFactory, Kelvin);
-        series.title = "scene of " + output_;
-        const SWriteOptions write{.overwrite = overwrite_, .range = std::pair(kSceneColdest, kSceneHottest)};
+        series.title = "scene of " + output_.File();
+        const SWriteOptions write{.overwrite = output_.Overwrites(), .range = std::pair(kSceneColdest, kSceneHottest)};
         return MakeFrameWriter(truth_, series, write);
     }
 
@@ -191,13 +189,13 @@ class CSynthCommand final : public ICommand {
         if (tables_.empty()) return nullptr;
         const auto tables = camera.Correction();
         if (!tables) throw UsageFault("--tables: these frames have neither a fixed pattern nor bad pixels");
-        return std::make_unique<CTableFiles>(*tables, tables_, overwrite_);
+        return std::make_unique<CTableFiles>(*tables, tables_, output_.Overwrites());
     }
 
     void Report(const measure::SFrameFormat& format, const std::string& form, u64 count, u64 bytes) const {
-        if (json_) {
+        if (output_.SaysJson()) {
             PrintJson({{"schema", kSchemaVersion},
-                       {"output", output_},
+                       {"output", output_.File()},
                        {"pixelType", format.pixelTypeName},
                        {"form", form},
                        {"width", format.width},
@@ -206,11 +204,11 @@ class CSynthCommand final : public ICommand {
                        {"bytes", bytes}});
             return;
         }
-        Say(fmt::format("{}: {} {}, {} bytes; to read: --pixel-type \"{}\" --size {}x{}", output_, count,
+        Say(fmt::format("{}: {} {}, {} bytes; to read: --pixel-type \"{}\" --size {}x{}", output_.File(), count,
                         count == 1 ? "frame" : "frames", bytes, format.pixelTypeName, format.width, format.height));
     }
 
-    std::string output_;
+    COutputArguments output_;
     std::string family_;
     std::string pixelType_;
     std::string form_;
@@ -220,8 +218,6 @@ class CSynthCommand final : public ICommand {
     std::string truth_;
     std::string tables_;
     bool clean_ = false;
-    bool overwrite_ = false;
-    bool json_ = false;
 };
 
 }  // namespace

@@ -4,8 +4,7 @@
 #include <charconv>
 #include <cstring>
 
-#include "apps/ovix/output/file_kinds.h"
-#include "apps/ovix/output/output_file.h"
+#include "apps/ovix/output/description_file.h"
 
 namespace ovix::app {
 namespace {
@@ -50,7 +49,7 @@ class TTexts {
 template <class T>
 class TCsvFile {
   public:
-    static constexpr bool kDescribesFrames = false;
+    static constexpr bool kDescribesFrames = true;
 
     TCsvFile(const std::filesystem::path& target, const SSeries& series, const SWriteOptions& options)
         : file_(target, options.overwrite) {
@@ -93,7 +92,7 @@ class TCsvFile {
 
 std::unique_ptr<IFrameWriter> MakeCsvWriter(const std::filesystem::path& target, const SSeries& series,
                                             const SWriteOptions& options) {
-    return std::make_unique<TDataWriter<TCsvFile>>(target, series, options);
+    return std::make_unique<TDescribedWriter<TCsvFile>>(target, target.string() + ".json", series, options);
 }
 
 }  // namespace ovix::app

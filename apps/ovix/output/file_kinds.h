@@ -67,9 +67,17 @@ class TDataWriter : public IFrameWriter {
 
     /// The values come last: who sees them finds the rest there.
     void Finish() override {
+        Complete();
+        Commit();
+    }
+
+  protected:
+    void Complete() {
         if (empty_) throw CAppError(ExitBadData, target_.string() + ": no frame to write");
         if (status_) status_->Complete();
         values_.Complete();
+    }
+    void Commit() {
         if (status_) status_->Commit();
         values_.Commit();
     }

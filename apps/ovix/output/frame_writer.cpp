@@ -109,7 +109,7 @@ Json CountStatus(std::span<const u8> status) {
     Json counts{{"good", ofByte[0]}};
     for (const SStatusFlag& flag : kStatusFlags) {
         u64 pixels = 0;
-        for (unsigned byte = 0; byte < 256; ++byte) pixels += byte & flag.bit ? ofByte[byte] : 0;
+        for (unsigned byte = flag.bit; byte < 2U * flag.bit; ++byte) pixels += ofByte[byte];
         if (pixels > 0) counts[flag.key] = pixels;
     }
     return counts;

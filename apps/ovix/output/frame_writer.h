@@ -116,7 +116,7 @@ class IFrameWriter {
 ///   more than 2 GiB of pixels are to come.
 /// - CSV: a table for spreadsheets and scripts, one line for each row of each frame: the number of the frame, the row,
 ///   then the pixels from left to right. The head names them with their unit: `frame,row,x0 [°C],x1 [°C]`. Numbers are
-///   the shortest texts that read back to the same value.
+///   the shortest texts that read back to the same value. JSON beside it (`out.csv.json`) as of NPY.
 /// - PNG: a picture for the eye: palette, colour bar with the unit, title and caption, what is marked, and a legend for
 ///   what the palette does not show, where it occurs; of video its colours. `Description` is JSON in ASCII: what
 ///   `DescribeSeries` and `DescribeFrame` say, the range and the palette. A plain one holds the pixels alone, grey in
@@ -137,7 +137,8 @@ std::unique_ptr<IFrameWriter> MakeFrameWriter(const std::filesystem::path& targe
 Json DescribeSeries(const SSeries& series, const SWriteOptions& options);
 /// What is written for each frame: its number, time, caption, and the status bytes by flag where there are any.
 Json DescribeFrame(const SPicture& picture);
-/// How many pixels bear each flag of the status byte, by the flag's name, and how many none ("good").
+/// How many pixels bear each flag of the status byte, by the flag's name, and how many none ("good"); one with several
+/// counts once, under the heaviest, so that all add up.
 Json CountStatus(std::span<const u8> status);
 
 }  // namespace ovix::app

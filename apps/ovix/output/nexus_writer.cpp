@@ -9,7 +9,7 @@
 #include "apps/ovix/fault.h"
 #include "apps/ovix/output/cf_attributes.h"
 #include "apps/ovix/output/file_kinds.h"
-#include "apps/ovix/output/output_file.h"
+#include "apps/ovix/output/spool.h"
 
 namespace ovix::app {
 namespace {

@@ -3,8 +3,7 @@
 #include <bit>
 #include <cstring>
 
-#include "apps/ovix/output/file_kinds.h"
-#include "apps/ovix/output/output_file.h"
+#include "apps/ovix/output/description_file.h"
 
 namespace ovix::app {
 namespace {
@@ -63,59 +62,13 @@ class TNpyFile {
     u64 frames_ = 0;
 };
 
-/// A JSON object whose last member, the list of frames, grows as they come.
-class CDescription {
-  public:
-    CDescription(const std::filesystem::path& target, const SSeries& series, const SWriteOptions& options)
-        : file_(target, options.overwrite) {
-        std::string head = JsonText(DescribeSeries(series, options), 2);
-        head.erase(head.rfind("\n}"));
-        Write(head + ",\n  \"frames\": [");
-    }
-    void Append(const Json& frame) {
-        Write((first_ ? "\n    " : ",\n    ") + JsonText(frame));
-        first_ = false;
-    }
-    void Complete() { Write("\n  ]\n}\n"); }
-    void Commit() { file_.Commit(); }
-
-  private:
-    void Write(const std::string& text) { file_.Write(text.data(), text.size()); }
-
-    COutputFile file_;
-    bool first_ = true;
-};
-
-template <class Value>
-class TNpyWriter : public TDataWriter<TNpyFile, Value> {
-    using Data = TDataWriter<TNpyFile, Value>;
-
-  public:
-    TNpyWriter(const std::filesystem::path& target, const SSeries& series, const SWriteOptions& options)
-        : Data(target, series, options) {
-        if (target != "-")
-            description_.emplace(std::filesystem::path(target).replace_extension(".json"), series, options);
-    }
-    void Append(const SPicture& picture, const SEncodedFrame& encoded) override {
-        Data::Append(picture, encoded);
-        if (description_) description_->Append(encoded.description);
-    }
-    void Finish() override {
-        if (description_) description_->Complete();
-        Data::Finish();
-        if (description_) description_->Commit();
-    }
-
-  private:
-    std::optional<CDescription> description_;
-};
-
 }  // namespace
 
 std::unique_ptr<IFrameWriter> MakeNpyWriter(const std::filesystem::path& target, const SSeries& series,
                                             const SWriteOptions& options) {
-    if (options.steps) return std::make_unique<TNpyWriter<u16>>(target, series, options);
-    return std::make_unique<TNpyWriter<float>>(target, series, options);
+    const auto description = std::filesystem::path(target).replace_extension(".json");
+    if (options.steps) return std::make_unique<TDescribedWriter<TNpyFile, u16>>(target, description, series, options);
+    return std::make_unique<TDescribedWriter<TNpyFile>>(target, description, series, options);
 }
 
 }  // namespace ovix::app

@@ -64,7 +64,14 @@ void CSpool::Copy(int from) {
     }
 }
 
-CWayOut::CWayOut(const std::string& target) : path_(target) {
+void SyncByName(const std::filesystem::path& path, int (*sync)(int)) {
+    const int handle = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const int failed = handle < 0 || sync(handle) != 0 ? errno : 0;
+    ::close(handle);
+    if (failed) throw SystemFault(ExitFile, path.string(), "cannot write", failed);
+}
+
+CWayOut::CWayOut(const std::filesystem::path& target) : path_(target) {
     if (target != "-") return;
     std::string pattern = std::filesystem::temp_directory_path() / "ovix-XXXXXX";
     if (!::mkdtemp(pattern.data())) throw SystemFault(ExitFile, pattern, "cannot make a temporary folder", errno);

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "apps/ovix/output/output_file.h"
+#include "apps/ovix/output/interrupt_cleanup.h"
 
 namespace ovix::app {
 
@@ -36,7 +36,7 @@ class CSpool {
 /// that goes with the object.
 class CWayOut {
   public:
-    explicit CWayOut(const std::string& target);
+    explicit CWayOut(const std::filesystem::path& target);
     ~CWayOut();
     CWayOut(const CWayOut&) = delete;
     CWayOut& operator=(const CWayOut&) = delete;
@@ -52,5 +52,9 @@ class CWayOut {
     std::optional<CRemovedOnInterrupt> removed_;
     std::filesystem::path path_;
 };
+
+/// What others wrote reaches the medium, so that it may take its name: by `fsync` a file, by `syncfs` all of the file
+/// system, for a folder of thousands of files. Throws `CAppError`.
+void SyncByName(const std::filesystem::path& path, int (*sync)(int));
 
 }  // namespace ovix::app

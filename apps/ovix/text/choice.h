@@ -1,14 +1,21 @@
 #pragma once
 
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "apps/ovix/fault.h"
-#include "apps/ovix/text/suggestion.h"
 #include "core/core.h"
+#include "measure/measure.h"
 
 namespace ovix::app {
+
+/// ", did you mean \"word\"?" with the nearest of the words, or nothing.
+inline std::string DidYouMean(const std::string& text, std::span<const std::string> words) {
+    const std::string nearest = measure::NearestWord(text, words);
+    return nearest.empty() ? "" : ", did you mean \"" + nearest + "\"?";
+}
 
 /// The value of the word that the text is, case aside. Throws wrong usage that lists the words for another text.
 template <class Value>

@@ -29,7 +29,7 @@ std::string Shortened(const std::string& text, std::size_t width) {
 }  // namespace
 
 /// Takes from the widest columns of words what a terminal has no room for; numbers are never shortened.
-void CTextTable::Narrow(std::vector<std::size_t>& widths, std::size_t room) const {
+void CTextTable::Narrow(Widths& widths, std::size_t room) const {
     constexpr std::size_t kLeast = 12;
     for (;;) {
         std::size_t sum = 2 * (widths.size() - 1), widest = widths.size();
@@ -51,11 +51,38 @@ void CTextTable::Row(std::vector<std::string> cells) {
     rows_.push_back(std::move(cells));
 }
 
+/// The columns that stand beside each other, group by group.
+std::vector<std::vector<std::size_t>> CTextTable::Groups(const Widths& widths, std::optional<std::size_t> room) const {
+    std::vector<std::vector<std::size_t>> groups(1);
+    std::size_t used = 0;
+    for (std::size_t i = 0; i < widths.size(); ++i) {
+        if (room && groups.back().size() > 1 && used + widths[i] > *room) {
+            groups.push_back({0});
+            used = widths[0] + 2;
+        }
+        groups.back().push_back(i);
+        used += widths[i] + 2;
+    }
+    return groups;
+}
+
+std::string CTextTable::Line(const std::vector<std::string>& cells, const Widths& widths,
+                             const std::vector<std::size_t>& group) const {
+    std::string line;
+    for (const std::size_t i : group) {
+        const std::string cell = Shortened(cells[i], widths[i]);
+        const std::string blanks(widths[i] - TextWidth(cell), ' ');
+        line += (columns_[i].align == Right ? blanks + cell : cell + blanks) + "  ";
+    }
+    line.erase(line.find_last_not_of(' ') + 1);
+    return line + '\n';
+}
+
 std::string CTextTable::Text() const {
     std::vector<std::string> titles;
     titles.reserve(columns_.size());
     for (const SColumn& column : columns_) titles.push_back(column.title);
-    std::vector<std::size_t> widths(columns_.size());
+    Widths widths(columns_.size());
     const auto widen = [&](const std::vector<std::string>& cells) {
         for (std::size_t i = 0; i < cells.size(); ++i) widths[i] = std::max(widths[i], TextWidth(cells[i]));
     };
@@ -63,30 +90,28 @@ std::string CTextTable::Text() const {
     for (const auto& row : rows_) widen(row);
 
     constexpr std::size_t kIndent = 2;  // that some callers put ahead of each line
-    if (const auto room = TerminalWidth()) Narrow(widths, std::max(*room, kIndent) - kIndent);
-    std::string text;
-    const auto line = [&](const std::vector<std::string>& cells) {
-        for (std::size_t i = 0; i < cells.size(); ++i) {
-            const std::string cell = Shortened(cells[i], widths[i]);
-            const std::string blanks(widths[i] - TextWidth(cell), ' ');
-            text += columns_[i].align == Right ? blanks + cell : cell + blanks;
-            text += "  ";
+    std::optional<std::size_t> room = TerminalWidth();
+    if (room) {
+        *room = std::max(*room, kIndent) - kIndent;
+        Widths narrow = widths;
+        Narrow(narrow, *room);
+        // Words are cut where that is enough; else nothing but what is wider than the terminal alone.
+        if (Groups(narrow, room).size() == 1) widths = narrow;
+        for (std::size_t i = 0; i < widths.size(); ++i) {
+            if (columns_[i].align == Left) widths[i] = std::min(widths[i], *room);
         }
-        text.erase(text.find_last_not_of(' ') + 1);
-        text += '\n';
-    };
-    if (std::any_of(titles.begin(), titles.end(), [](const std::string& title) { return !title.empty(); })) {
-        line(titles);
-        std::vector<std::string> rules;
-        rules.reserve(widths.size());
-        for (std::size_t width : widths) {
-            std::string rule;
-            for (std::size_t i = 0; i < width; ++i) rule += "─";
-            rules.push_back(rule);
-        }
-        line(rules);
     }
-    for (const auto& row : rows_) line(row);
+    std::vector<std::string> rules(widths.size());
+    for (std::size_t i = 0; i < widths.size(); ++i) {
+        for (std::size_t x = 0; x < widths[i]; ++x) rules[i] += "─";
+    }
+    const bool titled = std::ranges::any_of(titles, [](const std::string& title) { return !title.empty(); });
+    std::string text;
+    for (const std::vector<std::size_t>& group : Groups(widths, room)) {
+        if (!text.empty()) text += '\n';
+        if (titled) text += Line(titles, widths, group) + Line(rules, widths, group);
+        for (const auto& row : rows_) text += Line(row, widths, group);
+    }
     return text;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,12 +19,17 @@ class CTextTable {
     explicit CTextTable(std::vector<SColumn> columns);
     /// Missing cells are empty; surplus ones are dropped. Characters that a terminal would obey are shown.
     void Row(std::vector<std::string> cells);
-    /// All lines, each with its newline and without trailing blanks; on a terminal, columns of words are shortened
-    /// until they fit.
+    /// All lines, each with its newline and without trailing blanks. On a terminal, columns of words are shortened
+    /// until they fit; where that is not enough, columns go below each other in groups, each of which begins with the
+    /// first column.
     std::string Text() const;
 
   private:
-    void Narrow(std::vector<std::size_t>& widths, std::size_t room) const;
+    using Widths = std::vector<std::size_t>;
+    void Narrow(Widths& widths, std::size_t room) const;
+    std::vector<std::vector<std::size_t>> Groups(const Widths& widths, std::optional<std::size_t> room) const;
+    std::string Line(const std::vector<std::string>& cells, const Widths& widths,
+                     const std::vector<std::size_t>& group) const;
 
     std::vector<SColumn> columns_;
     std::vector<std::vector<std::string>> rows_;

@@ -151,7 +151,8 @@ def doubts_are_told_and_types_found():
     error = run("info", "c.raw", status=4)[1]
     guess = json.loads(run("info", "c.raw", "--json", status=4)[0])["guesses"][0]
     assert (guess["width"], guess["height"]) == (80, 60) and "K410" in guess["pixelType"] and "--pixel-type" in error, guess
-    run("stats", "c.raw", "--pixel-type", "auto", status=4)  # relatives of the camera write the same bytes
+    several = run("stats", "c.raw", "--pixel-type", "auto", status=4)[1]  # relatives of the camera write the same bytes
+    assert '"K410 IR (F7M0)" 80x60' in several and '"K410 IR (GigE)" 80x60' in several, several
     run("info", "c.raw", *TYPE[:2], "--size", "40x120", "--strict", status=1)
 
 
@@ -191,7 +192,16 @@ def figures_of_good_pixels_and_distributions():
     good = sorted(v for v, s in zip(values, status) if not s)
     row = rows(*DUMP, "--good-only", "--percentiles", "0,25,50,100", "--histogram", "4")[0]
     close(row["max"]["value"], good[-1], 1e-4)
-    close(row["mean"], math.fsum(good) / len(good), 1e-4)
+    mean = math.fsum(good) / len(good)
+    close(row["mean"], mean, 1e-4)
+    close(row["std"], math.sqrt(math.fsum((v - mean) ** 2 for v in good) / len(good)), 1e-4)
+    warm = rows(*DUMP, "--good-only", "--scale", "F")[0]  # a deviation takes the 1.8 and not the 32
+    close(warm["mean"], mean * 1.8 + 32, 1e-3)
+    close(warm["std"], row["std"] * 1.8, 1e-3)
+    part = rows(*DUMP, "--roi", "10,5,30,20")[0]
+    inside = [values[y * 64 + x] for y in range(5, 25) for x in range(10, 40)]
+    close(part["mean"], math.fsum(inside) / 600, 1e-4)
+    assert abs(part["max"]["value"] - max(inside)) < 1e-4 and values[part["max"]["y"] * 64 + part["max"]["x"]] == max(inside)
     place = 0.25 * (len(good) - 1)
     close(row["percentiles"]["25"], good[int(place)] + (place % 1) * (good[int(place) + 1] - good[int(place)]), 1e-4)
     assert sum(row["histogram"]["counts"]) == len(good) == row["counted"]
@@ -335,7 +345,10 @@ def a_dash_is_the_standard_stream():
                  ["convert", "-o", "-", "--format", "png"], ["record", "-o", "-", "--checksums"]):
         run(line[0], "run.krt", *line[1:], status=2)
     assert sorted(os.listdir(".")) == sorted({"dump.raw", "run.krt", "f.npy", "f.json", "f.status.npy", "f.tif", "f.status.tif", "f.csv",
-                                              "f.status.csv", "f.png"})
+                                              "f.status.csv", "f.csv.json", "f.png"})
+    side = json.loads(read("f.csv.json"))
+    assert side["unit"] == "°C" and side["parameters"]["provenance"]["command"][:2] == ["ovix", "convert"], side
+    assert sum(side["frames"][0]["status"].values()) == 64 * 48
 
 
 def numbers_come_in_the_form_that_was_asked_for():

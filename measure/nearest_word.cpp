@@ -1,10 +1,10 @@
-#include "apps/ovix/text/suggestion.h"
+#include "measure/nearest_word.h"
 
 #include <algorithm>
 #include <numeric>
 #include <vector>
 
-namespace ovix::app {
+namespace ovix::measure {
 
 namespace {
 
@@ -49,9 +49,4 @@ std::string NearestWord(const std::string& text, std::span<const std::string> wo
     return nearest;
 }
 
-std::string DidYouMean(const std::string& text, std::span<const std::string> words) {
-    const std::string nearest = NearestWord(text, words);
-    return nearest.empty() ? "" : ", did you mean \"" + nearest + "\"?";
-}
-
-}  // namespace ovix::app
+}  // namespace ovix::measure

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+
+#include "measure/measure.h"
+
+namespace CLI {
+class App;
+}
+
+namespace ovix::app {
+
+/// The options of a verb that writes something: where to, whether that may replace files, and whether what was done is
+/// said as JSON.
+class COutputArguments {
+  public:
+    /// `what` says what is written.
+    void Add(CLI::App& verb, const char* what);
+
+    /// As the user wrote it; "-" is the standard output.
+    const std::string& File() const { return file_; }
+    bool Overwrites() const { return overwrite_; }
+    bool SaysJson() const { return json_; }
+    /// Throws wrong usage where the output is the very file that is read, whatever its names are.
+    void RequireOther(const measure::CSource& source) const;
+
+  private:
+    std::string file_;
+    bool overwrite_ = false;
+    bool json_ = false;
+};
+
+}  // namespace ovix::app
