@@ -109,6 +109,8 @@ void COutputFile::Commit() {
     SyncDirectory(target_.parent_path());
 }
 
+COutputAsFile::~COutputAsFile() = default;
+
 u32 COutputAsFile::Write(const void* data, u32 size) {
     output_.WriteAt(position_, {static_cast<const u8*>(data), size});
     position_ += size;

@@ -58,6 +58,7 @@ class OVIX_MEASURE_API COutputFile {
 class OVIX_MEASURE_API COutputAsFile final : public IFile {
   public:
     explicit COutputAsFile(COutputFile& output) : output_(output) {}
+    ~COutputAsFile() override;
 
     u32 Write(const void* data, u32 size) override;
     u32 Read(void* data, u32 size) override;

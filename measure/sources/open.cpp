@@ -17,7 +17,7 @@ CError Ambiguous(const std::string& file, const std::vector<SGuess>& guesses) {
     std::string names;
     for (std::size_t i = 0; i < std::min(guesses.size(), kMostNamed); ++i) {
         const SFrameFormat& format = guesses[i].format;
-        names += Say(i ? ", " : ": ", '"', format.pixelTypeName, "\" ", format.width, 'x', format.height);
+        names += Say(i ? ", \"" : ": \"", format.pixelTypeName, "\" ", format.width, "x", format.height);
     }
     if (guesses.size() > kMostNamed) names += " ...";
     return CError({.id = EError::UnknownFormat,

@@ -159,15 +159,6 @@ TEST(Tool, RubbishIsAnsweredWithOneLineAStatusAndNoFile) {
     }
     EXPECT_EQ(test::ReadText(folder.Path("there.npy")), "mine");
 
-    // A dump of which nothing is said is answered with what its bytes speak for.
-    folder.Do({"synth", "--form", "digital", "--count", "2", "-o", "new.raw"});
-    const SToolRun guessed = folder.Run({"info", "new.raw", "--json"});
-    EXPECT_EQ(guessed.status, 4);
-    const Json guess = Json::parse(guessed.out)["guesses"][0];
-    EXPECT_EQ(guess["width"], 640);
-    EXPECT_EQ(guess["height"], 480);
-    EXPECT_TRUE(guess["mark"]);
-
     // What is measured of a source that is cut does not end with success.
     const SToolRun cut = folder.Run(Arguments{"stats", "cut.raw", "--json"} + frames);
     EXPECT_EQ(cut.status, 3) << cut.error;

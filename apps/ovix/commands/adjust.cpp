@@ -110,10 +110,14 @@ class CAdjustCommand final : public ICommand {
         const u32 sourceSize = SourceSize(kind, width, height, margins);
 
         // What a frame holds is read by the adjustment alone: a source of so many bytes a frame will do.
+        const auto requireDump = [this](bool isDump) {
+            if (!isDump)
+                throw UsageFault(file_ + " says by itself what it holds: only dumps of raw frames can be adjusted");
+        };
+        requireDump(!measure::SaysItsFormat(file_));
         const measure::CSource source =
             measure::Open(file_, {.pixelType = "counts", .width = width, .height = height, .frameSize = sourceSize});
-        if (source.Kind() == measure::ESource::Recording)
-            throw UsageFault(source.Name() + " is a recording: only dumps of raw frames can be adjusted");
+        requireDump(source.Kind() != measure::ESource::Recording);  // which a pipe brought
         output_.RequireOther(source);
         for (const measure::SFinding& finding : source.Findings()) Say(FindingLine(source.Name(), finding));
         const auto onError = ParseChoice<measure::EOnFault>(

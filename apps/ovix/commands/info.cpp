@@ -88,8 +88,9 @@ std::string Overview(const Json& d) {
     table.Row({"Frame counter", CounterLine(d["counter"])});
     std::string presets;
     for (const Json& preset : d["presets"]) {
-        presets += fmt::format("{}{} ({} frames)", presets.empty() ? "" : ", ", preset["preset"].get<u64>(),
-                               preset["frames"].get<u64>());
+        const u64 count = preset["frames"];
+        presets += fmt::format("{}{} ({} {})", presets.empty() ? "" : ", ", preset["preset"].get<u64>(), count,
+                               count == 1 ? "frame" : "frames");
     }
     table.Row({"Presets", presets});
     table.Row({"Calibrations", CalibrationLine(d["calibrations"])});

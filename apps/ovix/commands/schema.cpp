@@ -12,13 +12,16 @@ namespace {
 class CSchemaCommand final : public ICommand {
   public:
     const char* Verb() const override { return "schema"; }
-    const char* Brief() const override { return "the JSON Schema of what a verb writes with --json"; }
+    const char* Brief() const override { return "the JSON Schema of what a verb writes with --json, or of a file"; }
     const char* Examples() const override {
         return "ovix schema stats\n"
-               "ovix schema error";
+               "ovix schema error\n"
+               "ovix schema description";
     }
     void AddOptions(CLI::App& verb) override {
-        verb.add_option("VERB", verb_, "the verb, or \"error\" for what any verb says of an error")
+        verb.add_option("VERB", verb_,
+                        "the verb; or \"error\" for what any verb says of an error, \"progress\" for --progress json, "
+                        "\"description\" for what stands beside .npy and .csv, \"user-calibration\", \"regions\"")
             ->required()
             ->type_name("");
         verb.add_flag("--json", json_, "the same: it is always JSON");
@@ -26,7 +29,9 @@ class CSchemaCommand final : public ICommand {
     EExit Run() override {
         const Json all = Json::parse(Schemas());
         std::vector<std::pair<std::string, const Json*>> words;
-        for (const auto& [name, schema] : all["verbs"].items()) words.emplace_back(name, &schema);
+        for (const char* list : {"verbs", "files"}) {
+            for (const auto& [name, schema] : all[list].items()) words.emplace_back(name, &schema);
+        }
         Json schema = {{"$schema", "https://json-schema.org/draft/2020-12/schema"},
                        {"title", "ovix " + verb_ + " --json"}};
         schema.update(*ParseChoice<const Json*>("schema", verb_, words));

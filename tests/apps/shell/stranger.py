@@ -491,6 +491,9 @@ def outputs_follow_their_schemas():
         if done.returncode in (1, 2, 4) and done.stderr.startswith(b"{"):
             error = json.loads(run("schema", "error")[0])
             holds(json.loads(done.stderr.splitlines()[-1]), error, error["$defs"], "error")
+    for kind, name in (("description", "x.json"), ("user-calibration", "cal.json")):
+        schema = json.loads(run("schema", kind)[0])
+        holds(json.loads(read(name)), schema, schema["$defs"], kind)
 
 
 def holds(value, schema, defs, place):
