@@ -60,9 +60,8 @@ TEST(String, KeepsTextAndUtf8InStepThroughChanges) {
 
 TEST(String, GivesUtf8ToSeveralThreads) {
     const CString text(L"\u00B0C");
-    std::thread threads[4];
-    for (std::thread& thread : threads) thread = std::thread([&] { EXPECT_STREQ(text.GetUTF8(), "\xC2\xB0\x43"); });
-    for (std::thread& thread : threads) thread.join();
+    std::jthread threads[4];
+    for (std::jthread& thread : threads) thread = std::jthread([&] { EXPECT_STREQ(text.GetUTF8(), "\xC2\xB0\x43"); });
 }
 
 TEST(String, ComparesLatinLettersWithoutCase) {

@@ -40,17 +40,18 @@ constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 TEST(NumericCast, TruncatesAndWraps) {
+    constexpr u64 kBeyond = u64{1} << 63;
     const std::tuple<double, i64, u64, i32, u8> cases[] = {
         {2.9, 2, 2, 2, 2},
         {-2.9, -2, ~u64{0} - 1, -2, 0xFE},
         {300.5, 300, 300, 300, 44},
         {4294967297.0, 4294967297, 4294967297, 1, 1},
-        {9223372036854775808.0, INT64_MIN, u64{1} << 63, 0, 0},
+        {9223372036854775808.0, INT64_MIN, kBeyond, 0, 0},
         {18446744073709549568.0, INT64_MIN, 0xFFFFFFFFFFFFF800, 0, 0},
-        {18446744073709551616.0, INT64_MIN, u64{1} << 63, 0, 0},
-        {-1e300, INT64_MIN, u64{1} << 63, 0, 0},
-        {kInf, INT64_MIN, u64{1} << 63, 0, 0},
-        {kNaN, INT64_MIN, u64{1} << 63, 0, 0}};
+        {18446744073709551616.0, INT64_MIN, kBeyond, 0, 0},
+        {-1e300, INT64_MIN, kBeyond, 0, 0},
+        {kInf, INT64_MIN, kBeyond, 0, 0},
+        {kNaN, INT64_MIN, kBeyond, 0, 0}};
     for (const auto& [value, signed64, unsigned64, signed32, unsigned8] : cases) {
         EXPECT_EQ(NumericCast<i64>(value), signed64) << value;
         EXPECT_EQ(NumericCast<u64>(value), unsigned64) << value;
@@ -99,15 +100,15 @@ TEST(ConvertArray, RefusesWhatIsNotNumeric) {
 }
 
 TEST(Deinterlace, PutsTheLinesOfTwoFieldsInTheirPlaces) {
-    const std::tuple<int, int, int, const char*, const char*> cases[] = {{2, 5, 1, "aabbccddee", "aaddbbeecc"},
+    const std::tuple<int, int, int, std::string, std::string> cases[] = {{2, 5, 1, "aabbccddee", "aaddbbeecc"},
                                                                          {1, 4, 3, "aaabbbcccddd", "aaacccbbbddd"},
                                                                          {3, 1, 1, "abc", "abc"},
                                                                          {0, 4, 1, "", ""},
                                                                          {4, 0, 1, "", ""},
                                                                          {-1, -1, -1, "", ""}};
     for (const auto& [width, height, bytes, source, expected] : cases) {
-        std::string dest(std::char_traits<char>::length(expected), '#');
-        deinterlace(dest.data(), source, width, height, bytes, -1, -1);
+        std::string dest(expected.size(), '#');
+        deinterlace(dest.data(), source.data(), width, height, bytes, -1, -1);
         EXPECT_EQ(dest, expected);
     }
 }
@@ -127,26 +128,19 @@ TEST(PixelTypes, FormChainsOfBaseTypes) {
     EXPECT_TRUE(facts.name.Equals(L"type") && facts.bytesPerPixel == 3 && facts.baseType == family);
     EXPECT_TRUE(PixelWidth(type) == 3 && PixelWidth(NumberedId(99)) == 0);
 
-    const struct {
-        GUID type, base;
-        bool stands;
-    } cases[] = {{type, type, true},
-                 {type, family, true},
-                 {type, rootIRType, true},
-                 {family, type, false},
-                 {type, rootScreenType, false},
-                 {rootIRType, rootIRType, true},
-                 {NumberedId(99), NumberedId(99), true},
-                 {NumberedId(99), rootIRType, false},
-                 {ring, ring2, true},
-                 {ring, rootIRType, false}};
-    for (const auto& c : cases) EXPECT_EQ(IsPixelBaseType(c.type, c.base), c.stands) << c.type.data1 << c.base.data1;
+    const GUID unknown = NumberedId(99);
+    const std::pair<GUID, GUID> standing[] = {
+        {type, type}, {type, family}, {type, rootIRType}, {rootIRType, rootIRType}, {unknown, unknown}, {ring, ring2}};
+    for (const auto& [above, base] : standing) EXPECT_TRUE(IsPixelBaseType(above, base)) << above.data1;
+    const std::pair<GUID, GUID> others[] = {
+        {family, type}, {type, rootScreenType}, {unknown, rootIRType}, {ring, rootIRType}};
+    for (const auto& [above, base] : others) EXPECT_FALSE(IsPixelBaseType(above, base)) << above.data1;
     EXPECT_EQ(OldPixelTypeUInt32ToNewPixelType(0), rootIRType);
     EXPECT_EQ(OldPixelTypeUInt32ToNewPixelType(12345), rootIRType);
 }
 
 TEST(PixelTypes, MayBeRegisteredWhileOthersLook) {
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     for (u32 t = 0; t < 4; ++t) {
         threads.emplace_back([t] {
             for (u32 i = 0; i < 50; ++i) {
@@ -156,7 +150,6 @@ TEST(PixelTypes, MayBeRegisteredWhileOthersLook) {
             }
         });
     }
-    for (std::thread& thread : threads) thread.join();
 }
 
 TEST(Math, ConvertsBetweenAllTemperatureScales) {

@@ -21,9 +21,7 @@ struct SClassRow {
     const wchar_t* name;
     GUID typeID;
     u32 version;
-    bool valid;
-    bool persist;
-    bool calibration = false;
+    bool valid, persist, calibration = false;
 };
 
 /// What files and plug-ins rely on.
