@@ -51,9 +51,8 @@ struct STurningFrame {
 
 inline Bytes TurningDump(const std::vector<STurningFrame>& frames) {
     Bytes bytes;
-    for (const STurningFrame& frame : frames) {
+    for (const STurningFrame& frame : frames)
         bytes = bytes + PixelBytes({frame.counts.begin(), frame.counts.end()}) + Bytes{frame.preset};
-    }
     return bytes;
 }
 

@@ -61,8 +61,7 @@ inline std::vector<SFrameForm> FrameForms() {
         {"video", L"MV310", kMV310Screen, Bytes(48), kNone, kColours},
         {"video", L"MV310", kMV310YUV, Bytes(48), kNone, kColours},
         {"infrared", L"Plover", kPlover, ShortRecordFrame(image, {}), "marked full counter - 6x9999"},
-        {"video", L"Plover", kPloverYUV, Bytes(48), kNone, kColours},
-    };
+        {"video", L"Plover", kPloverYUV, Bytes(48), kNone, kColours}};
     const auto addLine = [&](const wchar_t* filter, GUID frame, GUID header, Bytes (*make)(u16), std::size_t read) {
         for (const u16 width : {u16{130}, u16{2}, u16{0}}) {
             Bytes bytes = make(width);
