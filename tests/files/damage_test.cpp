@@ -23,14 +23,19 @@ std::size_t largest = 0;
 
 }  // namespace
 
-// The forms for arrays and without exceptions go through these. Out of line, as g++ takes an inlined
-// pair of `new` and `free` for a mistake.
-[[gnu::noinline]] void* operator new(std::size_t size) {
+// Each form by itself, as the address sanitizer has its own of those that are left out.
+void* operator new(std::size_t size) {
     if (void* memory = ovix::Alloc(size)) return memory;
     throw std::bad_alloc();
 }
+void* operator new[](std::size_t size) { return ::operator new(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return ovix::Alloc(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return ovix::Alloc(size); }
+// Out of line, as g++ takes an inlined pair of `new` and `free` for a mistake.
 [[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete[](void* memory) noexcept { std::free(memory); }
 [[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
 
 // These stand before those of the library, for its own calls too.
 void* ovix::Alloc(std::size_t size) { return Realloc(nullptr, size ? size : 1); }
