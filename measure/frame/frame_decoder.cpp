@@ -51,8 +51,13 @@ SFrameFacts CFrameDecoder::DecodeByFilter(std::span<u8> frame, reduce::CReduceOb
         facts.time = TimeOf(info->time);
     facts.yearAssumed = evidence.time == reduce::EFrameTime::WithoutYear;
     facts.namesPreset = evidence.preset;
-    if (u64 counter = 0;
-        evidence.frameCounter && filter->ParseFrameCounter(frame.data(), f.pixelType, f.width, f.height, size, counter))
+    u8 preset = 0;
+    u64 counter = 0;
+    CDateTime time;
+    // Not `ParseFrameCounter`: of the frames of Plover it takes the bytes as the camera sends them, and parsing may
+    // have turned them around.
+    if (evidence.frameCounter &&
+        filter->ParseBasicInfo(frame.data(), f.pixelType, f.width, f.height, size, preset, counter, time))
         facts.counter = counter;
     if (pixels && helpers_) helpers_->Decode(frame, static_cast<u16*>(pixels));
     return facts;
