@@ -99,7 +99,7 @@ bytes=$(($(stat -c %s $dump) / frames))
 : >ovix_bench_grows.raw
 head -c "$bytes" $dump >>ovix_bench_grows.raw
 "$tool" stats ovix_bench_grows.raw "${source[@]}" --frame-size "$bytes" --follow --timeout 1 --csv 2>/dev/null |
-    while IFS= read -r line; do echo "$EPOCHREALTIME ${line%%,*}"; done >ovix_bench_seen &
+    while IFS=, read -r _ number _; do echo "$EPOCHREALTIME $number"; done >ovix_bench_seen &
 sleep 0.5
 for ((n = 1; n < 60; ++n)); do
     dd if=$dump bs="$bytes" skip=$n count=1 status=none >>ovix_bench_grows.raw

@@ -78,6 +78,9 @@ TEST(MrlConv, LimitsOfRadianceStandApartFromTheRange) {
 }
 
 TEST(MrlConv, AForkedChildConvertsAlone) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "a child waits for ever for locks that the sanitizer's allocator held at the fork";
+#endif
     const CMrlConv model = Model(MerlinCamera());
     std::vector<u16> in(200000);
     std::iota(in.begin(), in.end(), u16{0});

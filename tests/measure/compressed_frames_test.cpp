@@ -107,6 +107,9 @@ TEST_F(CompressedFrames, AreDecodedForThreadsThatComeAndGo) {
 }
 
 TEST_F(CompressedFrames, SurviveTwoHundredForksUnderLoad) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "a child waits for ever for locks that the sanitizer's allocator held at the fork";
+#endif
     const CMeasurement measurement(Dump(), {.quantity = EQuantity::Counts});
     std::atomic<int> wrong = 0;
     {
