@@ -10,8 +10,9 @@
 /// Files of frames of the K410 family, 16 x 8 pixels unless told otherwise, made without the measuring layer.
 namespace ovix::test {
 
-/// The thread sanitizer allows no new threads in a child that was forked off while others ran.
-#ifdef __SANITIZE_THREAD__
+/// The thread sanitizer allows no new threads in a child that was forked off while others ran; in such a child of the
+/// address sanitizer its allocator may be locked for ever.
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
 inline constexpr unsigned kThreadsAcrossForks = 1;
 #else
 inline constexpr unsigned kThreadsAcrossForks = 3;
