@@ -2,67 +2,10 @@
 
 #include "reduce/pixels/lut_kernel.h"
 #include "reduce/pixels/parts.h"
-#include "reduce/pixels/selection.h"
 
 namespace ovix::reduce {
 
 namespace {
-
-/// The pair of tables of each pixel's preset. Merged frames hold long stretches of one preset: such a stretch goes as
-/// with a single pair, and only what lies between pixel by pixel.
-class CPresetLuts {
-  public:
-    CPresetLuts(const u8* presets, const float* const* luts, const u8* const* statusLuts, u16 lower)
-        : presets_(presets), luts_(luts), statusLuts_(statusLuts), lower_(lower) {}
-
-    template <class Run>
-    void Look(const Run& run, const u16* places, float* values, u8* status, u32 count) {
-        SElementScratch scratch;
-        const u8* preset = static_cast<const u8*>(ViewElements(run, presets_, 1, scratch));
-        const simd::SPlaceRange range = status ? simd::RangeOf(places, count) : simd::SPlaceRange{};
-        ForEachStretch(
-            preset, count,
-            [&](u32 at, u32 n) {
-                const u8 p = preset[at];
-                simd::FetchValues(luts_[p], places + at, values + at, n);
-                if (status) LookAtStatus(p, range, count, places + at, status + at, n);
-            },
-            [&](u32 i) {
-                values[i] = luts_[preset[i]][places[i]];
-                if (status) status[i] = statusLuts_[preset[i]][places[i]];
-            });
-    }
-
-  private:
-    /// For n pixels of a block of `blockCount`, whose range is at hand.
-    void LookAtStatus(u8 preset, simd::SPlaceRange range, u32 blockCount, const u16* places, u8* status, u32 n) {
-        // Numbers beyond the presets that a source can have are the caller's business, and plain indices.
-        if (preset >= kMapPresets) return simd::FetchStatus(statusLuts_[preset], places, status, n);
-        if (!status_[preset]) status_[preset].emplace(statusLuts_[preset], lower_);
-        status_[preset]->Look(range, blockCount, places, status, n);
-    }
-
-    /// Calls `whole(at, n)` for n pixels of one preset, a step or more, and `single(i)` for each pixel between.
-    template <class Whole, class Single>
-    static void ForEachStretch(const u8* preset, u32 count, const Whole& whole, const Single& single) {
-        for (u32 at = 0; at < count;) {
-            const u32 step = std::min(kStretchStep, count - at);
-            if (step == kStretchStep && StartsStretch(preset + at)) {
-                const auto n = static_cast<u32>(simd::LeadingBytes(preset + at, count - at, preset[at]));
-                whole(at, n);
-                at += n;
-            } else {
-                for (const u32 end = at + step; at < end; ++at) single(at);
-            }
-        }
-    }
-
-    const u8* presets_;
-    const float* const* luts_;
-    const u8* const* statusLuts_;
-    u16 lower_;
-    std::optional<CStatusTable> status_[kMapPresets];  ///< of presets that occurred: others have no entry
-};
 
 struct SCall {
     STypedData source;
@@ -96,7 +39,7 @@ bool ApplyPerPreset(const Selection& selection, const SCall& call, const u8* pre
     const auto& [source, destination, status, lower, upper] = call;
     const FLutIndexSpan findPlaces = LutIndexFunction(source.type);
     const FConvertSpan convert = ConvertSpanFunction(Flt32, destination.type);
-    CPresetLuts tables(presets, luts, statusLuts, lower);
+    CPresetLuts tables(luts, statusLuts, lower);
     ForEachBlock<kLutBlock>(selection, [&](const auto& run) {
         SElementScratch scratch;
         u16 room[kLutBlock];
@@ -105,7 +48,8 @@ bool ApplyPerPreset(const Selection& selection, const SCall& call, const u8* pre
         float* values = destination.type == Flt32 ? reinterpret_cast<float*>(out) : block;
         const void* pixels = ViewElements(run, source.data, ElementSize(source.type), scratch);
         const u16* places = findPlaces(pixels, room, run.count, lower, upper);
-        tables.Look(run, places, values, status ? status + run.out : nullptr, run.count);
+        TScratch<u8> gathered;
+        tables.Look(run.View(presets, gathered), places, values, status ? status + run.out : nullptr, run.count);
         if (values == block) convert(block, out, run.count);
     });
     return true;

@@ -103,4 +103,38 @@ void CLutKernel::Look(const u16* places, float* values, u8* status, u32 count) {
     if (status) status_.Look(simd::RangeOf(places, count), count, places, status, count);
 }
 
+void CPresetLuts::Look(const u8* presets, const u16* places, float* values, u8* status, u32 count) {
+    const simd::SPlaceRange range = status ? simd::RangeOf(places, count) : simd::SPlaceRange{};
+    for (u32 at = 0; at < count;) {
+        const u32 step = std::min(kStretchStep, count - at);
+        if (step == kStretchStep && StartsStretch(presets + at)) {
+            const u8 preset = presets[at];
+            const auto n = static_cast<u32>(simd::LeadingBytes(presets + at, count - at, preset));
+            simd::FetchValues(luts_[preset], places + at, values + at, n);
+            if (status) LookAtStatus(preset, range, count, places + at, status + at, n);
+            at += n;
+            continue;
+        }
+        for (const u32 end = at + step; at < end; ++at) {
+            values[at] = luts_[presets[at]][places[at]];
+            if (!status) continue;
+            const u8* entries = StatusLut(presets[at]);
+            status[at] = entries ? entries[places[at]] : u8{0};
+        }
+    }
+}
+
+void CPresetLuts::LookAtStatus(u8 preset, simd::SPlaceRange range, u32 blockCount, const u16* places, u8* status,
+                               u32 n) {
+    const u8* entries = StatusLut(preset);
+    if (!entries) {
+        std::memset(status, 0, n);
+        return;
+    }
+    // Numbers beyond the presets that a source can have are the caller's business, and plain indices.
+    if (preset >= kMapPresets) return simd::FetchStatus(entries, places, status, n);
+    if (!status_[preset]) status_[preset].emplace(entries, lower_);
+    status_[preset]->Look(range, blockCount, places, status, n);
+}
+
 }  // namespace ovix::reduce

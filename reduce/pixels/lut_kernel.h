@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "core/typed_data.h"
+#include "reduce/pixels/selection.h"
 #include "reduce/pixels/simd/lut_simd.h"
 
 /// Tables that are indexed by signal value, over pixels that stand one behind the other.
@@ -62,6 +63,28 @@ class CLutKernel {
     CStatusTable status_;
     u16 lower_;
     u16 upper_;
+};
+
+/// The pair of tables of each pixel's preset. Merged frames hold long stretches of one preset: such a stretch goes as
+/// with a single pair, and only what lies between pixel by pixel.
+class CPresetLuts {
+  public:
+    /// No tables of status stand for clean pixels, as does a null one among them.
+    CPresetLuts(const float* const* luts, const u8* const* statusLuts, u16 lower)
+        : luts_(luts), statusLuts_(statusLuts), lower_(lower) {}
+
+    /// The values and, where asked, the status at the places of `count` pixels of these presets.
+    void Look(const u8* presets, const u16* places, float* values, u8* status, u32 count);
+
+  private:
+    /// For n pixels of a block of `blockCount`, whose range is at hand.
+    void LookAtStatus(u8 preset, simd::SPlaceRange range, u32 blockCount, const u16* places, u8* status, u32 n);
+    const u8* StatusLut(u8 preset) const { return statusLuts_ ? statusLuts_[preset] : nullptr; }
+
+    const float* const* luts_;
+    const u8* const* statusLuts_;
+    u16 lower_;
+    std::optional<CStatusTable> status_[kMapPresets];  ///< of presets that occurred: others have no entry
 };
 
 }  // namespace ovix::reduce

@@ -74,9 +74,11 @@ TEST(GetStatsLUT, IsTheCalculatorOverTheTables) {
     for (u32 p = 0; p < 3; ++p) {
         for (u32 k = 0; k <= kUpper; ++k) {
             luts[p].push_back(static_cast<float>(k * k % 997) * 0.1f - static_cast<float>(20 * p));
-            statusLuts[p].push_back(static_cast<u8>(k % 7 == p ? 8 : k % 5));
+            statusLuts[p].push_back(static_cast<u8>(p && k % 7 == p ? 8 : k % 5));
         }
     }
+    luts[2][kLower] = std::nanf("");
+    statusLuts[2].assign(kUpper + 1, 16);
     const float* values[] = {luts[0].data(), luts[1].data(), luts[2].data()};
     const u8* flags[] = {statusLuts[0].data(), statusLuts[1].data(), statusLuts[2].data()};
     for (u32 i = 0; i < forms.Count(); ++i) presets.push_back(static_cast<u8>(i * i % 3));
@@ -87,21 +89,23 @@ TEST(GetStatsLUT, IsTheCalculatorOverTheTables) {
             TGuarded<T> frame(forms.Count());
             FillEdges(frame, type);
             for (u32 i = 0; i < forms.Count(); i += 2) frame[i] = static_cast<T>(i % 120);
-            for (const bool single : {true, false}) {
+            for (u32 only = 0; only <= 3; ++only) {  // each pair of tables by itself, and all by presets
+                const bool single = only < 3;
                 for (const EForm form : kForms) {
-                    SCOPED_TRACE(testing::Message() << "form " << static_cast<int>(form) << ' ' << single);
+                    SCOPED_TRACE(testing::Message() << "form " << static_cast<int>(form) << ' ' << only);
                     CStats stats = Held(), expected = Held();
                     const auto call = [&](auto... f) {
-                        return single ? GetStatsLUT(frame.Typed(), stats, f..., values[0], flags[0], kLower, kUpper)
-                                      : GetStatsLUT(frame.Typed(), presets.data(), stats, f..., values, flags, kLower,
-                                                    kUpper);
+                        return single
+                                   ? GetStatsLUT(frame.Typed(), stats, f..., values[only], flags[only], kLower, kUpper)
+                                   : GetStatsLUT(frame.Typed(), presets.data(), stats, f..., values, flags, kLower,
+                                                 kUpper);
                     };
                     ASSERT_TRUE(forms.CallInFrame(form, call));
                     CStatsCalculator calculator(expected);
                     calculator.Start();
                     for (const u32 i : forms.Visited(form)) {
                         const u32 place = Place(static_cast<float>(frame[i]), kLower, kUpper);
-                        const u8 p = single ? u8{0} : presets[i];
+                        const u8 p = single ? static_cast<u8>(only) : presets[i];
                         calculator.AddData(values[p][place], flags[p][place], static_cast<int>(i % forms.width),
                                            static_cast<int>(i / forms.width));
                     }
