@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -47,6 +48,16 @@ CInputFile::CInputFile(const std::filesystem::path& path, bool waits)
 
 CInputFile::CInputFile(int descriptor, std::string name)
     : name_(std::move(name)), file_(::fcntl(descriptor, F_DUPFD_CLOEXEC, 0)) {
+    Inspect();
+}
+
+CInputFile::CInputFile(std::span<const u8> bytes, std::string name)
+    : name_(std::move(name)), file_(::memfd_create("ovix", MFD_CLOEXEC)) {
+    while (file_ >= 0 && !bytes.empty()) {
+        const ssize_t moved = ::write(file_, bytes.data(), bytes.size());
+        if (moved < 0 && errno != EINTR) Fail(name_, "cannot be kept in memory", errno);
+        if (moved > 0) bytes = bytes.subspan(static_cast<std::size_t>(moved));
+    }
     Inspect();
 }
 

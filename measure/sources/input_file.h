@@ -43,6 +43,8 @@ class CInputFile final : public IBytes {
     explicit CInputFile(const std::filesystem::path& path, bool waits = true);
     /// A descriptor that stays the caller's.
     CInputFile(int descriptor, std::string name);
+    /// A copy of bytes, kept in memory.
+    CInputFile(std::span<const u8> bytes, std::string name);
     /// None at all, for frames that lie in memory.
     CInputFile(std::nullptr_t, std::string name) : name_(std::move(name)) {}
 

@@ -90,12 +90,35 @@ class CPushedSource final : public CSource::IBody {
     bool Next(SRawFrame&, const std::stop_token&) override { return false; }
 };
 
+/// A picture or an array that comes through a pipe: it is read at any place, so all of it is kept.
+CSource OpenArrayOf(CFeed& feed, const SOpenOptions& options) {
+    constexpr u64 kMost = u64{256} << 20;
+    const std::string& name = feed.File().Name();
+    if (!options.pixelType.empty() || options.width || options.height || options.frameSize)
+        throw CError({.id = EError::WrongArgument,
+                      .file = name,
+                      .problem = "is an array or a picture, which says by itself what it holds"});
+    if (feed.Fill(kMost + 1))
+        throw CError({.id = EError::NotNumbered,
+                      .file = name,
+                      .problem = "an array or a picture is read at any place, not as it comes through a pipe",
+                      .expected = Say("at most ", kMost, " bytes, which memory keeps"),
+                      .found = "more"});
+    auto file = std::make_shared<CInputFile>(feed.Window(), name);
+    SArrayFile array = *FindArray(*file);
+    return CSource(CNumberedSource::OfArray(std::move(file), std::move(array)));
+}
+
 CSource OpenStream(std::shared_ptr<const CInputFile> file, const SOpenOptions& options) {
     const std::string name = file->Name();
     CFeed feed(file, file->IsRegular() ? std::optional(options.patience) : std::nullopt);
     feed.StopOn(options.stop);
     feed.Fill(CRecordingFile::MagicBytes);
     if (CRecordingFile::Recognises(feed.Window())) return CSource(CStreamSource::OfRecording(std::move(feed), options));
+    if (!file->IsRegular()) {
+        const std::span<const u8> start = feed.Window();
+        if (IsArrayFile(CBytesInMemory(name, {start.begin(), start.end()}))) return OpenArrayOf(feed, options);
+    }
     SFrameFormat format = options.pixelType == "auto" ? FormatPeeked(feed) : FormatAsked(options, name);
     return CSource(CStreamSource::OfDump(std::move(feed), std::move(format), options));
 }

@@ -71,17 +71,43 @@ def test_nexus_holds_the_values_with_their_unit_status_and_time(run, tmp_path):
         assert np.array_equal(data["status"], status) and np.array_equal(data["frame"], range(70))
         seconds = (times - times[0]) / np.timedelta64(1, "s")
         assert np.allclose(data[data.attrs["axes"][0]], seconds, atol=1e-6)
+        for array in (signal, data["status"]):  # the scales of HDF5 say the same as the axes of NeXus
+            scales = [dimension[name] for dimension, name in zip(array.dims, data.attrs["axes"])]
+            assert [(scale.name, len(scale)) for scale in scales] == [
+                ("/entry/data/time", 70), ("/entry/data/y", HEIGHT), ("/entry/data/x", WIDTH)]
+        assert np.array_equal(data["y"], range(HEIGHT)) and data["frame"].dims[0].keys() == ["time"]
         assert entry["start_time"][()].decode().startswith(str(times[0])[:26])
         assert json.loads(entry["process/parameters/data"][()])["emissivity"] == 0.95
+
+
+def test_xarray_finds_the_dimensions_of_nexus(run, tmp_path):
+    engines = [name for name in ("h5netcdf", "netcdf4") if name in xarray.backends.list_engines()]
+    if not engines:
+        pytest.skip("neither h5netcdf nor netCDF4 is here")
+    for engine in engines:
+        with xarray.open_dataset(convert(run[0], tmp_path / f"{engine}.nxs"), group="entry/data", engine=engine) as data:
+            assert data.temperature.dims == data.status.dims == ("time", "y", "x") and set(data.coords) == {"time", "y", "x"}
+            assert np.array_equal(data.temperature, run[1])
 
 
 def test_tiff_holds_the_values_with_their_unit(run, tmp_path):
     dump, temperature, _, _ = run
     tifffile = pytest.importorskip("tifffile")
     with tifffile.TiffFile(convert(dump, tmp_path / "out.tif")) as file:
-        assert np.array_equal(file.asarray(), temperature)
+        assert np.array_equal(file.asarray(), temperature) and file.series[0].axes == "TYX"
         told = json.loads(file.pages[0].description)
         assert "K" in json.dumps(told["unit"]) and told["parameters"]["emissivity"] == 0.95
+
+
+def test_gdal_finds_unit_scale_and_no_data(run, tmp_path):
+    gdal = pytest.importorskip("osgeo.gdal")
+    pages = gdal.Open(str(convert(run[0], tmp_path / "out.tif", "--type", "uint16", "--step", "0.02")))
+    band = pages.GetRasterBand(1)
+    assert band.GetUnitType() == "K" and band.GetNoDataValue() == 0 and band.GetScale() == 0.02
+    numbers = band.ReadAsArray()
+    assert np.array_equal(numbers == 0, run[2][0] & 32 > 0)
+    values = np.where(numbers, numbers * 0.02 + band.GetOffset(), run[1][0])
+    assert np.allclose(values, run[1][0], rtol=0, atol=0.0101)
 
 
 @pytest.mark.parametrize("ending", [signal.SIGKILL, signal.SIGINT])

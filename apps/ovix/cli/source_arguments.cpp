@@ -136,6 +136,7 @@ CSource CSourceArguments::Open(bool acceptDamage) const {
             facts.advice.clear();
         }
         if (error.Id() == measure::EError::MetadataDamaged) facts.advice = "--accept-damage reads it all the same";
+        if (error.Id() == measure::EError::NotNumbered) facts.advice = "--spool copies it to a temporary file first";
         if (error.Id() == measure::EError::BlocksBroken)
             facts.advice = "\"ovix verify\" tells more, \"ovix repair\" may bring it back";
         throw CFault(std::move(facts));

@@ -1,9 +1,11 @@
 #include <fmt/format.h>
 #include <hdf5.h>
+#include <hdf5_hl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <limits>
+#include <numeric>
 #include <optional>
 
 #include "apps/ovix/fault.h"
@@ -72,6 +74,18 @@ void PutDataset(hid_t group, const char* name, const std::string& text) {
     const CHandle set(H5Dcreate2(group, name, type, space, H5P_DEFAULT, how, H5P_DEFAULT), H5Dclose);
     const char* const one = text.c_str();
     Require(H5Dwrite(set, type, H5S_ALL, H5S_ALL, H5P_DEFAULT, &one), name);
+}
+
+/// The numbers of pixels along a side of the image, as an array.
+hid_t MakePlaces(hid_t group, const char* name, hsize_t count, const char* meaning) {
+    const CHandle space(H5Screate_simple(1, &count, nullptr), H5Sclose), how(MakingOfArray(), H5Pclose);
+    const hid_t set = H5Dcreate2(group, name, H5T_NATIVE_INT32, space, H5P_DEFAULT, how, H5P_DEFAULT);
+    if (set < 0) return set;
+    std::vector<i32> places(count);
+    std::iota(places.begin(), places.end(), 0);
+    Require(H5Dwrite(set, H5T_NATIVE_INT32, H5S_ALL, H5S_ALL, H5P_DEFAULT, places.data()), name);
+    PutText(set, "long_name", meaning);
+    return set;
 }
 
 struct SGroup : CHandle {
@@ -147,11 +161,27 @@ struct SArrays {
           values(data, VariableName(series.unit).c_str(), H5T_NATIVE_FLOAT, {series.height, series.width}, 1, level),
           status(data, "status", H5T_NATIVE_UINT8, {series.height, series.width}, 1, level),
           frame(data, "frame", H5T_NATIVE_INT64, {}, kColumn, 0),
-          time(data, "time", H5T_NATIVE_DOUBLE, {}, kColumn, 0) {}
+          time(data, "time", H5T_NATIVE_DOUBLE, {}, kColumn, 0),
+          y(MakePlaces(data, "y", series.height, "row of the image, from the top"), H5Dclose),
+          x(MakePlaces(data, "x", series.width, "column of the image, from the left"), H5Dclose) {
+        NameDimensions({{time.Set(), "time"}, {y, "y"}, {x, "x"}});
+    }
 
     static constexpr hsize_t kColumn = 1024;
     SGroup entry, data;
     CGrowing values, status, frame, time;
+    CHandle y, x;
+
+  private:
+    /// As dimension scales, by which netCDF and xarray know dimensions and coordinates; they read no `axes`.
+    void NameDimensions(const std::vector<std::pair<hid_t, const char*>>& scales) {
+        for (unsigned i = 0; i < scales.size(); ++i) {
+            const auto& [scale, name] = scales[i];
+            Require(H5DSset_scale(scale, name), name);
+            for (const hid_t array : {values.Set(), status.Set()}) Require(H5DSattach_scale(array, scale, i), name);
+        }
+        Require(H5DSattach_scale(frame.Set(), time.Set(), 0), "time");
+    }
 };
 
 /// NeXus: /entry (NXentry) with /entry/data (NXdata), written beside its place and flushed with each frame.
@@ -218,7 +248,7 @@ class CNexusWriter final : public IFrameWriter {
         PutDataset(to_->entry, "title", series.title);
         PutText(to_->data, "signal", name);
         PutText(to_->data, "auxiliary_signals", "status");
-        PutTexts(to_->data, "axes", {"time", ".", "."});
+        PutTexts(to_->data, "axes", {"time", "y", "x"});
         PutText(to_->values.Set(), "units", series.unit.symbol);
         PutText(to_->values.Set(), "long_name", series.unit.Label());
         const Json flags = StatusAttributes();

@@ -170,6 +170,9 @@ def counts_and_colours_go_everywhere():
         write("cut" + name, read(name)[:-100 if name == "c.npy" else 4000])
     run("convert", *DUMP, "--unit", "counts", "-o", "c.png", "--frames", "1", "--plain", "--range", "0,65535")
     assert rows("c.png")[0]["mean"] == mean
+    for name in ("c.npy", "c.tif", "c.png"):
+        assert [row["mean"] for row in rows("-", stdin=read(name))] == [row["mean"] for row in rows(name)]
+    run("stats", "-", "--pixel-type", "counts", "--size", "64x48", stdin=read("c.png"), status=2)
     for source in (*plain, ["c.npy"], ["c.tif"]):
         run("record", *source, "-o", "c.krt", "--overwrite")
         close(rows(*source)[1]["mean"], mean, 1e-6)
