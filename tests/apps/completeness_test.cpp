@@ -1,11 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
-
+#include "app_files.h"
 #include "apps/ovix/synth/synth.h"
 
 namespace ovix::app {
@@ -15,11 +8,6 @@ std::string Lower(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(),
                    [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
     return text;
-}
-
-std::string Text(const std::filesystem::path& path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 /// Whether a file of the folder begins with the decoder's name, written small and without dashes.
@@ -33,7 +21,7 @@ bool HasSeed(const std::filesystem::path& folder, std::string name) {
 /// Whoever adds a camera is told here what is still missing: docs/adding-a-camera.md goes through it.
 TEST(Completeness, EveryDecoderHasItsCheckItsSynthesiserItsSeedAndItsPage) {
     const std::filesystem::path tree = OVIX_SOURCE_DIR;
-    const std::string formats = Text(tree / "docs/formats.md");
+    const std::string formats = test::ReadText(tree / "docs/formats.md");
     ASSERT_FALSE(formats.empty());
     const reduce::CFilterFactory& factory = *reduce::filterFactory();
     ASSERT_GT(factory.GetEntryCount(), 0u);

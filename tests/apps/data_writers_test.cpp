@@ -56,7 +56,7 @@ TEST(NpyWriter, WritesValuesStatusAndDescription) {
     const std::vector<u8> status{0, 34};
     const std::string bytes("\x00\x00\x80\x3f\x00\x00\x20\xc0", 8);
     {
-        test::CTestFolder folder;
+        CTestFolder folder;
         Write(PathIn(folder, "a.npy"), Series(2, 1, 1), {{7, values, status, ""}});
         EXPECT_EQ(NamesIn(folder), (Names{"a.json", "a.npy", "a.status.npy"}));
         ExpectNpy(ReadText(PathIn(folder, "a.npy")), "{'descr': '<f4', 'fortran_order': False, 'shape': (1, 1, 2), }",
@@ -70,7 +70,7 @@ TEST(NpyWriter, WritesValuesStatusAndDescription) {
     }
     {
         // Three were asked for and one was skipped: the shape says what is there.
-        test::CTestFolder folder;
+        CTestFolder folder;
         Write(PathIn(folder, "a.npy"), Series(2, 1, 3), {{0, values, {}, "t0"}, {2, values, {}, "t2"}});
         EXPECT_EQ(NamesIn(folder), (Names{"a.json", "a.npy"}));
         ExpectNpy(ReadText(PathIn(folder, "a.npy")), "{'descr': '<f4', 'fortran_order': False, 'shape': (2, 1, 2), }",
@@ -81,7 +81,7 @@ TEST(NpyWriter, WritesValuesStatusAndDescription) {
 }
 
 TEST(CsvWriter, NumbersReadBackExactly) {
-    test::CTestFolder folder;
+    CTestFolder folder;
     const std::vector<float> values{0.1f, -1e-30f, 16777217.0f, std::nextafter(300.0f, 301.0f), 25.0f, kNaN};
     Write(PathIn(folder, "a.csv"), Series(3, 2, 2), {{4, values, {}, ""}, {9, values, {}, ""}});
     std::string text = ReadText(PathIn(folder, "a.csv"));
@@ -139,7 +139,7 @@ class TiffWriter : public testing::TestWithParam<int> {};
 INSTANTIATE_TEST_SUITE_P(Compression, TiffWriter, testing::Values(0, 1, 6, 12));
 
 TEST_P(TiffWriter, PagesReadBack) {
-    test::CTestFolder folder;
+    CTestFolder folder;
     constexpr u16 kWidth = 500;
     constexpr u16 kHeight = 301;  // more than two strips, the last of them short
     std::vector<std::vector<float>> frames(3, std::vector<float>(kWidth * kHeight));
@@ -179,7 +179,7 @@ TEST_P(TiffWriter, PagesReadBack) {
 TEST(TiffWriterSize, BigOnlyWhenMuchIsToCome) {
     const std::vector<float> values(1024 * 1024);
     for (const auto& [frames, version] : {std::pair<u64, char>{512, 42}, {513, 43}}) {  // of 4 MiB each
-        test::CTestFolder folder;
+        CTestFolder folder;
         Write(PathIn(folder, "a.tif"), Series(1024, 1024, frames), {{0, values, {}, ""}});
         EXPECT_EQ(ReadText(PathIn(folder, "a.tif"))[2], version);
     }
@@ -199,7 +199,7 @@ TEST(FrameWriter, EncodesFramesIndependently) {
         pictures.push_back({f, values[f], status[f], "t" + std::to_string(f)});
     }
     for (const char* name : {"a.npy", "a.csv", "a.tif", "a.png"}) {
-        test::CTestFolder expected, got;
+        CTestFolder expected, got;
         const SWriteOptions options{.range = std::pair(-1.0f, 1.0f)};
         const auto inOrder = MakeFrameWriter(PathIn(expected, name), Series(64, 20, kFrames), options);
         for (const SPicture& picture : pictures) inOrder->Add(picture);
@@ -231,13 +231,13 @@ TEST(FrameWriter, WritesNothingWithoutFinishOrFrames) {
     const std::vector<float> values(4);
     const std::vector<u8> status(4);
     for (const char* name : {"a.npy", "a.csv", "a.tif", "a.TIFF", "a.png"}) {
-        test::CTestFolder folder;
+        CTestFolder folder;
         MakeFrameWriter(PathIn(folder, name), Series(2, 2, 1), {})->Add({0, values, status, ""});
         EXPECT_EQ(NamesIn(folder), Names{}) << name;
         EXPECT_THROW(MakeFrameWriter(PathIn(folder, name), Series(2, 2, 1), {})->Finish(), CAppError) << name;
         EXPECT_EQ(NamesIn(folder), Names{}) << name;
     }
-    test::CTestFolder folder;
+    CTestFolder folder;
     for (const char* name : {"a", "a.jpg", ".png"}) {
         EXPECT_THROW(MakeFrameWriter(PathIn(folder, name), Series(2, 2, 1), {}), CAppError) << name;
     }

@@ -10,23 +10,17 @@
 namespace ovix::app {
 namespace {
 
-/// What is printed while an action runs.
-template <class Action>
-std::string PrintedBy(Action action) {
-    testing::internal::CaptureStdout();
-    action();
-    std::fflush(stdout);
-    return testing::internal::GetCapturedStdout();
-}
+using namespace test;
 
 TEST(Demo, MeasuresTheSceneInAllFormsAndWritesPictures) {
-    test::CTestFolder folder;
+    CTestFolder folder;
     for (ETempType scale : {Celsius, Fahrenheit, Kelvin, Rankine}) {
         const SDemoOptions options{
-            .directory = test::PathIn(folder), .width = 161, .height = 120, .scale = scale, .json = true};
-        int exit = -1;
-        const Json report = Json::parse(PrintedBy([&] { exit = RunDemo(options); }));
-        EXPECT_EQ(exit, ExitDone);
+            .directory = PathIn(folder), .width = 161, .height = 120, .scale = scale, .json = true};
+        testing::internal::CaptureStdout();
+        EXPECT_EQ(RunDemo(options), ExitDone);
+        std::fflush(stdout);
+        const Json report = Json::parse(testing::internal::GetCapturedStdout());
         ASSERT_EQ(report["frames"].size(), 3u);
         for (const Json& frame : report["frames"]) {
             // Noise, rounding and truncation to counts: the limit would be no proof if it were far away.
@@ -52,18 +46,18 @@ TEST(Demo, MeasuresTheSceneInAllFormsAndWritesPictures) {
         const double pipe = CMath::ConvertTemperature(report["statistics"][2]["mean"], scale, Kelvin);
         EXPECT_NEAR(pipe, 284.3, 1);
     }
-    EXPECT_EQ(test::NamesIn(folder),
+    EXPECT_EQ(NamesIn(folder),
               (std::vector<std::string>{"motor-digital-swapped.krt", "motor-digital.krt", "motor-jpeg-ls.krt",
                                         "motor-merged.png", "motor-user-calibration.json", "motor.json", "motor.npy",
                                         "motor.png", "motor.status.npy", "motor.status.tif", "motor.tif"}));
 }
 
 TEST(Demo, SaysWhatIsWrong) {
-    test::CTestFolder folder;
-    test::WriteText(test::PathIn(folder, "file"), "");
-    EXPECT_THROW(RunDemo({.directory = test::PathIn(folder, "file"), .width = 64, .height = 48}), CAppError);
-    EXPECT_THROW(RunDemo({.directory = test::PathIn(folder), .width = 31, .height = 48}), CAppError);
-    EXPECT_EQ(test::NamesIn(folder), std::vector<std::string>{"file"});
+    CTestFolder folder;
+    WriteText(PathIn(folder, "file"), "");
+    EXPECT_THROW(RunDemo({.directory = PathIn(folder, "file"), .width = 64, .height = 48}), CAppError);
+    EXPECT_THROW(RunDemo({.directory = PathIn(folder), .width = 31, .height = 48}), CAppError);
+    EXPECT_EQ(NamesIn(folder), std::vector<std::string>{"file"});
     EXPECT_FALSE(SAgreement{}.Holds());
     EXPECT_FALSE((SAgreement{.good = 1, .max = 0.1}).Holds());
 }

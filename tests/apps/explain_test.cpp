@@ -1,31 +1,19 @@
 // The way of one pixel, as a user asks for it.
 
-#include <gtest/gtest.h>
-
 #include <cmath>
-#include <nlohmann/json.hpp>
 
 #include "tool_run.h"
 
 namespace ovix::app {
 namespace {
 
-using Json = nlohmann::json;
-using Arguments = std::vector<std::string>;
+using namespace test;
 
 class Explain : public ::testing::Test {
   protected:
-    Explain() {
-        folder.Do({"synth", "-o", "dump.raw", "--pixel-type", "K410 IR (GigE)", "--size", "64x48", "--count", "3"});
-    }
-    Arguments Command(Arguments more) const {
-        Arguments all = {"explain", "dump.raw", "--pixel-type", "K410 IR (GigE)", "--size", "64x48"};
-        all.insert(all.end(), more.begin(), more.end());
-        return all;
-    }
-    Json Walk(Arguments more) const {
-        more.insert(more.end(), {"--frame", "1", "--at", "20,30", "--json"});
-        return Json::parse(folder.Do(Command(more)));
+    Explain() { folder.Synthesise(); }
+    Json Walk(const Arguments& more) const {
+        return folder.Doc(command + Arguments{"--frame", "1", "--at", "20,30"} + more);
     }
     static const Json& Named(const Json& list, const char* key, const std::string& name) {
         static const Json none;
@@ -36,15 +24,14 @@ class Explain : public ::testing::Test {
         return none;
     }
 
-    test::CToolFolder folder;
+    CToolFolder folder;
+    const Arguments command = Arguments{"explain"} + Dump();
 };
 
 TEST_F(Explain, FollowsThePixelByTheCalibrationThatItShows) {
-    const Json walk = Walk({"--emissivity", "0.8", "--atmosphere-trans", "0.9", "--reflected-temp", "17C"});
-    EXPECT_EQ(walk["schema"], 1);
-    EXPECT_EQ(walk["frame"], 1);
-    EXPECT_EQ(walk["x"], 20);
-    EXPECT_EQ(walk["y"], 30);
+    const Arguments scene = {"--emissivity", "0.8", "--atmosphere-trans", "0.9", "--reflected-temp", "17C"};
+    const Json walk = Walk(scene);
+    EXPECT_TRUE(walk["schema"] == 1 && walk["frame"] == 1 && walk["x"] == 20 && walk["y"] == 30);
     // The scene, and who said it.
     const auto parameter = [&](const char* name) { return Named(walk["parameters"], "name", name); };
     EXPECT_EQ(parameter("emissivity")["value"], 0.8);
@@ -72,9 +59,7 @@ TEST_F(Explain, FollowsThePixelByTheCalibrationThatItShows) {
     EXPECT_EQ(temperature["unit"], "°C");
     EXPECT_GT(Named(walk["steps"], "step", "radiance (factory)")["value"], 0.0);
 
-    const Json stats = Json::parse(folder.Do({"stats", "dump.raw", "--pixel-type", "K410 IR (GigE)", "--size", "64x48",
-                                              "--frames", "1", "--roi", "20,30,1,1", "--json", "--emissivity", "0.8",
-                                              "--atmosphere-trans", "0.9", "--reflected-temp", "17C"}));
+    const Json stats = folder.Doc(Arguments{"stats", "--frames", "1", "--roi", "20,30,1,1"} + Dump() + scene);
     EXPECT_EQ(stats["rows"][0]["max"]["value"], temperature["value"]);
 }
 
@@ -102,7 +87,8 @@ TEST_F(Explain, ShowsAnotherSceneSideBySide) {
 }
 
 TEST_F(Explain, ForAReader) {
-    const std::string text = folder.Do(Command({"--at", "20,30", "--set", "emissivity=0.5", "--unit", "signal"}));
+    const std::string text =
+        folder.Do(command + Arguments{"--at", "20,30", "--set", "emissivity=0.5", "--unit", "signal"});
     for (const char* part : {"dump.raw, frame 0, pixel (20, 30), preset 0", "counts as recorded", "good", "emissivity",
                              "command line", "file", "Calibration, from the file", "planck B"}) {
         EXPECT_NE(text.find(part), std::string::npos) << part << "\n" << text;
@@ -127,7 +113,7 @@ TEST_F(Explain, RefusesWhatNamesNoPixelAndNoValue) {
                   {{"--at", "1,2", "--set", "emissivity=7"}, "0.001"},
                   {{"--at", "1,2", "--unit", "red"}, "red"}};
     for (const auto& c : kCases) {
-        const test::SToolRun run = folder.Run(Command(c.arguments));
+        const SToolRun run = folder.Run(command + c.arguments);
         EXPECT_NE(run.status, 0) << c.says;
         EXPECT_NE(run.error.find(c.says), std::string::npos) << run.error;
         EXPECT_EQ(run.ErrorLines(), 1) << run.error;

@@ -16,7 +16,7 @@ using namespace test;
 using Names = std::vector<std::string>;
 
 TEST(OutputFile, AppearsWholeOrNotAtAll) {
-    test::CTestFolder folder;
+    CTestFolder folder;
     const auto target = PathIn(folder, "out");
     {
         COutputFile file(target, false);
@@ -39,9 +39,9 @@ TEST(OutputFile, AppearsWholeOrNotAtAll) {
 }
 
 TEST(OutputFile, ReplacesOnlyWhenTold) {
-    test::CTestFolder folder;
+    CTestFolder folder;
     const auto target = PathIn(folder, "out");
-    test::WriteText(target, "old");
+    WriteText(target, "old");
     std::string line;
     EXPECT_EQ(ExitOf([&] { COutputFile(target, false); }, &line), ExitFile);
     EXPECT_EQ(line, target.string() + ": exists already; --overwrite replaces it");
@@ -58,7 +58,7 @@ TEST(OutputFile, ReplacesOnlyWhenTold) {
     const auto late = PathIn(folder, "late");
     const auto replace = [&] {
         COutputFile file(late, false);
-        test::WriteText(late, "theirs");
+        WriteText(late, "theirs");
         file.Commit();
     };
     EXPECT_EQ(ExitOf(replace), ExitFile);
@@ -80,7 +80,7 @@ int StatusOfChild(const std::function<void()>& work) {
 
 TEST(OutputFile, LeavesNothingAfterAnInterrupt) {
     for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        test::CTestFolder folder;
+        CTestFolder folder;
         const int status = StatusOfChild([&] {
             std::signal(signal, SIG_DFL);  // whatever the tests were told
             InstallInterruptCleanup();
@@ -102,7 +102,7 @@ TEST(OutputFile, LeavesNothingAfterAnInterrupt) {
 }
 
 TEST(OutputFile, OutlivesAnIgnoredSignalAndIsRemovedByABrokenPipe) {
-    test::CTestFolder folder;
+    CTestFolder folder;
     const int status = StatusOfChild([&] {
         std::signal(SIGHUP, SIG_IGN);  // as nohup does
         InstallInterruptCleanup();

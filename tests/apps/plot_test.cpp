@@ -10,6 +10,7 @@
 namespace ovix::app {
 namespace {
 
+using namespace test;
 using testing::ElementsAre;
 using testing::NanSensitiveDoubleEq;
 
@@ -97,11 +98,10 @@ TEST(PlotDrawing, CurvesGoThroughTheirValuesAndLeaveGaps) {
 }
 
 TEST(PlotCommand, DrawsWhatIsAskedForAndRefusesWhatMeansNothing) {
-    test::CToolFolder folder;
+    CToolFolder folder;
     folder.Do({"synth", "--family", "Plover", "--size", "64x48", "--count", "13", "-o", "f.raw"});
-    const std::vector<std::string> input{"plot", "f.raw", "--pixel-type", "Plover IR (F7M0)", "--size", "64x48"};
     const struct {
-        std::vector<std::string> more;
+        Arguments more;
         int status;
         const char* error;
     } cases[] = {
@@ -118,15 +118,13 @@ TEST(PlotCommand, DrawsWhatIsAskedForAndRefusesWhatMeansNothing) {
         {{"-o", "x.png", "--kind", "histogram", "--figure", "max", "--frames", "1"}, 2, "--figure"},
     };
     for (const auto& c : cases) {
-        auto arguments = input;
-        arguments.insert(arguments.end(), c.more.begin(), c.more.end());
-        const test::SToolRun run = folder.Run(arguments);
+        const auto run = folder.Run(Arguments{"plot", "f.raw"} + FramesOf("Plover IR (F7M0)") + c.more);
         EXPECT_EQ(run.status, c.status) << run.error;
         EXPECT_THAT(run.error, testing::HasSubstr(c.error));
     }
     EXPECT_THAT(folder.Files(), ElementsAre("f.raw", "h.png", "p.png", "t.svg"));
     // Frames 20 ms apart.
-    EXPECT_THAT(test::ReadText(folder.Path("t.svg")), testing::HasSubstr("Time after the first frame (s)"));
+    EXPECT_THAT(ReadText(folder.Path("t.svg")), testing::HasSubstr("Time after the first frame (s)"));
 }
 
 }  // namespace

@@ -1,33 +1,11 @@
 // Recordings as the users of the tool meet them.
 
-#include <gtest/gtest.h>
-
-#include <nlohmann/json.hpp>
-
 #include "tool_run.h"
 
 namespace ovix::app {
 namespace {
 
-using Json = nlohmann::json;
-using test::CToolFolder;
-using Arguments = std::vector<std::string>;
-
-Arguments operator+(Arguments a, const Arguments& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
-
-Arguments Dump(const std::string& type = "K410 IR (GigE)") {
-    return {"dump.raw", "--pixel-type", type, "--size", "64x48"};
-}
-
-void Synthesise(const CToolFolder& folder, int count, const Arguments& more = {},
-                const std::string& type = "K410 IR (GigE)") {
-    folder.Do(Arguments{"synth", "-o", "dump.raw", "--pixel-type", type, "--size", "64x48", "--count",
-                        std::to_string(count), "--overwrite"} +
-              more);
-}
+using namespace test;
 
 Json RowsOf(const CToolFolder& folder, const Arguments& source) {
     Json rows = Json::parse(folder.Run(Arguments{"stats", "--json"} + source).out)["rows"];
@@ -38,12 +16,11 @@ Json RowsOf(const CToolFolder& folder, const Arguments& source) {
 TEST(Record, ShorterFramesEndInZeros) {
     const CToolFolder folder;
     const std::string stream = "R7X IR (MJLS)";
-    Synthesise(folder, 3, {}, stream);
+    folder.Synthesise({}, stream);
     folder.Do(Arguments{"record"} + Dump(stream) + Arguments{"-o", "stream.krt"});
-    const std::string frames = test::ReadText(folder.Path("dump.raw"));
-    const std::string stored = test::ReadText(folder.Path("stream.krt"));
-    const Json info = Json::parse(folder.Do({"info", "--json", "stream.krt"}));
-    const std::size_t size = info["frameBytes"];
+    const std::string frames = ReadText(folder.Path("dump.raw"));
+    const std::string stored = ReadText(folder.Path("stream.krt"));
+    const std::size_t size = folder.Doc({"info", "stream.krt"})["frameBytes"];
     std::size_t at = 0;
     for (std::size_t i = 0; i < 3; ++i) {
         // The length of the image, the image, and a container with the camera's record at its end.
@@ -59,28 +36,26 @@ TEST(Record, ShorterFramesEndInZeros) {
 
 TEST(Record, WhatIsToldOfTheSceneAndTheTablesGoesIntoTheRecording) {
     const CToolFolder folder;
-    Synthesise(folder, 2, {"--tables", "nuc"});
-    const Arguments told = {"--emissivity", "0.8", "--reflected-temp", "30C", "--correction", "nuc"};
-    folder.Do(Arguments{"record", "-o", "run.krt"} + Dump() + told);
+    folder.Synthesise({"--tables", "nuc"});
+    const Arguments scene = {"--emissivity", "0.8", "--reflected-temp", "30C"}, tables = {"--correction", "away"};
+    folder.Do(Arguments{"record", "-o", "run.krt", "--correction", "nuc"} + Dump() + scene);
     for (const char* extension : {".mvg", ".mvo", ".mvb"})
         std::filesystem::rename(folder.Path("nuc").string() + extension, folder.Path("away").string() + extension);
-    const Arguments again = {"--emissivity", "0.8", "--reflected-temp", "30C", "--correction", "away"};
-    const Json recorded = RowsOf(folder, {"run.krt"});
-    EXPECT_EQ(recorded, RowsOf(folder, Dump() + again));
-    EXPECT_NE(recorded, RowsOf(folder, Dump() + Arguments{"--correction", "away"}));
-    EXPECT_EQ(RowsOf(folder, {"run.krt", "--emissivity", "0.95", "--reflected-temp", "295.15K"}),
-              RowsOf(folder, Dump() + Arguments{"--correction", "away"}));
-    const Json scene = Json::parse(folder.Do({"info", "--json", "run.krt"}))["scene"];
-    EXPECT_EQ(scene["emissivity"], 0.8);
-    EXPECT_EQ(scene["relativeHumidity"], 0.45);  // the camera's
+    const Json recorded = RowsOf(folder, {"run.krt"}), ofCamera = RowsOf(folder, Dump() + tables);
+    EXPECT_EQ(recorded, RowsOf(folder, Dump() + scene + tables));
+    EXPECT_NE(recorded, ofCamera);
+    EXPECT_EQ(RowsOf(folder, {"run.krt", "--emissivity", "0.95", "--reflected-temp", "295.15K"}), ofCamera);
+    const Json shown = folder.Doc({"info", "run.krt"})["scene"];
+    EXPECT_EQ(shown["emissivity"], 0.8);
+    EXPECT_EQ(shown["relativeHumidity"], 0.45);  // the camera's
 }
 
 TEST(Record, InfoShowsTheBlocksAndWhichOfThemAreDamaged) {
     const CToolFolder folder;
-    Synthesise(folder, 2);
+    folder.Synthesise();
     folder.Do(Arguments{"record", "-o", "run.krt"} + Dump());
-    std::string bytes = test::ReadText(folder.Path("run.krt"));
-    const Json blocks = Json::parse(folder.Do({"info", "--json", "run.krt"}))["blocks"];
+    std::string bytes = ReadText(folder.Path("run.krt"));
+    const Json blocks = folder.Doc({"info", "run.krt"})["blocks"];
     ASSERT_EQ(blocks.size(), 5u);
     EXPECT_EQ(blocks[0]["name"], "SourceInfo");
     EXPECT_EQ(blocks[0]["offset"], 77);
@@ -89,42 +64,37 @@ TEST(Record, InfoShowsTheBlocksAndWhichOfThemAreDamaged) {
     EXPECT_EQ(blocks[4]["name"], "Pixels");
     EXPECT_TRUE(blocks[4]["crcRight"].is_null());
     bytes[77 + 77 + 2048 + 77 + 20] ^= 4;
-    test::WriteText(folder.Path("run.krt"), bytes);
-    const test::SToolRun shown = folder.Run({"info", "--json", "run.krt"});
+    WriteText(folder.Path("run.krt"), bytes);
+    const SToolRun shown = folder.Run({"info", "--json", "run.krt"});
     EXPECT_EQ(shown.status, 3);
     const Json damaged = Json::parse(shown.out)["blocks"];
-    EXPECT_EQ(folder.Run({"stats", "run.krt"}).status, 1);
-    EXPECT_EQ(folder.Run({"stats", "run.krt", "--accept-damage"}).status, 3);
     EXPECT_TRUE(damaged[0]["crcRight"]);
     EXPECT_FALSE(damaged[1]["crcRight"]);
 
     // Blocks without frames are shown all the same.
-    test::WriteText(folder.Path("blocks.krt"), bytes.substr(0, 77 + 77 + 2048));
-    const test::SToolRun run = folder.Run({"info", "blocks.krt"});
-    EXPECT_EQ(run.status, 0) << run.error;
-    EXPECT_NE(run.out.find("SourceInfo"), std::string::npos);
+    WriteText(folder.Path("blocks.krt"), bytes.substr(0, 77 + 77 + 2048));
+    EXPECT_NE(folder.Do({"info", "blocks.krt"}).find("SourceInfo"), std::string::npos);
 }
 
 TEST(Record, VerifyAndRepairLeaveWithTheirStatus) {
     const CToolFolder folder;
-    Synthesise(folder, 3);
+    folder.Synthesise();
     folder.Do(Arguments{"record", "-o", "run.krt"} + Dump());
-    std::string bytes = test::ReadText(folder.Path("run.krt"));
-    const std::size_t frame = test::ReadText(folder.Path("dump.raw")).size() / 3;
-    test::WriteText(folder.Path("cut.krt"), bytes.substr(0, bytes.size() - 1));
+    std::string bytes = ReadText(folder.Path("run.krt"));
+    const std::size_t frame = ReadText(folder.Path("dump.raw")).size() / 3;
+    WriteText(folder.Path("cut.krt"), bytes.substr(0, bytes.size() - 1));
     const Json verify = Json::parse(folder.Run({"verify", "--json", "cut.krt"}).out);
     EXPECT_FALSE(verify["good"]);
     EXPECT_EQ(verify["findings"][0]["offset"], bytes.size() - frame);
     EXPECT_EQ(verify["findings"][0]["expected"], std::to_string(frame) + " bytes");
     EXPECT_EQ(verify["findings"][0]["found"], std::to_string(frame - 1));
     EXPECT_EQ(folder.Run({"verify", "cut.krt"}).status, 1);
-    EXPECT_EQ(RowsOf(folder, {"cut.krt"}).size(), 2u);
     EXPECT_EQ(folder.Run({"repair", "cut.krt", "-o", "good.krt"}).status, 0);
     EXPECT_EQ(folder.Run({"verify", "good.krt"}).status, 0);
     EXPECT_EQ(folder.Run({"repair", "cut.krt", "-o", "good.krt"}).status, 4);  // is there already
 
     bytes[bytes.size() - frame + 64 * 48 * 2 + 32] ^= 1;  // the signature behind the pixels and the digital header
-    test::WriteText(folder.Path("bad.krt"), bytes);
+    WriteText(folder.Path("bad.krt"), bytes);
     EXPECT_EQ(folder.Run({"repair", "bad.krt", "-o", "rest.krt"}).status, 3);
     EXPECT_EQ(folder.Run({"verify", "dump.raw"}).status, 4);
     EXPECT_EQ(folder.Run({"info", "run.krt", "--size", "64x48"}).status, 2);
@@ -132,10 +102,10 @@ TEST(Record, VerifyAndRepairLeaveWithTheirStatus) {
 
 TEST(Record, PartsAreKeptOnlyWhenAskedAndNeverReplaced) {
     const CToolFolder folder;
-    Synthesise(folder, 3);
-    std::string bytes = test::ReadText(folder.Path("dump.raw"));
+    folder.Synthesise();
+    std::string bytes = ReadText(folder.Path("dump.raw"));
     bytes[bytes.size() / 3 * 2 + 64 * 48 * 2 + 32] ^= 1;  // the signature of the third frame
-    test::WriteText(folder.Path("dump.raw"), bytes);
+    WriteText(folder.Path("dump.raw"), bytes);
     const Arguments record =
         Arguments{"record", "-o", "run.krt", "--frame-size", std::to_string(bytes.size() / 3)} + Dump();
     EXPECT_EQ(folder.Run(record).status, 1);
@@ -145,23 +115,22 @@ TEST(Record, PartsAreKeptOnlyWhenAskedAndNeverReplaced) {
     EXPECT_EQ(folder.Run(record + Arguments{"--keep-part", "--overwrite"}).status, 4);
     EXPECT_EQ(folder.Run({"repair", "run.krt.part", "-o", "run.krt"}).status, 0);
     EXPECT_EQ(RowsOf(folder, {"run.krt"}).size(), 2u);
-    EXPECT_EQ(folder.Run(record + Arguments{"--on-error", "skip", "--overwrite"}).status,
-              4);  // the part is there still
+    const Arguments skip = record + Arguments{"--on-error", "skip", "--overwrite"};
+    EXPECT_EQ(folder.Run(skip).status, 4);  // the part is there still
     std::filesystem::remove(folder.Path("run.krt.part"));
-    EXPECT_EQ(folder.Run(record + Arguments{"--on-error", "skip", "--overwrite"}).status, 3);
+    EXPECT_EQ(folder.Run(skip).status, 3);
     EXPECT_EQ(RowsOf(folder, {"run.krt"}).size(), 2u);
 }
 
 TEST(Record, APipeThatIsEndedLeavesAPartForRepair) {
     const CToolFolder folder;
-    Synthesise(folder, 3);
-    const std::string dump = test::ReadText(folder.Path("dump.raw"));
-    ASSERT_EQ(::mkfifo(folder.Path("pipe").c_str(), 0600), 0);
-    Arguments record = Arguments{"record", "-o", "run.krt"} + Dump();
-    record[3] = "-";
+    folder.Synthesise();
+    const std::string dump = ReadText(folder.Path("dump.raw")), fifo = folder.Path("pipe");
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    const Arguments record = Arguments{"record", "-", "-o", "run.krt"} + FramesOf();
     for (const int signal : {SIGKILL, SIGTERM}) {
-        const pid_t child = folder.Start(record, "/dev/null", "/dev/null", RLIM_INFINITY, folder.Path("pipe").string());
-        const int pipe = ::open(folder.Path("pipe").c_str(), O_WRONLY);
+        const pid_t child = folder.Start(record, "/dev/null", "/dev/null", RLIM_INFINITY, fifo);
+        const int pipe = ::open(fifo.c_str(), O_WRONLY);
         ASSERT_EQ(::write(pipe, dump.data(), dump.size()), static_cast<ssize_t>(dump.size()));
         std::error_code none;
         for (int i = 0; i < 1000 && !(std::filesystem::file_size(folder.Path("run.krt.part"), none) + 1 > dump.size());

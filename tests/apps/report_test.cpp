@@ -12,6 +12,7 @@
 namespace ovix::app {
 namespace {
 
+using namespace test;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 
@@ -123,11 +124,10 @@ TEST(ReportPage, NoTextEndsItsElement) {
 }
 
 TEST(ReportCommand, KeepsItsPromisesAboutFiles) {
-    test::CToolFolder folder;
-    folder.Do({"synth", "--size", "64x48", "--count", "3", "-o", "f.raw"});
-    const std::vector<std::string> input{"report", "f.raw", "--pixel-type", "K410 IR (GigE)", "--size", "64x48"};
+    CToolFolder folder;
+    folder.Synthesise();
     const struct {
-        std::vector<std::string> more;
+        Arguments more;
         int status;
         const char* error;
     } cases[] = {
@@ -140,13 +140,11 @@ TEST(ReportCommand, KeepsItsPromisesAboutFiles) {
         {{"-o", "a.html", "--step", "1e-12"}, 1, "a larger --step"},
     };
     for (const auto& c : cases) {
-        auto arguments = input;
-        arguments.insert(arguments.end(), c.more.begin(), c.more.end());
-        const test::SToolRun run = folder.Run(arguments);
+        const SToolRun run = folder.Run(Arguments{"report"} + Dump() + c.more);
         EXPECT_EQ(run.status, c.status) << run.error;
         EXPECT_THAT(run.error, testing::HasSubstr(c.error));
     }
-    EXPECT_THAT(folder.Files(), ElementsAre("f.raw", "page.html"));
+    EXPECT_THAT(folder.Files(), ElementsAre("dump.raw", "page.html"));
 }
 
 }  // namespace

@@ -16,6 +16,7 @@
 namespace ovix::app {
 namespace {
 
+using namespace test;
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
@@ -177,6 +178,12 @@ SSeries Series(u16 width, u16 height) {
     return series;
 }
 
+/// What was drawn at a place of the frame, in its pixels.
+SColour At(const SThermalPicture& drawn, double x, double y) {
+    const auto on = [&](double place, int start) { return start + static_cast<int>(place * drawn.scale); };
+    return drawn.canvas.At(on(x, drawn.image.x), on(y, drawn.image.y));
+}
+
 /// A drawing in the first palette.
 SThermalPicture Draw(const SSeries& series, const SPicture& picture, SRange range, const SWriteOptions& options = {}) {
     return DrawThermalPicture(series, picture, {range, options});
@@ -190,19 +197,11 @@ TEST(ThermalPicture, PixelsAndBarShareOnePalette) {
     const std::vector<float> values{10, 12.5f, 20, 30, 9, 31, 15, 29};
     const std::vector<u8> status{0, 0, 0, 0, 0, 0, 32, 4};
     const SThermalPicture drawn = Draw(series, {0, values, status, "caption"}, {10, 30});
-    const auto at = [&](int x, int y) {
-        return drawn.canvas.At(drawn.image.x + x * drawn.scale + drawn.scale / 2,
-                               drawn.image.y + y * drawn.scale + drawn.scale / 2);
-    };
     EXPECT_GT(drawn.scale, 50);
-    EXPECT_EQ(at(0, 0), Entry(0));
-    EXPECT_EQ(at(1, 0), Entry(0.125));
-    EXPECT_EQ(at(2, 0), Entry(0.5));
-    EXPECT_EQ(at(3, 0), Entry(1));
-    EXPECT_EQ(at(0, 1), kBelowColour);
-    EXPECT_EQ(at(1, 1), kAboveColour);
-    EXPECT_EQ(at(2, 1), kNoDataColour);
-    EXPECT_EQ(at(3, 1), kOverColour);
+    const SColour expected[2][4] = {{Entry(0), Entry(0.125), Entry(0.5), Entry(1)},
+                                    {kBelowColour, kAboveColour, kNoDataColour, kOverColour}};
+    for (int y : {0, 1})
+        for (int x : {0, 1, 2, 3}) EXPECT_EQ(At(drawn, x + 0.5, y + 0.5), expected[y][x]) << x << ' ' << y;
 
     const SBox& bar = drawn.bar;
     const auto barAt = [&](int row) { return drawn.canvas.At(bar.x + bar.width / 2, bar.y + row); };
@@ -222,9 +221,7 @@ TEST(ThermalPicture, HatchesWhatIsNotCalibrated) {
     const SThermalPicture drawn = Draw(Series(2, 1), {0, values, status, ""}, {10, 30});
     const auto plainPixels = [&](int x) {
         int plain = 0;
-        for (int i = 0; i < drawn.scale; ++i)
-            plain +=
-                drawn.canvas.At(drawn.image.x + x * drawn.scale + i, drawn.image.y + drawn.scale / 2) == Entry(0.5);
+        for (int i = 0; i < drawn.scale; ++i) plain += At(drawn, x + (i + 0.5) / drawn.scale, 0.5) == Entry(0.5);
         return plain;
     };
     EXPECT_EQ(plainPixels(0), drawn.scale);
@@ -262,18 +259,10 @@ TEST(ThermalPicture, IsothermsRunBetweenPixels) {
     const std::vector<float> values{10, 20, 30, 30, 10, 30, kNaN, 30};
     const SThermalPicture drawn = Draw(series, {0, values, {}, ""}, {0, 40}, {.isotherms = {25}, .zoom = 40});
     ASSERT_EQ(drawn.scale, 40);
-    const auto isLight = [&](double x, double y) {  // in pixels of the frame
-        const auto at = [](double place, int start) { return start + static_cast<int>(place * 40); };
-        return drawn.canvas.At(at(x, drawn.image.x), at(y, drawn.image.y)) == ColourOf(0xFFFFFF);
-    };
-    EXPECT_TRUE(isLight(2, 0.5));   // 20 | 30
-    EXPECT_TRUE(isLight(1, 1.5));   // 10 | 30
-    EXPECT_TRUE(isLight(1.5, 1));   // 20 above 30
-    EXPECT_FALSE(isLight(1, 0.5));  // 10 | 20
-    EXPECT_FALSE(isLight(3, 0.5));
-    EXPECT_FALSE(isLight(0.5, 1));
-    EXPECT_FALSE(isLight(2, 1.5));  // beside no number
-    EXPECT_FALSE(isLight(2.5, 1));
+    const auto isLight = [&](double x, double y) { return At(drawn, x, y) == ColourOf(0xFFFFFF); };
+    EXPECT_TRUE(isLight(2, 0.5) && isLight(1, 1.5) && isLight(1.5, 1));  // 20 | 30, 10 | 30, 20 above 30
+    EXPECT_FALSE(isLight(1, 0.5) || isLight(3, 0.5) || isLight(0.5, 1));
+    EXPECT_FALSE(isLight(2, 1.5) || isLight(2.5, 1));  // beside no number
     const int row = drawn.bar.y + static_cast<int>(std::lround((drawn.bar.height - 1) * 15 / 40.0));
     EXPECT_EQ(drawn.canvas.At(drawn.bar.x + 2, row), ColourOf(0xFFFFFF));
 }
@@ -302,10 +291,7 @@ TEST(ThermalPicture, VideoHasItsOwnColoursAndNoBar) {
     const std::vector<u32> colours{0x102030, 0xFFEE01};
     const SThermalPicture drawn = Draw(Series(2, 1), {0, values, {}, "", {}, colours}, {});
     EXPECT_EQ(drawn.bar.width, 0);
-    for (int x : {0, 1}) {
-        const int middle = drawn.image.x + x * drawn.scale + drawn.scale / 2;
-        EXPECT_EQ(drawn.canvas.At(middle, drawn.image.y + drawn.scale / 2), ColourOf(colours[static_cast<u32>(x)]));
-    }
+    for (const u32 x : {0u, 1u}) EXPECT_EQ(At(drawn, x + 0.5, 0.5), ColourOf(colours[x]));
 }
 
 TEST(ThermalPicture, AnySizeCanBeDrawn) {
@@ -333,7 +319,7 @@ std::vector<u8> ReadPng(const std::filesystem::path& path, png_image& image) {
 }
 
 TEST(PngWriter, ReadsBackAsDrawnInOneRangeForAll) {
-    test::CTestFolder folder;
+    CTestFolder folder;
     SSeries series = Series(32, 16);
     std::vector<float> values(512);
     for (std::size_t i = 0; i < values.size(); ++i) values[i] = static_cast<float>(i);
@@ -341,15 +327,15 @@ TEST(PngWriter, ReadsBackAsDrawnInOneRangeForAll) {
     for (float& value : hotter) value += 100;
 
     series.frames = 2;
-    EXPECT_THROW(MakeFrameWriter(test::PathIn(folder, "s.png"), series, {})->Encode({3, values, {}, ""}), CAppError);
-    const auto several = MakeFrameWriter(test::PathIn(folder, "s.png"), series, {.range = std::pair(0.0f, 511.0f)});
+    EXPECT_THROW(MakeFrameWriter(PathIn(folder, "s.png"), series, {})->Encode({3, values, {}, ""}), CAppError);
+    const auto several = MakeFrameWriter(PathIn(folder, "s.png"), series, {.range = std::pair(0.0f, 511.0f)});
     several->Add({3, values, {}, ""});
     several->Add({12, hotter, {}, ""});
     several->Finish();
-    EXPECT_EQ(test::NamesIn(folder), (std::vector<std::string>{"s-000003.png", "s-000012.png"}));
+    EXPECT_EQ(NamesIn(folder), (std::vector<std::string>{"s-000003.png", "s-000012.png"}));
     const SThermalPicture drawn = Draw(series, {12, hotter, {}, ""}, {0, 511});
     png_image image;
-    const std::vector<u8> pixels = ReadPng(test::PathIn(folder, "s-000012.png"), image);
+    const std::vector<u8> pixels = ReadPng(PathIn(folder, "s-000012.png"), image);
     ASSERT_EQ(image.width, static_cast<u32>(drawn.canvas.Width()));
     ASSERT_EQ(image.height, static_cast<u32>(drawn.canvas.Height()));
     const u8* next = pixels.data();
@@ -389,25 +375,21 @@ TEST(PlainPicture, NumbersTellTheValues) {
 
 /// Blue, green and red of each pixel, the lowest line first, as the camera sends them.
 TEST(ConvertCommand, WritesVideoInItsColours) {
-    test::CToolFolder folder;
-    test::WriteText(folder.Path("v.raw"), std::string("\x03\x02\x01\x06\x05\x04\x30\x20\x10\xFF\x80\x01", 12));
-    const std::vector<std::string> input{"convert", "v.raw", "--pixel-type", "K410 BGR (24-bit)", "--size", "2x2"};
-    auto plain = input;
-    plain.insert(plain.end(), {"--plain", "-o", "v.png"});
-    folder.Do(plain);
+    CToolFolder folder;
+    WriteText(folder.Path("v.raw"), std::string("\x03\x02\x01\x06\x05\x04\x30\x20\x10\xFF\x80\x01", 12));
+    const Arguments convert{"convert", "v.raw", "--pixel-type", "K410 BGR (24-bit)", "--size", "2x2", "-o"};
+    folder.Do(convert + Arguments{"v.png", "--plain"});
     png_image image;
     const std::vector<u8> pixels = ReadPng(folder.Path("v.png"), image);
     EXPECT_THAT(pixels, testing::ElementsAre(0x10, 0x20, 0x30, 0x01, 0x80, 0xFF, 1, 2, 3, 4, 5, 6));
-    auto refused = input;
-    refused.insert(refused.end(), {"--range", "0,9", "-o", "r.png"});
-    EXPECT_EQ(folder.Run(refused).status, 2);
+    EXPECT_EQ(folder.Run(convert + Arguments{"r.png", "--range", "0,9"}).status, 2);
 }
 
 TEST(ConvertCommand, PictureOptionsThatMeanNothingAreRefused) {
-    test::CToolFolder folder;
+    CToolFolder folder;
     folder.Do({"synth", "--size", "64x48", "--family", "Plover", "-o", "f.raw"});
-    const std::vector<std::string> input{"convert", "f.raw", "--pixel-type", "Plover IR (F7M0)", "--size", "64x48"};
-    using Words = std::vector<std::string>;
+    const Arguments convert = Arguments{"convert", "f.raw"} + FramesOf("Plover IR (F7M0)");
+    using Words = Arguments;
     for (const Words& more : {Words{"o.npy", "--zoom", "2"},
                               {"o.csv", "--isotherm", "3"},
                               {"o.tif", "--mark-extremes"},
@@ -418,16 +400,10 @@ TEST(ConvertCommand, PictureOptionsThatMeanNothingAreRefused) {
                               {"o.png", "--isotherm", "nan"},
                               {"o.png", "--zoom", "0"},
                               {"o.png", "--plain", "--zoom", "2"},
-                              {"o.png", "--plain", "--range", "p1,p99"}}) {
-        auto arguments = input;
-        arguments.push_back("-o");
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        EXPECT_EQ(folder.Run(arguments).status, 2) << more.back();
-    }
-    auto drawn = input;
-    drawn.insert(drawn.end(), {"-o", "o.png", "--range", "p1,p99", "--isotherm", "40"});
-    folder.Do(drawn);
-    const std::string png = test::ReadText(folder.Path("o.png"));
+                              {"o.png", "--plain", "--range", "p1,p99"}})
+        EXPECT_EQ(folder.Run(convert + Words{"-o"} + more).status, 2) << more.back();
+    folder.Do(convert + Words{"-o", "o.png", "--range", "p1,p99", "--isotherm", "40"});
+    const std::string png = ReadText(folder.Path("o.png"));
     EXPECT_THAT(png, testing::HasSubstr("2026-01-15T12:00:00.000000Z  \\u00b7  emissivity 0.95"));
 }
 

@@ -16,6 +16,18 @@
 
 namespace ovix::test {
 
+using Arguments = std::vector<std::string>;
+
+inline Arguments operator+(Arguments a, const Arguments& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+inline constexpr const char* kGigE = "K410 IR (GigE)";
+/// The options that say how a dump of 64 x 48 pixels is read.
+inline Arguments FramesOf(const std::string& type = kGigE) { return {"--pixel-type", type, "--size", "64x48"}; }
+inline Arguments Dump(const std::string& type = kGigE) { return Arguments{"dump.raw"} + FramesOf(type); }
+
 struct SToolRun {
     int status = -1;  ///< what it left with; -signal when one ended it
     std::string out;
@@ -29,7 +41,7 @@ class CToolFolder {
   public:
     std::filesystem::path Path(const std::string& name) const { return folder_.Path(name.c_str()).GetUTF8(); }
     /// Standard output goes to `stdoutTo` when given; `fileLimit` is the size beyond which no file can grow.
-    SToolRun Run(std::vector<std::string> arguments, const char* stdoutTo = nullptr, rlim_t fileLimit = RLIM_INFINITY,
+    SToolRun Run(Arguments arguments, const char* stdoutTo = nullptr, rlim_t fileLimit = RLIM_INFINITY,
                  const std::string& input = "/dev/null") const {
         const std::string out = stdoutTo ? stdoutTo : Path(".out").string();
         const std::string error = Path(".error").string();
@@ -44,17 +56,22 @@ class CToolFolder {
         return run;
     }
     /// Run that must be done; answers what came out.
-    std::string Do(const std::vector<std::string>& arguments) const {
+    std::string Do(const Arguments& arguments) const {
         const SToolRun run = Run(arguments);
         EXPECT_EQ(run.status, 0) << run.error;
         return run.out;
     }
+    /// The document of a run that must be done.
+    app::Json Doc(const Arguments& arguments) const { return app::Json::parse(Do(arguments + Arguments{"--json"})); }
+    /// Writes frames to dump.raw; answers what the tool says of them.
+    app::Json Synthesise(const Arguments& more = {}, const std::string& type = kGigE) const {
+        return Doc(Arguments{"synth", "-o"} + Dump(type) + Arguments{"--count", "3", "--overwrite"} + more);
+    }
     std::vector<std::string> Files() const { return NamesIn(folder_); }
 
     /// Answers at once; the process is the caller's to wait for.
-    pid_t Start(std::vector<std::string> arguments, const std::string& out = "/dev/null",
-                const std::string& error = "/dev/null", rlim_t fileLimit = RLIM_INFINITY,
-                const std::string& input = "/dev/null") const {
+    pid_t Start(Arguments arguments, const std::string& out = "/dev/null", const std::string& error = "/dev/null",
+                rlim_t fileLimit = RLIM_INFINITY, const std::string& input = "/dev/null") const {
         arguments.insert(arguments.begin(), OVIX_TOOL);
         std::vector<char*> argv;
         for (std::string& argument : arguments) argv.push_back(argument.data());

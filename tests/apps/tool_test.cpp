@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <nlohmann/json.hpp>
 #include <thread>
 
 #include "core/bytes.h"
@@ -13,38 +12,16 @@
 namespace ovix::app {
 namespace {
 
-using Json = nlohmann::json;
-using test::CToolFolder;
-using test::ReadArray;
-using test::SToolRun;
-using Arguments = std::vector<std::string>;
+using namespace test;
 
-const char* const kGigE = "K410 IR (GigE)";
 const char* const kStream = "R7X IR (MJLS)";
-
-Arguments operator+(Arguments a, const Arguments& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
-
-/// The options that say how a dump of 64 x 48 pixels is read.
-Arguments Dump(const std::string& type = kGigE) { return {"dump.raw", "--pixel-type", type, "--size", "64x48"}; }
-
-void Synthesise(const CToolFolder& folder, const Arguments& more = {}, const std::string& type = kGigE) {
-    folder.Do(
-        Arguments{"synth", "-o", "dump.raw", "--pixel-type", type, "--size", "64x48", "--count", "3", "--overwrite"} +
-        more);
-}
-
-Json Stats(const CToolFolder& folder, const Arguments& more = {}, const std::string& type = kGigE) {
-    return Json::parse(folder.Do(Arguments{"stats", "--json"} + Dump(type) + more));
-}
 
 TEST(Tool, SceneCorrectionAndUnitChangeWhatTheyShould) {
     const CToolFolder folder;
-    Synthesise(folder, {"--clean"});
+    folder.Synthesise({"--clean"});
     const auto hottest = [&](const Arguments& more) {
-        return Stats(folder, Arguments{"--frames", "0"} + more)["rows"][0]["max"]["value"].get<double>();
+        const Json stats = folder.Doc(Arguments{"stats", "--frames", "0"} + Dump() + more);
+        return stats["rows"][0]["max"]["value"].get<double>();
     };
     const double recorded = hottest({});
     EXPECT_EQ(hottest({"--emissivity", "0.95"}), recorded);  // what the camera sent
@@ -53,7 +30,7 @@ TEST(Tool, SceneCorrectionAndUnitChangeWhatTheyShould) {
     EXPECT_NEAR(hottest({"--scale", "K"}), recorded + 273.15, 1e-3);
     EXPECT_GT(hottest({"--unit", "counts"}), 1000);
 
-    Synthesise(folder, {"--truth", "truth.npy", "--tables", "nuc"});
+    folder.Synthesise({"--truth", "truth.npy", "--tables", "nuc"});
     const std::vector<float> truth = ReadArray<float>(folder.Path("truth.npy"));
     const auto worst = [&](const Arguments& more) {
         folder.Do(Arguments{"convert"} + Dump() + Arguments{"-o", "out.npy", "--overwrite", "--scale", "K"} + more);
@@ -65,31 +42,29 @@ TEST(Tool, SceneCorrectionAndUnitChangeWhatTheyShould) {
         }
         return worstOfGood;
     };
-    const float before = worst({});
     const float after = worst({"--correction", "nuc"});
-    EXPECT_LT(after, before / 2);
+    EXPECT_LT(after, worst({}) / 2);
     EXPECT_EQ(worst({"--correction", "0=nuc.mvo"}), after);
     // A table that is there and cannot be read is no table that is missing.
-    test::WriteText(folder.Path("nuc.mvo"), test::ReadText(folder.Path("nuc.mvo")).substr(0, 1000));
+    WriteText(folder.Path("nuc.mvo"), ReadText(folder.Path("nuc.mvo")).substr(0, 1000));
     EXPECT_EQ(folder.Run(Arguments{"stats", "--correction", "nuc"} + Dump()).status, 1);
 }
 
 TEST(Tool, RubbishIsAnsweredWithOneLineAStatusAndNoFile) {
     const CToolFolder folder;
-    Synthesise(folder, {"--form", "plain"});
-    const std::string dump = test::ReadText(folder.Path("dump.raw"));
-    test::WriteText(folder.Path("cut.raw"), dump.substr(0, dump.size() - 1000));
-    test::WriteText(folder.Path("empty.raw"), "");
-    test::WriteText(folder.Path("noise.raw"), std::string(50000, '\x5A'));
-    std::string outside = dump;
+    folder.Synthesise({"--form", "plain"});
+    std::string outside = ReadText(folder.Path("dump.raw"));
     StoreLittle(reinterpret_cast<u8*>(outside.data()) + 64 * 48 * 2 + 76, u32{0xFFFFFFF0});
-    test::WriteText(folder.Path("outside.raw"), outside);
-    test::WriteText(folder.Path("there.npy"), "mine");
+    WriteText(folder.Path("outside.raw"), outside);
+    WriteText(folder.Path("empty.raw"), "");
+    WriteText(folder.Path("noise.raw"), std::string(50000, '\x5A'));
+    WriteText(folder.Path("there.npy"), "mine");
+    WriteText(folder.Path("rubbish.mvg"), "no table");
     std::filesystem::create_directory(folder.Path("folder"));
     std::filesystem::create_directory(folder.Path("folder.png"));
     const std::vector<std::string> files = folder.Files();
 
-    const Arguments frames = {"--pixel-type", kGigE, "--size", "64x48"};
+    const Arguments frames = FramesOf();
     const auto convert = [&](const char* file, const Arguments& more = {"-o", "new.png"}) {
         return Arguments{"convert", file} + frames + more;
     };
@@ -122,11 +97,7 @@ TEST(Tool, RubbishIsAnsweredWithOneLineAStatusAndNoFile) {
         {2, convert("dump.raw", {"-o", "new.png", "--range", "5,5"})},
         {2, convert("dump.raw", {"-o", "new.png", "--scale", "C", "--scale", "F"})},
         {2, Arguments{"stats", "dump.raw", "--csv", "--json"} + frames},
-        {2, Arguments{"stats", "dump.raw", "--emissivity", ""} + frames},
         {2, Arguments{"stats", "dump.raw", "--emissivity="} + frames},
-        {2, {"stats", ""}},
-        {2, Arguments{"explain", "dump.raw", "--at", "1,1", "--frames", "0"} + frames},
-        {2, convert("dump.raw", {"-o", "new.npy", "--range", "1,2"})},
         {2, {"synth", "-o", "new.raw", "--pixel-type", "F7M0"}},
         {2, {"synth", "-o", "new.raw", "--form", "digitla"}},
         {2, {"synth", "-o", "new.raw", "--count", "0"}},
@@ -140,8 +111,6 @@ TEST(Tool, RubbishIsAnsweredWithOneLineAStatusAndNoFile) {
         {4, convert("dump.raw", {"-o", "new.npy", "--correction", "missing"})},
         {1, convert("dump.raw", {"-o", "new.npy", "--correction", "rubbish"})},
     };
-    test::WriteText(folder.Path("rubbish.mvg"), "no table");
-    std::vector<std::string> expected = folder.Files();
     for (const auto& c : cases) {
         std::string line;
         for (const std::string& argument : c.line) line += argument + ' ';
@@ -155,12 +124,13 @@ TEST(Tool, RubbishIsAnsweredWithOneLineAStatusAndNoFile) {
         EXPECT_TRUE(skips || run.ErrorLines() == 1 || run.error.find(": damage: ") != std::string::npos) << run.error;
         const bool inJson = line.find("--json") != std::string::npos;
         EXPECT_TRUE(inJson ? Json::parse(run.error)["error"]["exit"] == c.status : run.error.starts_with("ovix: "));
-        EXPECT_EQ(folder.Files(), expected);
+        EXPECT_EQ(folder.Files(), files);
     }
-    EXPECT_EQ(test::ReadText(folder.Path("there.npy")), "mine");
+    EXPECT_EQ(ReadText(folder.Path("there.npy")), "mine");
 
     // What is measured of a source that is cut does not end with success.
-    const SToolRun cut = folder.Run(Arguments{"stats", "cut.raw", "--json"} + frames);
+    std::filesystem::resize_file(folder.Path("dump.raw"), outside.size() - 1000);
+    const SToolRun cut = folder.Run(Arguments{"stats", "--json"} + Dump());
     EXPECT_EQ(cut.status, 3) << cut.error;
     EXPECT_FALSE(Json::parse(cut.out)["complete"]);
     EXPECT_EQ(Json::parse(cut.out)["findings"][0]["id"], "OVX-F204");
@@ -170,15 +140,15 @@ TEST(Tool, ABadFrameEndsTheRunOrIsPassedOver) {
     const CToolFolder folder;
     for (const char* type : {kGigE, kStream}) {
         SCOPED_TRACE(type);
-        Synthesise(folder, {"--form", type == kGigE ? "plain" : "jpeg-ls"}, type);
-        std::string dump = test::ReadText(folder.Path("dump.raw"));
+        folder.Synthesise({"--form", type == kGigE ? "plain" : "jpeg-ls"}, type);
+        std::string dump = ReadText(folder.Path("dump.raw"));
         if (type == kGigE) {
             dump[dump.size() / 3 + 64 * 48 * 2] = 'X';  // the signature behind the pixels of frame 1
         } else {
             const std::size_t second = dump.find("MKM") + 128 + 2428;
             for (std::size_t i = 0; i < 400; ++i) dump[second + 60 + i] = static_cast<char>(i * 37);
         }
-        test::WriteText(folder.Path("dump.raw"), dump);
+        WriteText(folder.Path("dump.raw"), dump);
 
         const SToolRun stopped = folder.Run(Arguments{"convert"} + Dump(type) + Arguments{"-o", "new.npy"});
         EXPECT_EQ(stopped.status, 1) << stopped.error;
@@ -202,7 +172,7 @@ TEST(Tool, ABadFrameEndsTheRunOrIsPassedOver) {
 
 TEST(Tool, AFullDiskLeavesNothingBehind) {
     const CToolFolder folder;
-    Synthesise(folder);
+    folder.Synthesise();
     const std::vector<std::string> files = folder.Files();
     for (const char* name : {"a.png", "a.tif", "a.npy", "a.csv"}) {
         const SToolRun run = folder.Run(Arguments{"convert"} + Dump() + Arguments{"-o", name}, nullptr, 1000);
@@ -223,7 +193,7 @@ TEST(Tool, AFullDiskLeavesNothingBehind) {
 
 TEST(Tool, StreamsThatAreClosedTakeNothingWithThem) {
     const CToolFolder folder;
-    Synthesise(folder, {"--form", "plain"});
+    folder.Synthesise({"--form", "plain"});
     std::filesystem::resize_file(folder.Path("dump.raw"), std::filesystem::file_size(folder.Path("dump.raw")) - 1);
     const auto convert = [&](const std::string& target, const char* streams) {
         const std::string line = "cd '" + folder.Path("").string() + "' && exec '" OVIX_TOOL "' convert dump.raw " +
@@ -233,30 +203,27 @@ TEST(Tool, StreamsThatAreClosedTakeNothingWithThem) {
     EXPECT_EQ(convert("a.npy", " 2>/dev/null"), 3);
     EXPECT_EQ(convert("b.npy", " <&- >&- 2>&-"), 3);
     EXPECT_EQ(convert("c.npy", " 2>/dev/full"), 3);
-    EXPECT_EQ(test::ReadText(folder.Path("b.npy")), test::ReadText(folder.Path("a.npy")));
+    EXPECT_EQ(ReadText(folder.Path("b.npy")), ReadText(folder.Path("a.npy")));
 }
 
 TEST(Tool, NamesNeedNotBeText) {
     const CToolFolder folder;
-    Synthesise(folder);
+    folder.Synthesise();
     std::filesystem::rename(folder.Path("dump.raw"), folder.Path("") / "d\xFF.raw");
     for (const char* target : {"\xFE.npy", "\xFE.tif", "\xFE.png"}) {
-        const SToolRun run = folder.Run({"convert", "d\xFF.raw", "--pixel-type", kGigE, "--size", "64x48", "--frames",
-                                         "0", "--json", "-o", target});
-        EXPECT_EQ(run.status, 0) << run.error;
-        EXPECT_TRUE(Json::accept(run.out));
+        const Arguments convert = {"convert", "d\xFF.raw", "--frames", "0", "--json", "-o", target};
+        EXPECT_TRUE(Json::accept(folder.Do(convert + FramesOf())));
     }
 }
 
 TEST(Tool, ReadsFromAPipeAndTellsTheValuesOfOneFrame) {
     const CToolFolder folder;
-    Synthesise(folder, {"--form", "digital"});
+    folder.Synthesise({"--form", "digital"});
     const std::string fifo = folder.Path("pipe");
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
-    std::thread writer([&] { test::WriteText(fifo, test::ReadText(folder.Path("dump.raw"))); });
-    const SToolRun run =
-        folder.Run({"info", "-", "--pixel-type", kGigE, "--size", "64x48", "--frame", "-1", "--spool", "--json"},
-                   nullptr, RLIM_INFINITY, fifo);
+    std::thread writer([&] { WriteText(fifo, ReadText(folder.Path("dump.raw"))); });
+    const SToolRun run = folder.Run(Arguments{"info", "-", "--frame", "-1", "--spool", "--json"} + FramesOf(), nullptr,
+                                    RLIM_INFINITY, fifo);
     writer.join();
     ASSERT_EQ(run.status, 0) << run.error;
     const Json values = Json::parse(run.out)["values"];

@@ -1,16 +1,18 @@
 #include "apps/ovix/text/values.h"
 
-#include <gtest/gtest.h>
-
 #include "app_files.h"
+#include "apps/ovix/cli/frame_selection.h"
 #include "apps/ovix/cli/regions.h"
+#include "apps/ovix/text/text_table.h"
 
 namespace ovix::app {
 namespace {
 
+using namespace test;
+
 void ExpectUsageFault(const std::string& text, const auto& parse) {
     std::string line;
-    EXPECT_EQ(test::ExitOf(parse, &line), ExitUsage) << text;
+    EXPECT_EQ(ExitOf(parse, &line), ExitUsage) << text;
     EXPECT_NE(line.find("--x"), std::string::npos) << line;
 }
 
@@ -73,7 +75,7 @@ TEST(Values, RegionsLieInsideTheImageUnderNamesOfTheirOwn) {
                                             {"a=1,1,2,2", "a=3,3,2,2"},
                                             {"roi2=0,0,1,1", "0,0,1,1"}};
     for (const auto& texts : bad) {
-        EXPECT_EQ(test::ExitOf([&] { parse(texts); }), ExitUsage) << texts[0];
+        EXPECT_EQ(ExitOf([&] { parse(texts); }), ExitUsage) << texts[0];
     }
 }
 
@@ -91,6 +93,59 @@ TEST(Suggestion, FindsTheWordThatWasMeantAndNoneThatWasNot) {
                  {"dump.raw", ""},
                  {"x", ""}};
     for (const auto& c : cases) EXPECT_EQ(measure::NearestWord(c.text, words), c.nearest) << c.text;
+}
+
+std::vector<u64> Chosen(const measure::CFrameNumbers& numbers) {
+    std::vector<u64> chosen;
+    for (u64 n = 0; n < numbers.Count(); ++n) chosen.push_back(numbers[n]);
+    return chosen;
+}
+
+TEST(FrameSelection, ReadsSinglesRangesStepsAndTheEnd) {
+    const struct {
+        const char* text;
+        std::vector<u64> frames;  // of a source of ten
+    } cases[] = {
+        {"0", {0}},           {"9", {9}},
+        {"-1", {9}},          {"-10", {0}},
+        {"2-4", {2, 3, 4}},   {"2:4", {2, 3, 4}},
+        {"3-3", {3}},         {"0-9x4", {0, 4, 8}},
+        {"1-4x3", {1, 4}},    {"0-9x100", {0}},
+        {"-3--1", {7, 8, 9}}, {"-3:-1", {7, 8, 9}},
+        {"8--1", {8, 9}},     {"5,0-1,5,-1", {5, 0, 1, 5, 9}},
+        {"7x2", {7}},
+    };
+    for (const auto& c : cases) EXPECT_EQ(Chosen(CFrameSelection(c.text).Of(10)), c.frames) << c.text;
+    EXPECT_EQ(CFrameSelection("0--1x1000").Of(u64{1} << 40).Count(), ((u64{1} << 40) - 1) / 1000 + 1);
+}
+
+TEST(FrameSelection, RefusesOtherTextsAndFramesThatAreNotThere) {
+    const char* cases[] = {"",     ",",    "a",  "1,",  "1-", "-",   "1-2-3", "1x0", "1x-1", "1 - 2",
+                           "1..2", "1-2x", "+1", "1.5", "10", "-11", "5-10",  "4-2", "-1-0", "99999999999999999999"};
+    for (const char* text : cases) {
+        EXPECT_EQ(ExitOf([&] { CFrameSelection(text).Of(10); }), ExitUsage) << text;
+    }
+    EXPECT_EQ(Chosen(CFrameSelection("0x10").Of(10)), std::vector<u64>{0});  // frame 0 in steps of ten
+}
+
+TEST(FrameSelection, OfAPipeTakesNumbersThatRise) {
+    EXPECT_EQ(Chosen(CFrameSelection("2-6x2,9").InOrder()), (std::vector<u64>{2, 4, 6, 9}));
+    for (const char* text : {"-1", "0--1", "5,3", "2-4,4"})
+        EXPECT_EQ(ExitOf([&] { CFrameSelection(text).InOrder(); }), ExitUsage) << text;
+}
+
+TEST(TextTable, ColumnsAlignByCharacters) {
+    CTextTable table({{"Region", CTextTable::Left}, {"Mean (°C)", CTextTable::Right}, {"", CTextTable::Left}});
+    table.Row({"Gehäuse", "21.50"});
+    table.Row({"x", "-1234567890", "note", "surplus"});
+    EXPECT_EQ(table.Text(),
+              "Region     Mean (°C)\n"
+              "───────  ───────────  ────\n"
+              "Gehäuse        21.50\n"
+              "x        -1234567890  note\n");
+    CTextTable plain({{"", CTextTable::Left}, {"", CTextTable::Left}});
+    plain.Row({"a", "b"});
+    EXPECT_EQ(plain.Text(), "a  b\n");
 }
 
 }  // namespace
