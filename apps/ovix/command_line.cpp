@@ -180,8 +180,9 @@ class CGrammar {
         }
     }
 
-    /// What goes to the standard output is one thing.
+    /// What goes to the standard output is one thing: what --json says of an output, or what goes there as JSON.
     static void RefuseTwoOutputs(const CLI::App& verb) {
+        if (verb.get_option_no_throw("--csv")) return;
         const CLI::Option* output = verb.get_option_no_throw("--output");
         const CLI::Option* json = verb.get_option_no_throw("--json");
         if (output && output->count() && output->as<std::string>() == "-" && json && json->count())

@@ -32,7 +32,7 @@ class CStatsCommand final : public ICommand {
     const char* Examples() const override {
         return "ovix stats dump.raw --pixel-type \"K410 IR (GigE)\" --size 640x480 --roi bearing=400,200,60,60\n"
                "ovix stats run.krt --good-only --roi shaft=circle:320,240,30 --percentiles 1,50,99 --csv\n"
-               "ovix stats run.krt --frames 0-19x10 --profile 10,240,629,240 --csv\n"
+               "ovix stats run.krt --frames 0-19x10 --profile 10,240,629,240 --csv -o profiles.csv\n"
                "ls run*.krt | ovix stats --files-from - --json";
     }
     bool ShowsStatus() const override { return true; }
@@ -68,13 +68,17 @@ class CStatsCommand final : public ICommand {
         auto* csv = verb.add_flag("--csv", csv_, "one line of values a region and frame, or a pixel of a profile");
         csv->group(group);
         verb.add_flag("--json", json_, "one JSON document")->group(group)->excludes(csv);
+        auto* output =
+            add("-o,--output", output_, "FILE",
+                "write what --csv or --json says to a file; beside out.csv, out.csv.json says what its values rest on");
+        verb.add_flag("--overwrite", overwrite_, "replace files that exist")->group(group)->needs(output);
     }
 
     EExit Run() override {
         options_ = measure_.Options();
         wish_ = Wish();
         const std::vector<CSourceArguments> inputs = source_.Each();
-        const auto printer = json_ ? MakeJsonPrinter(wish_) : csv_ ? MakeCsvPrinter(wish_) : MakeTablePrinter(wish_);
+        const auto printer = Printer(inputs);
         const std::size_t count = inputs.size();
         bool ended = false;
         if (count > 1) printer->Open(count);
@@ -92,6 +96,20 @@ class CStatsCommand final : public ICommand {
     }
 
   private:
+    std::unique_ptr<IStatsPrinter> Printer(const std::vector<CSourceArguments>& inputs) const {
+        if (!output_.empty() && !csv_ && !json_)
+            throw UsageFault("--output: goes with --csv or --json; a table goes to the standard output");
+        if (output_.empty() || output_ == "-")
+            return json_ ? MakeJsonPrinter(wish_) : csv_ ? MakeCsvPrinter(wish_) : MakeTablePrinter(wish_);
+        for (const std::filesystem::path& file : FilesOfStats(output_, json_)) {
+            for (const CSourceArguments& input : inputs) {
+                std::error_code isMissing;
+                if (std::filesystem::equivalent(file, input.File(), isMissing))
+                    throw UsageFault(file.string() + " is the input");
+            }
+        }
+        return MakeFilePrinter(wish_, json_, output_, overwrite_);
+    }
     SStatsWish Wish() const {
         SStatsWish wish{.pixels = goodOnly_ ? measure::EPixels::Good : measure::EPixels::Counted,
                         .profile = !profiles_.empty(),
@@ -168,6 +186,8 @@ class CStatsCommand final : public ICommand {
     std::vector<std::string> profiles_;
     std::string percentiles_;
     std::string histogram_;
+    std::string output_;
+    bool overwrite_ = false;
     bool goodOnly_ = false;
     bool mergePresets_ = false;
     bool csv_ = false;

@@ -7,7 +7,7 @@
 #include "apps/ovix/facts/error_json.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/facts/scene_json.h"
-#include "apps/ovix/text/console.h"
+#include "apps/ovix/output/output_file.h"
 #include "apps/ovix/text/number_text.h"
 
 namespace ovix::app {
@@ -23,13 +23,13 @@ std::string OrNothing(const std::optional<T>& value) {
 
 class CCsvPrinter final : public IStatsPrinter {
   public:
-    explicit CCsvPrinter(const SStatsWish& wish) : wish_(wish) {}
+    CCsvPrinter(const SStatsWish& wish, StatsSink sink) : wish_(wish), sink_(std::move(sink)) {}
 
     void Begin(const SStatsHead& head) override {
         if (unit_.empty()) {
             unit_ = head.text.symbol;
             deviation_ = head.text.difference;
-            Print(wish_.profile ? ProfileHead() : FiguresHead());
+            sink_(wish_.profile ? ProfileHead() : FiguresHead(), {});
         } else if (unit_ != head.text.symbol) {
             throw CFault({.file = head.file,
                           .expected = "values in " + unit_ + " as in the file before",
@@ -41,7 +41,7 @@ class CCsvPrinter final : public IStatsPrinter {
         const std::string start =
             fmt::format("{},{},{},{},{},{}", CsvField(row.file), row.frame, row.time ? TimeText(*row.time) : "",
                         OrNothing(row.counter), OrNothing(row.preset), CsvField(row.region->Shape().name));
-        Print(wish_.profile ? ProfileLines(start, row) : start + FiguresLine(row));
+        sink_(wish_.profile ? ProfileLines(start, row) : start + FiguresLine(row), {});
     }
 
   private:
@@ -107,6 +107,7 @@ class CCsvPrinter final : public IStatsPrinter {
     }
 
     SStatsWish wish_;
+    StatsSink sink_;
     std::string unit_;
     std::string deviation_;
 };
@@ -114,11 +115,12 @@ class CCsvPrinter final : public IStatsPrinter {
 /// One input gives one document, several a list of such.
 class CJsonPrinter final : public IStatsPrinter {
   public:
-    explicit CJsonPrinter(const SStatsWish& wish) : wish_(wish) {}
+    CJsonPrinter(const SStatsWish& wish, StatsSink sink, bool hasRows)
+        : wish_(wish), sink_(std::move(sink)), hasRows_(hasRows) {}
 
     void Open(std::size_t inputs) override {
         several_ = inputs > 1;
-        if (several_) Print(fmt::format("{{\"schema\":{},\"sources\":[", kSchemaVersion), kEndOfList);
+        if (several_) sink_(fmt::format("{{\"schema\":{},\"sources\":[", kSchemaVersion), kEndOfList);
     }
     void Begin(const SStatsHead& head) override {
         std::string open = JsonText({{"schema", kSchemaVersion},
@@ -130,27 +132,25 @@ class CJsonPrinter final : public IStatsPrinter {
                                      {"parameters", head.parameters}});
         open.pop_back();
         firstRow_ = true;
-        Print(Next() + open + ",\n\"rows\":[",
+        sink_(Next() + open + (hasRows_ ? ",\n\"rows\":[" : ""),
               std::string("\n],\n\"complete\":false,\"interrupted\":true}") + (several_ ? kEndOfList : "\n"));
     }
     void Row(const SStatsRow& row) override {
-        Print((firstRow_ ? "\n" : ",\n") + JsonText(RowJson(row, wish_)));
+        if (hasRows_) sink_((firstRow_ ? "\n" : ",\n") + JsonText(RowJson(row, wish_)), {});
         firstRow_ = false;
     }
     void End(const SStatsEnd& end) override {
-        Print(fmt::format("\n],\n\"skipped\":{},\"complete\":{},\"findings\":{}}}{}", end.skipped, end.complete,
-                          JsonText(FindingsJson(end.findings)), several_ ? "" : "\n"),
+        sink_(fmt::format("{}\"skipped\":{},\"complete\":{},\"findings\":{}}}{}", hasRows_ ? "\n],\n" : ",\n",
+                          end.skipped, end.complete, JsonText(FindingsJson(end.findings)), several_ ? "" : "\n"),
               several_ ? kEndOfList : "");
     }
     void Failed(const std::string& file, const CFault& fault) override {
-        Print(Next() + JsonText({{"schema", kSchemaVersion},
-                                 {"file", file},
-                                 {"rows", Json::array()},
-                                 {"complete", false},
-                                 {"error", ErrorJson(fault)}}));
+        Json failed{{"schema", kSchemaVersion}, {"file", file}, {"complete", false}, {"error", ErrorJson(fault)}};
+        if (hasRows_) failed["rows"] = Json::array();
+        sink_(Next() + JsonText(failed), {});
     }
     void Close() override {
-        if (several_) Print(kEndOfList, "");
+        if (several_) sink_(kEndOfList, "");
     }
 
   private:
@@ -162,14 +162,81 @@ class CJsonPrinter final : public IStatsPrinter {
     static constexpr const char* kEndOfList = "\n]}\n";
 
     SStatsWish wish_;
+    StatsSink sink_;
+    bool hasRows_;
     bool several_ = false;
     bool firstSource_ = true;
     bool firstRow_ = true;
 };
 
+/// What is told to it is told to all printers of the files.
+class CFilePrinter final : public IStatsPrinter {
+  public:
+    CFilePrinter(const SStatsWish& wish, bool json, const std::filesystem::path& target, bool overwrite) {
+        for (const std::filesystem::path& file : FilesOfStats(target, json))
+            files_.push_back(std::make_unique<COutputFile>(file, overwrite));
+        if (!json) printers_.push_back(MakeCsvPrinter(wish, Into(0)));
+        printers_.push_back(MakeJsonPrinter(wish, Into(files_.size() - 1), json));
+    }
+
+    void Open(std::size_t inputs) override {
+        for (const auto& printer : printers_) printer->Open(inputs);
+    }
+    void Begin(const SStatsHead& head) override {
+        for (const auto& printer : printers_) printer->Begin(head);
+    }
+    void Row(const SStatsRow& row) override {
+        for (const auto& printer : printers_) printer->Row(row);
+        ++rows_;
+    }
+    void End(const SStatsEnd& end) override {
+        for (const auto& printer : printers_) printer->End(end);
+    }
+    void Failed(const std::string& file, const CFault& fault) override {
+        for (const auto& printer : printers_) printer->Failed(file, fault);
+    }
+    /// The rows come last: who sees them finds the rest there.
+    void Close() override {
+        const std::string target = files_.front()->Target().string();
+        if (!rows_) throw CAppError(ExitBadData, target + ": no row to write");
+        for (const auto& printer : printers_) printer->Close();
+        while (!files_.empty()) {
+            files_.back()->Commit();
+            files_.pop_back();
+        }
+        Say(fmt::format("{}: {} {}", target, rows_, rows_ == 1 ? "row" : "rows"));
+    }
+
+  private:
+    StatsSink Into(std::size_t file) {
+        return [to = files_[file].get()](std::string_view text, std::optional<std::string_view>) {
+            to->Write(text.data(), text.size());
+        };
+    }
+
+    std::vector<std::unique_ptr<COutputFile>> files_;
+    std::vector<std::unique_ptr<IStatsPrinter>> printers_;
+    u64 rows_ = 0;
+};
+
 }  // namespace
 
-std::unique_ptr<IStatsPrinter> MakeCsvPrinter(const SStatsWish& wish) { return std::make_unique<CCsvPrinter>(wish); }
-std::unique_ptr<IStatsPrinter> MakeJsonPrinter(const SStatsWish& wish) { return std::make_unique<CJsonPrinter>(wish); }
+std::unique_ptr<IStatsPrinter> MakeCsvPrinter(const SStatsWish& wish, StatsSink sink) {
+    return std::make_unique<CCsvPrinter>(wish, std::move(sink));
+}
+
+std::unique_ptr<IStatsPrinter> MakeJsonPrinter(const SStatsWish& wish, StatsSink sink, bool hasRows) {
+    return std::make_unique<CJsonPrinter>(wish, std::move(sink), hasRows);
+}
+
+std::unique_ptr<IStatsPrinter> MakeFilePrinter(const SStatsWish& wish, bool json, const std::filesystem::path& target,
+                                               bool overwrite) {
+    return std::make_unique<CFilePrinter>(wish, json, target, overwrite);
+}
+
+std::vector<std::filesystem::path> FilesOfStats(const std::filesystem::path& target, bool json) {
+    if (json) return {target};
+    return {target, target.string() + ".json"};
+}
 
 }  // namespace ovix::app

@@ -1,11 +1,16 @@
 #pragma once
 
+#include <filesystem>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "apps/ovix/commands/stats_rows.h"
 #include "apps/ovix/fault.h"
+#include "apps/ovix/text/console.h"
 
 namespace ovix::app {
 
@@ -27,7 +32,7 @@ struct SStatsEnd {
     std::vector<measure::SFinding> findings = {};
 };
 
-/// Writes rows of figures to the standard output as they come: `Open`, for each input `Begin`, rows and `End`, or
+/// Writes rows of figures as they come: `Open`, for each input `Begin`, rows and `End`, or
 /// `Failed` where an error came before its first row, and `Close`.
 class IStatsPrinter {
   public:
@@ -42,11 +47,19 @@ class IStatsPrinter {
     virtual void Close() {}
 };
 
+/// Takes what is printed, with what an open document needs behind it to be whole, as `Print` does.
+using StatsSink = std::function<void(std::string_view text, std::optional<std::string_view> closing)>;
+
 /// Aligned columns under a header; on a terminal as many of them as fit.
 std::unique_ptr<IStatsPrinter> MakeTablePrinter(const SStatsWish& wish);
 /// One line a row, the unit in the names of the columns, numbers that read back exactly.
-std::unique_ptr<IStatsPrinter> MakeCsvPrinter(const SStatsWish& wish);
-/// One JSON document.
-std::unique_ptr<IStatsPrinter> MakeJsonPrinter(const SStatsWish& wish);
+std::unique_ptr<IStatsPrinter> MakeCsvPrinter(const SStatsWish& wish, StatsSink sink = Print);
+/// One JSON document; `hasRows` false leaves out the rows, for who has them elsewhere.
+std::unique_ptr<IStatsPrinter> MakeJsonPrinter(const SStatsWish& wish, StatsSink sink = Print, bool hasRows = true);
+/// One of both in a file, which is there when it is closed; beside `out.csv` the document without rows, `out.csv.json`.
+std::unique_ptr<IStatsPrinter> MakeFilePrinter(const SStatsWish& wish, bool json, const std::filesystem::path& target,
+                                               bool overwrite);
+/// What `MakeFilePrinter` writes.
+std::vector<std::filesystem::path> FilesOfStats(const std::filesystem::path& target, bool json);
 
 }  // namespace ovix::app

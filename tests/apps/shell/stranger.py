@@ -236,6 +236,13 @@ def every_row_says_when_and_where():
     head, *lines = run("stats", *DUMP, *told, "--csv")[0].decode().splitlines()
     assert len(lines) == 10 and {line.count(",") for line in lines} == {head.count(",")}
     assert head.startswith("file,frame,time (UTC),counter,preset,region")
+    run("stats", *DUMP, *told, "--csv", "-o", "f.csv")
+    assert read("f.csv").decode().splitlines() == [head, *lines] and run("stats", *DUMP, *told, "--csv", "-o", "-")[0] == read("f.csv")
+    whole, side = doc("stats", *DUMP, *told), json.loads(read("f.csv.json"))
+    assert side["parameters"]["provenance"].pop("command")[-1] == "f.csv" and whole["parameters"]["provenance"].pop("command")
+    assert {**side, "rows": found} == whole
+    run("stats", *DUMP, *told, "--csv", "-o", "f.csv", status=4)
+    run("stats", *DUMP, "-o", "f.csv", status=2)
     table = run("stats", *DUMP, *told)[0].decode()
     assert "dump.raw" in table and found[0]["time"] in table and "counter" in table
     profile = rows(*DUMP, "--frames", "0", "--profile", "row=0,5,63,5")[0]["profile"]
@@ -488,15 +495,26 @@ def outputs_follow_their_schemas():
                  ["adjust", "dump.raw", "--pixel-type", "counts", "--size", "64x48", "--frame-size", "8700", "-o", "a.raw"],
                  ["synth", "-o", "e.raw", *TYPE], ["calibrate", "points.csv", "--band", "8,12", "-o", "cal.json"],
                  ["report", "run.krt", "-o", "run.html"], ["plot", "run.krt", "-o", "run.svg"], ["index", "run.krt", "-o", "i.json"], ["demo", "--size", "160x120"]):
-        schema = json.loads(run("schema", line[0])[0])
         done = subprocess.run([OVIX, *line, "--json"], capture_output=True)
-        holds(json.loads(done.stdout), schema, schema["$defs"], line[0])
+        conforms(done.stdout, line[0])
         if done.returncode in (1, 2, 4) and done.stderr.startswith(b"{"):
-            error = json.loads(run("schema", "error")[0])
-            holds(json.loads(done.stderr.splitlines()[-1]), error, error["$defs"], "error")
-    for kind, name in (("description", "x.json"), ("user-calibration", "cal.json")):
-        schema = json.loads(run("schema", kind)[0])
-        holds(json.loads(read(name)), schema, schema["$defs"], kind)
+            conforms(done.stderr.splitlines()[-1], "error")
+    regions = {"spot": [[3, 4]], "line": [[0, 0], [9, 4]], "rectangle": [[1, 2], [4, 9]], "circle": [[9, 9]], "polygon": [[1, 1], [9, 1], [1, 9]]}
+    write("regions.json", json.dumps({"schema": 1, "kind": "regions", "regions": [
+        {"name": kind, "kind": kind, "points": points, **({"radius": 3} if kind == "circle" else {})} for kind, points in regions.items()]}).encode())
+    assert [row["kind"] for row in rows("run.krt", "--frames", "0", "--regions", "regions.json")] == list(regions)
+    run("stats", "run.krt", "--csv", "-o", "f.csv")
+    for kind, name in (("description", "x.json"), ("user-calibration", "cal.json"), ("regions", "regions.json"), ("stats", "f.csv.json")):
+        conforms(read(name), kind)
+    synth(count=200)
+    for line in run("convert", *DUMP, "-o", "p.npy", "--progress", "json", "--jobs", "1")[1].splitlines():
+        if line.startswith("{"):
+            conforms(line, "progress")
+
+
+def conforms(document, kind):
+    schema = json.loads(run("schema", kind)[0])
+    holds(json.loads(document), schema, schema["$defs"], kind)
 
 
 def holds(value, schema, defs, place):
