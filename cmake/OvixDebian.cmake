@@ -1,5 +1,8 @@
 # The Debian packages, one for each component, which `cpack -G DEB` makes: libovix, libovix-dev, ovix and python3-ovix.
 
+# Below every revision of Debian's, should it have packages of its own one day.
+set(CPACK_DEBIAN_PACKAGE_RELEASE 0ovix1)
+
 foreach(pair IN ITEMS runtime:libovix development:libovix-dev tool:ovix python3:python3-ovix)
   string(REGEX MATCH "^([^:]+):(.+)$" pair ${pair})
   set(component ${CMAKE_MATCH_1})
@@ -21,6 +24,9 @@ foreach(pair IN ITEMS runtime:libovix development:libovix-dev tool:ovix python3:
     DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${name} COMPONENT ${component})
 endforeach()
 
+install(FILES packaging/libovix.lintian-overrides DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/lintian/overrides
+  RENAME libovix COMPONENT runtime)
+
 if(TARGET ovix_python)
   # The module by the libraries of libovix, not by those of a wheel; and what tells xarray of its engine.
   set(module lib/python3/dist-packages)
@@ -39,7 +45,6 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
-set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_SOURCE ovix)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)

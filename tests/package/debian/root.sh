@@ -16,7 +16,8 @@ everything() { inside find / -xdev -not \( -path /proc -prune -o -path '/var/cac
 if [ ! -e "$bare/ready" ]; then
     step "making a bare root"
     rm -rf "$bare"
-    mirror=$(sed -n 's/^URIs: *//p; s/^deb \(\[.*\] \)\?\(http[^ ]*\).*/\2/p' /etc/apt/sources.list /etc/apt/sources.list.d/* 2>/dev/null | head -1)
+    lists=(/etc/apt/sources.list /etc/apt/sources.list.d/*.{list,sources})  # of which a machine has some
+    mirror=$(cat "${lists[@]}" 2>/dev/null | sed -n 's/^URIs: *//p; s/^deb \(\[.*\] \)\?\(http[^ ]*\).*/\2/p' | head -1 || true)
     debootstrap --variant=minbase bookworm "$bare" ${mirror:+"$mirror"} >"$bare.log" 2>&1 || { tail -5 "$bare.log" >&2; exit 1; }
     touch "$bare/ready"
 fi
