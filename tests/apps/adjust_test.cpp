@@ -12,7 +12,7 @@ using Arguments = std::vector<std::string>;
 using test::CToolFolder;
 
 void Write(const CToolFolder& folder, const test::CByteWriter& content) {
-    test::WriteText(folder.Path("dump.raw"), {content.bytes.begin(), content.bytes.end()});
+    test::WriteText(folder.At("dump.raw"), {content.bytes.begin(), content.bytes.end()});
 }
 
 test::CByteWriter Words(std::initializer_list<u16> words) {
@@ -53,7 +53,7 @@ TEST(Adjust, WritesEveryFrameAsTold) {
     };
     for (const auto& c : cases) {
         EXPECT_EQ(Adjust(folder, c.line).status, c.status);
-        EXPECT_EQ(test::ReadText(folder.Path("out.raw")), std::string(c.expected.bytes.begin(), c.expected.bytes.end()))
+        EXPECT_EQ(test::ReadText(folder.At("out.raw")), std::string(c.expected.bytes.begin(), c.expected.bytes.end()))
             << c.line[1];
     }
 }
@@ -83,7 +83,7 @@ TEST(Adjust, RefusesWhatWouldLeaveTheFrame) {
         const test::SToolRun run = Adjust(folder, line);
         EXPECT_EQ(run.status, c.status) << c.says << run.error;
         EXPECT_NE(run.error.find(c.says), std::string::npos) << run.error;
-        EXPECT_EQ(folder.Files(), std::vector<std::string>{"dump.raw"});
+        EXPECT_EQ(folder.Names(), std::vector<std::string>{"dump.raw"});
     }
     const test::SToolRun cut = Adjust(folder, {"--size", "4x2", "--pixel-type", "counts"});
     EXPECT_EQ(cut.status, 3);

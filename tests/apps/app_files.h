@@ -2,22 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
-#include <vector>
-
 #include "apps/ovix/facts/error_json.h"
 #include "core/bytes.h"
 #include "support/test_folder.h"
 
 namespace ovix::test {
-
-inline std::filesystem::path PathIn(const CTestFolder& folder, const char* name = "") {
-    return folder.Path(name).GetUTF8();
-}
 
 inline std::string ReadText(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
@@ -49,16 +38,6 @@ inline int ExitOf(const auto& action, std::string* line = nullptr) {
         if (line) *line = fault.what();
         return fault.Exit();
     }
-}
-
-/// All names in the folder, hidden ones too.
-inline std::vector<std::string> NamesIn(const CTestFolder& folder) {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(PathIn(folder))) {
-        names.push_back(entry.path().filename());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
 }
 
 }  // namespace ovix::test

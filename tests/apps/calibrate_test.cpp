@@ -22,8 +22,8 @@ class Calibrate : public ::testing::Test {
     void SetUp() override {
         folder.Do(Arguments{"synth", "-o"} + kDump + Arguments{"--clean", "--truth", "truth.npy"});
         folder.Do(Arguments{"convert"} + kDump + Arguments{"--unit", "counts", "-o", "counts.npy"});
-        truth = ReadArray<float>(folder.Path("truth.npy"));
-        counts = ReadArray<float>(folder.Path("counts.npy"));
+        truth = ReadArray<float>(folder.At("truth.npy"));
+        counts = ReadArray<float>(folder.At("counts.npy"));
         ASSERT_EQ(truth.size(), kPixels);
         std::vector<u32> order;
         for (u32 i = 0; i < kPixels; ++i) order.push_back(i);
@@ -35,7 +35,7 @@ class Calibrate : public ::testing::Test {
             last = truth[i];
             lines += std::to_string(counts[i]) + ',' + std::to_string(truth[i]) + '\n';
         }
-        WriteText(folder.Path("points.csv"), lines);
+        WriteText(folder.At("points.csv"), lines);
     }
     Json Fit(const Arguments& more = {}) { return folder.Doc(kFit + more); }
 
@@ -58,13 +58,13 @@ TEST_F(Calibrate, MeasuresTheSceneThatItWasFittedTo) {
         EXPECT_LT(fit["presets"][0]["largestKelvin"], c.tolerance);
         EXPECT_TRUE(fit["presets"][0]["steady"]);
         folder.Do(Arguments{"convert", "--user-cal", "cal.json", "-o", "user.npy", "--overwrite"} + kDump + kBlack);
-        const std::vector<float> measured = ReadArray<float>(folder.Path("user.npy"));
+        const std::vector<float> measured = ReadArray<float>(folder.At("user.npy"));
         for (u32 i = 0; i < kPixels; ++i) ASSERT_NEAR(measured[i], truth[i], c.tolerance) << i;
     }
     // A recording takes the calibration along.
     folder.Do(Arguments{"record"} + kDump + Arguments{"--user-cal", "cal.json", "-o", "run.krt"});
     folder.Do(Arguments{"convert", "run.krt", "--cal", "user", "-o", "recorded.npy"} + kBlack);
-    EXPECT_EQ(ReadArray<float>(folder.Path("recorded.npy")), ReadArray<float>(folder.Path("user.npy")));
+    EXPECT_EQ(ReadArray<float>(folder.At("recorded.npy")), ReadArray<float>(folder.At("user.npy")));
     // Planck's law at the middle of a wide band is a rough value only.
     EXPECT_LT(Fit({"--to-temperature", "planck"})["presets"][0]["largestKelvin"], 10);
 }
@@ -73,7 +73,7 @@ TEST_F(Calibrate, SaysWhatItFoundWithUnits) {
     const std::string table = folder.Do(kFit + Arguments{"--scale", "F"});
     for (const char* part : {"Black body (°F)", "Radiance (W/(cm² sr))", "preset 0: ", "residuals: rms "})
         EXPECT_NE(table.find(part), std::string::npos) << part;
-    const Json cal = Json::parse(ReadText(folder.Path("cal.json")));
+    const Json cal = Json::parse(ReadText(folder.At("cal.json")));
     EXPECT_EQ(cal["schema"], 1);
     EXPECT_EQ(cal["bandMicrometres"], Json({8, 12}));
     EXPECT_EQ(cal["presets"][0]["order"], 5) << "an order whose powers do not wrap";
@@ -98,9 +98,9 @@ TEST_F(Calibrate, TheSourceDecidesWhichUnitsAreOnOffer) {
     EXPECT_EQ(without.status, 1);
     EXPECT_EQ(without.ErrorLines(), 1) << without.error;
 
-    Json other = Json::parse(ReadText(folder.Path("cal.json")));
+    Json other = Json::parse(ReadText(folder.At("cal.json")));
     other["presets"][0]["preset"] = 1;
-    WriteText(folder.Path("other.json"), other.dump());
+    WriteText(folder.At("other.json"), other.dump());
     const SToolRun stranger = folder.Run(Arguments{"stats"} + kDump + Arguments{"--user-cal", "other.json"});
     EXPECT_EQ(stranger.status, 1);
     EXPECT_NE(stranger.error.find("preset 0"), std::string::npos) << stranger.error;
@@ -142,7 +142,7 @@ TEST_F(Calibrate, PointsThatWouldNotDo) {
                   {"5000,20C\n6000,20C\n7000,20C\n", "two temperatures"},
                   {"5000,20C\n6000,30C\n", "do not determine"}};
     for (const auto& c : kCases) {
-        WriteText(folder.Path("bad.csv"), c.text);
+        WriteText(folder.At("bad.csv"), c.text);
         const SToolRun run = folder.Run({"calibrate", "bad.csv", "--band", "8,12", "-o", "bad.json"});
         EXPECT_EQ(run.status, 1) << c.text;
         EXPECT_NE(run.error.find(c.says), std::string::npos) << run.error;
@@ -151,9 +151,9 @@ TEST_F(Calibrate, PointsThatWouldNotDo) {
     for (const Arguments& wrong : {Arguments{"--band", "12,8"}, Arguments{"--band", "8,12", "--order", "10"},
                                    Arguments{"--band", "8,12", "--preset", "8"}})
         EXPECT_EQ(folder.Run(Arguments{"calibrate", "points.csv", "-o", "bad.json"} + wrong).status, 2);
-    EXPECT_FALSE(std::filesystem::exists(folder.Path("bad.json")));
+    EXPECT_FALSE(std::filesystem::exists(folder.At("bad.json")));
     // Scales of their own, a semicolon, a byte order mark, and presets.
-    WriteText(folder.Path("good.csv"),
+    WriteText(folder.At("good.csv"),
               "\xEF\xBB\xBF"
               "5000;20C\r\n6000;86 °F\r\n7000;313.15K;0\r\n5000;20C;3\n6000;30C;3\n7000;572.67R;3\n");
     const Json fit = folder.Doc({"calibrate", "good.csv", "--band", "8,12", "--order", "1", "-o", "good.json"});
@@ -166,7 +166,7 @@ TEST_F(Calibrate, PointsThatWouldNotDo) {
 
 TEST(UserCalibration, FilesComeBackAndDamageIsNamed) {
     const CToolFolder folder;
-    const std::filesystem::path path = folder.Path("cal.json");
+    const std::filesystem::path path = folder.At("cal.json");
     CRCalFile calibration;
     calibration.SetBandpass(3.5, 5);
     calibration.SetPolynomial(2, -2, {-0.25, 1e-7});

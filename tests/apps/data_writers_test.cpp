@@ -57,13 +57,13 @@ TEST(NpyWriter, WritesValuesStatusAndDescription) {
     const std::string bytes("\x00\x00\x80\x3f\x00\x00\x20\xc0", 8);
     {
         CTestFolder folder;
-        Write(PathIn(folder, "a.npy"), Series(2, 1, 1), {{7, values, status, ""}});
-        EXPECT_EQ(NamesIn(folder), (Names{"a.json", "a.npy", "a.status.npy"}));
-        ExpectNpy(ReadText(PathIn(folder, "a.npy")), "{'descr': '<f4', 'fortran_order': False, 'shape': (1, 1, 2), }",
+        Write(folder.At("a.npy"), Series(2, 1, 1), {{7, values, status, ""}});
+        EXPECT_EQ(folder.Names(), (Names{"a.json", "a.npy", "a.status.npy"}));
+        ExpectNpy(ReadText(folder.At("a.npy")), "{'descr': '<f4', 'fortran_order': False, 'shape': (1, 1, 2), }",
                   bytes);
-        ExpectNpy(ReadText(PathIn(folder, "a.status.npy")),
-                  "{'descr': '|u1', 'fortran_order': False, 'shape': (1, 1, 2), }", std::string("\x00\x22", 2));
-        const Json json = Json::parse(ReadText(PathIn(folder, "a.json")));
+        ExpectNpy(ReadText(folder.At("a.status.npy")), "{'descr': '|u1', 'fortran_order': False, 'shape': (1, 1, 2), }",
+                  std::string("\x00\x22", 2));
+        const Json json = Json::parse(ReadText(folder.At("a.json")));
         EXPECT_EQ(json["unit"], "°C");
         EXPECT_EQ(json["parameters"]["emissivity"], 0.95);
         EXPECT_EQ(json["frames"].dump(), R"([{"frame":7,"status":{"good":1,"noData":1}}])");
@@ -71,11 +71,11 @@ TEST(NpyWriter, WritesValuesStatusAndDescription) {
     {
         // Three were asked for and one was skipped: the shape says what is there.
         CTestFolder folder;
-        Write(PathIn(folder, "a.npy"), Series(2, 1, 3), {{0, values, {}, "t0"}, {2, values, {}, "t2"}});
-        EXPECT_EQ(NamesIn(folder), (Names{"a.json", "a.npy"}));
-        ExpectNpy(ReadText(PathIn(folder, "a.npy")), "{'descr': '<f4', 'fortran_order': False, 'shape': (2, 1, 2), }",
+        Write(folder.At("a.npy"), Series(2, 1, 3), {{0, values, {}, "t0"}, {2, values, {}, "t2"}});
+        EXPECT_EQ(folder.Names(), (Names{"a.json", "a.npy"}));
+        ExpectNpy(ReadText(folder.At("a.npy")), "{'descr': '<f4', 'fortran_order': False, 'shape': (2, 1, 2), }",
                   bytes + bytes);
-        EXPECT_EQ(Json::parse(ReadText(PathIn(folder, "a.json")))["frames"].dump(),
+        EXPECT_EQ(Json::parse(ReadText(folder.At("a.json")))["frames"].dump(),
                   R"([{"frame":0,"caption":"t0"},{"frame":2,"caption":"t2"}])");
     }
 }
@@ -83,8 +83,8 @@ TEST(NpyWriter, WritesValuesStatusAndDescription) {
 TEST(CsvWriter, NumbersReadBackExactly) {
     CTestFolder folder;
     const std::vector<float> values{0.1f, -1e-30f, 16777217.0f, std::nextafter(300.0f, 301.0f), 25.0f, kNaN};
-    Write(PathIn(folder, "a.csv"), Series(3, 2, 2), {{4, values, {}, ""}, {9, values, {}, ""}});
-    std::string text = ReadText(PathIn(folder, "a.csv"));
+    Write(folder.At("a.csv"), Series(3, 2, 2), {{4, values, {}, ""}, {9, values, {}, ""}});
+    std::string text = ReadText(folder.At("a.csv"));
     EXPECT_EQ(text.substr(0, text.find('\n') + 1), "frame,row,x0 [°C],x1 [°C],x2 [°C]\n");
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 5);
     EXPECT_NE(text.find("\n4,0,0.1,"), std::string::npos);
@@ -148,11 +148,11 @@ TEST_P(TiffWriter, PagesReadBack) {
     }
     std::vector<u8> status(frames[0].size());
     status[12] = 4;
-    Write(PathIn(folder, "a.tif"), Series(kWidth, kHeight, 3),
+    Write(folder.At("a.tif"), Series(kWidth, kHeight, 3),
           {{0, frames[0], status, ""}, {5, frames[1], status, ""}, {6, frames[2], status, ""}}, GetParam());
-    EXPECT_EQ(NamesIn(folder), (Names{"a.status.tif", "a.tif"}));
+    EXPECT_EQ(folder.Names(), (Names{"a.status.tif", "a.tif"}));
 
-    const std::vector<SPage> pages = ReadTiff(PathIn(folder, "a.tif"));
+    const std::vector<SPage> pages = ReadTiff(folder.At("a.tif"));
     ASSERT_EQ(pages.size(), 3u);
     for (std::size_t f = 0; f < pages.size(); ++f) {
         EXPECT_EQ(pages[f].width, kWidth);
@@ -170,7 +170,7 @@ TEST_P(TiffWriter, PagesReadBack) {
     EXPECT_TRUE(std::all_of(pages[0].description.begin(), pages[0].description.end(), [](char c) { return c > 0; }));
     EXPECT_EQ(Json::parse(pages[1].description)["frame"], 5);
 
-    const std::vector<SPage> flags = ReadTiff(PathIn(folder, "a.status.tif"));
+    const std::vector<SPage> flags = ReadTiff(folder.At("a.status.tif"));
     ASSERT_EQ(flags.size(), 3u);
     EXPECT_EQ(flags[2].bits, 8);
     EXPECT_EQ(flags[2].pixels[12], 4);
@@ -180,8 +180,8 @@ TEST(TiffWriterSize, BigOnlyWhenMuchIsToCome) {
     const std::vector<float> values(1024 * 1024);
     for (const auto& [frames, version] : {std::pair<u64, char>{512, 42}, {513, 43}}) {  // of 4 MiB each
         CTestFolder folder;
-        Write(PathIn(folder, "a.tif"), Series(1024, 1024, frames), {{0, values, {}, ""}});
-        EXPECT_EQ(ReadText(PathIn(folder, "a.tif"))[2], version);
+        Write(folder.At("a.tif"), Series(1024, 1024, frames), {{0, values, {}, ""}});
+        EXPECT_EQ(ReadText(folder.At("a.tif"))[2], version);
     }
 }
 
@@ -201,11 +201,11 @@ TEST(FrameWriter, EncodesFramesIndependently) {
     for (const char* name : {"a.npy", "a.csv", "a.tif", "a.png"}) {
         CTestFolder expected, got;
         const SWriteOptions options{.range = std::pair(-1.0f, 1.0f)};
-        const auto inOrder = MakeFrameWriter(PathIn(expected, name), Series(64, 20, kFrames), options);
+        const auto inOrder = MakeFrameWriter(expected.At(name), Series(64, 20, kFrames), options);
         for (const SPicture& picture : pictures) inOrder->Add(picture);
         inOrder->Finish();
 
-        const auto writer = MakeFrameWriter(PathIn(got, name), Series(64, 20, kFrames), options);
+        const auto writer = MakeFrameWriter(got.At(name), Series(64, 20, kFrames), options);
         std::vector<SEncodedFrame> encoded(kFrames);
         {
             std::vector<std::jthread> threads;
@@ -213,9 +213,9 @@ TEST(FrameWriter, EncodesFramesIndependently) {
         }
         for (u64 f = 0; f < kFrames; ++f) writer->Append(pictures[f], encoded[f]);
         writer->Finish();
-        ASSERT_EQ(NamesIn(got), NamesIn(expected));
-        for (const std::string& file : NamesIn(got))
-            EXPECT_TRUE(ReadText(PathIn(got, file.c_str())) == ReadText(PathIn(expected, file.c_str()))) << file;
+        ASSERT_EQ(got.Names(), expected.Names());
+        for (const std::string& file : got.Names())
+            EXPECT_TRUE(ReadText(got.At(file)) == ReadText(expected.At(file))) << file;
     }
 }
 
@@ -232,14 +232,14 @@ TEST(FrameWriter, WritesNothingWithoutFinishOrFrames) {
     const std::vector<u8> status(4);
     for (const char* name : {"a.npy", "a.csv", "a.tif", "a.TIFF", "a.png"}) {
         CTestFolder folder;
-        MakeFrameWriter(PathIn(folder, name), Series(2, 2, 1), {})->Add({0, values, status, ""});
-        EXPECT_EQ(NamesIn(folder), Names{}) << name;
-        EXPECT_THROW(MakeFrameWriter(PathIn(folder, name), Series(2, 2, 1), {})->Finish(), CAppError) << name;
-        EXPECT_EQ(NamesIn(folder), Names{}) << name;
+        MakeFrameWriter(folder.At(name), Series(2, 2, 1), {})->Add({0, values, status, ""});
+        EXPECT_EQ(folder.Names(), Names{}) << name;
+        EXPECT_THROW(MakeFrameWriter(folder.At(name), Series(2, 2, 1), {})->Finish(), CAppError) << name;
+        EXPECT_EQ(folder.Names(), Names{}) << name;
     }
     CTestFolder folder;
     for (const char* name : {"a", "a.jpg", ".png"}) {
-        EXPECT_THROW(MakeFrameWriter(PathIn(folder, name), Series(2, 2, 1), {}), CAppError) << name;
+        EXPECT_THROW(MakeFrameWriter(folder.At(name), Series(2, 2, 1), {}), CAppError) << name;
     }
 }
 

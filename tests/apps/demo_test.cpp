@@ -15,8 +15,7 @@ using namespace test;
 TEST(Demo, MeasuresTheSceneInAllFormsAndWritesPictures) {
     CTestFolder folder;
     for (ETempType scale : {Celsius, Fahrenheit, Kelvin, Rankine}) {
-        const SDemoOptions options{
-            .directory = PathIn(folder), .width = 161, .height = 120, .scale = scale, .json = true};
+        const SDemoOptions options{.directory = folder.At(), .width = 161, .height = 120, .scale = scale, .json = true};
         testing::internal::CaptureStdout();
         EXPECT_EQ(RunDemo(options), ExitDone);
         std::fflush(stdout);
@@ -46,7 +45,7 @@ TEST(Demo, MeasuresTheSceneInAllFormsAndWritesPictures) {
         const double pipe = CMath::ConvertTemperature(report["statistics"][2]["mean"], scale, Kelvin);
         EXPECT_NEAR(pipe, 284.3, 1);
     }
-    EXPECT_EQ(NamesIn(folder),
+    EXPECT_EQ(folder.Names(),
               (std::vector<std::string>{"motor-digital-swapped.krt", "motor-digital.krt", "motor-jpeg-ls.krt",
                                         "motor-merged.png", "motor-user-calibration.json", "motor.json", "motor.npy",
                                         "motor.png", "motor.status.npy", "motor.status.tif", "motor.tif"}));
@@ -54,10 +53,10 @@ TEST(Demo, MeasuresTheSceneInAllFormsAndWritesPictures) {
 
 TEST(Demo, SaysWhatIsWrong) {
     CTestFolder folder;
-    WriteText(PathIn(folder, "file"), "");
-    EXPECT_THROW(RunDemo({.directory = PathIn(folder, "file"), .width = 64, .height = 48}), CAppError);
-    EXPECT_THROW(RunDemo({.directory = PathIn(folder), .width = 31, .height = 48}), CAppError);
-    EXPECT_EQ(NamesIn(folder), std::vector<std::string>{"file"});
+    WriteText(folder.At("file"), "");
+    EXPECT_THROW(RunDemo({.directory = folder.At("file"), .width = 64, .height = 48}), CAppError);
+    EXPECT_THROW(RunDemo({.directory = folder.At(), .width = 31, .height = 48}), CAppError);
+    EXPECT_EQ(folder.Names(), std::vector<std::string>{"file"});
     EXPECT_FALSE(SAgreement{}.Holds());
     EXPECT_FALSE((SAgreement{.good = 1, .max = 0.1}).Holds());
 }

@@ -141,13 +141,13 @@ TEST(Family, ReadsBackTheSceneInEveryForm) {
         folder.Synthesise({"--form", form["form"], "--clean", "--truth", "truth.npy"}, type);
         folder.Do(Arguments{"record", "-o", "run.krt", "--overwrite"} + dump);
         // Decoders may write to a frame that they parse; what is recorded is what the camera sent.
-        const std::string sent = ReadText(folder.Path("dump.raw")), run = ReadText(folder.Path("run.krt"));
+        const std::string sent = ReadText(folder.At("dump.raw")), run = ReadText(folder.At("run.krt"));
         ASSERT_GT(run.size(), sent.size());
         EXPECT_TRUE(form["form"] == "jpeg-ls" || run.ends_with(sent));
 
         const auto measured = [&](const Arguments& more) {
             folder.Do(Arguments{"convert", "-o", "out.npy", "--overwrite"} + more);
-            return ReadArray<float>(folder.Path("out.npy"));
+            return ReadArray<float>(folder.At("out.npy"));
         };
         folder.Do({"verify", "run.krt"});
         const Json info = folder.Doc(Arguments{"info"} + dump), recorded = folder.Doc({"info", "run.krt"});
@@ -161,7 +161,7 @@ TEST(Family, ReadsBackTheSceneInEveryForm) {
             EXPECT_EQ(measured(dump).size(), 3u * 64 * 48);
             continue;
         }
-        const std::vector<float> truth = ReadArray<float>(folder.Path("truth.npy"));
+        const std::vector<float> truth = ReadArray<float>(folder.At("truth.npy"));
         const std::vector<float> counts = measured(Arguments{"run.krt", "--unit", "counts"});
         ASSERT_EQ(counts.size(), 3u * 64 * 48);
         ASSERT_EQ(truth.size(), counts.size());
@@ -171,7 +171,7 @@ TEST(Family, ReadsBackTheSceneInEveryForm) {
         const Json& units = info["units"];
         if (std::find(units.begin(), units.end(), "temperature (factory)") == units.end()) continue;
         const std::vector<float> kelvin = measured(dump + Arguments{"--scale", "K"});
-        const std::vector<u8> status = ReadArray<u8>(folder.Path("out.status.npy"));
+        const std::vector<u8> status = ReadArray<u8>(folder.At("out.status.npy"));
         EXPECT_GT(10 * std::count(status.begin(), status.end(), 0), 9 * 3 * 64 * 48);
         for (std::size_t i = 0; i < truth.size(); ++i)
             ASSERT_TRUE(status[i] || std::abs(kelvin[i] - truth[i]) < 0.1) << "pixel " << i;
@@ -204,12 +204,12 @@ TEST(Family, OspreyIsMeasuredByTheCalibrationOfItsRecording) {
     tern->planckR = 3e8f, tern->planckB = 3597, tern->planckF = 1;
     tern->overflowTemp = tern->upperTemp = 370, tern->underflowTemp = tern->lowerTemp = 273;
     tern->radFitHighTemp = 373, tern->radFitLowTemp = 273;
-    measure::CRecordingWriter writer(folder.Path("run.krt"), objects, format, static_cast<u32>(frame.size()), {});
+    measure::CRecordingWriter writer(folder.At("run.krt"), objects, format, static_cast<u32>(frame.size()), {});
     writer.Add(frame);
     writer.Finish();
     folder.Do({"convert", "run.krt", "--unit", "temperature", "--scale", "K", "--emissivity", "1", "--atmosphere-trans",
                "1", "-o", "out.npy"});
-    const std::vector<float> measured = ReadArray<float>(folder.Path("out.npy"));
+    const std::vector<float> measured = ReadArray<float>(folder.At("out.npy"));
     ASSERT_EQ(measured.size(), kelvin.size());
     for (std::size_t i = 0; i < kelvin.size(); ++i) ASSERT_NEAR(measured[i], kelvin[i], 0.05) << i;
 }
@@ -217,7 +217,7 @@ TEST(Family, OspreyIsMeasuredByTheCalibrationOfItsRecording) {
 TEST(Family, HeadersAloneAreReadAndHaveNoPixels) {
     const CToolFolder folder;
     folder.Do({"synth", "-o", "dump.raw", "--pixel-type", "MVF", "--size", "160x40"});
-    WriteText(folder.Path("head.raw"), ReadText(folder.Path("dump.raw")).substr(0, 256));
+    WriteText(folder.At("head.raw"), ReadText(folder.At("dump.raw")).substr(0, 256));
     const Arguments head = {"head.raw", "--pixel-type", "{20DD2639-38C0-4E57-99EE-1B9224F8E5E2}", "--size", "160x40"};
     const Json info = folder.Doc(Arguments{"info"} + head);
     EXPECT_EQ(info["frames"], 1);

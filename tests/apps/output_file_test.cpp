@@ -17,13 +17,13 @@ using Names = std::vector<std::string>;
 
 TEST(OutputFile, AppearsWholeOrNotAtAll) {
     CTestFolder folder;
-    const auto target = PathIn(folder, "out");
+    const auto target = folder.At("out");
     {
         COutputFile file(target, false);
         file.Write("abandoned", 9);
         EXPECT_FALSE(std::filesystem::exists(target));
     }
-    EXPECT_EQ(NamesIn(folder), Names{});
+    EXPECT_EQ(folder.Names(), Names{});
     {
         COutputFile file(target, false);
         file.Write("0123", 4);
@@ -34,13 +34,13 @@ TEST(OutputFile, AppearsWholeOrNotAtAll) {
         EXPECT_STREQ(back, "345");
         file.Commit();
     }
-    EXPECT_EQ(NamesIn(folder), Names{"out"});
+    EXPECT_EQ(folder.Names(), Names{"out"});
     EXPECT_EQ(ReadText(target), "0xy345");
 }
 
 TEST(OutputFile, ReplacesOnlyWhenTold) {
     CTestFolder folder;
-    const auto target = PathIn(folder, "out");
+    const auto target = folder.At("out");
     WriteText(target, "old");
     std::string line;
     EXPECT_EQ(ExitOf([&] { COutputFile(target, false); }, &line), ExitFile);
@@ -55,7 +55,7 @@ TEST(OutputFile, ReplacesOnlyWhenTold) {
     EXPECT_EQ(ExitOf([] { COutputFile("/dev/null", true); }), ExitFile);  // what is no regular file is not replaced
 
     // One that came into being while ours was written is not ours to replace either.
-    const auto late = PathIn(folder, "late");
+    const auto late = folder.At("late");
     const auto replace = [&] {
         COutputFile file(late, false);
         WriteText(late, "theirs");
@@ -63,7 +63,7 @@ TEST(OutputFile, ReplacesOnlyWhenTold) {
     };
     EXPECT_EQ(ExitOf(replace), ExitFile);
     EXPECT_EQ(ReadText(late), "theirs");
-    EXPECT_EQ(NamesIn(folder), (Names{"late", "out"}));
+    EXPECT_EQ(folder.Names(), (Names{"late", "out"}));
 }
 
 /// Runs in a process of its own; answers how it ended.
@@ -84,20 +84,20 @@ TEST(OutputFile, LeavesNothingAfterAnInterrupt) {
         const int status = StatusOfChild([&] {
             std::signal(signal, SIG_DFL);  // whatever the tests were told
             InstallInterruptCleanup();
-            COutputFile done(PathIn(folder, "done"), false);
+            COutputFile done(folder.At("done"), false);
             done.Commit();
-            COutputFile first(PathIn(folder, "first"), false);
-            COutputFile second(PathIn(folder, "second"), false);
+            COutputFile first(folder.At("first"), false);
+            COutputFile second(folder.At("second"), false);
             second.Write("x", 1);
             // A process started meanwhile owns none of them.
             if (WTERMSIG(StatusOfChild([&] { ::raise(signal); })) != signal) ::_exit(1);
-            if (NamesIn(folder).size() != 3) ::_exit(2);
+            if (folder.Names().size() != 3) ::_exit(2);
             ::raise(signal);
         });
         // A shell's loop ends with a child that a signal ended, and goes on after one that left by itself.
         EXPECT_TRUE(WIFSIGNALED(status));
         EXPECT_EQ(WTERMSIG(status), signal);
-        EXPECT_EQ(NamesIn(folder), Names{"done"});
+        EXPECT_EQ(folder.Names(), Names{"done"});
     }
 }
 
@@ -106,14 +106,14 @@ TEST(OutputFile, OutlivesAnIgnoredSignalAndIsRemovedByABrokenPipe) {
     const int status = StatusOfChild([&] {
         std::signal(SIGHUP, SIG_IGN);  // as nohup does
         InstallInterruptCleanup();
-        COutputFile done(PathIn(folder, "done"), false);
+        COutputFile done(folder.At("done"), false);
         ::raise(SIGHUP);
         done.Commit();
-        COutputFile unfinished(PathIn(folder, "unfinished"), false);
+        COutputFile unfinished(folder.At("unfinished"), false);
         ::raise(SIGPIPE);
     });
     EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGPIPE) << status;
-    EXPECT_EQ(NamesIn(folder), Names{"done"});
+    EXPECT_EQ(folder.Names(), Names{"done"});
 }
 
 }  // namespace

@@ -122,9 +122,9 @@ TEST(PlotCommand, DrawsWhatIsAskedForAndRefusesWhatMeansNothing) {
         EXPECT_EQ(run.status, c.status) << run.error;
         EXPECT_THAT(run.error, testing::HasSubstr(c.error));
     }
-    EXPECT_THAT(folder.Files(), ElementsAre("f.raw", "h.png", "p.png", "t.svg"));
+    EXPECT_THAT(folder.Names(), ElementsAre("f.raw", "h.png", "p.png", "t.svg"));
     // Frames 20 ms apart.
-    EXPECT_THAT(ReadText(folder.Path("t.svg")), testing::HasSubstr("Time after the first frame (s)"));
+    EXPECT_THAT(ReadText(folder.At("t.svg")), testing::HasSubstr("Time after the first frame (s)"));
 }
 
 }  // namespace

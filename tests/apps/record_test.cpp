@@ -18,8 +18,8 @@ TEST(Record, ShorterFramesEndInZeros) {
     const std::string stream = "R7X IR (MJLS)";
     folder.Synthesise({}, stream);
     folder.Do(Arguments{"record"} + Dump(stream) + Arguments{"-o", "stream.krt"});
-    const std::string frames = ReadText(folder.Path("dump.raw"));
-    const std::string stored = ReadText(folder.Path("stream.krt"));
+    const std::string frames = ReadText(folder.At("dump.raw"));
+    const std::string stored = ReadText(folder.At("stream.krt"));
     const std::size_t size = folder.Doc({"info", "stream.krt"})["frameBytes"];
     std::size_t at = 0;
     for (std::size_t i = 0; i < 3; ++i) {
@@ -40,7 +40,7 @@ TEST(Record, WhatIsToldOfTheSceneAndTheTablesGoesIntoTheRecording) {
     const Arguments scene = {"--emissivity", "0.8", "--reflected-temp", "30C"}, tables = {"--correction", "away"};
     folder.Do(Arguments{"record", "-o", "run.krt", "--correction", "nuc"} + Dump() + scene);
     for (const char* extension : {".mvg", ".mvo", ".mvb"})
-        std::filesystem::rename(folder.Path("nuc").string() + extension, folder.Path("away").string() + extension);
+        std::filesystem::rename(folder.At("nuc").string() + extension, folder.At("away").string() + extension);
     const Json recorded = RowsOf(folder, {"run.krt"}), ofCamera = RowsOf(folder, Dump() + tables);
     EXPECT_EQ(recorded, RowsOf(folder, Dump() + scene + tables));
     EXPECT_NE(recorded, ofCamera);
@@ -54,7 +54,7 @@ TEST(Record, InfoShowsTheBlocksAndWhichOfThemAreDamaged) {
     const CToolFolder folder;
     folder.Synthesise();
     folder.Do(Arguments{"record", "-o", "run.krt"} + Dump());
-    std::string bytes = ReadText(folder.Path("run.krt"));
+    std::string bytes = ReadText(folder.At("run.krt"));
     const Json blocks = folder.Doc({"info", "run.krt"})["blocks"];
     ASSERT_EQ(blocks.size(), 5u);
     EXPECT_EQ(blocks[0]["name"], "SourceInfo");
@@ -64,7 +64,7 @@ TEST(Record, InfoShowsTheBlocksAndWhichOfThemAreDamaged) {
     EXPECT_EQ(blocks[4]["name"], "Pixels");
     EXPECT_TRUE(blocks[4]["crcRight"].is_null());
     bytes[77 + 77 + 2048 + 77 + 20] ^= 4;
-    WriteText(folder.Path("run.krt"), bytes);
+    WriteText(folder.At("run.krt"), bytes);
     const SToolRun shown = folder.Run({"info", "--json", "run.krt"});
     EXPECT_EQ(shown.status, 3);
     const Json damaged = Json::parse(shown.out)["blocks"];
@@ -72,7 +72,7 @@ TEST(Record, InfoShowsTheBlocksAndWhichOfThemAreDamaged) {
     EXPECT_FALSE(damaged[1]["crcRight"]);
 
     // Blocks without frames are shown all the same.
-    WriteText(folder.Path("blocks.krt"), bytes.substr(0, 77 + 77 + 2048));
+    WriteText(folder.At("blocks.krt"), bytes.substr(0, 77 + 77 + 2048));
     EXPECT_NE(folder.Do({"info", "blocks.krt"}).find("SourceInfo"), std::string::npos);
 }
 
@@ -80,9 +80,9 @@ TEST(Record, VerifyAndRepairLeaveWithTheirStatus) {
     const CToolFolder folder;
     folder.Synthesise();
     folder.Do(Arguments{"record", "-o", "run.krt"} + Dump());
-    std::string bytes = ReadText(folder.Path("run.krt"));
-    const std::size_t frame = ReadText(folder.Path("dump.raw")).size() / 3;
-    WriteText(folder.Path("cut.krt"), bytes.substr(0, bytes.size() - 1));
+    std::string bytes = ReadText(folder.At("run.krt"));
+    const std::size_t frame = ReadText(folder.At("dump.raw")).size() / 3;
+    WriteText(folder.At("cut.krt"), bytes.substr(0, bytes.size() - 1));
     const Json verify = Json::parse(folder.Run({"verify", "--json", "cut.krt"}).out);
     EXPECT_FALSE(verify["good"]);
     EXPECT_EQ(verify["findings"][0]["offset"], bytes.size() - frame);
@@ -94,7 +94,7 @@ TEST(Record, VerifyAndRepairLeaveWithTheirStatus) {
     EXPECT_EQ(folder.Run({"repair", "cut.krt", "-o", "good.krt"}).status, 4);  // is there already
 
     bytes[bytes.size() - frame + 64 * 48 * 2 + 32] ^= 1;  // the signature behind the pixels and the digital header
-    WriteText(folder.Path("bad.krt"), bytes);
+    WriteText(folder.At("bad.krt"), bytes);
     EXPECT_EQ(folder.Run({"repair", "bad.krt", "-o", "rest.krt"}).status, 3);
     EXPECT_EQ(folder.Run({"verify", "dump.raw"}).status, 4);
     EXPECT_EQ(folder.Run({"info", "run.krt", "--size", "64x48"}).status, 2);
@@ -103,21 +103,21 @@ TEST(Record, VerifyAndRepairLeaveWithTheirStatus) {
 TEST(Record, PartsAreKeptOnlyWhenAskedAndNeverReplaced) {
     const CToolFolder folder;
     folder.Synthesise();
-    std::string bytes = ReadText(folder.Path("dump.raw"));
+    std::string bytes = ReadText(folder.At("dump.raw"));
     bytes[bytes.size() / 3 * 2 + 64 * 48 * 2 + 32] ^= 1;  // the signature of the third frame
-    WriteText(folder.Path("dump.raw"), bytes);
+    WriteText(folder.At("dump.raw"), bytes);
     const Arguments record =
         Arguments{"record", "-o", "run.krt", "--frame-size", std::to_string(bytes.size() / 3)} + Dump();
     EXPECT_EQ(folder.Run(record).status, 1);
-    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"dump.raw"}));
+    EXPECT_EQ(folder.Names(), (std::vector<std::string>{"dump.raw"}));
     EXPECT_EQ(folder.Run(record + Arguments{"--keep-part"}).status, 1);
-    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"dump.raw", "run.krt.part"}));
+    EXPECT_EQ(folder.Names(), (std::vector<std::string>{"dump.raw", "run.krt.part"}));
     EXPECT_EQ(folder.Run(record + Arguments{"--keep-part", "--overwrite"}).status, 4);
     EXPECT_EQ(folder.Run({"repair", "run.krt.part", "-o", "run.krt"}).status, 0);
     EXPECT_EQ(RowsOf(folder, {"run.krt"}).size(), 2u);
     const Arguments skip = record + Arguments{"--on-error", "skip", "--overwrite"};
     EXPECT_EQ(folder.Run(skip).status, 4);  // the part is there still
-    std::filesystem::remove(folder.Path("run.krt.part"));
+    std::filesystem::remove(folder.At("run.krt.part"));
     EXPECT_EQ(folder.Run(skip).status, 3);
     EXPECT_EQ(RowsOf(folder, {"run.krt"}).size(), 2u);
 }
@@ -125,7 +125,7 @@ TEST(Record, PartsAreKeptOnlyWhenAskedAndNeverReplaced) {
 TEST(Record, APipeThatIsEndedLeavesAPartForRepair) {
     const CToolFolder folder;
     folder.Synthesise();
-    const std::string dump = ReadText(folder.Path("dump.raw")), fifo = folder.Path("pipe");
+    const std::string dump = ReadText(folder.At("dump.raw")), fifo = folder.At("pipe");
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
     const Arguments record = Arguments{"record", "-", "-o", "run.krt"} + FramesOf();
     for (const int signal : {SIGKILL, SIGTERM}) {
@@ -133,7 +133,7 @@ TEST(Record, APipeThatIsEndedLeavesAPartForRepair) {
         const int pipe = ::open(fifo.c_str(), O_WRONLY);
         ASSERT_EQ(::write(pipe, dump.data(), dump.size()), static_cast<ssize_t>(dump.size()));
         std::error_code none;
-        for (int i = 0; i < 1000 && !(std::filesystem::file_size(folder.Path("run.krt.part"), none) + 1 > dump.size());
+        for (int i = 0; i < 1000 && !(std::filesystem::file_size(folder.At("run.krt.part"), none) + 1 > dump.size());
              ++i)
             ::usleep(10'000);
         ::kill(child, signal);
@@ -141,8 +141,8 @@ TEST(Record, APipeThatIsEndedLeavesAPartForRepair) {
         ::close(pipe);
         folder.Do({"repair", "run.krt.part", "-o", "run.krt", "--overwrite"});
         EXPECT_EQ(RowsOf(folder, {"run.krt"}), RowsOf(folder, Dump())) << signal;
-        std::filesystem::remove(folder.Path("run.krt.part"));
-        std::filesystem::remove(folder.Path("run.krt"));
+        std::filesystem::remove(folder.At("run.krt.part"));
+        std::filesystem::remove(folder.At("run.krt"));
     }
 }
 

@@ -144,7 +144,7 @@ TEST(ReportCommand, KeepsItsPromisesAboutFiles) {
         EXPECT_EQ(run.status, c.status) << run.error;
         EXPECT_THAT(run.error, testing::HasSubstr(c.error));
     }
-    EXPECT_THAT(folder.Files(), ElementsAre("dump.raw", "page.html"));
+    EXPECT_THAT(folder.Names(), ElementsAre("dump.raw", "page.html"));
 }
 
 }  // namespace

@@ -327,15 +327,15 @@ TEST(PngWriter, ReadsBackAsDrawnInOneRangeForAll) {
     for (float& value : hotter) value += 100;
 
     series.frames = 2;
-    EXPECT_THROW(MakeFrameWriter(PathIn(folder, "s.png"), series, {})->Encode({3, values, {}, ""}), CAppError);
-    const auto several = MakeFrameWriter(PathIn(folder, "s.png"), series, {.range = std::pair(0.0f, 511.0f)});
+    EXPECT_THROW(MakeFrameWriter(folder.At("s.png"), series, {})->Encode({3, values, {}, ""}), CAppError);
+    const auto several = MakeFrameWriter(folder.At("s.png"), series, {.range = std::pair(0.0f, 511.0f)});
     several->Add({3, values, {}, ""});
     several->Add({12, hotter, {}, ""});
     several->Finish();
-    EXPECT_EQ(NamesIn(folder), (std::vector<std::string>{"s-000003.png", "s-000012.png"}));
+    EXPECT_EQ(folder.Names(), (std::vector<std::string>{"s-000003.png", "s-000012.png"}));
     const SThermalPicture drawn = Draw(series, {12, hotter, {}, ""}, {0, 511});
     png_image image;
-    const std::vector<u8> pixels = ReadPng(PathIn(folder, "s-000012.png"), image);
+    const std::vector<u8> pixels = ReadPng(folder.At("s-000012.png"), image);
     ASSERT_EQ(image.width, static_cast<u32>(drawn.canvas.Width()));
     ASSERT_EQ(image.height, static_cast<u32>(drawn.canvas.Height()));
     const u8* next = pixels.data();
@@ -376,11 +376,11 @@ TEST(PlainPicture, NumbersTellTheValues) {
 /// Blue, green and red of each pixel, the lowest line first, as the camera sends them.
 TEST(ConvertCommand, WritesVideoInItsColours) {
     CToolFolder folder;
-    WriteText(folder.Path("v.raw"), std::string("\x03\x02\x01\x06\x05\x04\x30\x20\x10\xFF\x80\x01", 12));
+    WriteText(folder.At("v.raw"), std::string("\x03\x02\x01\x06\x05\x04\x30\x20\x10\xFF\x80\x01", 12));
     const Arguments convert{"convert", "v.raw", "--pixel-type", "K410 BGR (24-bit)", "--size", "2x2", "-o"};
     folder.Do(convert + Arguments{"v.png", "--plain"});
     png_image image;
-    const std::vector<u8> pixels = ReadPng(folder.Path("v.png"), image);
+    const std::vector<u8> pixels = ReadPng(folder.At("v.png"), image);
     EXPECT_THAT(pixels, testing::ElementsAre(0x10, 0x20, 0x30, 0x01, 0x80, 0xFF, 1, 2, 3, 4, 5, 6));
     EXPECT_EQ(folder.Run(convert + Arguments{"r.png", "--range", "0,9"}).status, 2);
 }
@@ -403,7 +403,7 @@ TEST(ConvertCommand, PictureOptionsThatMeanNothingAreRefused) {
                               {"o.png", "--plain", "--range", "p1,p99"}})
         EXPECT_EQ(folder.Run(convert + Words{"-o"} + more).status, 2) << more.back();
     folder.Do(convert + Words{"-o", "o.png", "--range", "p1,p99", "--isotherm", "40"});
-    const std::string png = ReadText(folder.Path("o.png"));
+    const std::string png = ReadText(folder.At("o.png"));
     EXPECT_THAT(png, testing::HasSubstr("2026-01-15T12:00:00.000000Z  \\u00b7  emissivity 0.95"));
 }
 

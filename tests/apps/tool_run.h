@@ -37,14 +37,12 @@ struct SToolRun {
 };
 
 /// A folder of its own in which the tool is run as a user would run it.
-class CToolFolder {
+class CToolFolder : public CTestFolder {
   public:
-    std::filesystem::path Path(const std::string& name) const { return folder_.Path(name.c_str()).GetUTF8(); }
     /// Standard output goes to `stdoutTo` when given; `fileLimit` is the size beyond which no file can grow.
     SToolRun Run(Arguments arguments, const char* stdoutTo = nullptr, rlim_t fileLimit = RLIM_INFINITY,
                  const std::string& input = "/dev/null") const {
-        const std::string out = stdoutTo ? stdoutTo : Path(".out").string();
-        const std::string error = Path(".error").string();
+        const std::string out = stdoutTo ? stdoutTo : At(".out").string(), error = At(".error").string();
         const pid_t child = Start(std::move(arguments), out, error, fileLimit, input);
         int status = 0;
         ::waitpid(child, &status, 0);
@@ -67,7 +65,6 @@ class CToolFolder {
     app::Json Synthesise(const Arguments& more = {}, const std::string& type = kGigE) const {
         return Doc(Arguments{"synth", "-o"} + Dump(type) + Arguments{"--count", "3", "--overwrite"} + more);
     }
-    std::vector<std::string> Files() const { return NamesIn(folder_); }
 
     /// Answers at once; the process is the caller's to wait for.
     pid_t Start(Arguments arguments, const std::string& out = "/dev/null", const std::string& error = "/dev/null",
@@ -78,7 +75,7 @@ class CToolFolder {
         argv.push_back(nullptr);
         const pid_t child = ::fork();
         if (child != 0) return child;
-        if (::chdir(Path("").c_str()) != 0) ::_exit(99);
+        if (::chdir(At().c_str()) != 0) ::_exit(99);
         ::dup2(::open(input.c_str(), O_RDONLY), 0);
         ::dup2(::open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), 1);
         ::dup2(::open(error.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), 2);
@@ -87,9 +84,6 @@ class CToolFolder {
         ::execv(OVIX_TOOL, argv.data());
         ::_exit(98);
     }
-
-  private:
-    CTestFolder folder_;
 };
 
 }  // namespace ovix::test

@@ -31,11 +31,11 @@ TEST(Tool, SceneCorrectionAndUnitChangeWhatTheyShould) {
     EXPECT_GT(hottest({"--unit", "counts"}), 1000);
 
     folder.Synthesise({"--truth", "truth.npy", "--tables", "nuc"});
-    const std::vector<float> truth = ReadArray<float>(folder.Path("truth.npy"));
+    const std::vector<float> truth = ReadArray<float>(folder.At("truth.npy"));
     const auto worst = [&](const Arguments& more) {
         folder.Do(Arguments{"convert"} + Dump() + Arguments{"-o", "out.npy", "--overwrite", "--scale", "K"} + more);
-        const auto pixels = ReadArray<float>(folder.Path("out.npy"));
-        const auto status = ReadArray<u8>(folder.Path("out.status.npy"));
+        const auto pixels = ReadArray<float>(folder.At("out.npy"));
+        const auto status = ReadArray<u8>(folder.At("out.status.npy"));
         float worstOfGood = 0;
         for (std::size_t i = 0; i < pixels.size(); ++i) {
             if (!status[i]) worstOfGood = std::max(worstOfGood, std::abs(pixels[i] - truth[i]));
@@ -46,23 +46,23 @@ TEST(Tool, SceneCorrectionAndUnitChangeWhatTheyShould) {
     EXPECT_LT(after, worst({}) / 2);
     EXPECT_EQ(worst({"--correction", "0=nuc.mvo"}), after);
     // A table that is there and cannot be read is no table that is missing.
-    WriteText(folder.Path("nuc.mvo"), ReadText(folder.Path("nuc.mvo")).substr(0, 1000));
+    WriteText(folder.At("nuc.mvo"), ReadText(folder.At("nuc.mvo")).substr(0, 1000));
     EXPECT_EQ(folder.Run(Arguments{"stats", "--correction", "nuc"} + Dump()).status, 1);
 }
 
 TEST(Tool, RubbishIsAnsweredWithOneLineAStatusAndNoFile) {
     const CToolFolder folder;
     folder.Synthesise({"--form", "plain"});
-    std::string outside = ReadText(folder.Path("dump.raw"));
+    std::string outside = ReadText(folder.At("dump.raw"));
     StoreLittle(reinterpret_cast<u8*>(outside.data()) + 64 * 48 * 2 + 76, u32{0xFFFFFFF0});
-    WriteText(folder.Path("outside.raw"), outside);
-    WriteText(folder.Path("empty.raw"), "");
-    WriteText(folder.Path("noise.raw"), std::string(50000, '\x5A'));
-    WriteText(folder.Path("there.npy"), "mine");
-    WriteText(folder.Path("rubbish.mvg"), "no table");
-    std::filesystem::create_directory(folder.Path("folder"));
-    std::filesystem::create_directory(folder.Path("folder.png"));
-    const std::vector<std::string> files = folder.Files();
+    WriteText(folder.At("outside.raw"), outside);
+    WriteText(folder.At("empty.raw"), "");
+    WriteText(folder.At("noise.raw"), std::string(50000, '\x5A'));
+    WriteText(folder.At("there.npy"), "mine");
+    WriteText(folder.At("rubbish.mvg"), "no table");
+    std::filesystem::create_directory(folder.At("folder"));
+    std::filesystem::create_directory(folder.At("folder.png"));
+    const std::vector<std::string> files = folder.Names();
 
     const Arguments frames = FramesOf();
     const auto convert = [&](const char* file, const Arguments& more = {"-o", "new.png"}) {
@@ -124,12 +124,12 @@ TEST(Tool, RubbishIsAnsweredWithOneLineAStatusAndNoFile) {
         EXPECT_TRUE(skips || run.ErrorLines() == 1 || run.error.find(": damage: ") != std::string::npos) << run.error;
         const bool inJson = line.find("--json") != std::string::npos;
         EXPECT_TRUE(inJson ? Json::parse(run.error)["error"]["exit"] == c.status : run.error.starts_with("ovix: "));
-        EXPECT_EQ(folder.Files(), files);
+        EXPECT_EQ(folder.Names(), files);
     }
-    EXPECT_EQ(ReadText(folder.Path("there.npy")), "mine");
+    EXPECT_EQ(ReadText(folder.At("there.npy")), "mine");
 
     // What is measured of a source that is cut does not end with success.
-    std::filesystem::resize_file(folder.Path("dump.raw"), outside.size() - 1000);
+    std::filesystem::resize_file(folder.At("dump.raw"), outside.size() - 1000);
     const SToolRun cut = folder.Run(Arguments{"stats", "--json"} + Dump());
     EXPECT_EQ(cut.status, 3) << cut.error;
     EXPECT_FALSE(Json::parse(cut.out)["complete"]);
@@ -141,19 +141,19 @@ TEST(Tool, ABadFrameEndsTheRunOrIsPassedOver) {
     for (const char* type : {kGigE, kStream}) {
         SCOPED_TRACE(type);
         folder.Synthesise({"--form", type == kGigE ? "plain" : "jpeg-ls"}, type);
-        std::string dump = ReadText(folder.Path("dump.raw"));
+        std::string dump = ReadText(folder.At("dump.raw"));
         if (type == kGigE) {
             dump[dump.size() / 3 + 64 * 48 * 2] = 'X';  // the signature behind the pixels of frame 1
         } else {
             const std::size_t second = dump.find("MKM") + 128 + 2428;
             for (std::size_t i = 0; i < 400; ++i) dump[second + 60 + i] = static_cast<char>(i * 37);
         }
-        WriteText(folder.Path("dump.raw"), dump);
+        WriteText(folder.At("dump.raw"), dump);
 
         const SToolRun stopped = folder.Run(Arguments{"convert"} + Dump(type) + Arguments{"-o", "new.npy"});
         EXPECT_EQ(stopped.status, 1) << stopped.error;
         EXPECT_NE(stopped.error.find("dump.raw: frame 1"), std::string::npos) << stopped.error;
-        EXPECT_EQ(folder.Files(), std::vector<std::string>{"dump.raw"});
+        EXPECT_EQ(folder.Names(), std::vector<std::string>{"dump.raw"});
 
         const SToolRun skipped = folder.Run(Arguments{"stats", "--json", "--on-error", "skip"} + Dump(type));
         EXPECT_EQ(skipped.status, 3) << skipped.error;
@@ -173,16 +173,16 @@ TEST(Tool, ABadFrameEndsTheRunOrIsPassedOver) {
 TEST(Tool, AFullDiskLeavesNothingBehind) {
     const CToolFolder folder;
     folder.Synthesise();
-    const std::vector<std::string> files = folder.Files();
+    const std::vector<std::string> files = folder.Names();
     for (const char* name : {"a.png", "a.tif", "a.npy", "a.csv"}) {
         const SToolRun run = folder.Run(Arguments{"convert"} + Dump() + Arguments{"-o", name}, nullptr, 1000);
         EXPECT_EQ(run.status, 4) << name << run.error;
         EXPECT_EQ(run.ErrorLines(), 1) << run.error;
-        EXPECT_EQ(folder.Files(), files);
+        EXPECT_EQ(folder.Names(), files);
     }
     // The frame and the first table fit.
     EXPECT_EQ(folder.Run({"synth", "-o", "b.raw", "--size", "64x48", "--tables", "b"}, nullptr, 14000).status, 4);
-    EXPECT_EQ(folder.Files(), files);
+    EXPECT_EQ(folder.Names(), files);
     for (const Arguments& line :
          {Arguments{"formats"}, Arguments{"stats"} + Dump(), Arguments{"info", "--json"} + Dump()}) {
         const SToolRun run = folder.Run(line, "/dev/full");
@@ -194,22 +194,22 @@ TEST(Tool, AFullDiskLeavesNothingBehind) {
 TEST(Tool, StreamsThatAreClosedTakeNothingWithThem) {
     const CToolFolder folder;
     folder.Synthesise({"--form", "plain"});
-    std::filesystem::resize_file(folder.Path("dump.raw"), std::filesystem::file_size(folder.Path("dump.raw")) - 1);
+    std::filesystem::resize_file(folder.At("dump.raw"), std::filesystem::file_size(folder.At("dump.raw")) - 1);
     const auto convert = [&](const std::string& target, const char* streams) {
-        const std::string line = "cd '" + folder.Path("").string() + "' && exec '" OVIX_TOOL "' convert dump.raw " +
+        const std::string line = "cd '" + folder.At().string() + "' && exec '" OVIX_TOOL "' convert dump.raw " +
                                  "--pixel-type '" + kGigE + "' --size 64x48 --on-error skip -o " + target + streams;
         return WEXITSTATUS(std::system(line.c_str()));
     };
     EXPECT_EQ(convert("a.npy", " 2>/dev/null"), 3);
     EXPECT_EQ(convert("b.npy", " <&- >&- 2>&-"), 3);
     EXPECT_EQ(convert("c.npy", " 2>/dev/full"), 3);
-    EXPECT_EQ(ReadText(folder.Path("b.npy")), ReadText(folder.Path("a.npy")));
+    EXPECT_EQ(ReadText(folder.At("b.npy")), ReadText(folder.At("a.npy")));
 }
 
 TEST(Tool, NamesNeedNotBeText) {
     const CToolFolder folder;
     folder.Synthesise();
-    std::filesystem::rename(folder.Path("dump.raw"), folder.Path("") / "d\xFF.raw");
+    std::filesystem::rename(folder.At("dump.raw"), folder.At() / "d\xFF.raw");
     for (const char* target : {"\xFE.npy", "\xFE.tif", "\xFE.png"}) {
         const Arguments convert = {"convert", "d\xFF.raw", "--frames", "0", "--json", "-o", target};
         EXPECT_TRUE(Json::accept(folder.Do(convert + FramesOf())));
@@ -219,9 +219,9 @@ TEST(Tool, NamesNeedNotBeText) {
 TEST(Tool, ReadsFromAPipeAndTellsTheValuesOfOneFrame) {
     const CToolFolder folder;
     folder.Synthesise({"--form", "digital"});
-    const std::string fifo = folder.Path("pipe");
+    const std::string fifo = folder.At("pipe");
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
-    std::thread writer([&] { WriteText(fifo, ReadText(folder.Path("dump.raw"))); });
+    std::thread writer([&] { WriteText(fifo, ReadText(folder.At("dump.raw"))); });
     const SToolRun run = folder.Run(Arguments{"info", "-", "--frame", "-1", "--spool", "--json"} + FramesOf(), nullptr,
                                     RLIM_INFINITY, fifo);
     writer.join();

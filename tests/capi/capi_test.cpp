@@ -3,11 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "core/version.h"
 #include "support/k410_frames.h"
@@ -37,16 +33,6 @@ ovix_options Counts(u16 width, u16 height, const char* type = "counts") {
     return options;
 }
 
-class CFolder : public CTestFolder {
-  public:
-    std::string At(const char* name) const { return Path(name).GetUTF8(); }
-    std::string Put(const char* name, const Bytes& bytes) const {
-        std::ofstream(At(name), std::ios::binary)
-            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-        return At(name);
-    }
-};
-
 /// A source that is closed with its owner.
 struct SSource {
     ~SSource() { ovix_close(handle); }
@@ -61,7 +47,7 @@ std::vector<float> Values(const ovix_frame& frame) {
 const Bytes kDump = {1, 0, 2, 0, 3, 0, 4, 0, 0, 1, 6, 0, 10, 0, 20, 0, 30, 0, 40, 0, 50, 0, 60, 0, 9, 9, 9};
 
 TEST(C, TellsOfASourceAndReadsItsFrames) {
-    const CFolder folder;
+    const CTestFolder folder;
     const std::string path = folder.Put("dump", kDump);
     const ovix_options options = Counts(3, 2);
     SSource source, shared;
@@ -160,7 +146,7 @@ TEST(C, TakesCameraFramesWithTheirFactsAndTheCallersScene) {
 }
 
 TEST(C, RecordsFramesThatCanBeReadBack) {
-    const CFolder folder;
+    const CTestFolder folder;
     const std::string path = folder.At("run.krt");
     SK410Container container;
     container.record.width = 16;
@@ -192,7 +178,7 @@ TEST(C, RecordsFramesThatCanBeReadBack) {
 }
 
 TEST(C, AnswersEachMistakeWithItsNumberAndFacts) {
-    const CFolder folder;
+    const CTestFolder folder;
     const std::string path = folder.Put("dump", kDump);
     const ovix_options good = Counts(3, 2);
     ovix_options noSize = good, flag = good, quantity = good, unit = good, scene = good, value = good;
@@ -234,7 +220,7 @@ TEST(C, AnswersEachMistakeWithItsNumberAndFacts) {
 }
 
 TEST(C, GoesTogetherWithProgramsOfAnotherAge) {
-    const CFolder folder;
+    const CTestFolder folder;
     const std::string path = folder.Put("dump", kDump);
     struct SNewer {
         ovix_options known;

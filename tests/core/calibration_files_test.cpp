@@ -17,18 +17,6 @@ namespace {
 using test::CByteWriter;
 using test::CTestFolder;
 
-std::vector<u8> BytesOf(const CString& path) {
-    const TSharedPtr<IFile> file = FileSystem->Open(path, IFileSystem::OpenForReading);
-    std::vector<u8> bytes(file ? file->GetRemaining() : 0);
-    EXPECT_TRUE(file && file->ReadBytes(bytes.data(), static_cast<u32>(bytes.size())));
-    return bytes;
-}
-
-void Store(const CString& path, const std::vector<u8>& bytes) {
-    const TSharedPtr<IFile> file = FileSystem->Open(path, IFileSystem::CreateForWriting);
-    EXPECT_TRUE(file && file->WriteBytes(bytes.data(), static_cast<u32>(bytes.size())) && file->Close());
-}
-
 void ExpectAllDamageRefused(const std::vector<u8>& good, const auto& refused) {
     for (std::size_t at = 0; at < good.size(); ++at) {
         std::vector<u8> flipped = good;
@@ -55,7 +43,7 @@ TEST(NormFile, HasTheDescribedBytes) {
     const CTestFolder folder;
     const i16 offsets[] = {-10, 300};
     ASSERT_TRUE(CNormFile::SaveOffsetTable(FileSystem, folder.Path("a"), 2, 1, 3, offsets));
-    EXPECT_EQ(BytesOf(folder.Path("a")), expected);
+    EXPECT_EQ(folder.Get("a"), expected);
 }
 
 TEST(NormFile, ReadsBackEveryTable) {
@@ -91,11 +79,11 @@ TEST(NormFile, RefusesDamageAndStaysAsItWas) {
     const CString path = folder.Path("table");
     const float gains[] = {1.0f, 2.0f, 3.0f, 4.0f};
     ASSERT_TRUE(CNormFile::SaveGainTable(FileSystem, path, 2, 2, 0, gains));
-    const std::vector<u8> good = BytesOf(path);
+    const std::vector<u8> good = folder.Get("table");
     CNormFile file;
     ASSERT_TRUE(file.Load(FileSystem, path));
     const auto refused = [&](const std::vector<u8>& bytes) {
-        Store(path, bytes);
+        folder.Put("table", bytes);
         return !file.Load(FileSystem, path) && file.xPixels() == 2 && std::memcmp(file.GetGains(), gains, 16) == 0;
     };
     ExpectAllDamageRefused(good, refused);
@@ -112,7 +100,7 @@ TEST(NormFile, RefusesDamageAndStaysAsItWas) {
     EXPECT_TRUE(refused(Sealed(Head(0x10000, 20, 2, 2, 1).U32(1)))) << "a mask without its map";
     EXPECT_FALSE(file.Load(FileSystem, folder.Path("none")));
 
-    Store(path, Sealed(Head(0x10001, 24, 0, 1, 1).F32(8).U32(9)));
+    folder.Put("table", Sealed(Head(0x10001, 24, 0, 1, 1).F32(8).U32(9)));
     EXPECT_TRUE(file.Load(FileSystem, path)) << "a later minor version appends fields";
     EXPECT_EQ(file.GetGains()[0], 8.0f);
 }

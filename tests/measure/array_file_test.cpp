@@ -77,12 +77,7 @@ Bytes Tiff(bool bigEndian, const STags& tags, const Bytes& pixels, int pages = 1
 
 Bytes Chunk(const char* name, const Bytes& data) {
     const Bytes named = Text(name) + data;
-    u32 crc = ~u32{0};
-    for (const u8 byte : named) {
-        crc ^= byte;
-        for (int bit = 0; bit < 8; ++bit) crc = crc >> 1 ^ (crc & 1 ? 0xEDB88320 : 0);
-    }
-    return Number(data.size(), 4, true) + named + Number(~crc, 4, true);
+    return Number(data.size(), 4, true) + named + Number(BitwiseCRC(named), 4, true);
 }
 Bytes Png(u32 width, u8 bits, u8 colour, const Bytes& pixels, u32 height = kRows) {
     Bytes rows;
@@ -124,7 +119,7 @@ std::vector<SCase> Files() {
 }
 
 TEST(ArrayFile, GivesItsCounts) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     for (const SCase& c : Files()) {
         const CSource source = Open(folder.Put("file", c.file));
         EXPECT_TRUE(SaysItsFormat(folder.At("file"))) << c.what;
@@ -146,7 +141,7 @@ TEST(ArrayFile, GivesItsCounts) {
 }
 
 TEST(ArrayFile, RefusesOtherPixelsBeforeItTakesMemory) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     const Bytes counts = CountBytes(true);
     const std::pair<Bytes, const char*> cases[] = {
         {Png(kColumns, 8, 0, Bytes(15)), "8 bits"},
@@ -168,7 +163,7 @@ TEST(ArrayFile, RefusesOtherPixelsBeforeItTakesMemory) {
 /// Each file cut at each length, and with each of its bytes changed in two ways: it gives frames of its size or an
 /// error, and a cut one never as many frames as before without a word.
 TEST(ArrayFile, AnswersRubbish) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     const auto look = [&](const Bytes& file) {
         u64 read = 0;
         std::filesystem::remove(folder.At("file"));  // a file that is emptied has the system wait for the disk

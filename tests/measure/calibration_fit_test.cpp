@@ -1,29 +1,15 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 #include "source_files.h"
+#include "support/pixel_reference.h"
 
 namespace ovix::measure {
 namespace {
 
-/// Planck's law summed over the band, W/(cm² sr).
-double BlackBody(double celsius, double low, double high) {
-    constexpr double kH = 6.62607015e-34, kC = 299792458, kK = 1.380649e-23;
-    constexpr int kSteps = 4000;
-    const double kelvin = celsius + 273.15, step = (high - low) / kSteps;
-    double sum = 0;
-    for (int i = 0; i < kSteps; ++i) {
-        const double metres = (low + (i + 0.5) * step) * 1e-6;
-        sum += 2 * kH * kC * kC / std::pow(metres, 5) / std::expm1(kH * kC / (metres * kK * kelvin)) * step * 1e-6;
-    }
-    return sum * 1e-4;
-}
+using test::BandRadiance;
 
 /// What a linear camera gives that looks at black bodies.
 std::vector<SCalibrationPoint> Points(u8 preset, std::initializer_list<double> celsius, double slope = 4e5) {
     std::vector<SCalibrationPoint> points;
-    for (const double c : celsius) points.push_back({1000 + slope * BlackBody(c, 8, 12), c, preset});
+    for (const double c : celsius) points.push_back({1000 + slope * BandRadiance(c, 8, 12), c, preset});
     return points;
 }
 
@@ -46,7 +32,7 @@ TEST(CalibrationFit, FindsTheTemperaturesOfBlackBodiesInEveryPreset) {
             EXPECT_LE(preset.Rms(), preset.Largest());
         }
         for (const SFittedPoint& point : fit.presets[0].points)
-            EXPECT_NEAR(point.radiance, BlackBody(point.point.celsius, 8, 12), 2e-3 * point.radiance);
+            EXPECT_NEAR(point.radiance, BandRadiance(point.point.celsius, 8, 12), 2e-3 * point.radiance);
     }
     // A polynomial that turns round between the counts measures two temperatures as one.
     const std::vector<SCalibrationPoint> bent = {{1000, 20}, {2000, 90}, {3000, 95}, {4000, 30}};

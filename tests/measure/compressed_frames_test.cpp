@@ -90,7 +90,7 @@ class CompressedFrames : public ::testing::Test {
         return Dump(frames);
     }
 
-    CSourceFolder folder;
+    CTestFolder folder;
 };
 
 TEST_F(CompressedFrames, AreDecodedForThreadsThatComeAndGo) {

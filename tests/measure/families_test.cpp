@@ -109,7 +109,7 @@ bool ExpectIndexed(const CSource& source, const Bytes& file) {
 const std::set<std::string> kNotPlain = {"K410 IR (GigE, Flipped)", "Wren"};
 
 TEST(Families, GiveTheSameBitsOnAnyNumberOfThreadsInAnyOrder) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     for (const app::SSynthFamily& family : app::SynthFamilies()) {
         for (const app::SSynthForm& form : family.forms()) {
             SCOPED_TRACE(form.description);
@@ -165,7 +165,7 @@ std::optional<SParameter> Find(const CFrame& frame, const std::string& key) {
 }
 
 TEST(Families, FramesLeaveNothingToTheNext) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     const std::vector<Bytes> frames = FramesOfManyScenes(12);
     const CSource source =
         Open(folder.Put("dump", Joined(frames)), {.pixelType = kGigE, .width = kWide, .height = kHigh});
@@ -191,7 +191,7 @@ TEST(Families, FramesLeaveNothingToTheNext) {
 }
 
 TEST(Families, APixelIsWalkedFromItsCountToItsTemperature) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     const std::vector<Bytes> frames = FramesOfManyScenes(2);
     const CSource source =
         Open(folder.Put("dump", frames[0] + frames[1]), {.pixelType = kGigE, .width = kWide, .height = kHigh});

@@ -17,7 +17,7 @@ namespace {
 using namespace test;
 
 TEST(Frame, SaysWhatItCarriesAndNothingElse) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     const SK410Container container{.record = {.width = kWidth}};
     const std::vector<u16> pixels = Ramp(kWidth * kHeight);
     // 2023-11-14 22:13:20.250 UTC, the record's own.
@@ -87,7 +87,7 @@ TEST(Measurement, OffersWhatTheSourceCanGive) {
 }
 
 TEST(Measurement, CorrectsCountsByTheTablesOfTheirPreset) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     reduce::CCorrectionReduceObject tables;
     const auto save = [&](const char* stem, u16 width, float gain) {
         tables.Create(width, 2, -1, reduce::CorrectionGain);
@@ -117,7 +117,7 @@ TEST(Measurement, CorrectsCountsByTheTablesOfTheirPreset) {
 }
 
 TEST(Measurement, KnowsTheSceneThatARecordingWasGiven) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     const auto path =
         folder.Put("run.krt", RecordingOf(2, [](reduce::CReduceObjectArray& objects) {
                        Bytes frame = NumberedFrame(0);

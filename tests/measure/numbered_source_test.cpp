@@ -36,7 +36,7 @@ SFound Look(const CSource& source, const Bytes& bytes) {
 }
 
 SFound Find(const char* type, const Bytes& bytes, u32 frameSize = 0) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     return Look(Open(folder.Put("dump", bytes), AsDump(type, frameSize)), bytes);
 }
 
@@ -102,7 +102,7 @@ TEST(NumberedSource, GoesOnBehindBytesThatWereLostOrInserted) {
 }
 
 TEST(NumberedSource, ReadsCountsOfBothByteOrders) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     const Bytes bytes = PixelBytes(Ramp(2 * kWidth * kHeight));
     SRawFrame little, big;
     Open(folder.Put("le", bytes), AsDump("counts")).Read(1, little);
@@ -113,7 +113,7 @@ TEST(NumberedSource, ReadsCountsOfBothByteOrders) {
 }
 
 TEST(NumberedSource, SharesARecordingAndItsTablesAmongThreads) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     const Bytes bytes = RecordingOf(40, [](reduce::CReduceObjectArray& objects) {
         objects.GetCorrection(0, true)->Create(kWidth, kHeight, 0, reduce::CorrectionGain);
         const auto scene = objects.GetObjectParameters(true);
@@ -146,7 +146,7 @@ TEST(NumberedSource, SharesARecordingAndItsTablesAmongThreads) {
 }
 
 TEST(NumberedSource, AFileThatIsCutWhileItIsReadIsAnAnswer) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     const u64 m = NumberedFrame(0).size();
     const auto path = folder.Put("dump", Frames(5));
     const CSource source = Open(path, AsDump());
@@ -161,7 +161,7 @@ TEST(NumberedSource, AFileThatIsCutWhileItIsReadIsAnAnswer) {
 }
 
 TEST(NumberedSource, RefusesWhatHoldsNoFrame) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     const auto idOf = [&](const Bytes& bytes, const SOpenOptions& options = AsDump()) {
         return IdOf([&] { Open(folder.Put("file", bytes), options); });
     };
@@ -174,7 +174,7 @@ TEST(NumberedSource, RefusesWhatHoldsNoFrame) {
     EXPECT_TRUE(unknown.id == EError::WrongArgument && unknown.advice.find(kGigE) != std::string::npos);
     EXPECT_EQ(IdOf([&] { FindFormat("rootIRType", 1, 1); }), EError::WrongArgument);
     EXPECT_EQ(IdOf([&] { Open(folder.At("none")); }), EError::FileMissing);
-    EXPECT_EQ(IdOf([&] { Open(folder.At("")); }), EError::FileUnreadable);
+    EXPECT_EQ(IdOf([&] { Open(folder.At()); }), EError::FileUnreadable);
 
     const Bytes whole = RecordingOf(2);
     EXPECT_EQ(idOf(Cut(whole, whole.size() - 2 * NumberedFrame(0).size())), EError::NoFrames);
@@ -187,7 +187,7 @@ TEST(NumberedSource, RefusesWhatHoldsNoFrame) {
 }
 
 TEST(GuessFormat, TellsWhatSpeaksForATypeAndASize) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     Bytes dump;
     for (u16 i = 0; i < 3; ++i)
         dump = dump + PlainFrame(Ramp(80 * 60), {.record = {.width = 80, .height = 60, .counter = i}});

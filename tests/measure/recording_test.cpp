@@ -19,11 +19,7 @@ const u32 kFrame = static_cast<u32>(NumberedFrame(0).size());
 
 /// Source info, and one object of every other class that persists.
 void FillMetadata(reduce::CReduceObjectArray& objects) {
-    const auto info = objects.GetSourceInfo(true);
-    info->time.SetTimestamp(0);
-    info->pixelType = kFormat.pixelType;
-    info->width = info->frameWidth = info->packetWidth = kWidth;
-    info->height = info->frameHeight = info->packetHeight = kHeight;
+    DescribeSource(objects);
     for (u32 i = 0; i < reduce::reduceObjectFactory()->GetEntryCount(); ++i) {
         const auto& entry = reduce::reduceObjectFactory()->GetEntryAt(i);
         const auto object = objects.GetObjectOfType(entry.extra.typeID, -1, true);
@@ -45,14 +41,6 @@ std::vector<SFinding> FindingsOf(const std::filesystem::path& path, bool* good =
     const bool isGood = CheckRecording(path, [&](const SFinding& finding) { findings.push_back(finding); });
     if (good) *good = isGood;
     return findings;
-}
-
-std::vector<std::string> NamesIn(const CSourceFolder& folder) {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder.At("")))
-        names.push_back(entry.path().filename());
-    std::sort(names.begin(), names.end());
-    return names;
 }
 
 Bytes FramesOf(const CSource& source) {
@@ -93,11 +81,11 @@ Bytes Repaired(const std::filesystem::path& path) {
 }
 
 TEST(Recording, ComesBackAsItWasWritten) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     Write(folder.At("run.krt"), 5, {.checksums = true});
-    EXPECT_EQ(NamesIn(folder), (std::vector<std::string>{"run.krt", "run.krt.crc"}));
+    EXPECT_EQ(folder.Names(), (std::vector<std::string>{"run.krt", "run.krt.crc"}));
     EXPECT_TRUE(FindingsOf(folder.At("run.krt")).empty());
-    const Bytes bytes = CSourceFolder::Get(folder.At("run.krt"));
+    const Bytes bytes = folder.Get("run.krt");
     EXPECT_EQ(Bytes(bytes.end() - 5 * kFrame, bytes.end()), Frames(5));
     const CSource source = Open(folder.At("run.krt"));
     EXPECT_EQ(source.Count(), 5u);
@@ -108,20 +96,20 @@ TEST(Recording, ComesBackAsItWasWritten) {
     EXPECT_EQ(objects.GetSourceInfo(false)->presets[0].frameCount, 5u);
 
     // The sums: magic, version, size, frame size, CRC of the metadata, number of frames, sums, CRC of it all.
-    const Bytes sums = CSourceFolder::Get(folder.At("run.krt.crc"));
+    const Bytes sums = folder.Get("run.krt.crc");
     ASSERT_EQ(sums.size(), 16u + 12 + 5 * 4 + 4);
     EXPECT_TRUE(LoadLittle<u32>(&sums[16]) == kFrame && LoadLittle<u32>(&sums[24]) == 5);
     CCalcCRC32File sum;
     sum.Write(NumberedFrame(3).data(), kFrame);
     EXPECT_EQ(LoadLittle<u32>(&sums[28 + 3 * 4]), sum.GetCRC());
     MakeChecksums(folder.At("run.krt"), true);
-    EXPECT_EQ(CSourceFolder::Get(folder.At("run.krt.crc")), sums);
+    EXPECT_EQ(folder.Get("run.krt.crc"), sums);
 }
 
 TEST(Recording, AFrameThatIsNotWhatItWasIsRefusedWhereSumsStandBesideIt) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     Write(folder.At("run.krt"), 3, {.checksums = true});
-    Bytes bytes = CSourceFolder::Get(folder.At("run.krt"));
+    Bytes bytes = folder.Get("run.krt");
     bytes[bytes.size() - 2 * kFrame + 7] ^= 1;  // a pixel of frame 1
     folder.Put("run.krt", bytes);
     const CSource source = Open(folder.At("run.krt"));
@@ -135,18 +123,18 @@ TEST(Recording, AFrameThatIsNotWhatItWasIsRefusedWhereSumsStandBesideIt) {
     EXPECT_FALSE(good);
 
     // Sums that are damaged, or another recording's, are told of; a recording that replaces one takes its sums away.
-    Bytes sums = CSourceFolder::Get(folder.At("run.krt.crc"));
+    Bytes sums = folder.Get("run.krt.crc");
     sums[20] ^= 1;
     folder.Put("run.krt.crc", sums);
     EXPECT_EQ(Open(folder.At("run.krt")).Findings().at(0).id, EFinding::SumsMissing);
     Write(folder.At("run.krt"), 4, {.overwrite = true});
-    EXPECT_EQ(NamesIn(folder), std::vector<std::string>{"run.krt"});
+    EXPECT_EQ(folder.Names(), std::vector<std::string>{"run.krt"});
 }
 
 TEST(Recording, FramesBehindATornPlaceAreHeldAgainstTheirOwnSums) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     Write(folder.At("run.krt"), 8, {.checksums = true});
-    Bytes bytes = CSourceFolder::Get(folder.At("run.krt"));
+    Bytes bytes = folder.Get("run.krt");
     const auto frame = [&](i64 number) { return bytes.end() - (8 - number) * i64{kFrame}; };
     frame(3)[7] ^= 1;  // a pixel of the first one behind
     bytes.erase(frame(2) + 50, frame(2) + 150);
@@ -180,9 +168,9 @@ TEST(Recording, FramesBehindATornPlaceAreHeldAgainstTheirOwnSums) {
 }
 
 TEST(Recording, ACutIsToldAndRepairedToAllWholeFrames) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     Write(folder.At("run.krt"), 3);
-    const Bytes whole = CSourceFolder::Get(folder.At("run.krt"));
+    const Bytes whole = folder.Get("run.krt");
     const std::size_t framesAt = whole.size() - 3 * kFrame;
     for (std::size_t size = 0; size < whole.size(); size += size < framesAt ? 97 : 311) {
         folder.Put("run.krt", Bytes(whole.begin(), whole.begin() + static_cast<i64>(size)));
@@ -194,9 +182,9 @@ TEST(Recording, ACutIsToldAndRepairedToAllWholeFrames) {
 }
 
 TEST(Recording, RepairMendsHeadersAndLeavesOutWhatIsDamaged) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     Write(folder.At("run.krt"), 3);
-    const Bytes whole = CSourceFolder::Get(folder.At("run.krt"));
+    const Bytes whole = folder.Get("run.krt");
     const std::size_t framesAt = whole.size() - 3 * kFrame;
     const Bytes all = Frames(3);
     // In the first block's header and its record, in the second's, in the pixels' header and record, in frame 1.
@@ -222,7 +210,7 @@ TEST(Recording, RepairMendsHeadersAndLeavesOutWhatIsDamaged) {
 }
 
 TEST(RecordingWriter, LeavesAPartOnlyWhenAskedAndReplacesNothingUnasked) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     reduce::CReduceObjectArray objects;
     FillMetadata(objects);
     const auto start = [&](const SWriteOptions& options) {
@@ -236,9 +224,9 @@ TEST(RecordingWriter, LeavesAPartOnlyWhenAskedAndReplacesNothingUnasked) {
         EXPECT_EQ(writer.Count(), 2u);
     };
     start({});
-    EXPECT_TRUE(NamesIn(folder).empty());
+    EXPECT_TRUE(folder.Names().empty());
     start({.keepPart = true});
-    EXPECT_EQ(NamesIn(folder), std::vector<std::string>{"run.krt.part"});
+    EXPECT_EQ(folder.Names(), std::vector<std::string>{"run.krt.part"});
     EXPECT_EQ(IdOf([&] { start({.overwrite = true}); }), EError::FileExists);
     RepairRecording(folder.At("run.krt.part"), folder.At("run.krt"), {}, [](const SFinding&) {});
     EXPECT_EQ(Open(folder.At("run.krt")).Count(), 2u);
@@ -253,7 +241,7 @@ TEST(RecordingWriter, LeavesAPartOnlyWhenAskedAndReplacesNothingUnasked) {
 }
 
 TEST(RecordingWriter, AWriteThatFailsAnywhereIsToldAndLeavesNothing) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     Write(folder.At("run.krt"), 3);
     const std::size_t size = std::filesystem::file_size(folder.At("run.krt"));
     std::filesystem::remove(folder.At("run.krt"));
@@ -265,12 +253,12 @@ TEST(RecordingWriter, AWriteThatFailsAnywhereIsToldAndLeavesNothing) {
         ::setrlimit(RLIMIT_FSIZE, &room);
         EXPECT_EQ(IdOf([&] { Write(folder.At("run.krt"), 3); }), EError::FileUnwritable) << limit;
         ::setrlimit(RLIMIT_FSIZE, &before);
-        EXPECT_TRUE(NamesIn(folder).empty()) << limit;
+        EXPECT_TRUE(folder.Names().empty()) << limit;
     }
 }
 
 TEST(Metadata, OfFirstFramesGoesIntoTheRecordingWithTheTimeThatTheyCarry) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     const CSource source = Open(folder.Put("dump", Frames(3)), AsDump());
     reduce::CReduceObjectArray objects;
     GatherMetadata(source, CFrameNumbers::All(3), objects);

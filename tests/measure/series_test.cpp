@@ -174,13 +174,9 @@ TEST(Series, MergesEachCycleOfPresetsToOneFrame) {
 
 TEST(Series, TakesTheFramesOfAPipeAsTheyCome) {
     for (const unsigned threads : {1, 3}) {
-        int ends[2];
-        ASSERT_EQ(::pipe(ends), 0);
-        std::jthread writer([&] {
-            const Bytes frames = test::Frames(40);
-            EXPECT_EQ(::write(ends[1], frames.data(), frames.size()), static_cast<ssize_t>(frames.size()));
-        });
-        const CMeasurement measurement(OpenDescriptor(ends[0], "pipe", AsDump()), {.quantity = EQuantity::Counts});
+        const CPipe pipe(test::Frames(40), 1000, true);
+        const CMeasurement measurement(OpenDescriptor(pipe.Reader(), "pipe", AsDump()),
+                                       {.quantity = EQuantity::Counts});
         EXPECT_FALSE(measurement.Unit());
         CSeries chosen(measurement, {.frames = CFrameNumbers({{2, 8, 3}, {11, 35}}), .threads = threads});
         std::vector<u64> numbers;
@@ -198,9 +194,6 @@ TEST(Series, TakesTheFramesOfAPipeAsTheyCome) {
             stop.request_stop();
         });
         EXPECT_EQ(IdOf([&] { NumbersOf(rest); }), EError::Interrupted);
-        writer.join();
-        ::close(ends[0]);
-        ::close(ends[1]);
     }
 }
 

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <fstream>
-#include <iterator>
+#include <unistd.h>
+
+#include <thread>
 
 #include "measure/measure.h"
 #include "support/k410_frames.h"
@@ -53,30 +54,46 @@ inline Bytes Torn(Bytes bytes, u64 offset, i64 lost) {
 }
 inline Bytes StreamFrame(std::size_t imageBytes) { return CompressedFrame(Bytes(imageBytes, 0x33), {}); }
 
-/// A folder of files.
-class CSourceFolder : public CTestFolder {
+/// A pipe into which a thread writes pieces; `held`: its end stays open.
+class CPipe {
   public:
-    std::filesystem::path At(const char* name) const { return Path(name).GetUTF8(); }
-    std::filesystem::path Put(const char* name, const Bytes& bytes) const {
-        std::ofstream(At(name), std::ios::binary)
-            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-        return At(name);
+    explicit CPipe(Bytes bytes, std::size_t piece = 1000, bool held = false) {
+        EXPECT_EQ(::pipe(ends_), 0);
+        writer_ = std::thread([this, piece, held, all = std::move(bytes)] {
+            for (std::size_t at = 0; at < all.size(); at += piece)
+                Write(std::span(all).subspan(at, std::min(piece, all.size() - at)));
+            if (!held) ::close(ends_[1]);
+        });
     }
-    static Bytes Get(const std::filesystem::path& path) {
-        std::ifstream file(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
+    ~CPipe() {
+        ::close(ends_[0]);
+        if (writer_.joinable()) writer_.join();
     }
+    int Reader() const { return ends_[0]; }
+    void Write(std::span<const u8> bytes) const {
+        EXPECT_EQ(::write(ends_[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+    }
+
+  private:
+    int ends_[2] = {};
+    std::thread writer_;
 };
 
-/// A finished recording of `count` frames with the objects of `fill` beside its source info.
-inline Bytes RecordingOf(u16 count, const std::function<void(reduce::CReduceObjectArray&)>& fill = {}) {
-    reduce::CReduceObjectArray objects;
+/// The source of such frames, as recordings tell of it.
+inline auto DescribeSource(reduce::CReduceObjectArray& objects) {
     const auto info = objects.GetSourceInfo(true);
     info->pixelType = kK410GigE;
     info->width = info->frameWidth = info->packetWidth = kWidth;
     info->height = info->frameHeight = info->packetHeight = kHeight;
     info->valid = true;
     info->time.SetTimestamp(0);
+    return info;
+}
+
+/// A finished recording of `count` frames with the objects of `fill` beside its source info.
+inline Bytes RecordingOf(u16 count, const std::function<void(reduce::CReduceObjectArray&)>& fill = {}) {
+    reduce::CReduceObjectArray objects;
+    const auto info = DescribeSource(objects);
     if (fill) fill(objects);
     CMemFile file;
     const TSharedPtr<IFile> out = BorrowShared<IFile>(file);

@@ -1,8 +1,4 @@
-#include <gtest/gtest.h>
-#include <unistd.h>
-
 #include <atomic>
-#include <thread>
 
 #include "source_files.h"
 
@@ -13,31 +9,6 @@ using namespace test;
 using Clock = std::chrono::steady_clock;
 
 const u64 kFrame = NumberedFrame(0).size();
-
-/// A pipe into which a thread writes pieces; `held`: its end stays open.
-class CPipe {
-  public:
-    explicit CPipe(Bytes bytes, std::size_t piece = 1000, bool held = false) {
-        EXPECT_EQ(::pipe(ends_), 0);
-        writer_ = std::thread([this, piece, held, all = std::move(bytes)] {
-            for (std::size_t at = 0; at < all.size(); at += piece)
-                Write(std::span(all).subspan(at, std::min(piece, all.size() - at)));
-            if (!held) ::close(ends_[1]);
-        });
-    }
-    ~CPipe() {
-        ::close(ends_[0]);
-        if (writer_.joinable()) writer_.join();
-    }
-    int Reader() const { return ends_[0]; }
-    void Write(std::span<const u8> bytes) const {
-        EXPECT_EQ(::write(ends_[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
-    }
-
-  private:
-    int ends_[2] = {};
-    std::thread writer_;
-};
 
 struct SStream {
     std::vector<Bytes> frames = {};
@@ -132,12 +103,9 @@ TEST(StreamSource, TheFirstFrameSpeaksForItsTypeAndSize) {
 }
 
 TEST(StreamSource, FollowsARecordingUntilItIsFinished) {
-    const CSourceFolder folder;
+    const CTestFolder folder;
     reduce::CReduceObjectArray objects;
-    const auto info = objects.GetSourceInfo(true);
-    info->pixelType = kK410GigE;
-    info->width = info->frameWidth = kWidth;
-    info->height = info->frameHeight = kHeight;
+    DescribeSource(objects);
     constexpr u16 kWritten = 12;
     std::atomic<bool> started = false;
     std::thread writer([&] {

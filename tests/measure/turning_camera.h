@@ -69,7 +69,7 @@ class CTurningDump {
                              {.pixelType = kTurning, .width = 2, .height = 2, .frameSize = 2 * kTurningPixels + 1});
     }
 
-    CSourceFolder folder_;
+    CTestFolder folder_;
     measure::CSource source_;
 };
 
