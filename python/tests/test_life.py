@@ -92,15 +92,6 @@ def test_processes_measure_what_is_sent_to_them(compressed, method):
         assert np.array_equal(np.concatenate(list(pool.map(temperatures, parts))), expected)
 
 
-def test_a_forked_child_goes_on_with_what_its_parent_opened(compressed):
-    rec = ovix.open(compressed, **COMPRESSED.how)
-    expected = rec.temperature()
-    child = os.fork()
-    if child == 0:
-        os._exit(0 if np.array_equal(rec.temperature(), expected) else 1)
-    assert os.waitpid(child, 0)[1] == 0
-
-
 def test_threads_share_one_recording(compressed):
     rec = ovix.open(compressed, **COMPRESSED.how)
     expected = rec.temperature(threads=1)

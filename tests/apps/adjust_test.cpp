@@ -1,7 +1,5 @@
 // Frame adjustment and hexdumps on files that are written byte by byte.
 
-#include <gtest/gtest.h>
-
 #include "support/byte_writer.h"
 #include "tool_run.h"
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include "apps/ovix/facts/error_json.h"
 #include "core/bytes.h"
 #include "support/test_folder.h"

@@ -45,21 +45,18 @@ class Calibrate : public ::testing::Test {
 };
 
 TEST_F(Calibrate, MeasuresTheSceneThatItWasFittedTo) {
-    const struct {
-        Arguments fit;
-        double tolerance;
-    } kCases[] = {{{}, 0.3},
-                  {{"--order", "4"}, 0.1},
-                  {{"--order", "4", "--to-temperature", "polynomial"}, 0.1},
-                  {{"--order", "6"}, 0.1}};
-    for (const auto& c : kCases) {
-        SCOPED_TRACE(::testing::PrintToString(c.fit));
-        const Json fit = Fit(c.fit);
-        EXPECT_LT(fit["presets"][0]["largestKelvin"], c.tolerance);
+    const std::pair<Arguments, double> kCases[] = {{{}, 0.3},
+                                                   {{"--order", "4"}, 0.1},
+                                                   {{"--order", "4", "--to-temperature", "polynomial"}, 0.1},
+                                                   {{"--order", "6"}, 0.1}};
+    for (const auto& [options, tolerance] : kCases) {
+        SCOPED_TRACE(::testing::PrintToString(options));
+        const Json fit = Fit(options);
+        EXPECT_LT(fit["presets"][0]["largestKelvin"], tolerance);
         EXPECT_TRUE(fit["presets"][0]["steady"]);
         folder.Do(Arguments{"convert", "--user-cal", "cal.json", "-o", "user.npy", "--overwrite"} + kDump + kBlack);
         const std::vector<float> measured = ReadArray<float>(folder.At("user.npy"));
-        for (u32 i = 0; i < kPixels; ++i) ASSERT_NEAR(measured[i], truth[i], c.tolerance) << i;
+        for (u32 i = 0; i < kPixels; ++i) ASSERT_NEAR(measured[i], truth[i], tolerance) << i;
     }
     // A recording takes the calibration along.
     folder.Do(Arguments{"record"} + kDump + Arguments{"--user-cal", "cal.json", "-o", "run.krt"});
@@ -74,8 +71,7 @@ TEST_F(Calibrate, SaysWhatItFoundWithUnits) {
     for (const char* part : {"Black body (°F)", "Radiance (W/(cm² sr))", "preset 0: ", "residuals: rms "})
         EXPECT_NE(table.find(part), std::string::npos) << part;
     const Json cal = Json::parse(ReadText(folder.At("cal.json")));
-    EXPECT_EQ(cal["schema"], 1);
-    EXPECT_EQ(cal["bandMicrometres"], Json({8, 12}));
+    EXPECT_TRUE(cal["schema"] == 1 && cal["bandMicrometres"] == Json({8, 12}));
     EXPECT_EQ(cal["presets"][0]["order"], 5) << "an order whose powers do not wrap";
     EXPECT_EQ(cal["presets"][0]["coefficients"][3], 0);
 }
@@ -113,9 +109,8 @@ TEST_F(Calibrate, ExplainWalksByTheCalibrationThatWasGiven) {
     };
     const Json walk = explain({"--user-cal", "cal.json", "--atmosphere-trans", "0.5"});
     ASSERT_EQ(walk["steps"].size(), 3u) << walk;
-    EXPECT_EQ(walk["steps"][1]["step"], "radiance (user)");
-    EXPECT_EQ(walk["steps"][2]["step"], "temperature (user)");
-    EXPECT_EQ(walk["calibrationFrom"], "command line");
+    EXPECT_EQ(Json({walk["steps"][1]["step"], walk["steps"][2]["step"], walk["calibrationFrom"]}),
+              Json({"radiance (user)", "temperature (user)", "command line"}));
     double radiance = 0, power = 1;
     for (const double a : walk["calibration"]["coefficients"].get<std::vector<double>>()) {
         radiance += a * power;
@@ -127,25 +122,23 @@ TEST_F(Calibrate, ExplainWalksByTheCalibrationThatWasGiven) {
 }
 
 TEST_F(Calibrate, PointsThatWouldNotDo) {
-    const struct {
-        const char* text;
-        const char* says;
-    } kCases[] = {{"5000,20\n", "line 1"},
-                  {"counts,temperature (°C)\n5000,20\nmany,30\n", "line 3"},
-                  {"5000,20C\n6000,-300C\n", "line 2"},
-                  {"5000,20C,8\n", "preset from 0 to 7"},
-                  {"5000\n", "line 1"},
-                  {"\n# nothing\n", "no pair"},
-                  {"counts,temperature\n5000,20\n", "--scale"},
-                  {"5000,20K\n6000,30K\n7000,40K\n", "between 100 K and 5000 K"},
-                  {"1e300,20C\n2e300,30C\n3e300,40C\n", "counts"},
-                  {"5000,20C\n6000,20C\n7000,20C\n", "two temperatures"},
-                  {"5000,20C\n6000,30C\n", "do not determine"}};
-    for (const auto& c : kCases) {
-        WriteText(folder.At("bad.csv"), c.text);
+    const std::pair<const char*, const char*> kCases[] = {
+        {"5000,20\n", "line 1"},
+        {"counts,temperature (°C)\n5000,20\nmany,30\n", "line 3"},
+        {"5000,20C\n6000,-300C\n", "line 2"},
+        {"5000,20C,8\n", "preset from 0 to 7"},
+        {"5000\n", "line 1"},
+        {"\n# nothing\n", "no pair"},
+        {"counts,temperature\n5000,20\n", "--scale"},
+        {"5000,20K\n6000,30K\n7000,40K\n", "between 100 K and 5000 K"},
+        {"1e300,20C\n2e300,30C\n3e300,40C\n", "counts"},
+        {"5000,20C\n6000,20C\n7000,20C\n", "two temperatures"},
+        {"5000,20C\n6000,30C\n", "do not determine"}};
+    for (const auto& [text, says] : kCases) {
+        WriteText(folder.At("bad.csv"), text);
         const SToolRun run = folder.Run({"calibrate", "bad.csv", "--band", "8,12", "-o", "bad.json"});
-        EXPECT_EQ(run.status, 1) << c.text;
-        EXPECT_NE(run.error.find(c.says), std::string::npos) << run.error;
+        EXPECT_EQ(run.status, 1) << text;
+        EXPECT_NE(run.error.find(says), std::string::npos) << run.error;
         EXPECT_EQ(run.ErrorLines(), 1) << run.error;
     }
     for (const Arguments& wrong : {Arguments{"--band", "12,8"}, Arguments{"--band", "8,12", "--order", "10"},
@@ -183,36 +176,33 @@ TEST(UserCalibration, FilesComeBackAndDamageIsNamed) {
     EXPECT_TRUE(read.GetBackgroundValue(2, background));
     EXPECT_EQ(background, 120.5);
 
-    const struct {
-        const char* pointer;
-        Json value;
-        const char* says;
-    } kCases[] = {{"/schema", 2, "schema"},
-                  {"/kind", "a cake", "kind"},
-                  {"/radianceUnit", "W/(m² sr)", "radianceUnit"},
-                  {"/bandMicrometres", Json({5, 3}), "bandMicrometres"},
-                  {"/bandMicrometres/0", "3", "bandMicrometres[0]"},
-                  {"/presets", Json::array(), "presets"},
-                  {"/presets/0/preset", 8, "presets[0].preset"},
-                  {"/presets/0/order", 1.5, "presets[0].order"},
-                  {"/presets/0/order", ~u64{1}, "presets[0].order"},  // -2 in 64 bits
-                  {"/presets/1/preset", 2, "presets[1].preset"},
-                  {"/presets/1/order", 3, "presets[1]"},
-                  {"/presets/1/coefficients", nullptr, "presets[1].coefficients"},
-                  {"/presets/1/temperatureTable/radiances", Json({2, 1}), "presets[1].temperatureTable"},
-                  {"/presets/1/temperatureTable/celsius", Json({2}), "presets[1].temperatureTable"},
-                  {"/presets/1/temperatureTable/celsius", Json({30, 20}), "presets[1].temperatureTable"},
-                  {"/presets/0/temperatureCoefficients", Json({2}), "presets[0].temperatureCoefficients"}};
+    const std::tuple<const char*, Json, const char*> kCases[] = {
+        {"/schema", 2, "schema"},
+        {"/kind", "a cake", "kind"},
+        {"/radianceUnit", "W/(m² sr)", "radianceUnit"},
+        {"/bandMicrometres", Json({5, 3}), "bandMicrometres"},
+        {"/bandMicrometres/0", "3", "bandMicrometres[0]"},
+        {"/presets", Json::array(), "presets"},
+        {"/presets/0/preset", 8, "presets[0].preset"},
+        {"/presets/0/order", 1.5, "presets[0].order"},
+        {"/presets/0/order", ~u64{1}, "presets[0].order"},  // -2 in 64 bits
+        {"/presets/1/preset", 2, "presets[1].preset"},
+        {"/presets/1/order", 3, "presets[1]"},
+        {"/presets/1/coefficients", nullptr, "presets[1].coefficients"},
+        {"/presets/1/temperatureTable/radiances", Json({2, 1}), "presets[1].temperatureTable"},
+        {"/presets/1/temperatureTable/celsius", Json({2}), "presets[1].temperatureTable"},
+        {"/presets/1/temperatureTable/celsius", Json({30, 20}), "presets[1].temperatureTable"},
+        {"/presets/0/temperatureCoefficients", Json({2}), "presets[0].temperatureCoefficients"}};
     const auto expectFault = [&](const std::string& text, const char* says) {
         WriteText(path, text);
         std::string line;
         EXPECT_NE(ExitOf([&] { ReadUserCalibration(path); }, &line), ExitDone) << text;
         EXPECT_NE(line.find(says), std::string::npos) << line;
     };
-    for (const auto& c : kCases) {
+    for (const auto& [pointer, value, says] : kCases) {
         Json bad = good;
-        bad[Json::json_pointer(c.pointer)] = c.value;
-        expectFault(bad.dump(), c.says);
+        bad[Json::json_pointer(pointer)] = value;
+        expectFault(bad.dump(), says);
     }
     expectFault("{\"kind\":" + std::string(1'000'000, '[') + std::string(1'000'000, ']') + '}', "kind");
     expectFault("{\"schema\": ", "JSON");

@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 #include <tiffio.h>
 
 #include <charconv>
@@ -10,6 +9,7 @@
 #include "app_files.h"
 #include "apps/ovix/app_error.h"
 #include "apps/ovix/output/frame_writer.h"
+#include "support/text.h"
 
 namespace ovix::app {
 namespace {
@@ -127,9 +127,8 @@ std::vector<SPage> ReadTiff(const std::filesystem::path& path) {
         char* text = nullptr;
         if (TIFFGetField(tiff, TIFFTAG_IMAGEDESCRIPTION, &text)) page.description = text;
         page.pixels.resize(std::size_t{page.height} * static_cast<std::size_t>(TIFFScanlineSize(tiff)));
-        for (u32 y = 0; y < page.height; ++y) {
+        for (u32 y = 0; y < page.height; ++y)
             EXPECT_EQ(TIFFReadScanline(tiff, page.pixels.data() + y * TIFFScanlineSize(tiff), y, 0), 1);
-        }
     } while (TIFFReadDirectory(tiff));
     TIFFClose(tiff);
     return pages;
@@ -143,9 +142,8 @@ TEST_P(TiffWriter, PagesReadBack) {
     constexpr u16 kWidth = 500;
     constexpr u16 kHeight = 301;  // more than two strips, the last of them short
     std::vector<std::vector<float>> frames(3, std::vector<float>(kWidth * kHeight));
-    for (std::size_t f = 0; f < frames.size(); ++f) {
+    for (std::size_t f = 0; f < frames.size(); ++f)
         for (std::size_t i = 0; i < frames[f].size(); ++i) frames[f][i] = std::sin(static_cast<float>(i * (f + 1)));
-    }
     std::vector<u8> status(frames[0].size());
     status[12] = 4;
     Write(folder.At("a.tif"), Series(kWidth, kHeight, 3),
@@ -155,25 +153,21 @@ TEST_P(TiffWriter, PagesReadBack) {
     const std::vector<SPage> pages = ReadTiff(folder.At("a.tif"));
     ASSERT_EQ(pages.size(), 3u);
     for (std::size_t f = 0; f < pages.size(); ++f) {
-        EXPECT_EQ(pages[f].width, kWidth);
-        EXPECT_EQ(pages[f].bits, 32);
-        EXPECT_EQ(pages[f].format, SAMPLEFORMAT_IEEEFP);
-        EXPECT_EQ(pages[f].compression, GetParam() ? COMPRESSION_ADOBE_DEFLATE : COMPRESSION_NONE);
+        EXPECT_EQ(Text(pages[f].width, pages[f].bits, pages[f].format, pages[f].compression),
+                  Text(kWidth, 32, SAMPLEFORMAT_IEEEFP, GetParam() ? COMPRESSION_ADOBE_DEFLATE : COMPRESSION_NONE));
         EXPECT_LE(pages[f].predictor, PREDICTOR_NONE);
         ASSERT_EQ(pages[f].pixels.size(), frames[f].size() * 4);
         EXPECT_EQ(std::memcmp(pages[f].pixels.data(), frames[f].data(), pages[f].pixels.size()), 0);
     }
     const Json first = Json::parse(pages[0].description);
-    EXPECT_EQ(first["unit"], "°C");
-    EXPECT_EQ(first["parameters"]["emissivity"], 0.95);
-    EXPECT_EQ(first["status"]["overflow"], 1);
+    EXPECT_EQ(Json({first["unit"], first["parameters"]["emissivity"], first["status"]["overflow"]}),
+              Json({"°C", 0.95, 1}));
     EXPECT_TRUE(std::all_of(pages[0].description.begin(), pages[0].description.end(), [](char c) { return c > 0; }));
     EXPECT_EQ(Json::parse(pages[1].description)["frame"], 5);
 
     const std::vector<SPage> flags = ReadTiff(folder.At("a.status.tif"));
     ASSERT_EQ(flags.size(), 3u);
-    EXPECT_EQ(flags[2].bits, 8);
-    EXPECT_EQ(flags[2].pixels[12], 4);
+    EXPECT_TRUE(flags[2].bits == 8 && flags[2].pixels[12] == 4);
 }
 
 TEST(TiffWriterSize, BigOnlyWhenMuchIsToCome) {
@@ -238,9 +232,8 @@ TEST(FrameWriter, WritesNothingWithoutFinishOrFrames) {
         EXPECT_EQ(folder.Names(), Names{}) << name;
     }
     CTestFolder folder;
-    for (const char* name : {"a", "a.jpg", ".png"}) {
+    for (const char* name : {"a", "a.jpg", ".png"})
         EXPECT_THROW(MakeFrameWriter(folder.At(name), Series(2, 2, 1), {}), CAppError) << name;
-    }
 }
 
 }  // namespace

@@ -17,9 +17,8 @@ class Explain : public ::testing::Test {
     }
     static const Json& Named(const Json& list, const char* key, const std::string& name) {
         static const Json none;
-        for (const Json& entry : list) {
+        for (const Json& entry : list)
             if (entry[key] == name) return entry;
-        }
         ADD_FAILURE() << name << " is not in " << list;
         return none;
     }
@@ -34,11 +33,9 @@ TEST_F(Explain, FollowsThePixelByTheCalibrationThatItShows) {
     EXPECT_TRUE(walk["schema"] == 1 && walk["frame"] == 1 && walk["x"] == 20 && walk["y"] == 30);
     // The scene, and who said it.
     const auto parameter = [&](const char* name) { return Named(walk["parameters"], "name", name); };
-    EXPECT_EQ(parameter("emissivity")["value"], 0.8);
-    EXPECT_EQ(parameter("emissivity")["from"], "command line");
-    EXPECT_EQ(parameter("reflected temperature")["unit"], "K");
-    EXPECT_EQ(parameter("atmosphere transmission")["from"], "command line");
-    EXPECT_EQ(parameter("distance")["from"], "frame");
+    EXPECT_TRUE(parameter("emissivity")["value"] == 0.8 && parameter("reflected temperature")["unit"] == "K");
+    for (const char* name : {"emissivity", "atmosphere transmission", "distance"})
+        EXPECT_EQ(parameter(name)["from"], *name == 'd' ? "frame" : "command line") << name;
 
     // Count to temperature once more, from what is shown.
     const Json& cal = walk["calibration"];
@@ -73,9 +70,8 @@ TEST_F(Explain, ShowsAnotherSceneSideBySide) {
         EXPECT_NEAR(step["changed"]["change"], other["value"].get<double>() - step["value"].get<double>(), 1e-9);
     }
     const Json& emissivity = Named(walk["parameters"], "name", "emissivity");
-    EXPECT_EQ(emissivity["from"], "frame");
-    EXPECT_EQ(emissivity["changed"]["value"], 0.5);
-    EXPECT_EQ(emissivity["changed"]["from"], "command line");
+    EXPECT_EQ(Json({emissivity["from"], emissivity["changed"]["value"], emissivity["changed"]["from"]}),
+              Json({"frame", 0.5, "command line"}));
     EXPECT_EQ(Named(walk["steps"], "step", "counts as recorded")["changed"]["change"], 0.0);
     EXPECT_EQ(Named(walk["steps"], "step", "temperature (factory)")["changed"]["changeUnit"], "°F");
 
@@ -100,22 +96,20 @@ TEST_F(Explain, ForAReader) {
 }
 
 TEST_F(Explain, RefusesWhatNamesNoPixelAndNoValue) {
-    const struct {
-        Arguments arguments;
-        const char* says;
-    } kCases[] = {{{}, "--at"},
-                  {{"--at", "64,0"}, "64 x 48"},
-                  {{"--at", "1;2"}, "--at"},
-                  {{"--at", "1,2", "--frame", "0-1"}, "--frame: expected one frame"},
-                  {{"--at", "1,2", "--frame", "9"}, "there is no frame 9"},
-                  {{"--at", "1,2", "--set", "emissivity"}, "NAME=VALUE"},
-                  {{"--at", "1,2", "--set", "emisivity=1"}, "emissivity"},
-                  {{"--at", "1,2", "--set", "emissivity=7"}, "0.001"},
-                  {{"--at", "1,2", "--unit", "red"}, "red"}};
-    for (const auto& c : kCases) {
-        const SToolRun run = folder.Run(command + c.arguments);
-        EXPECT_NE(run.status, 0) << c.says;
-        EXPECT_NE(run.error.find(c.says), std::string::npos) << run.error;
+    const std::pair<Arguments, const char*> kCases[] = {
+        {{}, "--at"},
+        {{"--at", "64,0"}, "64 x 48"},
+        {{"--at", "1;2"}, "--at"},
+        {{"--at", "1,2", "--frame", "0-1"}, "--frame: expected one frame"},
+        {{"--at", "1,2", "--frame", "9"}, "there is no frame 9"},
+        {{"--at", "1,2", "--set", "emissivity"}, "NAME=VALUE"},
+        {{"--at", "1,2", "--set", "emisivity=1"}, "emissivity"},
+        {{"--at", "1,2", "--set", "emissivity=7"}, "0.001"},
+        {{"--at", "1,2", "--unit", "red"}, "red"}};
+    for (const auto& [arguments, says] : kCases) {
+        const SToolRun run = folder.Run(command + arguments);
+        EXPECT_NE(run.status, 0) << says;
+        EXPECT_NE(run.error.find(says), std::string::npos) << run.error;
         EXPECT_EQ(run.ErrorLines(), 1) << run.error;
     }
 }

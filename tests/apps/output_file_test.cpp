@@ -1,6 +1,5 @@
 #include "apps/ovix/output/output_file.h"
 
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 

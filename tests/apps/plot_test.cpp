@@ -1,5 +1,4 @@
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
@@ -41,9 +40,8 @@ TEST(PlotData, ReadsGoodPixels) {
     EXPECT_THAT(profile(0, 0, 2, 1), ElementsAre(0, 5, NanSensitiveDoubleEq(kNaN)));
     EXPECT_THAT(profile(2, 0, 2, 0), ElementsAre(2));
     const std::vector<float> values{3, -1, 7};
-    EXPECT_EQ(FigureOf(values, EFigure::Mean), 3);
-    EXPECT_EQ(FigureOf(values, EFigure::Highest), 7);
-    EXPECT_EQ(FigureOf(values, EFigure::Lowest), -1);
+    for (const auto& [figure, value] : {std::pair{EFigure::Mean, 3}, {EFigure::Highest, 7}, {EFigure::Lowest, -1}})
+        EXPECT_EQ(FigureOf(values, figure), value);
     EXPECT_TRUE(std::isnan(FigureOf({}, EFigure::Mean)));
 }
 
@@ -85,13 +83,9 @@ TEST(PlotDrawing, CurvesGoThroughTheirValuesAndLeaveGaps) {
     const auto is = [&](double place, double value, SColour colour) {
         return IsAt(rows, field.XOf(place), field.YOf(value), colour);
     };
-    EXPECT_TRUE(is(0.5, 20, first));
-    EXPECT_TRUE(is(4.5, 20, first));
-    EXPECT_FALSE(is(3.4, 20, first));  // beside the gap
-    EXPECT_FALSE(is(0.5, 21, first));
-    EXPECT_TRUE(is(1.5, 10, second));
-    EXPECT_TRUE(is(4.5, 40, second));
-    EXPECT_TRUE(is(0.4, 30, ColourOf(0xFFFFFF)));
+    EXPECT_TRUE(is(0.5, 20, first) && is(4.5, 20, first));
+    EXPECT_FALSE(is(3.4, 20, first) || is(0.5, 21, first));  // beside the gap, and beside the curve
+    EXPECT_TRUE(is(1.5, 10, second) && is(4.5, 40, second) && is(0.4, 30, ColourOf(0xFFFFFF)));
     const std::string svg = PlotSvg(plot, R"({"a": "</desc>&"})");
     EXPECT_THAT(svg, testing::HasSubstr("<desc>{\"a\": \"&lt;/desc>&amp;\"}</desc>"));
     EXPECT_THAT(svg, testing::EndsWith("</svg>\n"));
@@ -100,11 +94,7 @@ TEST(PlotDrawing, CurvesGoThroughTheirValuesAndLeaveGaps) {
 TEST(PlotCommand, DrawsWhatIsAskedForAndRefusesWhatMeansNothing) {
     CToolFolder folder;
     folder.Do({"synth", "--family", "Plover", "--size", "64x48", "--count", "13", "-o", "f.raw"});
-    const struct {
-        Arguments more;
-        int status;
-        const char* error;
-    } cases[] = {
+    const std::tuple<Arguments, int, const char*> cases[] = {
         {{"-o", "t.svg", "--roi", "a=1,1,9,9", "--roi", "2,2,9,9"}, 0, "2 curves of 13 frames"},
         {{"-o", "p.png", "--kind", "profile", "--line", "0,0,63,47", "--frames", "0,12"}, 0, "2 curves of 2 frames"},
         {{"-o", "h.png", "--kind", "histogram", "--frames", "3"}, 0, "1 curve of 1 frame"},
@@ -117,10 +107,10 @@ TEST(PlotCommand, DrawsWhatIsAskedForAndRefusesWhatMeansNothing) {
         {{"-o", "x.png", "--kind", "profile", "--line", "0,0,1"}, 2, "--line"},
         {{"-o", "x.png", "--kind", "histogram", "--figure", "max", "--frames", "1"}, 2, "--figure"},
     };
-    for (const auto& c : cases) {
-        const auto run = folder.Run(Arguments{"plot", "f.raw"} + FramesOf("Plover IR (F7M0)") + c.more);
-        EXPECT_EQ(run.status, c.status) << run.error;
-        EXPECT_THAT(run.error, testing::HasSubstr(c.error));
+    for (const auto& [more, status, error] : cases) {
+        const auto run = folder.Run(Arguments{"plot", "f.raw"} + FramesOf("Plover IR (F7M0)") + more);
+        EXPECT_EQ(run.status, status) << run.error;
+        EXPECT_THAT(run.error, testing::HasSubstr(error));
     }
     EXPECT_THAT(folder.Names(), ElementsAre("f.raw", "h.png", "p.png", "t.svg"));
     // Frames 20 ms apart.

@@ -57,12 +57,9 @@ TEST(Record, InfoShowsTheBlocksAndWhichOfThemAreDamaged) {
     std::string bytes = ReadText(folder.At("run.krt"));
     const Json blocks = folder.Doc({"info", "run.krt"})["blocks"];
     ASSERT_EQ(blocks.size(), 5u);
-    EXPECT_EQ(blocks[0]["name"], "SourceInfo");
-    EXPECT_EQ(blocks[0]["offset"], 77);
-    EXPECT_EQ(blocks[0]["bytes"], 2048);
-    EXPECT_EQ(blocks[1]["offset"], 77 + 77 + 2048);
-    EXPECT_EQ(blocks[4]["name"], "Pixels");
-    EXPECT_TRUE(blocks[4]["crcRight"].is_null());
+    EXPECT_EQ(Json({blocks[0]["name"], blocks[0]["offset"], blocks[0]["bytes"], blocks[1]["offset"]}),
+              Json({"SourceInfo", 77, 2048, 77 + 77 + 2048}));
+    EXPECT_TRUE(blocks[4]["name"] == "Pixels" && blocks[4]["crcRight"].is_null());
     bytes[77 + 77 + 2048 + 77 + 20] ^= 4;
     WriteText(folder.At("run.krt"), bytes);
     const SToolRun shown = folder.Run({"info", "--json", "run.krt"});
@@ -84,13 +81,12 @@ TEST(Record, VerifyAndRepairLeaveWithTheirStatus) {
     const std::size_t frame = ReadText(folder.At("dump.raw")).size() / 3;
     WriteText(folder.At("cut.krt"), bytes.substr(0, bytes.size() - 1));
     const Json verify = Json::parse(folder.Run({"verify", "--json", "cut.krt"}).out);
-    EXPECT_FALSE(verify["good"]);
-    EXPECT_EQ(verify["findings"][0]["offset"], bytes.size() - frame);
-    EXPECT_EQ(verify["findings"][0]["expected"], std::to_string(frame) + " bytes");
-    EXPECT_EQ(verify["findings"][0]["found"], std::to_string(frame - 1));
+    const Json& finding = verify["findings"][0];
+    EXPECT_EQ(Json({verify["good"], finding["offset"], finding["expected"], finding["found"]}),
+              Json({false, bytes.size() - frame, std::to_string(frame) + " bytes", std::to_string(frame - 1)}));
     EXPECT_EQ(folder.Run({"verify", "cut.krt"}).status, 1);
-    EXPECT_EQ(folder.Run({"repair", "cut.krt", "-o", "good.krt"}).status, 0);
-    EXPECT_EQ(folder.Run({"verify", "good.krt"}).status, 0);
+    folder.Do({"repair", "cut.krt", "-o", "good.krt"});
+    folder.Do({"verify", "good.krt"});
     EXPECT_EQ(folder.Run({"repair", "cut.krt", "-o", "good.krt"}).status, 4);  // is there already
 
     bytes[bytes.size() - frame + 64 * 48 * 2 + 32] ^= 1;  // the signature behind the pixels and the digital header
@@ -113,7 +109,7 @@ TEST(Record, PartsAreKeptOnlyWhenAskedAndNeverReplaced) {
     EXPECT_EQ(folder.Run(record + Arguments{"--keep-part"}).status, 1);
     EXPECT_EQ(folder.Names(), (std::vector<std::string>{"dump.raw", "run.krt.part"}));
     EXPECT_EQ(folder.Run(record + Arguments{"--keep-part", "--overwrite"}).status, 4);
-    EXPECT_EQ(folder.Run({"repair", "run.krt.part", "-o", "run.krt"}).status, 0);
+    folder.Do({"repair", "run.krt.part", "-o", "run.krt"});
     EXPECT_EQ(RowsOf(folder, {"run.krt"}).size(), 2u);
     const Arguments skip = record + Arguments{"--on-error", "skip", "--overwrite"};
     EXPECT_EQ(folder.Run(skip).status, 4);  // the part is there still

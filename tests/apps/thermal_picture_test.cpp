@@ -1,14 +1,12 @@
 #include "apps/ovix/output/thermal_picture.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <png.h>
 
 #include <array>
 #include <cmath>
 #include <limits>
 
-#include "app_files.h"
 #include "apps/ovix/output/frame_writer.h"
 #include "apps/ovix/output/plain_picture.h"
 #include "tool_run.h"
@@ -64,16 +62,13 @@ TEST(Palette, WhatItCannotSayLooksLikeNoneOfIt) {
 }
 
 TEST(ColourScale, KindsOfPixels) {
-    const struct {
-        float value;
-        u8 status;
-        EPixelKind kind;
-    } cases[] = {
+    const std::tuple<float, u8, EPixelKind> cases[] = {
         {15, 0, PixelShown},        {10, 1, PixelUncalibrated},  {20, 8 | 16, PixelShown},      {9.99f, 0, PixelBelow},
         {15, 2, PixelUnder},        {-kInfinity, 0, PixelBelow}, {20.1f, 0, PixelAbove},        {15, 4 | 1, PixelOver},
         {kInfinity, 0, PixelAbove}, {kNaN, 0, PixelNoData},      {15, 32 | 2 | 4, PixelNoData}, {9, 1, PixelBelow},
     };
-    for (const auto& c : cases) EXPECT_EQ(KindOf(c.value, c.status, {10, 20}), c.kind) << c.value << " " << +c.status;
+    for (const auto& [value, status, kind] : cases)
+        EXPECT_EQ(KindOf(value, status, {10, 20}), kind) << value << " " << +status;
 }
 
 TEST(PictureRange, LooksAtWhatIsShown) {
@@ -151,19 +146,15 @@ TEST(PictureRange, PercentilesAreValuesOfThePixels) {
 }
 
 TEST(ColourScale, TicksAreRoundNumbers) {
-    const struct {
-        SRange range;
-        int wanted;
-        std::vector<std::string> labels;
-    } cases[] = {
+    const std::tuple<SRange, int, std::vector<std::string>> cases[] = {
         {{10.3f, 79.2f}, 7, {"20", "30", "40", "50", "60", "70"}}, {{-1, 1}, 4, {"-1.0", "-0.5", "0.0", "0.5", "1.0"}},
         {{0.0031f, 0.0049f}, 4, {"0.0035", "0.0040", "0.0045"}},   {{0, 16383}, 5, {"0", "5000", "10000", "15000"}},
         {{20.01f, 20.02f}, 2, {"20.010", "20.015", "20.020"}},     {{1e9f, 3e9f}, 2, {"1e+09", "2e+09", "3e+09"}},
     };
-    for (const auto& c : cases) {
+    for (const auto& [range, wanted, expected] : cases) {
         std::vector<std::string> labels;
-        for (const STick& tick : Ticks(c.range, c.wanted)) labels.push_back(tick.label);
-        EXPECT_EQ(labels, c.labels) << c.range.low;
+        for (const STick& tick : Ticks(range, wanted)) labels.push_back(tick.label);
+        EXPECT_EQ(labels, expected) << range.low;
     }
     // Neighbouring floats leave no room for a round number; there is a label all the same.
     EXPECT_FALSE(Ticks({1000000, std::nextafter(1000000.0f, 2e6f)}, 5).empty());
@@ -207,9 +198,8 @@ TEST(ThermalPicture, PixelsAndBarShareOnePalette) {
     const auto barAt = [&](int row) { return drawn.canvas.At(bar.x + bar.width / 2, bar.y + row); };
     EXPECT_EQ(barAt(0), Entry(1));
     EXPECT_EQ(barAt(bar.height - 1), Entry(0));
-    for (int row : {bar.height / 4, bar.height / 2, bar.height - 10}) {
+    for (int row : {bar.height / 4, bar.height / 2, bar.height - 10})
         EXPECT_EQ(barAt(row), Entry(1 - row / (bar.height - 1.0))) << row;
-    }
     // Ticks stand where the bar has their value: at 20 of 10 to 30 in the middle.
     const int middle = bar.y + static_cast<int>(std::lround((bar.height - 1) * 0.5));
     EXPECT_NE(drawn.canvas.At(bar.x + bar.width + 2, middle), drawn.canvas.At(bar.x + bar.width + 2, middle - 3));

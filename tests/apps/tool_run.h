@@ -1,16 +1,10 @@
 #pragma once
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <algorithm>
-#include <filesystem>
-#include <string>
-#include <vector>
 
 #include "app_files.h"
 

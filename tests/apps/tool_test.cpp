@@ -1,8 +1,5 @@
 // The tool as its users meet it: command lines in, statuses, texts and files out.
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <cmath>
 #include <thread>
 
@@ -16,20 +13,8 @@ using namespace test;
 
 const char* const kStream = "R7X IR (MJLS)";
 
-TEST(Tool, SceneCorrectionAndUnitChangeWhatTheyShould) {
+TEST(Tool, CorrectionComesNearerToTheTruth) {
     const CToolFolder folder;
-    folder.Synthesise({"--clean"});
-    const auto hottest = [&](const Arguments& more) {
-        const Json stats = folder.Doc(Arguments{"stats", "--frames", "0"} + Dump() + more);
-        return stats["rows"][0]["max"]["value"].get<double>();
-    };
-    const double recorded = hottest({});
-    EXPECT_EQ(hottest({"--emissivity", "0.95"}), recorded);  // what the camera sent
-    EXPECT_GT(hottest({"--emissivity", "0.9"}), recorded + 1);
-    EXPECT_EQ(hottest({"--reflected-temp", "295.15K"}), hottest({"--reflected-temp", "22C"}));
-    EXPECT_NEAR(hottest({"--scale", "K"}), recorded + 273.15, 1e-3);
-    EXPECT_GT(hottest({"--unit", "counts"}), 1000);
-
     folder.Synthesise({"--truth", "truth.npy", "--tables", "nuc"});
     const std::vector<float> truth = ReadArray<float>(folder.At("truth.npy"));
     const auto worst = [&](const Arguments& more) {
@@ -37,9 +22,8 @@ TEST(Tool, SceneCorrectionAndUnitChangeWhatTheyShould) {
         const auto pixels = ReadArray<float>(folder.At("out.npy"));
         const auto status = ReadArray<u8>(folder.At("out.status.npy"));
         float worstOfGood = 0;
-        for (std::size_t i = 0; i < pixels.size(); ++i) {
+        for (std::size_t i = 0; i < pixels.size(); ++i)
             if (!status[i]) worstOfGood = std::max(worstOfGood, std::abs(pixels[i] - truth[i]));
-        }
         return worstOfGood;
     };
     const float after = worst({"--correction", "nuc"});
@@ -68,10 +52,7 @@ TEST(Tool, RubbishIsAnsweredWithOneLineAStatusAndNoFile) {
     const auto convert = [&](const char* file, const Arguments& more = {"-o", "new.png"}) {
         return Arguments{"convert", file} + frames + more;
     };
-    const struct {
-        int status;
-        Arguments line;
-    } cases[] = {
+    const std::pair<int, Arguments> cases[] = {
         {1, convert("empty.raw")},
         {1, convert("noise.raw")},
         {1, convert("outside.raw")},
@@ -111,19 +92,19 @@ TEST(Tool, RubbishIsAnsweredWithOneLineAStatusAndNoFile) {
         {4, convert("dump.raw", {"-o", "new.npy", "--correction", "missing"})},
         {1, convert("dump.raw", {"-o", "new.npy", "--correction", "rubbish"})},
     };
-    for (const auto& c : cases) {
+    for (const auto& [status, arguments] : cases) {
         std::string line;
-        for (const std::string& argument : c.line) line += argument + ' ';
+        for (const std::string& argument : arguments) line += argument + ' ';
         SCOPED_TRACE(line);
-        const SToolRun run = folder.Run(c.line);
-        EXPECT_EQ(run.status, c.status) << run.error;
+        const SToolRun run = folder.Run(arguments);
+        EXPECT_EQ(run.status, status) << run.error;
         EXPECT_EQ(run.out, "");
         // A run that skips says each frame beside its end.
         const bool skips = line.find("skip") != std::string::npos;
         // What was found at opening stands before the error that it became.
         EXPECT_TRUE(skips || run.ErrorLines() == 1 || run.error.find(": damage: ") != std::string::npos) << run.error;
         const bool inJson = line.find("--json") != std::string::npos;
-        EXPECT_TRUE(inJson ? Json::parse(run.error)["error"]["exit"] == c.status : run.error.starts_with("ovix: "));
+        EXPECT_TRUE(inJson ? Json::parse(run.error)["error"]["exit"] == status : run.error.starts_with("ovix: "));
         EXPECT_EQ(folder.Names(), files);
     }
     EXPECT_EQ(ReadText(folder.At("there.npy")), "mine");
@@ -158,8 +139,7 @@ TEST(Tool, ABadFrameEndsTheRunOrIsPassedOver) {
         const SToolRun skipped = folder.Run(Arguments{"stats", "--json", "--on-error", "skip"} + Dump(type));
         EXPECT_EQ(skipped.status, 3) << skipped.error;
         const Json stats = Json::parse(skipped.out);
-        EXPECT_EQ(stats["skipped"], 1);
-        ASSERT_EQ(stats["rows"].size(), 2u);
+        ASSERT_TRUE(stats["skipped"] == 1 && stats["rows"].size() == 2);
         EXPECT_EQ(stats["rows"][1]["frame"], 2);
 
         // What was printed before the stop is still one document that says so.
@@ -228,9 +208,7 @@ TEST(Tool, ReadsFromAPipeAndTellsTheValuesOfOneFrame) {
     ASSERT_EQ(run.status, 0) << run.error;
     const Json values = Json::parse(run.out)["values"];
     ASSERT_GT(values.size(), 3u);
-    EXPECT_EQ(values[0]["name"], "Time");
-    EXPECT_EQ(values[1]["name"], "FrameNumber");
-    EXPECT_EQ(values[1]["value"], 2);
+    EXPECT_EQ(Json({values[0]["name"], values[1]["name"], values[1]["value"]}), Json({"Time", "FrameNumber", 2}));
     EXPECT_EQ(folder.Do(Arguments{"--json"} + Dump()), folder.Do(Arguments{"info"} + Dump() + Arguments{"--json"}));
     EXPECT_NE(folder.Run({"stts", "x"}).error.find("did you mean \"stats\""), std::string::npos);
 }

@@ -17,13 +17,10 @@ void ExpectUsageFault(const std::string& text, const auto& parse) {
 }
 
 TEST(Values, TemperaturesOfAllScalesComeOutInKelvin) {
-    const struct {
-        const char* text;
-        float kelvin;
-    } cases[] = {{"20C", 293.15f},    {"20 °C", 293.15f},   {"-40c", 233.15f}, {"-40F", 233.15f},
-                 {"212f", 373.15f},   {"293.15K", 293.15f}, {"0k", 0.0f},      {"491.67R", 273.15f},
-                 {"2.5e1C", 298.15f}, {"-273.15C", 0.0f}};
-    for (const auto& c : cases) EXPECT_FLOAT_EQ(ParseTemperature("--x", c.text), c.kelvin) << c.text;
+    const std::pair<const char*, float> cases[] = {
+        {"20C", 293.15f},     {"20 °C", 293.15f}, {"-40c", 233.15f},    {"-40F", 233.15f},   {"212f", 373.15f},
+        {"293.15K", 293.15f}, {"0k", 0.0f},       {"491.67R", 273.15f}, {"2.5e1C", 298.15f}, {"-273.15C", 0.0f}};
+    for (const auto& [text, kelvin] : cases) EXPECT_FLOAT_EQ(ParseTemperature("--x", text), kelvin) << text;
     for (const char* bad :
          {"", "C", "20", "20CC", "+20C", "nanC", "infK", "-1K", "-274C", "1,5C", "20X", "0x10K", "1e60K"})
         ExpectUsageFault(bad, [&] { ParseTemperature("--x", bad); });
@@ -74,25 +71,20 @@ TEST(Values, RegionsLieInsideTheImageUnderNamesOfTheirOwn) {
                                             {"65535,0,65535,1"},
                                             {"a=1,1,2,2", "a=3,3,2,2"},
                                             {"roi2=0,0,1,1", "0,0,1,1"}};
-    for (const auto& texts : bad) {
-        EXPECT_EQ(ExitOf([&] { parse(texts); }), ExitUsage) << texts[0];
-    }
+    for (const auto& texts : bad) EXPECT_EQ(ExitOf([&] { parse(texts); }), ExitUsage) << texts[0];
 }
 
 TEST(Suggestion, FindsTheWordThatWasMeantAndNoneThatWasNot) {
     const std::string words[] = {"convert", "formats", "info", "stats", "K410 IR (GigE)", "K410 IR (GigE, Flipped)"};
-    const struct {
-        const char* text;
-        const char* nearest;
-    } cases[] = {{"covnert", "convert"},
-                 {"form", "formats"},
-                 {"INFO", "info"},
-                 {"stat", "stats"},
-                 {"k410 ir gige", "K410 IR (GigE)"},
-                 {"zzz", ""},
-                 {"dump.raw", ""},
-                 {"x", ""}};
-    for (const auto& c : cases) EXPECT_EQ(measure::NearestWord(c.text, words), c.nearest) << c.text;
+    const std::pair<const char*, const char*> cases[] = {{"covnert", "convert"},
+                                                         {"form", "formats"},
+                                                         {"INFO", "info"},
+                                                         {"stat", "stats"},
+                                                         {"k410 ir gige", "K410 IR (GigE)"},
+                                                         {"zzz", ""},
+                                                         {"dump.raw", ""},
+                                                         {"x", ""}};
+    for (const auto& [text, nearest] : cases) EXPECT_EQ(measure::NearestWord(text, words), nearest) << text;
 }
 
 std::vector<u64> Chosen(const measure::CFrameNumbers& numbers) {
@@ -102,10 +94,7 @@ std::vector<u64> Chosen(const measure::CFrameNumbers& numbers) {
 }
 
 TEST(FrameSelection, ReadsSinglesRangesStepsAndTheEnd) {
-    const struct {
-        const char* text;
-        std::vector<u64> frames;  // of a source of ten
-    } cases[] = {
+    const std::pair<const char*, std::vector<u64>> cases[] = {
         {"0", {0}},           {"9", {9}},
         {"-1", {9}},          {"-10", {0}},
         {"2-4", {2, 3, 4}},   {"2:4", {2, 3, 4}},
@@ -115,16 +104,14 @@ TEST(FrameSelection, ReadsSinglesRangesStepsAndTheEnd) {
         {"8--1", {8, 9}},     {"5,0-1,5,-1", {5, 0, 1, 5, 9}},
         {"7x2", {7}},
     };
-    for (const auto& c : cases) EXPECT_EQ(Chosen(CFrameSelection(c.text).Of(10)), c.frames) << c.text;
+    for (const auto& [text, frames] : cases) EXPECT_EQ(Chosen(CFrameSelection(text).Of(10)), frames) << text;
     EXPECT_EQ(CFrameSelection("0--1x1000").Of(u64{1} << 40).Count(), ((u64{1} << 40) - 1) / 1000 + 1);
 }
 
 TEST(FrameSelection, RefusesOtherTextsAndFramesThatAreNotThere) {
     const char* cases[] = {"",     ",",    "a",  "1,",  "1-", "-",   "1-2-3", "1x0", "1x-1", "1 - 2",
                            "1..2", "1-2x", "+1", "1.5", "10", "-11", "5-10",  "4-2", "-1-0", "99999999999999999999"};
-    for (const char* text : cases) {
-        EXPECT_EQ(ExitOf([&] { CFrameSelection(text).Of(10); }), ExitUsage) << text;
-    }
+    for (const char* text : cases) EXPECT_EQ(ExitOf([&] { CFrameSelection(text).Of(10); }), ExitUsage) << text;
     EXPECT_EQ(Chosen(CFrameSelection("0x10").Of(10)), std::vector<u64>{0});  // frame 0 in steps of ten
 }
 

@@ -1,11 +1,7 @@
 #include "reduce/convert/convert_context.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <numeric>
 #include <string_view>
-#include <vector>
 
 #include "reduce/reduce.h"
 #include "support/cameras.h"

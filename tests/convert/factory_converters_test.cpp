@@ -1,10 +1,8 @@
 #include "reduce/convert/factory_converters.h"
 
-#include <gtest/gtest.h>
 #include <malloc.h>
 
 #include <numeric>
-#include <vector>
 
 #include "reduce/objects/reduce_object_array.h"
 #include "support/cameras.h"

@@ -1,7 +1,5 @@
 #include "reduce/convert/meas_conv.h"
 
-#include <gtest/gtest.h>
-
 #include <limits>
 
 #include "support/cameras.h"

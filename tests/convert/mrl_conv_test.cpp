@@ -1,6 +1,5 @@
 #include "reduce/convert/mrl_conv.h"
 
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 

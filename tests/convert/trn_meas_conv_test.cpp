@@ -1,14 +1,9 @@
 #include "reduce/convert/trn_meas_conv.h"
 
-#include <gtest/gtest.h>
-
-#include <limits>
 #include <numeric>
-#include <vector>
 
 #include "support/cameras.h"
 #include "support/pixel_buffers.h"
-#include "support/pixel_reference.h"
 
 namespace ovix::reduce {
 namespace {

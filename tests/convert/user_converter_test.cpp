@@ -1,11 +1,6 @@
 #include "reduce/convert/user_converter.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <cstring>
 #include <numeric>
-#include <vector>
 
 #include "reduce/reduce.h"
 #include "support/pixel_reference.h"
@@ -179,9 +174,8 @@ TEST_F(UserConverter, TablesStayUntilTheSceneChanges) {
     for (const double constant : {1.0, 7.0}) {  // takes powers: made once, and anew for another polynomial
         ASSERT_TRUE(Cal().SetPolynomial(0, 5, {constant, 2, 0, 0, 0, 1e-20}));
         ASSERT_TRUE(Update(RadianceUser));
-        for (const float tau : {0.5f, 0.25f}) {
+        for (const float tau : {0.5f, 0.25f})
             EXPECT_EQ(change(tau), static_cast<float>((constant + 40000 + 1e-20 * std::pow(20000.0, 5)) / tau));
-        }
     }
     EXPECT_TRUE(copy.BaseToOutput({&counts[20000], UInt16}, {&direct, Flt32}, nullptr, 1) && direct == 20000);
     EXPECT_FALSE(copy.UpdateLUT(8));
@@ -230,9 +224,8 @@ TEST_F(UserConverter, PixelBackgroundsGoByTheFormula) {
     std::vector<float> single(kPixels);
     const STypedData to{single.data(), Flt32};
     EXPECT_TRUE(converter.BaseToOutput(in, to, nullptr, kPixels));
-    for (u32 i = 0; i < kPixels; ++i) {
+    for (u32 i = 0; i < kPixels; ++i)
         EXPECT_EQ(single[i], static_cast<float>(Planck(static_cast<float>(radiance(i, 0))))) << i;
-    }
     // Types that the formula does not take: true, and nothing is written.
     const float before = single[0];
     EXPECT_TRUE(converter.BaseToOutput(in, {single.data(), UInt16}, nullptr, 1));

@@ -1,10 +1,6 @@
 #include "core/rcal_file.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <limits>
-#include <vector>
 
 #include "core/file.h"
 #include "core/norm_file.h"

@@ -1,11 +1,8 @@
 #include "core/file_system.h"
 
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cwchar>
-#include <filesystem>
-#include <string>
 #include <thread>
 
 #include "core/process.h"

@@ -1,12 +1,7 @@
 #include "core/typed_data.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "core/pixel_types.h"
 #include "core/string.h"
@@ -244,8 +239,6 @@ TEST(LeastSquares, TakesTheMiddleOfContradictions) {
 }
 
 TEST(LeastSquares, RefusesWhatCannotBeSolved) {
-    const double inf = std::numeric_limits<double>::infinity();
-    const double nan = std::numeric_limits<double>::quiet_NaN();
     const double most = std::numeric_limits<double>::max();
     struct {
         const char* what;
@@ -258,8 +251,8 @@ TEST(LeastSquares, RefusesWhatCannotBeSolved) {
                  {"a negative degree", {1, 2}, {1, 2}, -1},
                  {"a degree beyond all points", {1, 2}, {1, 2}, INT32_MAX},
                  {"arrays of two lengths", {1, 2, 3}, {1, 2}, 1},
-                 {"an x that is no number", {1, nan, 3}, {1, 2, 3}, 1},
-                 {"an infinite y", {1, 2, 3}, {1, inf, 3}, 1},
+                 {"an x that is no number", {1, kNaN, 3}, {1, 2, 3}, 1},
+                 {"an infinite y", {1, 2, 3}, {1, kInf, 3}, 1},
                  {"a spread beyond double", {-most, most}, {1, 2}, 1}};
     for (auto& c : cases) {
         TArray<double> fitted{42};

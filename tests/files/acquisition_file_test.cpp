@@ -1,7 +1,5 @@
 #include "reduce/files/acquisition_file.h"
 
-#include <gtest/gtest.h>
-
 #include <cstring>
 
 #include "core/file.h"

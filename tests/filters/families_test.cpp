@@ -6,7 +6,6 @@
 #include "reduce/filters/filter_factory.h"
 #include "support/frame_forms.h"
 #include "support/frame_reader.h"
-#include "support/k410_frames.h"
 
 namespace ovix::reduce {
 namespace {

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "source_files.h"
 
 /// Counts in NumPy, TIFF and PNG files, which are written here byte by byte from the descriptions of the formats.

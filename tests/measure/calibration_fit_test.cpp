@@ -41,19 +41,17 @@ TEST(CalibrationFit, FindsTheTemperaturesOfBlackBodiesInEveryPreset) {
 
 TEST(CalibrationFit, RefusesWhatDeterminesNone) {
     const SFitOptions good{.lowWave = 8, .highWave = 12};
-    const struct {
-        std::vector<SCalibrationPoint> points;
-        SFitOptions options;
-        EError id;
-    } cases[] = {{Points(0, {20, 30}), good, EError::FitUndetermined},
-                 {{{1000, 20}, {2000, 20}, {3000, 20}}, good, EError::FitUndetermined},
-                 {{{1000, -273}, {2000, -272.9}, {3000, 20}}, good, EError::FitUndetermined},
-                 {Points(8, {20, 30, 40}), good, EError::WrongArgument},
-                 {Points(0, {20, 30, 40}), {.lowWave = 12, .highWave = 8}, EError::WrongArgument},
-                 {Points(0, {20, 30, 40}), {.lowWave = 8, .highWave = 12, .order = 10}, EError::WrongArgument},
-                 {{{1000, 20}, {2000, 1e9}, {3000, 30}}, good, EError::WrongArgument},
-                 {{{NAN, 20}, {2000, 25}, {3000, 30}}, good, EError::WrongArgument}};
-    for (const auto& c : cases) EXPECT_EQ(test::IdOf([&] { FitCalibration(c.points, c.options); }), c.id) << &c - cases;
+    const std::tuple<std::vector<SCalibrationPoint>, SFitOptions, EError> cases[] = {
+        {Points(0, {20, 30}), good, EError::FitUndetermined},
+        {{{1000, 20}, {2000, 20}, {3000, 20}}, good, EError::FitUndetermined},
+        {{{1000, -273}, {2000, -272.9}, {3000, 20}}, good, EError::FitUndetermined},
+        {Points(8, {20, 30, 40}), good, EError::WrongArgument},
+        {Points(0, {20, 30, 40}), {.lowWave = 12, .highWave = 8}, EError::WrongArgument},
+        {Points(0, {20, 30, 40}), {.lowWave = 8, .highWave = 12, .order = 10}, EError::WrongArgument},
+        {{{1000, 20}, {2000, 1e9}, {3000, 30}}, good, EError::WrongArgument},
+        {{{NAN, 20}, {2000, 25}, {3000, 30}}, good, EError::WrongArgument}};
+    for (const auto& c : cases)
+        EXPECT_EQ(test::IdOf([&] { FitCalibration(std::get<0>(c), std::get<1>(c)); }), std::get<2>(c)) << &c - cases;
 }
 
 }  // namespace

@@ -1,12 +1,9 @@
 // Compressed frames are decoded by helper processes: whatever threads and processes come and go, the pixels are right.
 
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <atomic>
-#include <thread>
 
 #include "source_files.h"
 

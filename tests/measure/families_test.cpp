@@ -1,8 +1,6 @@
 // Frames of every family: measured by a series of any number of threads, and one by one in any order, they give what
 // the plain steps of the library give for each frame alone.
 
-#include <gtest/gtest.h>
-
 #include <numeric>
 #include <set>
 
@@ -133,9 +131,8 @@ TEST(Families, GiveTheSameBitsOnAnyNumberOfThreadsInAnyOrder) {
                         ExpectAlike(CMeasurement(source, {.quantity = quantity, .scale = Fahrenheit}), frames);
                 }
             }
-            if (probe.Unit() == TemperatureFactory) {
+            if (probe.Unit() == TemperatureFactory)
                 ExpectAlike(CMeasurement(source, {.scene = {.emissivity = 0.7f}}), frames);
-            }
         }
     }
 }
@@ -158,9 +155,8 @@ std::vector<Bytes> FramesOfManyScenes(u64 count) {
 }
 
 std::optional<SParameter> Find(const CFrame& frame, const std::string& key) {
-    for (SParameter& parameter : frame.Parameters()) {
+    for (SParameter& parameter : frame.Parameters())
         if (parameter.key == key) return parameter;
-    }
     return {};
 }
 

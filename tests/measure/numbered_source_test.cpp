@@ -1,7 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <thread>
-
 #include "source_files.h"
 
 namespace ovix::measure {

@@ -1,7 +1,6 @@
 // Recordings that are written, end in the middle or are damaged: nothing is lost that was written, and nothing reads as
 // good that is not.
 
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 
 #include <csignal>

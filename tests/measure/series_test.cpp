@@ -1,6 +1,4 @@
-#include <gtest/gtest.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
@@ -8,8 +6,6 @@
 #include <memory>
 #include <ranges>
 #include <stdexcept>
-#include <string>
-#include <thread>
 
 #include "measure/in_order.h"
 #include "turning_camera.h"
@@ -99,9 +95,8 @@ TEST(Series, TreatsFaultsAsItIsToldAndEverythingElseAsTheEnd) {
         EXPECT_THROW(maps.Run([](const CFrame& frame) { return frame.number; }, [](u64 n) { throw n; }), u64);
         const auto before = CountThreads();
         int taken = 0;
-        for ([[maybe_unused]] CFrame& frame : maps) {
+        for ([[maybe_unused]] CFrame& frame : maps)
             if (++taken == 2) break;
-        }
         EXPECT_EQ(CountThreads(), before) << "threads that stay";
     }
 }

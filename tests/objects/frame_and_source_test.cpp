@@ -1,7 +1,5 @@
 #include "reduce/objects/frame_info_reduce_object.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <cstring>
 

@@ -1,7 +1,5 @@
 #include "reduce/objects/reduce_object_array.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 
 #include "reduce/objects/frame_info_reduce_object.h"

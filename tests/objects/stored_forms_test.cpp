@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <string>
 
 #include "reduce/convert/factory_calibrations.h"
@@ -189,22 +187,14 @@ TEST(StoredForms, Correction) {
     ExpectForm<CCorrectionReduceObject>(CByteWriter(size).Append(tables), 0x10000, values, 0, &newest);
 }
 
-/// Step s is preset `order[s]`, with the thresholds 100 + preset and 200 + preset, which belong to the preset.
 TEST(StoredForms, AbateCfg) {
-    const auto block = [](std::initializer_list<u8> order, u32 version) {
-        CByteWriter bytes = Record(32, version, CByteWriter().U8(0).U8(1).U8(order.size()));
-        bytes.bytes[0] = static_cast<u8>(32 + 32 * order.size());
-        bytes.bytes[1] = order.size() == 8;
-        for (const u8 preset : order) bytes.U32(32).U8(preset).U16(100u + preset).U16(200u + preset).Zeros(23);
-        return bytes;
-    };
-    ExpectForm<CAbateCfgReduceObject>(block({7, 6, 5, 4, 3, 2, 1, 0}, 0x20000), 0x20000,
+    ExpectForm<CAbateCfgReduceObject>(AbateBlock({7, 6, 5, 4, 3, 2, 1, 0}, 0x20000, false), 0x20000,
                                       "0 1 7 100 200 6 101 201 5 102 202 4 103 203 3 104 204 2 105 205 1 106 206 "
                                       "0 107 207 ",
                                       0x30000);
     CAbateCfgReduceObject cfg;
     const std::string rest = "4 1000 15000 5 1000 15000 6 1000 15000 7 1000 15000 ";
-    ASSERT_TRUE(cfg.Load(FileOf(block({3, 1, 2, 0}, 0x1FFFF)), 0x10001, 0));
+    ASSERT_TRUE(cfg.Load(FileOf(AbateBlock({3, 1, 2, 0}, 0x1FFFF, false)), 0x10001, 0));
     EXPECT_EQ(ValuesOf(cfg), "0 1 3 100 200 1 101 201 2 102 202 0 103 203 " + rest);
     CByteWriter stream = CByteWriter().U8(1).U8(1);
     for (u8 p = 0; p < 4; ++p) stream.U16(100u + p).U16(200u + p);

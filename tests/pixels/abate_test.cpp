@@ -69,9 +69,8 @@ void CheckMerge(u32 count, u32 given, EAbateMode mode, bool clip, u32 seed) {
     ASSERT_TRUE(Abate(DataTypeOf<T>(), presets.sources, count, out.data(), status.data(), presets.valid, presets.order,
                       kLow, kHigh, mode, presets.gains, presets.offsets, presets.replaces, clip, kMinimum, 16383));
     std::vector<u8> walk;
-    for (const u8 p : presets.order) {
+    for (const u8 p : presets.order)
         if (p < 8 && presets.valid[p]) walk.push_back(p);
-    }
     if (mode != AbateFromFirst) walk = {walk.rbegin(), walk.rend()};
     for (u32 i = 0; i < count; ++i) {
         u8 chosen = walk.back();

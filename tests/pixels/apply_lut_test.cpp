@@ -3,11 +3,9 @@
 #include <sys/mman.h>
 
 #include <algorithm>
-#include <limits>
 #include <numeric>
 
 #include "tests/support/forms.h"
-#include "tests/support/pixel_buffers.h"
 #include "tests/support/pixel_reference.h"
 #include "tests/support/simd_targets.h"
 
@@ -169,9 +167,8 @@ TEST(ApplyLUT, TakesOneBufferForSourceAndDestination) {
     std::vector<u16> counts(5000);
     std::vector<float> floats(5000);
     for (u32 i = 0; i < 5000; ++i) counts[i] = static_cast<u16>(4000 + i), floats[i] = static_cast<float>(i) + 0.25F;
-    for (const STypedData buffer : {STypedData{counts.data(), UInt16}, {floats.data(), Flt32}}) {
+    for (const STypedData buffer : {STypedData{counts.data(), UInt16}, {floats.data(), Flt32}})
         ASSERT_TRUE(ApplyLUT(buffer, buffer, nullptr, 5000, tables.luts[0], nullptr, 0, 65535));
-    }
     for (u32 i = 0; i < 5000; ++i) {
         ASSERT_EQ(counts[i], static_cast<u16>((4000 + i) * 0.75));
         ASSERT_EQ(floats[i], tables.values[0][i]);

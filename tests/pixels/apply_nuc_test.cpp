@@ -53,9 +53,8 @@ TEST(ApplyNUC, CorrectsAllPairsOfTypes) {
     ForEachPair([&]<class S, class D>(TElement<S>, TElement<D>) {
         if constexpr (!std::is_same_v<S, u64> && !std::is_same_v<D, u64>) {
             SCOPED_TRACE(testing::Message() << DataTypeOf<S>() << " to " << DataTypeOf<D>());
-            for (u32 given = 0; given < 8; ++given) {
+            for (u32 given = 0; given < 8; ++given)
                 for (const SClip& clip : kClips) CheckWhole<S, D>(531, given, clip, seed++);
-            }
         }
     });
 }

@@ -1,7 +1,5 @@
 #include "reduce/pixels/correction_objects.h"
 
-#include <gtest/gtest.h>
-
 #include "core/norm_file.h"
 #include "reduce/pixels/abate.h"
 #include "support/object_file.h"
@@ -165,13 +163,11 @@ TEST(Correction, FilesOfOneStem) {
     const float gain[] = {1, 2, 3, 4, 5, 6};
     const i16 offset[] = {-1, -2, -3, -4, -5, -6};
     const test::CTestFolder disk;
-    for (const char* name : {"stem.mvg", "other.x.mvg", "wrong.mvb", "low.mvg"}) {
+    for (const char* name : {"stem.mvg", "other.x.mvg", "wrong.mvb", "low.mvg"})
         ASSERT_TRUE(CNormFile::SaveGainTable(FileSystem, disk.Path(name), 3, 2, 1, gain));
-    }
     const std::tuple<const char*, u16, u16> offsets[] = {{"stem.mvo", 3, 2}, {"other.x.mvo", 2, 2}, {"low.mvo", 3, 1}};
-    for (const auto& [name, width, height] : offsets) {
+    for (const auto& [name, width, height] : offsets)
         ASSERT_TRUE(CNormFile::SaveOffsetTable(FileSystem, disk.Path(name), width, height, 1, offset));
-    }
     CCorrectionReduceObject object;
     object.preset = 5;
     for (const char* path : {"stem", "stem.MVO", "stem.mvb", "stem.mvg"}) {
@@ -213,17 +209,9 @@ TEST(Correction, AllTablesAreSavedUnderOneName) {
     EXPECT_FALSE(FileSystem->Open(disk.Path("wide.mvg"), IFileSystem::OpenForReading));
 }
 
-/// A block whose step s is preset `order[s]`, with the thresholds 100 + preset and 200 + preset.
-CByteWriter Block(std::initializer_list<u8> order, u32 version) {
-    CByteWriter bytes;
-    bytes.U32(32 + 32 * order.size()).U32(version).U8(1).U8(1).U8(order.size()).PadTo(32);
-    for (const u8 preset : order) bytes.U32(32).U8(preset).U16(100u + preset).U16(200u + preset).Zeros(23);
-    return bytes;
-}
-
 TEST(AbateCfg, PresetsAreLimitedInBothDirections) {
     CAbateCfgReduceObject cfg;
-    ASSERT_TRUE(cfg.Load(FileOf(Block({200, 6, 5, 4, 3, 2, 1, 0}, 0x20000)), 0x20000, 0));
+    ASSERT_TRUE(cfg.Load(FileOf(AbateBlock({200, 6, 5, 4, 3, 2, 1, 0}, 0x20000, true)), 0x20000, 0));
     EXPECT_TRUE(cfg.order[0] == 7 && cfg.low[7] == 300);
     cfg.order[1] = 99;
     const std::vector<u8> saved = SavedBytes(cfg);
@@ -235,7 +223,8 @@ TEST(AbateCfg, PresetsAreLimitedInBothDirections) {
 }
 
 TEST(AbateCfg, BlocksThatLieChangeNothing) {
-    const CByteWriter good = Block({0, 1, 2, 3, 4, 5, 6, 7}, 0x20000), old = Block({0, 1, 2, 3}, 0x10001);
+    const CByteWriter good = AbateBlock({0, 1, 2, 3, 4, 5, 6, 7}, 0x20000, true);
+    const CByteWriter old = AbateBlock({0, 1, 2, 3}, 0x10001, true);
     // The number of steps, the size of one, and a block of the other form.
     const std::tuple<CByteWriter, u32, std::size_t, u8> cases[] = {{good, 0x20000, 10, 4}, {good, 0x20000, 256, 0},
                                                                    {good, 0x1FFFF, 8, 1},  {old, 0x10001, 10, 8},

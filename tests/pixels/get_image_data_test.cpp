@@ -1,7 +1,4 @@
-#include <gtest/gtest.h>
-
 #include <array>
-#include <vector>
 
 #include "reduce/pixels/abate.h"
 #include "reduce/pixels/apply_lut.h"
@@ -9,7 +6,6 @@
 #include "reduce/pixels/selection.h"
 #include "reduce/pixels/temperature.h"
 #include "tests/support/forms.h"
-#include "tests/support/pixel_buffers.h"
 #include "tests/support/pixel_reference.h"
 
 namespace ovix::reduce {

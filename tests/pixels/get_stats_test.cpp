@@ -1,11 +1,6 @@
 #include "reduce/pixels/stats.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <functional>
-#include <limits>
-#include <random>
 
 #include "core/visit.h"
 #include "support/forms.h"

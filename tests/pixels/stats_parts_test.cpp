@@ -1,11 +1,6 @@
 #include "reduce/pixels/stats.h"
 
-#include <gtest/gtest.h>
-
-#include <vector>
-
 #include "support/forms.h"
-#include "support/pixel_buffers.h"
 #include "support/pixel_reference.h"
 #include "support/stats_fields.h"
 

@@ -1,9 +1,5 @@
 #include "reduce/pixels/temperature.h"
 
-#include <gtest/gtest.h>
-
-#include <limits>
-
 #include "core/visit.h"
 #include "reduce/pixels/radiance.h"
 #include "support/forms.h"

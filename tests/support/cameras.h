@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 
 #include "core/typed_data.h"
 #include "reduce/convert/meas_conv.h"

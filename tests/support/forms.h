@@ -1,7 +1,5 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include "support/pixel_buffers.h"
 
 namespace ovix::test {
@@ -36,14 +34,12 @@ struct SForms {
         const auto add = [&](u32 row, u32 column) { visited.push_back(row * width + column); };
         if (form == EForm::L) return indices;
         for (u32 i = 0; form == EForm::W && i < Count(); ++i) visited.push_back(i);
-        for (u32 i = 0; form == EForm::S && i < lines.size(); ++i) {
+        for (u32 i = 0; form == EForm::S && i < lines.size(); ++i)
             for (u32 x = lines[i].left; x <= lines[i].right; ++x) add(lines[i].row, x);
-        }
         if (form != EForm::A && form != EForm::M) return visited;
         for (u32 y = area.top; y <= area.bottom; ++y) {
-            for (u32 x = area.left; x <= area.right; ++x) {
+            for (u32 x = area.left; x <= area.right; ++x)
                 if (form == EForm::A || mask[y * stride + x]) add(y, x);
-            }
         }
         return visited;
     }

@@ -2,9 +2,6 @@
 
 #include <charls/charls.h>
 
-#include <bit>
-#include <vector>
-
 #include "reduce/filters/frame_types.h"
 #include "support/byte_writer.h"
 

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
-
 #include "core/bytes.h"
 #include "core/file.h"
 #include "reduce/objects/reduce_object.h"
@@ -76,6 +74,14 @@ inline CByteWriter Floats(float first, int count) {
 inline CByteWriter Doubles(int first, int count) {
     CByteWriter bytes;
     for (int i = 0; i < count; ++i) bytes.F64(first + i);
+    return bytes;
+}
+/// The block of a merge whose step s is preset `order[s]`, with the thresholds 100 + preset and 200 + preset, which
+/// belong to the preset.
+inline CByteWriter AbateBlock(std::initializer_list<u8> order, u32 version, bool enabled) {
+    CByteWriter bytes;
+    bytes.U32(32 + 32 * order.size()).U32(version).U8(enabled).U8(1).U8(order.size()).PadTo(32);
+    for (const u8 preset : order) bytes.U32(32).U8(preset).U16(100u + preset).U16(200u + preset).Zeros(23);
     return bytes;
 }
 inline CByteWriter Record(u32 size, u32 version, const CByteWriter& fields) {

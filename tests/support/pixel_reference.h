@@ -16,9 +16,8 @@ inline Real Polynomial(const double* a, i32 order, Real x) {
 }
 inline Real Lookup(const double* xs, const double* ys, i32 count, Real x) {
     if (x <= xs[0]) return ys[0];
-    for (i32 i = 1; i < count; ++i) {
+    for (i32 i = 1; i < count; ++i)
         if (x <= xs[i]) return ys[i - 1] + (ys[i] - ys[i - 1]) * ((x - xs[i - 1]) / (xs[i] - xs[i - 1]));
-    }
     return ys[count - 1];
 }
 inline Real FromCelsius(Real t, ETempType scale) {
@@ -28,9 +27,8 @@ inline Real FromCelsius(Real t, ETempType scale) {
 /// Planck's law between two wavelengths in micrometres, by the midpoint rule.
 inline double BandRadiance(double celsius, double low, double high) {
     double sum = 0;
-    for (double w = low + 0.0005; w < high; w += 0.001) {
+    for (double w = low + 0.0005; w < high; w += 0.001)
         sum += 0.001 * 11910.7 / (std::pow(w, 5) * (std::exp(14388.4 / (w * (celsius + 273.15))) - 1));
-    }
     return sum;
 }
 /// Degrees Celsius of a black body's radiance between 8 and 12 micrometres.
