@@ -6,30 +6,27 @@
 namespace ovix::app {
 namespace {
 
-using Arguments = std::vector<std::string>;
-using test::CToolFolder;
+using namespace test;
 
-void Write(const CToolFolder& folder, const test::CByteWriter& content) {
-    test::WriteText(folder.At("dump.raw"), {content.bytes.begin(), content.bytes.end()});
+void Write(const CToolFolder& folder, const CByteWriter& content) {
+    WriteText(folder.At("dump.raw"), {content.bytes.begin(), content.bytes.end()});
 }
 
-test::CByteWriter Words(std::initializer_list<u16> words) {
-    test::CByteWriter bytes;
+CByteWriter Words(std::initializer_list<u16> words) {
+    CByteWriter bytes;
     for (const u16 word : words) bytes.U16(word);
     return bytes;
 }
 
 /// "adjust dump.raw -o out.raw" with more arguments.
-test::SToolRun Adjust(const CToolFolder& folder, const Arguments& more) {
-    Arguments line = {"adjust", "dump.raw", "-o", "out.raw", "--overwrite"};
-    line.insert(line.end(), more.begin(), more.end());
-    return folder.Run(line);
+SToolRun Adjust(const CToolFolder& folder, const Arguments& more) {
+    return folder.Run(Arguments{"adjust", "dump.raw", "-o", "out.raw", "--overwrite"} + more);
 }
 
 TEST(Adjust, WritesEveryFrameAsTold) {
     const CToolFolder folder;
     // Two frames of 4 x 3 words with a word of something else behind each.
-    test::CByteWriter dump;
+    CByteWriter dump;
     for (u16 frame = 0; frame < 2; ++frame) {
         for (u16 i = 0; i < 12; ++i) dump.U16(1000u * frame + i);
         dump.U16(0xFFFF);
@@ -37,7 +34,7 @@ TEST(Adjust, WritesEveryFrameAsTold) {
     Write(folder, dump);
     const struct {
         Arguments line;
-        test::CByteWriter expected;
+        CByteWriter expected;
         int status = 0;
     } cases[] = {
         {{"--pixel-type", "counts", "--size", "2x2", "--margins", "1,1,1,0", "--frame-size", "26"},
@@ -46,12 +43,12 @@ TEST(Adjust, WritesEveryFrameAsTold) {
           "--flip", "--shift", "-1", "--mask", "0xFFFC"},
          Words({2020, 2020, 2016, 2016, 2012, 2012, 2008, 2008, 2004, 2004, 2000, 2000})},
         {{"--pixel-type", "RGB24", "--size", "1x4", "--deinterlace", "--frames", "0"},
-         test::CByteWriter().U8(0).U8(0).U8(1).U8(3).U8(0).U8(4).U8(0).U8(2).U8(0).U8(0).U8(5).U8(0),
+         CByteWriter().U8(0).U8(0).U8(1).U8(3).U8(0).U8(4).U8(0).U8(2).U8(0).U8(0).U8(5).U8(0),
          3},  // the file is no whole number of such frames
     };
     for (const auto& c : cases) {
         EXPECT_EQ(Adjust(folder, c.line).status, c.status);
-        EXPECT_EQ(test::ReadText(folder.At("out.raw")), std::string(c.expected.bytes.begin(), c.expected.bytes.end()))
+        EXPECT_EQ(ReadText(folder.At("out.raw")), std::string(c.expected.bytes.begin(), c.expected.bytes.end()))
             << c.line[1];
     }
 }
@@ -59,31 +56,24 @@ TEST(Adjust, WritesEveryFrameAsTold) {
 TEST(Adjust, RefusesWhatWouldLeaveTheFrame) {
     const CToolFolder folder;
     Write(folder, Words({0, 1, 2, 3, 4, 5, 6, 7, 8}));  // one frame of 4 x 2 and a part
-    const struct {
-        int status;
-        const char* type;
-        Arguments line;
-        const char* says;
-    } cases[] = {
-        {2, "counts", {"--size", "2x1", "--margins", "1,1,1,0", "--flip"}, "1 words ahead"},
-        {2, "counts", {"--size", "4x2", "--frame-size", "15"}, "at least the 16 bytes"},
-        {2, "counts", {"--size", "4x2", "--margins", "0,4,0,0", "--frame-size", "16"}, "at least the 48 bytes"},
-        {2, "counts", {"--size", "4x2", "--margins", "-1,0,0,0"}, "LEFT,TOP,RIGHT,BOTTOM"},
-        {2, "counts", {"--size", "65535x16384", "--margins", "65535,65535,65535,65535"}, "4 GiB"},
-        {2, "counts", {"--size", "4x2", "--shift", "0x1F0000000"}, "--shift"},
-        {2, "counts", {"--size", "4x2", "--deinterlace"}, "no effect"},
-        {2, "YUV", {"--size", "1x1", "--shift", "1"}, "no effect on YUV"},
-        {2, "UYVY", {"--size", "2x2"}, "nothing to adjust"},  // stands under the pictures for a screen
+    const std::tuple<const char*, Arguments, const char*> cases[] = {
+        {"counts", {"--size", "2x1", "--margins", "1,1,1,0", "--flip"}, "1 words ahead"},
+        {"counts", {"--size", "4x2", "--frame-size", "15"}, "at least the 16 bytes"},
+        {"counts", {"--size", "4x2", "--margins", "0,4,0,0", "--frame-size", "16"}, "at least the 48 bytes"},
+        {"counts", {"--size", "4x2", "--margins", "-1,0,0,0"}, "LEFT,TOP,RIGHT,BOTTOM"},
+        {"counts", {"--size", "65535x16384", "--margins", "65535,65535,65535,65535"}, "4 GiB"},
+        {"counts", {"--size", "4x2", "--shift", "0x1F0000000"}, "--shift"},
+        {"counts", {"--size", "4x2", "--deinterlace"}, "no effect"},
+        {"YUV", {"--size", "1x1", "--shift", "1"}, "no effect on YUV"},
+        {"UYVY", {"--size", "2x2"}, "nothing to adjust"},  // stands under the pictures for a screen
     };
-    for (const auto& c : cases) {
-        Arguments line = {"--pixel-type", c.type};
-        line.insert(line.end(), c.line.begin(), c.line.end());
-        const test::SToolRun run = Adjust(folder, line);
-        EXPECT_EQ(run.status, c.status) << c.says << run.error;
-        EXPECT_NE(run.error.find(c.says), std::string::npos) << run.error;
+    for (const auto& [type, line, says] : cases) {
+        const SToolRun run = Adjust(folder, Arguments{"--pixel-type", type} + line);
+        EXPECT_EQ(run.status, 2) << says << run.error;
+        EXPECT_NE(run.error.find(says), std::string::npos) << run.error;
         EXPECT_EQ(folder.Names(), std::vector<std::string>{"dump.raw"});
     }
-    const test::SToolRun cut = Adjust(folder, {"--size", "4x2", "--pixel-type", "counts"});
+    const SToolRun cut = Adjust(folder, {"--size", "4x2", "--pixel-type", "counts"});
     EXPECT_EQ(cut.status, 3);
     EXPECT_NE(cut.error.find("frame 1, offset 16: the last frame is cut"), std::string::npos) << cut.error;
 }
@@ -91,7 +81,7 @@ TEST(Adjust, RefusesWhatWouldLeaveTheFrame) {
 /// A Plover frame of 1 x 2 pixels: the record's bytes are all 0x11 up to 24, then zeros, then 0x22.
 TEST(Hexdump, ShowsEveryByteInLines) {
     const CToolFolder folder;
-    test::CByteWriter frame = Words({0x1234, 0x5678, 2});
+    CByteWriter frame = Words({0x1234, 0x5678, 2});
     while (frame.bytes.size() < 4 + 24) frame.U8(0x11);
     frame.U16(300).F32(0).PadTo(4 + 970);
     while (frame.bytes.size() < 4 + 1148) frame.U8(0x22);

@@ -1,7 +1,5 @@
 // A user calibration from black bodies to temperatures, as a user meets it.
 
-#include <cmath>
-
 #include "apps/ovix/facts/user_calibration.h"
 #include "apps/ovix/fault.h"
 #include "tool_run.h"

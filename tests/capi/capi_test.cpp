@@ -104,18 +104,14 @@ TEST(C, TakesCameraFramesWithTheirFactsAndTheCallersScene) {
     ovix_options options = Counts(16, 8, "K410 IR (GigE)");
     options.quantity = OVIX_TEMPERATURE;
     options.scale = OVIX_KELVIN;
-    const struct {
-        int place;
-        const char* key;
-        float value;
-    } scene[] = {{OVIX_EMISSIVITY, "emissivity", 0.5f},
-                 {OVIX_DISTANCE, "distance", 7},
-                 {OVIX_REFLECTED_TEMP, "reflected-temp", 301},
-                 {OVIX_ATMOSPHERE_TEMP, "atmosphere-temp", 302},
-                 {OVIX_EXT_OPTICS_TEMP, "ext-optics-temp", 303},
-                 {OVIX_EXT_OPTICS_TRANS, "ext-optics-trans", 0.75f},
-                 {OVIX_ATMOSPHERE_TRANS, "atmosphere-trans", 0.875f},
-                 {OVIX_RELATIVE_HUMIDITY, "humidity", 0.25f}};
+    const std::tuple<int, const char*, float> scene[] = {{OVIX_EMISSIVITY, "emissivity", 0.5f},
+                                                         {OVIX_DISTANCE, "distance", 7},
+                                                         {OVIX_REFLECTED_TEMP, "reflected-temp", 301},
+                                                         {OVIX_ATMOSPHERE_TEMP, "atmosphere-temp", 302},
+                                                         {OVIX_EXT_OPTICS_TEMP, "ext-optics-temp", 303},
+                                                         {OVIX_EXT_OPTICS_TRANS, "ext-optics-trans", 0.75f},
+                                                         {OVIX_ATMOSPHERE_TRANS, "atmosphere-trans", 0.875f},
+                                                         {OVIX_RELATIVE_HUMIDITY, "humidity", 0.25f}};
     options.scene_given = 0xFF;
     for (const auto& [place, key, value] : scene) options.scene[place] = value;
     SSource stream;
@@ -129,10 +125,11 @@ TEST(C, TakesCameraFramesWithTheirFactsAndTheCallersScene) {
     std::size_t found = 0;
     auto parameter = New<ovix_parameter>();
     for (; ovix_parameter_at(stream.handle, found, &parameter) == OVIX_OK; ++found) {
-        const auto* row = std::find_if(std::begin(scene), std::end(scene),
-                                       [&](const auto& each) { return std::string(each.key) == parameter.key; });
+        const auto* row = std::find_if(std::begin(scene), std::end(scene), [&](const auto& each) {
+            return std::string(std::get<1>(each)) == parameter.key;
+        });
         ASSERT_NE(row, std::end(scene)) << parameter.key;
-        EXPECT_EQ(parameter.value, row->value) << row->key;
+        EXPECT_EQ(parameter.value, std::get<2>(*row)) << parameter.key;
         EXPECT_EQ(parameter.origin, 3) << "the caller";
     }
     EXPECT_EQ(found, 8u);

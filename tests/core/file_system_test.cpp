@@ -100,10 +100,7 @@ TEST(FileSystem, WritesWhereNothingCanBeSought) {
 
 TEST(FileSystem, LosesNoWriteError) {
     if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "this machine has no device that is always full";
-    const struct {
-        const char* how;
-        bool (*discover)(IFile&);
-    } cases[] = {
+    const std::pair<const char*, bool (*)(IFile&)> cases[] = {
         {"close", [](IFile& file) { return file.Close(); }},
         {"flush", [](IFile& file) { return file.Flush(); }},
         {"close after a flush", [](IFile& file) { return (file.Flush(), file.Close()); }},

@@ -116,15 +116,14 @@ TEST(File, StopsAtTheEndAndKeepsTheValue) {
 }
 
 TEST(File, ReadsTextsByTheirCount) {
-    const struct {
-        CByteWriter bytes;
-        const char* expected;  ///< null when the count is not to be believed
-    } cases[] = {{CByteWriter().U32(0), ""},
-                 {CByteWriter().U32(3).Text("a\xC2\xB0", 3).Text("behind", 6), "a\xC2\xB0"},
-                 {CByteWriter().U32(2).Text("a\xC2\xB0", 3), "a\xEF\xBF\xBD"},
-                 {CByteWriter().U32(3).Text("ab", 2), nullptr},
-                 {CByteWriter().U32(0xFFFFFFFF).Text("ab", 2), nullptr},
-                 {CByteWriter().U16(0), nullptr}};
+    const std::pair<CByteWriter, const char*> cases[] = {
+        // null for a count that is not to be believed
+        {CByteWriter().U32(0), ""},
+        {CByteWriter().U32(3).Text("a\xC2\xB0", 3).Text("behind", 6), "a\xC2\xB0"},
+        {CByteWriter().U32(2).Text("a\xC2\xB0", 3), "a\xEF\xBF\xBD"},
+        {CByteWriter().U32(3).Text("ab", 2), nullptr},
+        {CByteWriter().U32(0xFFFFFFFF).Text("ab", 2), nullptr},
+        {CByteWriter().U16(0), nullptr}};
     for (const auto& [bytes, expected] : cases) {
         CMemFile file;
         std::vector<u8> content = bytes.bytes;

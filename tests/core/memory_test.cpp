@@ -19,11 +19,7 @@ std::string TextOf(const TArray<CString>& array) {
 }
 
 TEST(Array, RearrangesElements) {
-    const struct {
-        const char* what;
-        std::function<bool(TArray<CString>&)> change;
-        const char* expected;
-    } cases[] = {
+    const std::tuple<const char*, std::function<bool(TArray<CString>&)>, const char*> cases[] = {
         {"add", [](auto& a) { return a.Add(L"x"); }, "abcdex"},
         {"add an element of its own while growing",
          [](auto& a) { return a.SetSize(a.capacity()) && a.Add(a.ConstGetItem(1)); }, "abcde_____b"},

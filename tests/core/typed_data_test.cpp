@@ -240,24 +240,21 @@ TEST(LeastSquares, TakesTheMiddleOfContradictions) {
 
 TEST(LeastSquares, RefusesWhatCannotBeSolved) {
     const double most = std::numeric_limits<double>::max();
-    struct {
-        const char* what;
-        TArray<double> x, y;
-        int degree;
-    } cases[] = {{"no points", {}, {}, 0},
-                 {"too few points", {1, 2}, {1, 2}, 2},
-                 {"too few different points", {1, 1, 2, 2}, {1, 1, 2, 2}, 2},
-                 {"one point over and over", {5, 5, 5}, {1, 2, 3}, 1},
-                 {"a negative degree", {1, 2}, {1, 2}, -1},
-                 {"a degree beyond all points", {1, 2}, {1, 2}, INT32_MAX},
-                 {"arrays of two lengths", {1, 2, 3}, {1, 2}, 1},
-                 {"an x that is no number", {1, kNaN, 3}, {1, 2, 3}, 1},
-                 {"an infinite y", {1, 2, 3}, {1, kInf, 3}, 1},
-                 {"a spread beyond double", {-most, most}, {1, 2}, 1}};
-    for (auto& c : cases) {
+    std::tuple<const char*, TArray<double>, TArray<double>, int> cases[] = {
+        {"no points", {}, {}, 0},
+        {"too few points", {1, 2}, {1, 2}, 2},
+        {"too few different points", {1, 1, 2, 2}, {1, 1, 2, 2}, 2},
+        {"one point over and over", {5, 5, 5}, {1, 2, 3}, 1},
+        {"a negative degree", {1, 2}, {1, 2}, -1},
+        {"a degree beyond all points", {1, 2}, {1, 2}, INT32_MAX},
+        {"arrays of two lengths", {1, 2, 3}, {1, 2}, 1},
+        {"an x that is no number", {1, kNaN, 3}, {1, 2, 3}, 1},
+        {"an infinite y", {1, 2, 3}, {1, kInf, 3}, 1},
+        {"a spread beyond double", {-most, most}, {1, 2}, 1}};
+    for (auto& [what, x, y, degree] : cases) {
         TArray<double> fitted{42};
-        EXPECT_FALSE(LinearLeastSquareFit(c.x, c.y, c.degree, fitted)) << c.what;
-        EXPECT_TRUE(fitted.size() == 1 && fitted[0] == 42) << c.what;
+        EXPECT_FALSE(LinearLeastSquareFit(x, y, degree, fitted)) << what;
+        EXPECT_TRUE(fitted.size() == 1 && fitted[0] == 42) << what;
     }
 }
 

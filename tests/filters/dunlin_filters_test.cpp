@@ -78,27 +78,24 @@ TEST(Wren, OlderTrailerIsConverted) {
 }
 
 TEST(Wren, DamagedTrailersAreRefusedButByTheLightOperations) {
-    const struct {
-        STomzTrailer trailer;
-        bool light;
-        u64 offset;
-        const wchar_t* found;
-    } cases[] = {{{.version = 2}, true, 8, L"2"},
-                 {{.words = 47}, true, 10, L"47"},
-                 {{.checksumError = 1}, true, 98, nullptr},
-                 {{.signature = "TOMX"}, false, 4, L"0x584D4F54"}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.offset);
+    const std::tuple<STomzTrailer, bool, u64, const wchar_t*> cases[] = {
+        // the light operations; the fault
+        {{.version = 2}, true, 8, L"2"},
+        {{.words = 47}, true, 10, L"47"},
+        {{.checksumError = 1}, true, 98, nullptr},
+        {{.signature = "TOMX"}, false, 4, L"0x584D4F54"}};
+    for (const auto& [trailer, hasLight, offset, found] : cases) {
+        SCOPED_TRACE(offset);
         SFrameReader reader = WrenReader();
-        const Bytes frame = TomzFrame({0xC001, 2}, c.trailer);
+        const Bytes frame = TomzFrame({0xC001, 2}, trailer);
         EXPECT_TRUE(!reader.Parse(frame) && reader.objects.size() == 0);
         const auto light = reader.Light(frame);
-        EXPECT_TRUE(light.hasPreset && light.preset == 3 && light.hasCounter == c.light && light.hasTime == c.light &&
-                    light.hasAll == c.light);
+        EXPECT_TRUE(light.hasPreset && light.preset == 3 && light.hasCounter == hasLight && light.hasTime == hasLight &&
+                    light.hasAll == hasLight);
         SFrameFault fault;
         EXPECT_FALSE(reader.Check(frame, &fault));
-        EXPECT_EQ(fault.offset, c.offset);
-        EXPECT_TRUE(!c.found || fault.found == c.found) << fault.found.GetUTF8();
+        EXPECT_EQ(fault.offset, offset);
+        EXPECT_TRUE(!found || fault.found == found) << fault.found.GetUTF8();
     }
 }
 

@@ -90,10 +90,9 @@ Bytes Png(u32 width, u8 bits, u8 colour, const Bytes& pixels, u32 height = kRows
 /// What stands in the only tile of 16 x 16 pixels.
 Bytes Tile() {
     Bytes tile;
-    for (std::size_t y = 0; y < 16; ++y) {
+    for (std::size_t y = 0; y < 16; ++y)
         for (std::size_t x = 0; x < 16; ++x)
             tile = tile + Number(y < kRows && x < kColumns ? kCounts[y * kColumns + x] : 0xDEAD, 2, false);
-    }
     return tile;
 }
 

@@ -1,7 +1,6 @@
 // Frames of every family: measured by a series of any number of threads, and one by one in any order, they give what
 // the plain steps of the library give for each frame alone.
 
-#include <numeric>
 #include <set>
 
 #include "apps/ovix/scene.h"

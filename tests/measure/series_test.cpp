@@ -199,10 +199,9 @@ TEST(Series, AHundredThousandFramesOfAPipeLeaveMemoryFlat) {
     ASSERT_EQ(::pipe(ends), 0);
     std::jthread writer([&] {
         const Bytes frames = test::Frames(100);
-        for (u64 i = 0; i < kFrames / 100; ++i) {
+        for (u64 i = 0; i < kFrames / 100; ++i)
             for (std::size_t at = 0; at < frames.size();)
                 at += static_cast<std::size_t>(::write(ends[1], &frames[at], frames.size() - at));
-        }
         ::close(ends[1]);
     });
     const auto resident = [] {

@@ -30,7 +30,6 @@ endif()
 
 build(${source}/consumer ${work}/build -D EXAMPLE=${example})
 
-run(${work}/build/measure_consumer)
 run(${work}/build/consumer)
 if(output MATCHES "Toy")
   message(FATAL_ERROR "A plug-in that is not installed was found:\n${output}")

@@ -42,20 +42,21 @@ void CheckForms(const SForms& forms, u32 seed) {
 }
 
 TEST(GetImageData, MovesEveryFormBetweenAllPairsOfTypes) {
-    const struct {
-        SArea area;
-        u32 listed;  // around the length of a block
-    } kSelections[] = {
-        {{0, 0, 40, 22}, 0}, {{3, 5, 9, 11}, 1}, {{4, 2, 3, 8}, 511}, {{2, 8, 4, 7}, 512}, {{40, 22, 40, 22}, 513}};
-    for (const auto& selection : kSelections) {
+    const std::pair<SArea, u32> kSelections[] = {// an area; the length of a list, around that of a block
+                                                 {{0, 0, 40, 22}, 0},
+                                                 {{3, 5, 9, 11}, 1},
+                                                 {{4, 2, 3, 8}, 511},
+                                                 {{2, 8, 4, 7}, 512},
+                                                 {{40, 22, 40, 22}, 513}};
+    for (const auto& [area, listed] : kSelections) {
+        SCOPED_TRACE(listed);
         SForms forms;
-        forms.area = selection.area;
-        forms.indices.resize(selection.listed);
-        if (selection.listed == 0) forms.lines = {};
+        forms.area = area;
+        forms.indices.resize(listed);
+        if (listed == 0) forms.lines = {};
         u32 seed = 1;
         ForEachPair([&]<class S, class D>(TElement<S>, TElement<D>) {
-            SCOPED_TRACE(testing::Message()
-                         << DataTypeOf<S>() << " to " << DataTypeOf<D>() << ", " << selection.listed);
+            SCOPED_TRACE(testing::Message() << DataTypeOf<S>() << " to " << DataTypeOf<D>());
             CheckForms<S, D>(forms, seed++);
         });
     }

@@ -54,10 +54,9 @@ TEST(Radiance, SumsPlanckOverTheBandBetweenHundredths) {
 
 TEST(Radiance, ScalarOrders) {
     const double a[] = {10, 3, 0.5, 0.25, 0.125, 2, 1};
-    for (int order = -2; order <= 6; ++order) {
+    for (int order = -2; order <= 6; ++order)
         for (const double count : {0.0, 5.0, -7.25, 50000.0})
             EXPECT_DOUBLE_EQ(ToRadiance(count, a, order, 1, 2), (SLaw{a, order, 1, 2}.Of(count, false))) << order;
-    }
     EXPECT_EQ(ToRadiance(5, nullptr, 0, 0, 2), 10);
     EXPECT_TRUE(std::isnan(ToRadiance(kNaN, a, 2, 0, 1)));
 }

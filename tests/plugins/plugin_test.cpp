@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <string>
-#include <typeinfo>
 
 #include "laboratory_source_info.h"
 #include "reduce/filters/filter_factory.h"

@@ -37,10 +37,9 @@ struct SForms {
         for (u32 i = 0; form == EForm::S && i < lines.size(); ++i)
             for (u32 x = lines[i].left; x <= lines[i].right; ++x) add(lines[i].row, x);
         if (form != EForm::A && form != EForm::M) return visited;
-        for (u32 y = area.top; y <= area.bottom; ++y) {
+        for (u32 y = area.top; y <= area.bottom; ++y)
             for (u32 x = area.left; x <= area.right; ++x)
                 if (form == EForm::A || mask[y * stride + x]) add(y, x);
-        }
         return visited;
     }
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Runs the tool as a stranger's shell would: stranger.py OVIX CASE. Each case is a function of its name below."""
 
-import json, math, os, pty, random, re, shutil, signal, struct, subprocess, sys, tempfile, termios, time
+import json, math, os, pathlib, pty, random, re, shutil, signal, struct, subprocess, sys, tempfile, termios, time
 
 OVIX = sys.argv[1]
 TYPE = ["--pixel-type", "K410 IR (GigE)", "--size", "64x48"]
@@ -25,13 +25,11 @@ def rows(*arguments, **options):
 
 
 def read(name):
-    with open(name, "rb") as file:
-        return bytearray(file.read())
+    return bytearray(pathlib.Path(name).read_bytes())
 
 
 def write(name, data):
-    with open(name, "wb") as file:
-        file.write(data)
+    pathlib.Path(name).write_bytes(data)
 
 
 def synth(*more, count=3, name="dump.raw", form="plain"):
