@@ -24,7 +24,7 @@ void WriteAll(const std::filesystem::path& folder, const CLI::App& tree) {
     Put(folder / "man/man1/ovix.1", ToolPage(tool, verbs, OVIX_VERSION));
     for (const SVerb& verb : verbs) Put(folder / ("man/man1/ovix-" + verb.name + ".1"), VerbPage(verb, OVIX_VERSION));
     Put(folder / "bash-completion/completions/ovix", BashCompletion(tool, verbs));
-    Put(folder / "zsh/vendor-completions/_ovix", ZshCompletion(tool, verbs));
+    Put(folder / "zsh/_ovix", ZshCompletion(tool, verbs));
     Put(folder / "fish/vendor_completions.d/ovix.fish", FishCompletion(tool, verbs));
 }
 

@@ -48,7 +48,7 @@ std::string Synopsis(const SVerb& verb) {
     std::string text = Section("SYNOPSIS") + fmt::format(".B ovix {}\n[\\fIoptions\\fR]", Roff(verb.name));
     for (const SOption& option : verb.options) {
         if (option.IsPositional())
-            text += " " + Label(option);
+            text += " " + Label(option) + (option.repeats ? "..." : "");
         else if (option.required)
             text += " \\fB" + Roff(option.names.back()) + "\\fR \\fI" + Roff(option.type) + "\\fR";
     }

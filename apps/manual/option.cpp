@@ -69,6 +69,7 @@ SOption OptionOf(const CLI::Option& option) {
                  .help = option.get_description(),
                  .group = option.get_group(),
                  .required = option.get_required(),
+                 .repeats = option.get_items_expected_max() > 1,
                  .values = {}};
     for (const std::string& name : option.get_snames()) made.names.push_back("-" + name);
     for (const std::string& name : option.get_lnames()) made.names.push_back("--" + name);

@@ -21,6 +21,7 @@ struct SOption {
     std::string help;
     std::string group;
     bool required = false;
+    bool repeats = false;  ///< several may stand one behind the other
     SOptionValues values;
 
     bool IsPositional() const { return names.empty(); }

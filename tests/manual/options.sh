@@ -40,8 +40,8 @@ for verb in $verbs; do
     holds "bash $verb" "$(complete_bash ovix "$verb" -)" $options
     if have fish; then holds "fish $verb" "$(complete_fish "ovix $verb -")" $options; fi
     if have zsh; then
-        zsh -n "$manual/zsh/vendor-completions/_ovix" || fail "zsh does not take its completion"
-        body=$(sed -n "/^        $verb)/,/;;/p" "$manual/zsh/vendor-completions/_ovix" | grep -oE "'\*-[^[]*\[" | sed "s/^'\*//; s/\[$//")
+        zsh -n "$manual/zsh/_ovix" || fail "zsh does not take its completion"
+        body=$(sed -n "/^        $verb)/,/;;/p" "$manual/zsh/_ovix" | grep -oE "'\*-[^[]*\[" | sed "s/^'\*//; s/\[$//")
         holds "zsh $verb" "$body" $options
     fi
     if have man; then

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <cmath>
 
 #include "apps/ovix/fault.h"
 #include "apps/ovix/text/choice.h"
@@ -59,7 +60,10 @@ void CDataArguments::Add(CLI::App& verb) {
                         "of uint16, and of .zarr: values as whole multiples of this, in their unit (else 0.01 of "
                         "temperatures and 1 of counts; of .zarr floats)"),
         "STEP")
-        ->check(CLI::PositiveNumber);
+        ->check([](const std::string& text) {
+            const auto step = ParseNumber<double>(text);
+            return step && *step > 0 && std::isfinite(*step) ? "" : "expected a number above 0, found \"" + text + '"';
+        });
     add(verb.add_flag("--by-trace", byTrace_,
                       "of .zarr: chunks of 64 frames and 64 x 64 pixels, for who reads pixels over time"));
     add(verb.add_flag("--no-status", noStatus_, "of .tif, .npy and .csv: no file of status bytes beside"));

@@ -2,8 +2,6 @@
 
 #include <string>
 
-#include "measure/measure.h"
-
 namespace CLI {
 class App;
 }
@@ -21,8 +19,6 @@ class COutputArguments {
     const std::string& File() const { return file_; }
     bool Overwrites() const { return overwrite_; }
     bool SaysJson() const { return json_; }
-    /// Throws wrong usage where the output is the very file that is read, whatever its names are.
-    void RequireOther(const measure::CSource& source) const;
 
   private:
     std::string file_;

@@ -9,6 +9,7 @@
 #include "apps/ovix/cli/frame_selection.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/facts/small_text.h"
+#include "apps/ovix/input_files.h"
 #include "apps/ovix/output/spool.h"
 #include "apps/ovix/text/choice.h"
 #include "apps/ovix/text/console.h"
@@ -75,6 +76,7 @@ std::vector<CSourceArguments> CSourceArguments::Each() const {
     std::vector<CSourceArguments> each;
     bool described = !Describes();
     for (const std::string& name : names) {
+        RememberInput(name);
         each.push_back(*this);
         each.back().file_ = name;
         if (names.size() == 1 || !Describes()) continue;
@@ -118,6 +120,7 @@ measure::SOpenOptions CSourceArguments::Options() const {
 CSource CSourceArguments::Open(bool acceptDamage) const {
     measure::SOpenOptions options = Options();
     options.acceptDamage = options.acceptDamage || acceptDamage;
+    RememberInput(file_);
     try {
         const auto require = [&](bool isDump) {
             if (!isDump) throw UsageFault(fmt::format("{}: {} says it by itself", GivenOfDump(), file_));

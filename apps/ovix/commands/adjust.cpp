@@ -118,7 +118,6 @@ class CAdjustCommand final : public ICommand {
         const measure::CSource source =
             measure::Open(file_, {.pixelType = "counts", .width = width, .height = height, .frameSize = sourceSize});
         requireDump(source.Kind() != measure::ESource::Recording);  // which a pipe brought
-        output_.RequireOther(source);
         for (const measure::SFinding& finding : source.Findings()) Say(FindingLine(source.Name(), finding));
         const auto onError = ParseChoice<measure::EOnFault>(
             "--on-error", onError_, {{"stop", measure::EOnFault::Stop}, {"skip", measure::EOnFault::Skip}});

@@ -138,9 +138,6 @@ class CConvertCommand final : public ICommand {
         if (!IsPicture()) picture_.RefuseAll();
         const measure::SFrameFormat& format = source.Format();
         picture_.Put(options, format.width, format.height);
-        for (const std::filesystem::path& file : {std::filesystem::path(output), StatusPath(output)}) {
-            if (source.IsFile(file)) throw UsageFault(file.string() + " is the input");
-        }
         const measure::CMeasurement measurement(source, measureOptions);
         measure_.RefuseIdle(measurement, input.Frames(source));
         CMeasureRun run(measurement, input, mergePresets_);

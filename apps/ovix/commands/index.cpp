@@ -6,6 +6,7 @@
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/facts/findings.h"
 #include "apps/ovix/fault.h"
+#include "apps/ovix/input_files.h"
 #include "apps/ovix/json.h"
 #include "apps/ovix/output/output_file.h"
 #include "apps/ovix/text/console.h"
@@ -49,6 +50,7 @@ class CIndexCommand final : public ICommand {
             how_.framesPerReference = *together;
         }
         while (how_.baseUrl.ends_with('/')) how_.baseUrl.pop_back();
+        for (const std::string& file : files_) RememberInput(file);
         COutputFile output(output_.File(), output_.Overwrites());
         CProgress progress("file", files_.size());
         how_.progress = [&](u64 done, u64) { progress.Show(done); };

@@ -57,7 +57,6 @@ class CPlotCommand final : public ICommand {
             "--kind", kind_, {{"time", EKind::Time}, {"profile", EKind::Profile}, {"histogram", EKind::Histogram}});
         Require(kind);
         const measure::CSource source = source_.Open();
-        output_.RequireOther(source);
         const u16 width = source.Format().width, height = source.Format().height;
         const SAsked asked{
             regions_.Of(width, height), PixelsOf(ParseLines("--line", lines_), width, height),

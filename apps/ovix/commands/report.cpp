@@ -73,7 +73,6 @@ class CReportCommand final : public ICommand {
         const measure::CSource source = source_.Open();
         if (!source.IsNumbered())
             throw UsageFault(source.Name() + ": a page looks ahead, which --spool allows for a pipe");
-        output_.RequireOther(source);
         const measure::SFrameFormat& format = source.Format();
         const SPackingWish wish = Wish(format.width, format.height);
         SReport report{.title = std::filesystem::path(source.Name()).filename().string(),

@@ -78,7 +78,7 @@ class CStatsCommand final : public ICommand {
         options_ = measure_.Options();
         wish_ = Wish();
         const std::vector<CSourceArguments> inputs = source_.Each();
-        const auto printer = Printer(inputs);
+        const auto printer = Printer();
         const std::size_t count = inputs.size();
         bool ended = false;
         if (count > 1) printer->Open(count);
@@ -96,18 +96,11 @@ class CStatsCommand final : public ICommand {
     }
 
   private:
-    std::unique_ptr<IStatsPrinter> Printer(const std::vector<CSourceArguments>& inputs) const {
+    std::unique_ptr<IStatsPrinter> Printer() const {
         if (!output_.empty() && !csv_ && !json_)
             throw UsageFault("--output: goes with --csv or --json; a table goes to the standard output");
         if (output_.empty() || output_ == "-")
             return json_ ? MakeJsonPrinter(wish_) : csv_ ? MakeCsvPrinter(wish_) : MakeTablePrinter(wish_);
-        for (const std::filesystem::path& file : FilesOfStats(output_, json_)) {
-            for (const CSourceArguments& input : inputs) {
-                std::error_code isMissing;
-                if (std::filesystem::equivalent(file, input.File(), isMissing))
-                    throw UsageFault(file.string() + " is the input");
-            }
-        }
         return MakeFilePrinter(wish_, json_, output_, overwrite_);
     }
     SStatsWish Wish() const {

@@ -173,8 +173,8 @@ class CJsonPrinter final : public IStatsPrinter {
 class CFilePrinter final : public IStatsPrinter {
   public:
     CFilePrinter(const SStatsWish& wish, bool json, const std::filesystem::path& target, bool overwrite) {
-        for (const std::filesystem::path& file : FilesOfStats(target, json))
-            files_.push_back(std::make_unique<COutputFile>(file, overwrite));
+        files_.push_back(std::make_unique<COutputFile>(target, overwrite));
+        if (!json) files_.push_back(std::make_unique<COutputFile>(target.string() + ".json", overwrite));
         if (!json) printers_.push_back(MakeCsvPrinter(wish, Into(0)));
         printers_.push_back(MakeJsonPrinter(wish, Into(files_.size() - 1), json));
     }
@@ -232,11 +232,6 @@ std::unique_ptr<IStatsPrinter> MakeJsonPrinter(const SStatsWish& wish, StatsSink
 std::unique_ptr<IStatsPrinter> MakeFilePrinter(const SStatsWish& wish, bool json, const std::filesystem::path& target,
                                                bool overwrite) {
     return std::make_unique<CFilePrinter>(wish, json, target, overwrite);
-}
-
-std::vector<std::filesystem::path> FilesOfStats(const std::filesystem::path& target, bool json) {
-    if (json) return {target};
-    return {target, target.string() + ".json"};
 }
 
 }  // namespace ovix::app

@@ -59,7 +59,5 @@ std::unique_ptr<IStatsPrinter> MakeJsonPrinter(const SStatsWish& wish, StatsSink
 /// One of both in a file, which is there when it is closed; beside `out.csv` the document without rows, `out.csv.json`.
 std::unique_ptr<IStatsPrinter> MakeFilePrinter(const SStatsWish& wish, bool json, const std::filesystem::path& target,
                                                bool overwrite);
-/// What `MakeFilePrinter` writes.
-std::vector<std::filesystem::path> FilesOfStats(const std::filesystem::path& target, bool json);
 
 }  // namespace ovix::app

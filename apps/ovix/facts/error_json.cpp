@@ -1,5 +1,6 @@
 #include "apps/ovix/facts/error_json.h"
 
+#include <filesystem>
 #include <new>
 
 #include "apps/ovix/text/console.h"
@@ -26,6 +27,8 @@ CFault CurrentFault() {
         return CFault({.exit = error.Exit(), .problem = error.what()});
     } catch (const measure::CError& error) {
         return FaultOf(error);
+    } catch (const std::filesystem::filesystem_error& error) {
+        return SystemFault(ExitFile, error.path1().string(), "cannot be used", error.code().value());
     } catch (const std::bad_alloc&) {
         return CFault({.problem = "there is not enough memory"});
     } catch (const std::exception& error) {

@@ -1,7 +1,6 @@
 #include <fmt/format.h>
 #include <hdf5.h>
 #include <hdf5_hl.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <limits>
@@ -18,12 +17,30 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// What the system said to the library, in the entry of its errors that lies deepest.
+std::string SystemWords() {
+    std::string words;
+    const auto look = [](unsigned, const H5E_error2_t* entry, void* found) -> herr_t {
+        constexpr std::string_view kStart = "error message = '";
+        const std::string_view text = entry->desc ? entry->desc : "";
+        const std::size_t at = text.find(kStart);
+        if (at == text.npos) return 0;
+        const std::string_view rest = text.substr(at + kStart.size());
+        *static_cast<std::string*>(found) = ": " + std::string(rest.substr(0, rest.find('\'')));
+        return 1;
+    };
+    H5Ewalk2(H5E_DEFAULT, H5E_WALK_UPWARD, look, &words);
+    return words;
+}
+
+void Require(i64 done, const std::string& what) {
+    if (done < 0) throw CAppError(ExitFile, "cannot write " + what + SystemWords());
+}
+
 /// An identifier of the library, closed with its owner.
 class CHandle {
   public:
-    CHandle(hid_t id, herr_t (*close)(hid_t)) : id_(id), close_(close) {
-        if (id_ < 0) throw CAppError(ExitFile, "HDF5 refuses a file, group or array");
-    }
+    CHandle(hid_t id, herr_t (*close)(hid_t)) : id_(id), close_(close) { Require(id_, "a file, group or array"); }
     CHandle(const CHandle&) = delete;
     CHandle& operator=(const CHandle&) = delete;
     ~CHandle() { close_(id_); }
@@ -33,10 +50,6 @@ class CHandle {
     hid_t id_;
     herr_t (*close_)(hid_t);
 };
-
-void Require(herr_t done, const std::string& what) {
-    if (done < 0) throw CAppError(ExitFile, "cannot write " + what);
-}
 
 /// Of text of any length in UTF-8, as readers take it for text.
 hid_t TextType() {
@@ -188,16 +201,14 @@ struct SArrays {
 class CNexusWriter final : public IFrameWriter {
   public:
     CNexusWriter(const fs::path& target, const SSeries& series, const SWriteOptions& options)
-        : target_(target),
-          options_(options),
-          level_(std::min(options.compression, 9)),
-          part_(RequireRoom()),
-          file_(std::in_place, H5Fcreate(part_.c_str(), H5F_ACC_EXCL, H5P_DEFAULT, H5P_DEFAULT), H5Fclose),
-          removed_(part_),
-          interrupted_(part_),
-          to_(std::in_place, *file_, series, level_) {
-        Describe(series);
-        Require(H5Fflush(*file_, H5F_SCOPE_GLOBAL), part_);
+        : target_(Free(target, options)), level_(std::min(options.compression, 9)), part_(target, EStore::File) {
+        H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr);  // it would print what is thrown here
+        Named([&] {
+            file_.emplace(H5Fcreate(part_.Path().c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, H5P_DEFAULT), H5Fclose);
+            to_.emplace(*file_, series, level_);
+            Describe(series);
+            Require(H5Fflush(*file_, H5F_SCOPE_GLOBAL), "the description");
+        });
     }
 
     SEncodedFrame Encode(const SPicture& picture) const override {
@@ -207,6 +218,32 @@ class CNexusWriter final : public IFrameWriter {
         return encoded;
     }
     void Append(const SPicture& picture, const SEncodedFrame& encoded) override {
+        Named([&] { AppendFrame(picture, encoded); });
+    }
+    void Finish() override {
+        if (!begun_) throw CAppError(ExitBadData, target_.string() + ": no frame to write");
+        Named([&] { Require(H5Fflush(*file_, H5F_SCOPE_GLOBAL), "the last frame"); });
+        to_.reset();
+        file_.reset();
+        part_.Put();
+    }
+
+  private:
+    static const fs::path& Free(const fs::path& target, const SWriteOptions& options) {
+        if (fs::exists(target) && !(options.overwrite && fs::is_regular_file(target)))
+            throw CFault({.exit = ExitFile, .file = target.string(), .problem = "exists (--overwrite replaces it)"});
+        return target;
+    }
+    /// Does what the library may fail at, and says of which file.
+    template <class Work>
+    void Named(const Work& work) const {
+        try {
+            work();
+        } catch (const CAppError& error) {
+            throw CFault({.exit = error.Exit(), .file = target_.string(), .problem = error.what()});
+        }
+    }
+    void AppendFrame(const SPicture& picture, const SEncodedFrame& encoded) {
         if (!begun_) Begin(picture);
         to_->values.AppendChunk(encoded.values.front());
         for (const auto& status : encoded.status) to_->status.AppendChunk(status);
@@ -215,31 +252,7 @@ class CNexusWriter final : public IFrameWriter {
         to_->time.Append<double>(timed    ? std::chrono::duration<double>(*picture.time - *start_).count()
                                  : start_ ? std::numeric_limits<double>::quiet_NaN()
                                           : static_cast<double>(picture.frame));
-        Require(H5Fflush(*file_, H5F_SCOPE_LOCAL), part_);
-    }
-    void Finish() override {
-        if (!begun_) throw CAppError(ExitBadData, target_.string() + ": no frame to write");
-        Require(H5Fflush(*file_, H5F_SCOPE_GLOBAL), part_);
-        to_.reset();
-        file_.reset();
-        SyncByName(part_, ::fsync);
-        std::error_code error;
-        fs::rename(part_, target_, error);
-        if (error) throw SystemFault(ExitFile, target_.string(), "cannot write", error.value());
-        removed_.path.clear();
-        interrupted_.reset();
-    }
-
-  private:
-    std::string RequireRoom() const {
-        H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr);  // it would print what is thrown here
-        std::string part = target_.string() + ".part";
-        if (fs::exists(part))
-            throw CFault(
-                {.exit = ExitFile, .file = part, .problem = "is there already: somebody writes it, or never finished"});
-        if (fs::exists(target_) && !(options_.overwrite && fs::is_regular_file(target_)))
-            throw CFault({.exit = ExitFile, .file = target_.string(), .problem = "exists (--overwrite replaces it)"});
-        return part;
+        Require(H5Fflush(*file_, H5F_SCOPE_LOCAL), "a frame");
     }
     void Describe(const SSeries& series) {
         const std::string name = VariableName(series.unit);
@@ -277,25 +290,10 @@ class CNexusWriter final : public IFrameWriter {
         return Deflated(width > 1 ? Shuffled(bytes, size, width) : std::vector<u8>(bytes, bytes + size), level_);
     }
 
-    /// What is not finished goes, but for a process that is killed.
-    struct SRemoved {
-        explicit SRemoved(std::string file) : path(std::move(file)) {}
-        SRemoved(const SRemoved&) = delete;
-        SRemoved& operator=(const SRemoved&) = delete;
-        ~SRemoved() {
-            std::error_code ignored;
-            if (!path.empty()) fs::remove(path, ignored);
-        }
-        std::string path;
-    };
-
     fs::path target_;
-    SWriteOptions options_;
     int level_;
-    std::string part_;
+    CStorePart part_;
     std::optional<CHandle> file_;
-    SRemoved removed_;
-    std::optional<CRemovedOnInterrupt> interrupted_;
     std::optional<SArrays> to_;  ///< closed before the file is
     std::optional<measure::Time> start_;
     bool begun_ = false;

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <optional>
 
+#include "apps/ovix/input_files.h"
 #include "apps/ovix/output/interrupt_cleanup.h"
 #include "apps/ovix/output/spool.h"
 #include "measure/measure.h"
@@ -13,9 +14,9 @@ namespace ovix::app {
 /// which `Commit` prints all of it. Failures throw `measure::CError` with the file's name.
 class COutputFile {
   public:
-    /// Refuses a target that exists unless `overwrite` is set, and one that is no regular file in any case.
+    /// Refuses a target that exists unless `overwrite` is set, and one that is no regular file or is read in any case.
     COutputFile(const std::filesystem::path& target, bool overwrite)
-        : wayOut_(target), file_(wayOut_.Path(), overwrite) {
+        : wayOut_(RequireNoInput(target)), file_(wayOut_.Path(), overwrite) {
         removed_.emplace(file_.Part());
     }
 
@@ -34,6 +35,7 @@ class COutputFile {
 
     /// Puts the file into its place. Without `overwrite`, a file that has come into being there meanwhile stays.
     void Commit() {
+        RequireNoInput(file_.Target());  // which was read meanwhile
         file_.Commit();
         wayOut_.Send();
     }

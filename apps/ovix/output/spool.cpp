@@ -1,6 +1,7 @@
 #include "apps/ovix/output/spool.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -8,6 +9,7 @@
 #include <vector>
 
 #include "apps/ovix/fault.h"
+#include "apps/ovix/input_files.h"
 #include "apps/ovix/text/console.h"
 
 namespace ovix::app {
@@ -64,11 +66,35 @@ void CSpool::Copy(int from) {
     }
 }
 
-void SyncByName(const std::filesystem::path& path, int (*sync)(int)) {
-    const int handle = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    const int failed = handle < 0 || sync(handle) != 0 ? errno : 0;
+CStorePart::CStorePart(const std::filesystem::path& target, EStore kind)
+    : target_(RequireNoInput(target)), part_(target.string() + ".part"), kind_(kind) {
+    const int made = kind == EStore::Folder ? ::mkdir(part_.c_str(), 0777)
+                                            : ::open(part_.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0666);
+    if (made < 0 && errno == EEXIST)
+        throw CFault({.exit = ExitFile,
+                      .file = part_.string(),
+                      .problem = "is there already: somebody writes it, or never finished"});
+    if (made < 0) throw SystemFault(ExitFile, target_.string(), "cannot create it", errno);
+    if (kind == EStore::File) ::close(made);
+    removed_.emplace(part_);
+}
+
+CStorePart::~CStorePart() {
+    std::error_code nobodyIsTold;
+    if (removed_) std::filesystem::remove_all(part_, nobodyIsTold);
+}
+
+void CStorePart::Put() {
+    RequireNoInput(target_);
+    const int handle = ::open(part_.c_str(), O_RDONLY | O_CLOEXEC);
+    // Of a folder's thousands of files all of the file system at once.
+    const int failed = handle < 0 || (kind_ == EStore::Folder ? ::syncfs : ::fsync)(handle) != 0 ? errno : 0;
     ::close(handle);
-    if (failed) throw SystemFault(ExitFile, path.string(), "cannot write", failed);
+    std::error_code error(failed, std::generic_category());
+    if (!error && kind_ == EStore::Folder) std::filesystem::remove_all(target_, error);
+    if (!error) std::filesystem::rename(part_, target_, error);
+    if (error) throw SystemFault(ExitFile, target_.string(), "cannot write", error.value());
+    removed_.reset();
 }
 
 CWayOut::CWayOut(const std::filesystem::path& target) : path_(target) {

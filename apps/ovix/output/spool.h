@@ -5,6 +5,7 @@
 #include <string>
 
 #include "apps/ovix/output/interrupt_cleanup.h"
+#include "core/core.h"
 
 namespace ovix::app {
 
@@ -53,8 +54,27 @@ class CWayOut {
     std::filesystem::path path_;
 };
 
-/// What others wrote reaches the medium, so that it may take its name: by `fsync` a file, by `syncfs` all of the file
-/// system, for a folder of thousands of files. Throws `CAppError`.
-void SyncByName(const std::filesystem::path& path, int (*sync)(int));
+enum class EStore : u8 { File, Folder };
+
+/// A file or folder that somebody else writes beside its place, `out.nxs.part`, and that can be read as far as it is
+/// written. What is not put into its place goes with the object and with an interrupt; of a killed process it stays.
+class CStorePart {
+  public:
+    /// Makes it, empty. Throws `CFault`, also where there is one already.
+    CStorePart(const std::filesystem::path& target, EStore kind);
+    ~CStorePart();
+    CStorePart(const CStorePart&) = delete;
+    CStorePart& operator=(const CStorePart&) = delete;
+
+    const std::filesystem::path& Path() const { return part_; }
+    /// Once all of it has reached the medium, it takes the place of what was there.
+    void Put();
+
+  private:
+    std::filesystem::path target_;
+    std::filesystem::path part_;
+    EStore kind_;
+    std::optional<CRemovedOnInterrupt> removed_;
+};
 
 }  // namespace ovix::app

@@ -1,7 +1,7 @@
 #include <blosc.h>
 #include <fmt/format.h>
-#include <unistd.h>
 
+#include <cerrno>
 #include <cmath>
 #include <cstring>
 #include <fstream>
@@ -32,9 +32,9 @@ void WriteWhole(const fs::path& path, const void* data, std::size_t size) {
     std::ofstream file(part, std::ios::binary);
     file.write(static_cast<const char*>(data), static_cast<std::streamsize>(size));
     file.close();
-    std::error_code error;
+    std::error_code error(file ? 0 : errno, std::generic_category());
     if (file) fs::rename(part, path, error);
-    if (!file || error) Fail(path, "cannot write");
+    if (!file || error) throw SystemFault(ExitFile, path.string(), "cannot write", error.value());
 }
 void WriteWhole(const fs::path& path, const Json& json) {
     const std::string text = JsonText(json, 1, true);  // readers of Zarr 2 take ASCII alone
@@ -181,10 +181,7 @@ class CPlanes {
 class CZarrWriter final : public IFrameWriter {
   public:
     CZarrWriter(const fs::path& target, const SSeries& series, const SWriteOptions& options)
-        : target_(target), part_(target.string() + ".part"), series_(series), options_(options) {
-        RequireRoom();
-        fs::create_directory(part_);
-        removed_.emplace(part_);
+        : target_(Free(target, options)), store_(target, EStore::Folder), series_(series), options_(options) {
         WriteWhole(part_ / ".zgroup", Json{{"zarr_format", 2}});
         WriteWhole(part_ / ".zattrs", GroupAttributes(series));
         const bool steps = options.step > 0;
@@ -196,14 +193,10 @@ class CZarrWriter final : public IFrameWriter {
         frame_.emplace(part_, "frame");
         frame_->Array().Describe(ColumnAttributes("number of the frame in its source"));
     }
-    ~CZarrWriter() override {
-        std::error_code ignored;
-        if (removed_) fs::remove_all(part_, ignored);
-    }
 
     SEncodedFrame Encode(const SPicture& picture) const override {
         SEncodedFrame encoded;
-        encoded.values.push_back(options_.step > 0 ? values_->Encode(Steps(picture.values).data())
+        encoded.values.push_back(options_.step > 0 ? values_->Encode(Steps(picture).data())
                                                    : values_->Encode(picture.values.data()));
         if (!picture.status.empty()) encoded.status.push_back(status_->Encode(picture.status.data()));
         return encoded;
@@ -228,31 +221,31 @@ class CZarrWriter final : public IFrameWriter {
         values_->Complete();
         status_->Complete();
         WriteMetadata();
-        std::error_code error;
-        SyncByName(part_, ::syncfs);
-        if (fs::exists(target_)) fs::remove_all(target_, error);
-        if (!error) fs::rename(part_, target_, error);
-        if (error) throw SystemFault(ExitFile, target_.string(), "cannot write", error.value());
-        removed_.reset();
+        store_.Put();
     }
 
   private:
     static constexpr i32 kNoStep = std::numeric_limits<i32>::min();
 
     /// Nobody's file or folder is in the way but a store that may be replaced.
-    void RequireRoom() const {
-        if (fs::exists(part_)) Fail(part_, "is there already: somebody writes it, or never finished");
-        if (!fs::exists(target_)) return;
-        if (!options_.overwrite) Fail(target_, "exists (--overwrite replaces it)");
-        if (!fs::exists(target_ / ".zgroup")) Fail(target_, "is no Zarr store, and is not replaced");
+    static const fs::path& Free(const fs::path& target, const SWriteOptions& options) {
+        if (!fs::exists(target)) return target;
+        if (!options.overwrite) Fail(target, "exists (--overwrite replaces it)");
+        if (!fs::exists(target / ".zgroup")) Fail(target, "is no Zarr store, and is not replaced");
+        return target;
     }
-    std::vector<i32> Steps(std::span<const float> values) const {
+    std::vector<i32> Steps(const SPicture& picture) const {
         std::vector<i32> steps;
-        steps.reserve(values.size());
+        steps.reserve(picture.values.size());
         constexpr double kMost = std::numeric_limits<i32>::max();
-        for (const float value : values) {
+        for (const float value : picture.values) {
             const double step = std::nearbyint(static_cast<double>(value) / options_.step);
-            steps.push_back(std::abs(step) <= kMost ? static_cast<i32>(step) : kNoStep);
+            if (!(std::abs(step) <= kMost) && !std::isnan(value))
+                throw CFault({.frame = picture.frame,
+                              .expected = fmt::format("values that 32 bits hold in steps of {}", options_.step),
+                              .found = fmt::format("{}", value),
+                              .advice = "a larger --step holds it"});
+            steps.push_back(std::isnan(value) ? kNoStep : static_cast<i32>(step));
         }
         return steps;
     }
@@ -267,14 +260,14 @@ class CZarrWriter final : public IFrameWriter {
     }
 
     fs::path target_;
-    fs::path part_;
+    CStorePart store_;
+    const fs::path& part_ = store_.Path();
     SSeries series_;
     SWriteOptions options_;
     std::optional<CPlanes> values_, status_;
     std::optional<CColumn> frame_, time_;
     u64 appended_ = 0;
     bool timed_ = false;
-    std::optional<CRemovedOnInterrupt> removed_;
 };
 
 }  // namespace

@@ -278,7 +278,24 @@ def outputs_are_no_inputs():
             run(verb, "run.krt", "-o", name, "--overwrite", status=4)
     os.link("dump.raw", "dump.npy")
     run("convert", *DUMP, "-o", "dump.npy", "--overwrite", status=2)
-    assert read("run.krt") == before
+    write("points.csv", b"counts,temperature (C)\n1000,20\n2000,40\n3000,60\n4000,80\n")
+    run("calibrate", "points.csv", "--band", "8,12", "-o", "cal.json")
+    inputs = {name: read(name) for name in ("run.krt", "points.csv", "cal.json")}
+    for line in (["index", "run.krt", "-o", "link.krt"], ["calibrate", "points.csv", "--band", "8,12", "-o", "points.csv"],
+                 ["convert", "run.krt", "--cal", "user", "--user-cal", "cal.json", "-o", "cal.npy"],
+                 ["stats", "run.krt", "--cal", "user", "--user-cal", "cal.json", "--json", "-o", "cal.json"]):
+        run(*line, "--overwrite", status=2)
+    assert read("run.krt") == before and all(read(name) == data for name, data in inputs.items())
+
+
+def what_cannot_be_written_leaves_nothing():
+    recording()
+    before = sorted(os.listdir("."))
+    for kind in ("npy", "csv", "tif", "zarr", "nxs"):
+        assert "nowhere/a." + kind in run("convert", "run.krt", "-o", "nowhere/a." + kind, status=4)[1]
+        full = subprocess.run(["bash", "-c", 'ulimit -f 0; exec "$0" convert run.krt -o "$1"', OVIX, "a." + kind], capture_output=True, text=True)
+        assert full.returncode == 4 and f"a.{kind}" in full.stderr and "File too large" in full.stderr, (kind, full)
+        assert sorted(os.listdir(".")) == before, kind
 
 
 def an_interrupt_ends_loops_and_closes_documents():
@@ -373,6 +390,8 @@ def numbers_come_in_the_form_that_was_asked_for():
         else:
             close(side["add_offset"] + number * side["scale_factor"], value, 0.0101)
     run("convert", *DUMP, "-o", "n.npy", "--type", "uint16", "--step", "0.001", status=1)
+    run("convert", *DUMP, "-o", "n.zarr", "--step", "1e-300", status=1)
+    run("convert", *DUMP, "-o", "n.zarr", "--step", "nan", status=2)
     run("convert", *DUMP, "-o", "m.npy", "--mask")
     assert all((value != value) == (flags & 32 > 0) for value, flags in zip(array("m.npy", "f"), status))
     sizes = {}
