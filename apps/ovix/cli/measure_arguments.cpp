@@ -6,6 +6,7 @@
 #include <set>
 
 #include "apps/ovix/facts/user_calibration.h"
+#include "apps/ovix/input_files.h"
 #include "apps/ovix/text/choice.h"
 #include "apps/ovix/text/values.h"
 #include "apps/ovix/units.h"
@@ -125,6 +126,7 @@ std::vector<SCorrectionFiles> CSceneArguments::Corrections() const {
 }
 
 std::optional<CRCalFile> CSceneArguments::UserCalibration() const {
+    RememberInput(userCalibration_);
     return IfGiven(userCalibration_, ReadUserCalibration);
 }
 

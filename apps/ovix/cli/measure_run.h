@@ -22,6 +22,8 @@ class CMeasureRun {
     /// All are borrowed.
     CMeasureRun(const measure::CMeasurement& measurement, const CSourceArguments& arguments, bool merge);
 
+    const measure::CSource& Source() const { return measurement_.Source(); }
+
     /// `map(frame)` runs on several threads at once, `sink(result)` or `sink(result, frame)` on the caller's, in the
     /// order of the frames. Throws when not one frame would do.
     template <class Map, class Sink>

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "apps/ovix/facts/json_field.h"
+#include "apps/ovix/input_files.h"
 #include "apps/ovix/text/choice.h"
 #include "apps/ovix/text/values.h"
 
@@ -114,6 +115,7 @@ std::vector<SShape> ParseLines(const std::string& option, std::vector<std::strin
 
 std::vector<SShape> ReadRegionFile(const std::string& path) {
     const std::string name = path == "-" ? "standard input" : path;
+    RememberInput(path);
     const Json document = ReadJson(path, "regions");
     const CField root(name, document, "");
     root["kind"].RequireText("regions");

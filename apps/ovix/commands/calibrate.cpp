@@ -7,6 +7,7 @@
 #include "apps/ovix/commands/command.h"
 #include "apps/ovix/facts/calibration_points.h"
 #include "apps/ovix/facts/user_calibration.h"
+#include "apps/ovix/input_files.h"
 #include "apps/ovix/output/output_file.h"
 #include "apps/ovix/text/choice.h"
 #include "apps/ovix/text/console.h"
@@ -70,6 +71,7 @@ class CCalibrateCommand final : public ICommand {
         if (!preset || *preset >= CRCalFile::PresetCount)
             throw UsageFault("--preset: expected 0 to 7, found \"" + preset_ + "\"");
 
+        RememberInput(file_);
         COutputFile output(output_.File(), output_.Overwrites());
         const SCalibrationFit fit = Fit(ReadCalibrationPoints(file_, scale, *preset), options);
         for (const SPresetFit& found : fit.presets) {

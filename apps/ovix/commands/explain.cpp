@@ -189,6 +189,7 @@ class CExplainCommand final : public ICommand {
         if (json_) {
             Json document = {{"schema", kSchemaVersion}, {"file", source.Name()}, {"frame", frame}, {"x", x}, {"y", y}};
             document.update(found.Document());
+            document["complete"] = CSourceArguments::Exit(source, 0) == ExitDone;
             document["findings"] = FindingsJson(source.Findings());
             document["provenance"] = ProvenanceJson(source, options);
             PrintJson(document);

@@ -55,7 +55,10 @@ class CIndexCommand final : public ICommand {
         CProgress progress("file", files_.size());
         how_.progress = [&](u64 done, u64) { progress.Show(done); };
         bool damaged = false;
+        Json findings = Json::array();
         how_.report = [&](const std::string& file, const measure::SFinding& finding) {
+            findings.push_back(FindingsJson({&finding, 1}).front());
+            findings.back()["file"] = file;
             damaged = damaged || finding.weight == measure::EWeight::Damage;
             if (finding.weight != measure::EWeight::Note) Say(FindingLine(file, finding));
         };
@@ -68,7 +71,8 @@ class CIndexCommand final : public ICommand {
                        {"output", output_.File()},
                        {"files", files.size()},
                        {"bytes", text.size()},
-                       {"complete", !damaged}});
+                       {"complete", !damaged},
+                       {"findings", findings}});
         else
             Say(fmt::format("{}: {} {}", output_.File(), files.size(), files.size() == 1 ? "file" : "files"));
         return damaged ? ExitSkipped : ExitDone;

@@ -12,6 +12,7 @@
 #include "apps/ovix/cli/output_arguments.h"
 #include "apps/ovix/cli/regions.h"
 #include "apps/ovix/cli/source_arguments.h"
+#include "apps/ovix/facts/findings.h"
 #include "apps/ovix/facts/scene_json.h"
 #include "apps/ovix/fault.h"
 #include "apps/ovix/output/output_file.h"
@@ -229,7 +230,8 @@ class CPlotCommand final : public ICommand {
                        {"curves", names},
                        {"frames", run.Done()},
                        {"skipped", run.Skipped()},
-                       {"complete", run.Exit() == ExitDone}});
+                       {"complete", run.Exit() == ExitDone},
+                       {"findings", FindingsJson(run.Source().Findings())}});
             return;
         }
         Say(fmt::format("{}: {} {} of {} {}", output_.File(), names.size(), names.size() == 1 ? "curve" : "curves",

@@ -10,6 +10,7 @@
 #include "apps/ovix/cli/regions.h"
 #include "apps/ovix/cli/source_arguments.h"
 #include "apps/ovix/commands/command.h"
+#include "apps/ovix/facts/findings.h"
 #include "apps/ovix/fault.h"
 #include "apps/ovix/output/output_file.h"
 #include "apps/ovix/report/report_facts.h"
@@ -175,6 +176,7 @@ class CReportCommand final : public ICommand {
                        {"frames", report.frames.size()},
                        {"skipped", run.Skipped()},
                        {"complete", run.Exit() == ExitDone},
+                       {"findings", FindingsJson(run.Source().Findings())},
                        {"bytes", size},
                        {"step", step},
                        {"stepUnit", report.unit.difference},

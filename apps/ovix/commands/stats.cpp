@@ -99,6 +99,8 @@ class CStatsCommand final : public ICommand {
     std::unique_ptr<IStatsPrinter> Printer() const {
         if (!output_.empty() && !csv_ && !json_)
             throw UsageFault("--output: goes with --csv or --json; a table goes to the standard output");
+        if (output_.find("{stem}") != output_.npos)
+            throw UsageFault("--output: the rows of all inputs go to one file, which bears no {stem}");
         if (output_.empty() || output_ == "-")
             return json_ ? MakeJsonPrinter(wish_) : csv_ ? MakeCsvPrinter(wish_) : MakeTablePrinter(wish_);
         return MakeFilePrinter(wish_, json_, output_, overwrite_);

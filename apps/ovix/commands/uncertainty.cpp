@@ -243,8 +243,8 @@ class CUncertaintyCommand final : public ICommand {
                           mc.agrees ? "agrees" : "does not agree", shown(mc.tolerance), unit.difference);
     }
 
-    static Json Document(const measure::CMeasurement& measurement, const measure::CFrame& frame,
-                         const measure::CPixelSet& pixels, const SCounts& counts, const measure::SUncertainty& found) {
+    Json Document(const measure::CMeasurement& measurement, const measure::CFrame& frame,
+                  const measure::CPixelSet& pixels, const SCounts& counts, const measure::SUncertainty& found) const {
         const measure::CSource& source = measurement.Source();
         const SUnitText unit = UnitText(found.unit, found.scale);
         Json document{{"schema", kSchemaVersion},   {"file", source.Name()},         {"frame", frame.number},
@@ -271,6 +271,7 @@ class CUncertaintyCommand final : public ICommand {
                                       {"low", mc.low},       {"high", mc.high},          {"probability", 0.95},
                                       {"agrees", mc.agrees}, {"tolerance", mc.tolerance}};
         }
+        document["complete"] = CSourceArguments::Exit(source, skipped_) == ExitDone;
         document["findings"] = FindingsJson(source.Findings());
         document["provenance"] = ProvenanceJson(source, measurement.Options());
         return document;

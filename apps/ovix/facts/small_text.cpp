@@ -7,14 +7,12 @@
 #include <memory>
 
 #include "apps/ovix/fault.h"
-#include "apps/ovix/input_files.h"
 
 namespace ovix::app {
 
 std::string ReadSmallText(const std::string& path, const char* expected) {
     constexpr std::size_t kMostBytes = std::size_t{16} << 20;
     const std::string name = path == "-" ? "standard input" : path;
-    RememberInput(path);
     const int file = path == "-" ? ::dup(STDIN_FILENO) : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0) throw SystemFault(ExitFile, name, "cannot open", errno);
     const auto close = [](const int* descriptor) { ::close(*descriptor); };

@@ -52,7 +52,10 @@ def damage_is_never_success():
     write("cut.krt", whole[:-1000])
     cut = doc("stats", "cut.krt", status=3)
     assert cut["complete"] is False and cut["findings"], cut
-    assert doc("record", "cut.krt", "-o", "again.krt", status=3)["complete"] is False
+    for line in (["record", "-o", "again.krt"], ["convert", "-o", "cut.npy"], ["explain", "--at", "3,3"], ["uncertainty", "--at", "3,3"],
+                 ["plot", "-o", "cut.svg"], ["report", "-o", "cut.html"], ["index", "-o", "cut.json"]):
+        said = doc(line[0], "cut.krt", *line[1:], "--overwrite" if "-o" in line else "-q", status=3)
+        assert said["complete"] is False and said["findings"], line
     at = whole.index(struct.pack("<f", 0.95))  # the emissivity of the scene, in a block with a CRC
     whole[at:at + 4] = struct.pack("<f", 0.5)
     write("half.krt", whole)
