@@ -252,8 +252,8 @@ TEST(RCalFile, IsAnEmptyValueAtFirst) {
 TEST(RCalFile, TakesOnlyWhatIsACalibration) {
     CRCalFile calibration;
     EXPECT_TRUE(calibration.SetPolynomial(0, -2, {1, 2}) && calibration.SetPolynomial(1, 0, {1}));
-    EXPECT_TRUE(calibration.SetBackgroundFile(0, 2, 1, {5, 6}) && calibration.SetBackgroundFile(0, 1, 2, {7, 8}) &&
-                calibration.SetBackgroundFile(0, 2, 1, {9, 9}));
+    EXPECT_TRUE(calibration.SetBackgroundFile(0, 2, 1, {5, 6}) && calibration.SetBackgroundFile(0, 1, 1, {7}) &&
+                calibration.SetBackgroundFile(0, 2, 2, {8, 8, 8, 8}) && calibration.SetBackgroundFile(0, 2, 1, {9, 9}));
     const CRCalFile before(calibration);
     EXPECT_FALSE(calibration.SetPolynomial(8, 0, {1}) || calibration.SetPolynomial(0, 1, {1}) ||
                  calibration.SetPolynomial(0, -3, {1, 2}) || calibration.SetTempPolynomial(0, 0, {1}) ||
@@ -265,7 +265,8 @@ TEST(RCalFile, TakesOnlyWhatIsACalibration) {
 
     Numbers background;
     EXPECT_TRUE(before.GetBackgroundFile(0, 2, 1, background) && background[0] == 9);
-    EXPECT_TRUE(before.GetBackgroundFile(0, 1, 2, background) && background[0] == 7);
+    EXPECT_TRUE(before.GetBackgroundFile(0, 1, 1, background) && background[0] == 7);
+    EXPECT_TRUE(before.GetBackgroundFile(0, 2, 2, background) && background[0] == 8);
     double value = 0;
     EXPECT_TRUE(calibration.SetBackgroundValue(0, 4) && calibration.GetBackgroundValue(0, value) && value == 4);
     EXPECT_FALSE(calibration.GetBackgroundFile(0, 2, 1, background));
