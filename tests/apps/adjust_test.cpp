@@ -32,24 +32,21 @@ TEST(Adjust, WritesEveryFrameAsTold) {
         dump.U16(0xFFFF);
     }
     Write(folder, dump);
-    const struct {
-        Arguments line;
-        CByteWriter expected;
-        int status = 0;
-    } cases[] = {
-        {{"--pixel-type", "counts", "--size", "2x2", "--margins", "1,1,1,0", "--frame-size", "26"},
+    const std::tuple<int, Arguments, CByteWriter> cases[] = {
+        {0,
+         {"--pixel-type", "counts", "--size", "2x2", "--margins", "1,1,1,0", "--frame-size", "26"},
          Words({5, 6, 9, 10, 1005, 1006, 1009, 1010})},
-        {{"--pixel-type", "k410 ir (gige)", "--size", "4x3", "--frame-size", "26", "--frames", "1", "--mirror",
+        {0,
+         {"--pixel-type", "k410 ir (gige)", "--size", "4x3", "--frame-size", "26", "--frames", "1", "--mirror",
           "--flip", "--shift", "-1", "--mask", "0xFFFC"},
          Words({2020, 2020, 2016, 2016, 2012, 2012, 2008, 2008, 2004, 2004, 2000, 2000})},
-        {{"--pixel-type", "RGB24", "--size", "1x4", "--deinterlace", "--frames", "0"},
-         CByteWriter().U8(0).U8(0).U8(1).U8(3).U8(0).U8(4).U8(0).U8(2).U8(0).U8(0).U8(5).U8(0),
-         3},  // the file is no whole number of such frames
+        {3,  // the file is no whole number of such frames
+         {"--pixel-type", "RGB24", "--size", "1x4", "--deinterlace", "--frames", "0"},
+         CByteWriter().U8(0).U8(0).U8(1).U8(3).U8(0).U8(4).U8(0).U8(2).U8(0).U8(0).U8(5).U8(0)},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(Adjust(folder, c.line).status, c.status);
-        EXPECT_EQ(ReadText(folder.At("out.raw")), std::string(c.expected.bytes.begin(), c.expected.bytes.end()))
-            << c.line[1];
+    for (const auto& [status, line, expected] : cases) {
+        EXPECT_EQ(Adjust(folder, line).status, status);
+        EXPECT_EQ(ReadText(folder.At("out.raw")), std::string(expected.bytes.begin(), expected.bytes.end())) << line[1];
     }
 }
 

@@ -89,22 +89,18 @@ TEST_F(UserConverter, UnitsOnOffer) {
 TEST_F(UserConverter, TableIsTheFormulaAtEveryEntry) {
     scene->emissivity = 0.75f;
     scene->atmosphereTrans = 0.5f;
-    const struct {
-        EUnit unit;
-        bool table, polynomial;
-        Real (*model)(const UserConverter&, Real);
-    } kCases[] = {
+    const std::tuple<EUnit, bool, bool, Real (*)(const UserConverter&, Real)> kCases[] = {
         {RadianceUser, true, true, [](const UserConverter&, Real r) { return r * 0.75L; }},
         {TemperatureUser, true, true, [](const UserConverter& t, Real r) { return t.Lookup(r); }},
         {TemperatureUser, false, true, [](auto&, Real r) { return test::Polynomial(kPolynomial.data(), 2, r); }},
         {TemperatureUser, false, false, [](const UserConverter&, Real r) { return Planck(r); }}};
-    for (const auto& c : kCases) {
+    for (const auto& [unit, table, polynomial, model] : kCases) {
         for (const int p : {0, 2, 5}) {
-            ASSERT_TRUE(Cal().SetLookup(p, c.table ? radiances : kNone, c.table ? temperatures : kNone));
-            ASSERT_TRUE(Cal().SetTempPolynomial(p, c.polynomial ? 2 : 0, c.polynomial ? kPolynomial : kNone));
+            ASSERT_TRUE(Cal().SetLookup(p, table ? radiances : kNone, table ? temperatures : kNone));
+            ASSERT_TRUE(Cal().SetTempPolynomial(p, polynomial ? 2 : 0, polynomial ? kPolynomial : kNone));
         }
         converter = CUserConverter();
-        ASSERT_TRUE(Update(c.unit));
+        ASSERT_TRUE(Update(unit));
         EXPECT_EQ(scene->estimatedAtmosphereTrans, 0.5f);
         std::vector<float> out(65536), range(65536);
         std::vector<u8> status(65536, 99), rangeStatus(65536, 99);
@@ -113,8 +109,8 @@ TEST_F(UserConverter, TableIsTheFormulaAtEveryEntry) {
         EXPECT_EQ(std::memcmp(out.data(), range.data(), 65536 * sizeof(float)), 0);
         for (u32 i = 2000; i < 65536; ++i) {  // from where the radiance is positive
             const float radiance = static_cast<float>((kOffset + kGain * i) * 2);
-            const double near = c.unit == RadianceUser ? 1e-8 : 1e-4;
-            ASSERT_NEAR(out[i], static_cast<double>(c.model(*this, radiance / 0.75L)), near) << i;
+            const double near = unit == RadianceUser ? 1e-8 : 1e-4;
+            ASSERT_NEAR(out[i], static_cast<double>(model(*this, radiance / 0.75L)), near) << i;
             ASSERT_GE(out[i], out[i - 1]) << i;
             ASSERT_EQ(status[i] + rangeStatus[i], 0);
         }

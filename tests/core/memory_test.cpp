@@ -130,32 +130,28 @@ static_assert(std::is_convertible_v<TSharedPtr<SBase>, bool> && !std::is_convert
 
 TEST(SharedPtr, DisposesByItsDeleter) {
     SBase resident;
-    const struct {
-        const char* what;
-        SBase* object;
-        TSharedPtr<SBase>::Deleter deleter;
-        int deleted, called;
-    } cases[] = {{"the virtual destructor", new SDerived, nullptr, 1, 0},
-                 {"a function", new SDerived, CountAndDelete, 1, 1},
-                 {"nothing for an object that lives elsewhere", &resident, TSharedPtr<SBase>::DoNotDelete(), 0, 0},
-                 {"nothing for no object", nullptr, CountAndDelete, 0, 0}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
+    const std::tuple<const char*, SBase*, TSharedPtr<SBase>::Deleter, int, int> cases[] = {
+        {"the virtual destructor", new SDerived, nullptr, 1, 0},
+        {"a function", new SDerived, CountAndDelete, 1, 1},
+        {"nothing for an object that lives elsewhere", &resident, TSharedPtr<SBase>::DoNotDelete(), 0, 0},
+        {"nothing for no object", nullptr, CountAndDelete, 0, 0}};
+    for (const auto& [what, object, deleter, deletions, calls] : cases) {
+        SCOPED_TRACE(what);
         SBase::deleted = called = 0;
         {
-            TSharedPtr<SBase> first(c.object, c.deleter);
-            EXPECT_EQ(first.RefCount(), c.object ? 1 : 0);
+            TSharedPtr<SBase> first(object, deleter);
+            EXPECT_EQ(first.RefCount(), object ? 1 : 0);
             TSharedPtr<SBase> second(first), third;
             third = second;
-            EXPECT_EQ(first.RefCount(), c.object ? 3 : 0);
+            EXPECT_EQ(first.RefCount(), object ? 3 : 0);
             EXPECT_FALSE(first.Cast<SOther>());
-            EXPECT_TRUE(TSharedPtr<SBase>(first.Cast<SDerived>()) == (c.object == &resident ? nullptr : c.object));
+            EXPECT_TRUE(TSharedPtr<SBase>(first.Cast<SDerived>()) == (object == &resident ? nullptr : object));
             first = 0;
             const TSharedPtr<SBase>& itself = third;
             third = itself;
-            EXPECT_TRUE(third == c.object && third.RefCount() == (c.object ? 2 : 0) && SBase::deleted == 0);
+            EXPECT_TRUE(third == object && third.RefCount() == (object ? 2 : 0) && SBase::deleted == 0);
         }
-        EXPECT_TRUE(SBase::deleted == c.deleted && called == c.called);
+        EXPECT_TRUE(SBase::deleted == deletions && called == calls);
     }
 }
 

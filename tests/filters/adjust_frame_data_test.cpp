@@ -28,32 +28,29 @@ Bytes Adjust(const Bytes& source, std::size_t size, i32 width, i32 height, GUID 
 }
 
 TEST(AdjustFrameData, CountsAreTakenByTheTableOfTheFlags) {
-    const struct {
-        i32 width, height;
-        RECT rect;
-        bool mirror, flip;
-        std::vector<u16> words;  ///< numbers of source words, found by hand
-    } cases[] = {{2, 2, {}, true, true, {3, 2, 1, 0}},
-                 {3, 2, {}, true, false, {2, 1, 0, 5, 4, 3}},
-                 {3, 2, {}, false, true, {3, 4, 5, 0, 1, 2}},
-                 {2, 2, {1, 1, 1, 99}, false, false, {5, 6, 9, 10}},
-                 {3, 1, {0, 2, 4, 0}, false, false, {14, 15, 16}},
-                 {2, 2, {1, 0, 1, 0}, false, true, {3, 4, 1, 2}},  // turned lines have no margins
-                 {2, 2, {1, 1, 5, 0}, true, false, {2, 1, 4, 3}},
-                 {0, 3, {}, false, false, {}},
-                 {3, -1, {}, true, true, {}}};
+    // Size, margins, mirrored, flipped; numbers of source words, found by hand.
+    const std::tuple<i32, i32, RECT, bool, bool, std::vector<u16>> cases[] = {
+        {2, 2, {}, true, true, {3, 2, 1, 0}},
+        {3, 2, {}, true, false, {2, 1, 0, 5, 4, 3}},
+        {3, 2, {}, false, true, {3, 4, 5, 0, 1, 2}},
+        {2, 2, {1, 1, 1, 99}, false, false, {5, 6, 9, 10}},
+        {3, 1, {0, 2, 4, 0}, false, false, {14, 15, 16}},
+        {2, 2, {1, 0, 1, 0}, false, true, {3, 4, 1, 2}},  // turned lines have no margins
+        {2, 2, {1, 1, 5, 0}, true, false, {2, 1, 4, 3}},
+        {0, 3, {}, false, false, {}},
+        {3, -1, {}, true, true, {}}};
     std::vector<u16> source(24);
     std::iota(source.begin(), source.end(), u16{0});
-    for (const auto& c : cases) {
+    for (const auto& [width, height, rect, mirror, flip, words] : cases) {
         for (const bool fields : {false, true}) {
-            EXPECT_EQ(Adjust(test::PixelBytes(source), 2 * c.words.size(), c.width, c.height, frame_types::kF7M0,
-                             {fields, c.mirror, c.flip}, c.rect),
-                      test::PixelBytes(c.words))
-                << &c - cases;
+            EXPECT_EQ(Adjust(test::PixelBytes(source), 2 * words.size(), width, height, frame_types::kF7M0,
+                             {fields, mirror, flip}, rect),
+                      test::PixelBytes(words))
+                << testing::PrintToString(words);
         }
-        const SAdjustedWords read = AdjustedWords(c.width, c.height, c.rect, c.mirror, c.flip);
-        EXPECT_EQ(read.first, c.words.empty() ? 0 : *std::min_element(c.words.begin(), c.words.end()));
-        EXPECT_EQ(read.end, c.words.empty() ? 0 : *std::max_element(c.words.begin(), c.words.end()) + 1);
+        const SAdjustedWords read = AdjustedWords(width, height, rect, mirror, flip);
+        EXPECT_EQ(read.first, words.empty() ? 0 : *std::min_element(words.begin(), words.end()));
+        EXPECT_EQ(read.end, words.empty() ? 0 : *std::max_element(words.begin(), words.end()) + 1);
     }
     // Lines 1 and 2 of a flipped picture with a column at its left: words 1, 2 and -1, 0.
     EXPECT_EQ(AdjustedWords(2, 2, {1, 1, 0, 0}, false, true).first, -1);

@@ -18,32 +18,29 @@ bool Check(const Bytes& frame, GUID type, SFrameFault* fault = nullptr) {
 bool Says(const CString& text, const wchar_t* part) { return std::wcsstr(text, part) != nullptr; }
 
 TEST(K410Check, FaultsOfTheContainer) {
-    const struct {
-        const char* name;
-        SK410Container container;
-        u64 offset;  ///< from the container's start
-        const wchar_t *expected, *found;
-    } cases[] = {{"signature", {.signature = 0x014D4B4D}, 0, L"0x004D4B4D", L"0x014D4B4D"},
-                 {"first entry", {.firstEntry = 33}, 64, L"32 (the camera record", L"33"},
-                 {"second entry", {.secondEntry = 0x101}, 96, L"1 (the pixels", L"257"},
-                 {"record offset", {.recordOffset = 129}, 129, L"the camera record (2428 bytes)", L"the end"},
-                 {"wrapping offset", {.recordOffset = 0xFFFFFFF0}, 0xFFFFFFF0, L"the camera record", L"the end"},
-                 {"record size", {.recordOffset = 2548, .recordSize = 9}, 2548, L"(9 bytes)", L"the end"}};
-    for (const auto& c : cases) {
+    // Offsets from the container's start.
+    const std::tuple<const char*, SK410Container, u64, const wchar_t*, const wchar_t*> cases[] = {
+        {"signature", {.signature = 0x014D4B4D}, 0, L"0x004D4B4D", L"0x014D4B4D"},
+        {"first entry", {.firstEntry = 33}, 64, L"32 (the camera record", L"33"},
+        {"second entry", {.secondEntry = 0x101}, 96, L"1 (the pixels", L"257"},
+        {"record offset", {.recordOffset = 129}, 129, L"the camera record (2428 bytes)", L"the end"},
+        {"wrapping offset", {.recordOffset = 0xFFFFFFF0}, 0xFFFFFFF0, L"the camera record", L"the end"},
+        {"record size", {.recordOffset = 2548, .recordSize = 9}, 2548, L"(9 bytes)", L"the end"}};
+    for (const auto& [name, container, offset, expected, found] : cases) {
         const Bytes stream = EncodeJpegLs(Ramp(kPixels, 14), kWidth, kHeight);
         const std::tuple<Bytes, GUID, u64> frames[] = {
-            {PlainFrame(Ramp(kPixels), c.container), kK410FNM0, kTail},
-            {DigitalFrame(Ramp(kPixels), {}, c.container), kK410GigE, kTail + 32},
-            {CompressedFrame(stream, c.container), kK410MJLS, 4 + stream.size()}};
+            {PlainFrame(Ramp(kPixels), container), kK410FNM0, kTail},
+            {DigitalFrame(Ramp(kPixels), {}, container), kK410GigE, kTail + 32},
+            {CompressedFrame(stream, container), kK410MJLS, 4 + stream.size()}};
         for (const auto& [frame, type, start] : frames) {
-            SCOPED_TRACE(c.name);
+            SCOPED_TRACE(name);
             SFrameFault fault;
             EXPECT_FALSE(Check(frame, type, &fault));
             // Without the signature nobody knows that there is a digital header.
-            const bool unknownForm = c.offset == 0 && type == kK410GigE;
-            EXPECT_EQ(fault.offset, unknownForm ? kTail : start + c.offset);
-            EXPECT_TRUE(Says(fault.expected, c.expected)) << fault.expected.GetUTF8();
-            EXPECT_TRUE(unknownForm || Says(fault.found, c.found)) << fault.found.GetUTF8();
+            const bool unknownForm = offset == 0 && type == kK410GigE;
+            EXPECT_EQ(fault.offset, unknownForm ? kTail : start + offset);
+            EXPECT_TRUE(Says(fault.expected, expected)) << fault.expected.GetUTF8();
+            EXPECT_TRUE(unknownForm || Says(fault.found, found)) << fault.found.GetUTF8();
         }
     }
 }

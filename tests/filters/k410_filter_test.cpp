@@ -197,23 +197,21 @@ TEST(K410, CompressedFrames) {
 
 TEST(K410, VideoFrames) {
     // From the formula by hand: black, white, pure red of the studio range, and values beyond both ends.
-    const struct {
-        u8 y, u, v;
-        Bytes rgb;
-    } colours[] = {{16, 128, 128, {0, 0, 0}}, {235, 128, 128, {255, 255, 255}}, {82, 90, 240, {255, 1, 0}},
-                   {0, 128, 128, {0, 0, 0}},  {255, 255, 255, {255, 125, 255}}, {126, 120, 134, {138, 126, 112}},
-                   {0, 0, 0, {0, 135, 0}}};
+    const std::tuple<u8, u8, u8, Bytes> colours[] = {
+        {16, 128, 128, {0, 0, 0}}, {235, 128, 128, {255, 255, 255}}, {82, 90, 240, {255, 1, 0}},
+        {0, 128, 128, {0, 0, 0}},  {255, 255, 255, {255, 125, 255}}, {126, 120, 134, {138, 126, 112}},
+        {0, 0, 0, {0, 135, 0}}};
     SFrameReader reader = Reader(kK410UYVY, 3, 1);
     Bytes rgb(12);
     const STypedData dest{rgb.data(), Opaque};
-    for (const auto& c : colours) {
+    for (const auto& [y, u, v, expected] : colours) {
         for (const bool uyvy : {false, true}) {
             // Three pixels: of the odd one nothing is written.
             reader.type = uyvy ? kK410UYVY : kK410YUY2;
-            const Bytes pair = uyvy ? Bytes{c.u, c.y, c.v, 16} : Bytes{c.y, c.u, 16, c.v};
+            const Bytes pair = uyvy ? Bytes{u, y, v, 16} : Bytes{y, u, 16, v};
             std::fill(rgb.begin(), rgb.end(), u8{77});
             ASSERT_TRUE(reader.Parse(Join({pair, {1, 2}}), dest));
-            EXPECT_EQ(Bytes(rgb.begin(), rgb.begin() + 3), c.rgb) << int{c.y};
+            EXPECT_EQ(Bytes(rgb.begin(), rgb.begin() + 3), expected) << int{y};
             EXPECT_EQ(Bytes(rgb.begin() + 6, rgb.end()), Bytes(6, 77));
         }
     }
