@@ -47,10 +47,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     options.width = data[1] % 20;
     options.height = data[2] % 20;
     options.flags = data[3];
+    const auto choice = [&](std::size_t i) { return data[i] < 128 ? int{data[i]} : int{data[i]} - 256; };
     // Most in counts: the tables of a temperature take as long as a thousand frames.
-    options.quantity = data[2] < 250 ? int{OVIX_COUNTS} : static_cast<signed char>(data[4]);
-    options.calibration = static_cast<signed char>(data[5]);
-    options.scale = static_cast<signed char>(data[6]);
+    options.quantity = data[2] < 250 ? int{OVIX_COUNTS} : choice(4);
+    options.calibration = choice(5);
+    options.scale = choice(6);
     options.scene_given = data[7];
     for (float& value : options.scene) std::memcpy(&value, data + 8 + (&value - options.scene) / 2, sizeof value);
     ovix_source* source = nullptr;
