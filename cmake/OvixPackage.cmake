@@ -18,6 +18,7 @@ install(TARGETS ovix_c EXPORT ovixTargets
 install(TARGETS ovix_decode RUNTIME DESTINATION ${libraries} COMPONENT runtime)
 if(OVIX_TOOL)
   install(TARGETS ovix RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
+  install(TARGETS ovix_nexus LIBRARY DESTINATION ${libraries} COMPONENT tool)
 endif()
 
 install(EXPORT ovixTargets NAMESPACE ovix:: DESTINATION ${package} COMPONENT development)

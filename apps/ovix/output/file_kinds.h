@@ -9,7 +9,7 @@ namespace ovix::app {
 
 using MakeWriter = std::unique_ptr<IFrameWriter>(const std::filesystem::path& target, const SSeries& series,
                                                  const SWriteOptions& options);
-MakeWriter MakeCsvWriter, MakeNexusWriter, MakeNpyWriter, MakePngWriter, MakeTiffWriter, MakeZarrWriter;
+MakeWriter MakeCsvWriter, MakeNpyWriter, MakePngWriter, MakeTiffWriter, MakeZarrWriter;
 
 /// Bytes as a zlib stream, by a level from 0 to 12.
 std::vector<u8> Deflated(std::span<const u8> bytes, int level);

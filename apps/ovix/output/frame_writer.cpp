@@ -1,5 +1,6 @@
 #include "apps/ovix/output/frame_writer.h"
 
+#include <dlfcn.h>
 #include <fmt/format.h>
 #include <libdeflate.h>
 
@@ -24,6 +25,16 @@ void AddToHistogram(std::span<const u8> block, u64 (&ofByte)[256]) {
     } else {
         for (const u8 byte : block) ++ofByte[byte];
     }
+}
+
+/// From a library of the tool's own: HDF5 brings some forty others, and each start would wait for them.
+std::unique_ptr<IFrameWriter> MakeNexusWriter(const std::filesystem::path& target, const SSeries& series,
+                                              const SWriteOptions& options) {
+    using Make = IFrameWriter*(const std::filesystem::path&, const SSeries&, const SWriteOptions&);
+    void* library = ::dlopen("ovix.nexus.so", RTLD_NOW);
+    void* make = library ? ::dlsym(library, "OvixMakeNexusWriter") : nullptr;
+    if (!make) throw CAppError(ExitFile, fmt::format("cannot write {}: {}", target.string(), ::dlerror()));
+    return std::unique_ptr<IFrameWriter>(reinterpret_cast<Make*>(make)(target, series, options));
 }
 
 }  // namespace

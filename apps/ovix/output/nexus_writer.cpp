@@ -301,9 +301,11 @@ class CNexusWriter final : public IFrameWriter {
 
 }  // namespace
 
-std::unique_ptr<IFrameWriter> MakeNexusWriter(const fs::path& target, const SSeries& series,
-                                              const SWriteOptions& options) {
-    return std::make_unique<CNexusWriter>(target, series, options);
-}
-
 }  // namespace ovix::app
+
+/// What `MakeFrameWriter` asks this library for; the caller owns the writer.
+extern "C" ovix::app::IFrameWriter* OvixMakeNexusWriter(const std::filesystem::path& target,
+                                                        const ovix::app::SSeries& series,
+                                                        const ovix::app::SWriteOptions& options) {
+    return new ovix::app::CNexusWriter(target, series, options);
+}

@@ -11,6 +11,8 @@ grep -q "°C" demo.txt
 [ -s ovix-demo/scene.png ] || [ -n "$(find ovix-demo -name '*.png')" ]
 ovix synth --pixel-type "R7X IR (MJLS)" --size 64x48 -o compressed.raw
 ovix stats compressed.raw --pixel-type "R7X IR (MJLS)" --size 64x48 --json | grep -q '"mean"'  # by the helper
+ovix convert compressed.raw --pixel-type "R7X IR (MJLS)" --size 64x48 -o scene.nxs  # by a library of its own
+[ -s scene.nxs ]
 
 step "man ovix-convert"
 man ovix-convert | grep -q -- --emissivity
