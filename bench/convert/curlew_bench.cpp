@@ -170,8 +170,7 @@ const CKernelEntry kChain({
             return SJob{[=](u32 lane) { chain->InOneCall(lane); },
                         [=] { return chain->Difference(); },
                         {},
-                        ChainPeers(chain->in, chain->out, chain->status, chain->tables.gain, chain->tables.offset,
-                                   chain->lut, chain->statusLut)};
+                        ChainPeers(chain->in, chain->out, chain->status, chain->tables, chain->lut, chain->statusLut)};
         },
     .beside = kStepsName,
     .mostBeside = 0.8,

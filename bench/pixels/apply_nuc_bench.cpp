@@ -40,7 +40,7 @@ SJob Make(const SRun& run, EDataType type) {
         return FirstDifference(data->out[0], expected);
     };
     if constexpr (std::is_same_v<D, float>) {
-        job.peers = NucPeers(data->in, data->out, data->tables.gain, data->tables.offset);
+        job.peers = NucPeers(data->in, data->out, data->tables);
     }
     return job;
 }

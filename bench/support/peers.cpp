@@ -128,26 +128,42 @@ OVIX_BY_HAND void GatherLut(const std::vector<u16>& in, std::vector<float>& out,
     }
 }
 
-OVIX_BY_HAND void CorrectByHand(const std::vector<u16>& in, std::vector<float>& out, const float* gain,
-                                const i16* offset) {
-    for (std::size_t i = 0; i + 8 <= in.size(); i += 8) {
-        const __m256i offsets = _mm256_cvtepi16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(offset + i)));
-        const __m256 product = _mm256_mul_ps(LoadFloats(in.data() + i), _mm256_loadu_ps(gain + i));
-        const __m256 value = _mm256_add_ps(product, _mm256_cvtepi32_ps(offsets));
-        const __m256 limited = _mm256_min_ps(_mm256_max_ps(value, _mm256_setzero_ps()), _mm256_set1_ps(16383));
-        _mm256_storeu_ps(out.data() + i, limited);
+float Corrected(const std::vector<u16>& in, const STables& tables, u32 i) {
+    const u32 j = tables.replace[i];
+    return in[j] * tables.gain[j] + tables.offset[j];
+}
+
+/// Eight pixels; one by one where the map moves any of them.
+__attribute__((target("avx2,fma"), always_inline)) inline __m256 CorrectedByHand(const std::vector<u16>& in,
+                                                                                 const STables& tables, u32 i) {
+    const __m256i map = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(tables.replace.data() + i));
+    const __m256i places =
+        _mm256_add_epi32(_mm256_set1_epi32(static_cast<int>(i)), _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7));
+    const __m256i moved = _mm256_xor_si256(map, places);
+    if (!_mm256_testz_si256(moved, moved)) [[unlikely]] {
+        float values[8];
+        for (u32 k = 0; k < 8; ++k) values[k] = Corrected(in, tables, i + k);
+        return _mm256_loadu_ps(values);
+    }
+    const __m128i offsets = _mm_loadu_si128(reinterpret_cast<const __m128i*>(tables.offset.data() + i));
+    const __m256 product = _mm256_mul_ps(LoadFloats(in.data() + i), _mm256_loadu_ps(tables.gain.data() + i));
+    return _mm256_add_ps(product, _mm256_cvtepi32_ps(_mm256_cvtepi16_epi32(offsets)));
+}
+
+OVIX_BY_HAND void CorrectByHand(const std::vector<u16>& in, std::vector<float>& out, const STables& tables) {
+    for (u32 i = 0; i + 8 <= in.size(); i += 8) {
+        const __m256 low = _mm256_max_ps(CorrectedByHand(in, tables, i), _mm256_setzero_ps());
+        _mm256_storeu_ps(out.data() + i, _mm256_min_ps(low, _mm256_set1_ps(16383)));
     }
 }
 
 OVIX_BY_HAND SFigures ChainByHand(const std::vector<u16>& in, std::vector<float>& out, std::vector<u8>& status,
-                                  const float* gain, const i16* offset, const float* lut, const u8* statusLut) {
+                                  const STables& tables, const float* lut, const u8* statusLut) {
     SLaneFigures figures;
-    for (std::size_t i = 0; i + 8 <= in.size(); i += 8) {
-        const __m256i offsets = _mm256_cvtepi16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(offset + i)));
-        const __m256 product = _mm256_mul_ps(LoadFloats(in.data() + i), _mm256_loadu_ps(gain + i));
-        const __m256i whole = _mm256_cvttps_epi32(_mm256_add_ps(product, _mm256_cvtepi32_ps(offsets)));
+    for (u32 i = 0; i + 8 <= in.size(); i += 8) {
+        const __m256i whole = _mm256_cvttps_epi32(CorrectedByHand(in, tables, i));
         const __m256i count =
-            _mm256_min_epi32(_mm256_max_epi32(whole, _mm256_setzero_si256()), _mm256_set1_epi32(65535));
+            _mm256_min_epi32(_mm256_max_epi32(whole, _mm256_setzero_si256()), _mm256_set1_epi32(16383));
         const __m256 value = _mm256_i32gather_ps(lut, count, 4);
         _mm256_storeu_ps(out.data() + i, value);
         const __m256i flags = _mm256_i32gather_epi32(reinterpret_cast<const int*>(statusLut), count, 1);
@@ -189,22 +205,18 @@ std::vector<SPeer> LutPeers(const std::vector<std::vector<u16>>& in, std::vector
 }
 
 std::vector<SPeer> NucPeers(const std::vector<std::vector<u16>>& in, std::vector<std::vector<float>>& out,
-                            const std::vector<float>& gain, const std::vector<i16>& offset) {
+                            const STables& tables) {
     std::vector<SPeer> peers = {{"plain", [&](u32 lane) {
-                                     for (std::size_t i = 0; i < in[lane].size(); ++i) {
-                                         const float value = in[lane][i] * gain[i] + offset[i];
-                                         out[lane][i] = std::clamp(value, 0.0f, 16383.0f);
-                                     }
+                                     for (u32 i = 0; i < in[lane].size(); ++i)
+                                         out[lane][i] = std::clamp(Corrected(in[lane], tables, i), 0.0f, 16383.0f);
                                  }}};
-    if (HasAvx2()) {
-        peers.push_back({"by hand", [&](u32 lane) { CorrectByHand(in[lane], out[lane], gain.data(), offset.data()); }});
-    }
+    if (HasAvx2()) peers.push_back({"by hand", [&](u32 lane) { CorrectByHand(in[lane], out[lane], tables); }});
 #ifdef OVIX_BENCH_OPENCV
     peers.push_back({"OpenCV", [&](u32 lane) {
-                         const int count = static_cast<int>(gain.size());
+                         const int count = static_cast<int>(tables.gain.size());
                          const cv::Mat counts(1, count, CV_16UC1, const_cast<u16*>(in[lane].data()));
-                         const cv::Mat gains(1, count, CV_32FC1, const_cast<float*>(gain.data()));
-                         const cv::Mat offsets(1, count, CV_16SC1, const_cast<i16*>(offset.data()));
+                         const cv::Mat gains(1, count, CV_32FC1, const_cast<float*>(tables.gain.data()));
+                         const cv::Mat offsets(1, count, CV_16SC1, const_cast<i16*>(tables.offset.data()));
                          cv::Mat to(1, count, CV_32FC1, out[lane].data());
                          cv::multiply(counts, gains, to, 1, CV_32F);
                          cv::add(to, offsets, to, cv::noArray(), CV_32F);
@@ -216,13 +228,12 @@ std::vector<SPeer> NucPeers(const std::vector<std::vector<u16>>& in, std::vector
 }
 
 std::vector<SPeer> ChainPeers(const std::vector<std::vector<u16>>& in, std::vector<std::vector<float>>& out,
-                              std::vector<std::vector<u8>>& status, const std::vector<float>& gain,
-                              const std::vector<i16>& offset, const std::vector<float>& lut,
-                              const std::vector<u8>& statusLut) {
+                              std::vector<std::vector<u8>>& status, const STables& tables,
+                              const std::vector<float>& lut, const std::vector<u8>& statusLut) {
     if (!HasAvx2()) return {};
     return {{"by hand", [&](u32 lane) {
-                 benchmark::DoNotOptimize(ChainByHand(in[lane], out[lane], status[lane], gain.data(), offset.data(),
-                                                      lut.data(), statusLut.data()));
+                 benchmark::DoNotOptimize(
+                     ChainByHand(in[lane], out[lane], status[lane], tables, lut.data(), statusLut.data()));
              }}};
 }
 

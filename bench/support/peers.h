@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "bench/support/data.h"
 #include "bench/support/kernel.h"
 
 /// What stands beside the kernels: the plain loop that anybody writes first, the fastest loops by hand that are known
@@ -17,14 +18,13 @@ std::vector<SPeer> MaskPeers(const std::vector<std::vector<float>>& frames, cons
 
 std::vector<SPeer> LutPeers(const std::vector<std::vector<u16>>& in, std::vector<std::vector<float>>& out,
                             const std::vector<float>& lut);
-/// Gain and offset; the map is not followed.
+/// Gain and offset; all but OpenCV follow the replacement map.
 std::vector<SPeer> NucPeers(const std::vector<std::vector<u16>>& in, std::vector<std::vector<float>>& out,
-                            const std::vector<float>& gain, const std::vector<i16>& offset);
-/// Corrected, looked up with the status, and counted in one pass; the map is not followed, and all pixels count.
+                            const STables& tables);
+/// Corrected, looked up with the status, and counted in one pass; all pixels count.
 std::vector<SPeer> ChainPeers(const std::vector<std::vector<u16>>& in, std::vector<std::vector<float>>& out,
-                              std::vector<std::vector<u8>>& status, const std::vector<float>& gain,
-                              const std::vector<i16>& offset, const std::vector<float>& lut,
-                              const std::vector<u8>& statusLut);
+                              std::vector<std::vector<u8>>& status, const STables& tables,
+                              const std::vector<float>& lut, const std::vector<u8>& statusLut);
 std::vector<SPeer> ConvertPeers(const std::vector<std::vector<float>>& in, std::vector<std::vector<u16>>& out);
 
 }  // namespace ovix::bench
