@@ -12,6 +12,7 @@
 #include "apps/ovix/fault.h"
 #include "apps/ovix/output/file_kinds.h"
 #include "apps/ovix/status_flags.h"
+#include "measure/recordings/recording.h"
 
 namespace ovix::app {
 namespace {
@@ -27,11 +28,15 @@ void AddToHistogram(std::span<const u8> block, u64 (&ofByte)[256]) {
     }
 }
 
-/// From a library of the tool's own: HDF5 brings some forty others, and each start would wait for them.
+/// From a library of the tool's own beside `ovix.measure.so`: HDF5 brings some forty others, and each start would wait
+/// for them.
 std::unique_ptr<IFrameWriter> MakeNexusWriter(const std::filesystem::path& target, const SSeries& series,
                                               const SWriteOptions& options) {
     using Make = IFrameWriter*(const std::filesystem::path&, const SSeries&, const SWriteOptions&);
-    void* library = ::dlopen("ovix.nexus.so", RTLD_NOW);
+    Dl_info beside{};
+    if (!::dladdr(reinterpret_cast<void*>(&measure::CheckRecording), &beside)) beside.dli_fname = "";
+    const auto path = std::filesystem::path(beside.dli_fname).replace_filename("ovix.nexus.so");
+    void* library = ::dlopen(path.c_str(), RTLD_NOW);
     void* make = library ? ::dlsym(library, "OvixMakeNexusWriter") : nullptr;
     if (!make) throw CAppError(ExitFile, fmt::format("cannot write {}: {}", target.string(), ::dlerror()));
     return std::unique_ptr<IFrameWriter>(reinterpret_cast<Make*>(make)(target, series, options));
