@@ -123,6 +123,8 @@ TEST(Family, SaysWhatItsBytesSay) {
         EXPECT_EQ(info["counter"].is_null() ? Json(2) : info["counter"]["last"], 2);
         EXPECT_EQ(info["time"].is_null(), name == "K410");  // whose digital header has none
         EXPECT_EQ(info["time"].is_null() ? Json(0.04) : info["time"]["spanSeconds"], 0.04);
+        const std::string first = info.value("/time/first"_json_pointer, "-01-15T12:00:00.000000Z");
+        EXPECT_TRUE(first.ends_with("-01-15T12:00:00.000000Z")) << first;
     }
     EXPECT_EQ(folder.Run({"synth", "--family", "Plovr", "-o", "x.raw"}).status, 2);
     EXPECT_EQ(folder.Run({"synth", "--family", "MV310", "--pixel-type", "Plover IR (F7M0)", "-o", "x.raw"}).status, 2);

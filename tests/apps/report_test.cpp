@@ -89,6 +89,7 @@ TEST(ReportPage, StepsAndBinsGetCoarserInOrder) {
     EXPECT_EQ(text(CoarserPackings({1, 5}, true, false, 640, 64)), "1/5 2/5 4/5 ");
     EXPECT_EQ(text(CoarserPackings({3, 5}, false, true, 8, 8)), "3/5 3/10 3/20 ");
     EXPECT_NEAR(SuitingStep(0, 1), 1e-4, 1e-18);
+    EXPECT_NEAR(SuitingStep(0, 3), 2e-4, 1e-18);
     EXPECT_NEAR(SuitingStep(-3, 4.5f), 5e-4, 1e-18);
     EXPECT_GT(SuitingStep(7, 7), 0);
 }

@@ -108,6 +108,7 @@ TEST(PictureRange, IsSpoiledByNoDeadPixelAndKeepsSmallSpots) {
         {"nothing", Slope({}), {20, 30}},
         {"dead in the middle, a corner and an edge", Slope({{middle, 99}, {0, 0}, {19999, 99}, {199, -5}}), {20, 30}},
         {"two dead ones side by side", Slope({{middle, 99}, {middle + 1, 98}}), {20, 30}},
+        {"three of them in a corner", Slope({{middle, 99}, {middle + 1, 98}, {middle + 200, 97}}), {20, 30}},
         {"a spot", Slope({{middle, 50}, {middle + 1, 51}, {middle + 200, 52}, {middle + 201, 53}}), {20, 53}},
         {"a cold spot and one hot pixel", Slope({{0, 5}, {1, 5}, {200, 4}, {201, 5}, {middle, 99}}), {4, 30}},
         {"what noise may do", Slope({{middle, 33.4f}, {0, 16.6f}}), {16.6f, 33.4f}},

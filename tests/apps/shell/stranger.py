@@ -467,6 +467,8 @@ def two_sources_are_held_together():
     run("diff", "a.krt", "b.krt", "--tolerance", f"{found['largest'] + 0.01} K")
     run("diff", "a.krt", "b.krt", "--tolerance", f"{(found['largest'] + 0.01) * 1.8} F")
     run("diff", "a.krt", "b.krt", "--tolerance", f"{found['largest'] / 2}K", status=1)
+    run("diff", "a.krt", "b.krt", "--scale", "F", "--tolerance", f"{found['largest'] + 0.01} K")
+    run("diff", "a.krt", "b.krt", "--scale", "F", "--tolerance", f"{found['largest'] * 1.4} F", status=1)
     run("diff", "a.krt", "b.krt", *TYPE, status=2)
     assert doc("diff", "a.krt", *DUMP, "--pixels-only")["equal"] is True
     synth(count=2)
