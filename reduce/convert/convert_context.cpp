@@ -14,10 +14,9 @@
 #include "reduce/objects/source_info_reduce_object.h"
 #include "reduce/pixels/abate.h"
 #include "reduce/pixels/apply_nuc.h"
+#include "reduce/pixels/corrected_lut.h"
 #include "reduce/pixels/correction_objects.h"
 #include "reduce/pixels/get_image_data.h"
-#include "reduce/pixels/lut_kernel.h"
-#include "reduce/pixels/nuc_kernel.h"
 #include "reduce/pixels/stats.h"
 #include "reduce/pixels/stats_route.h"
 
@@ -179,18 +178,15 @@ bool CConvertContext::MeasureFrame(STypedData in, u16 width, u16 height, STypedD
 
     const SEnabledTables enabled(correction, cfg);
     const SCorrectionTables tables{enabled.gain, enabled.offset, enabled.map};
-    const std::size_t from = ElementSize(in.type), to = ElementSize(out.type);
-    const TFrameCorrection<CNucCorrector> frame(correct, in.data, from, from);
-    CLutKernel convert(in.type, out.type, table->values, status ? table->status : nullptr, 0, table->top);
+    const std::size_t to = ElementSize(out.type);
+    CCorrectedLut convert(correct, correction ? &tables : nullptr, in, out.type, table->values,
+                          status ? table->status : nullptr, table->top);
     CFrameTally tally(out.type, width, height, status != nullptr);
-    alignas(64) u8 corrected[kLutBlock * 8];
     for (u32 at = 0, n = 0; at < count; at += n) {
         n = std::min(kLutBlock, count - at);
-        const void* pixels = static_cast<const u8*>(in.data) + at * from;
-        if (correction) frame.Block(tables, at, n, corrected);
         u8* results = static_cast<u8*>(out.data) + at * to;
         u8* flags = status ? status + at : nullptr;
-        convert(correction ? corrected : pixels, results, flags, n);
+        convert(at, n, results, flags);
         tally.Add(results, flags, n);
     }
     tally.Finish(stats);

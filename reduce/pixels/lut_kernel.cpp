@@ -100,6 +100,10 @@ void CLutKernel::operator()(const void* pixels, void* destination, u8* status, s
 
 void CLutKernel::Look(const u16* places, float* values, u8* status, u32 count) {
     simd::FetchValues(lut_, places, values, count);
+    LookAtStatus(places, status, count);
+}
+
+void CLutKernel::LookAtStatus(const u16* places, u8* status, u32 count) {
     if (status) status_.Look(simd::RangeOf(places, count), count, places, status, count);
 }
 

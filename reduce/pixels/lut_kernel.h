@@ -52,6 +52,8 @@ class CLutKernel {
 
     /// The values and the status at the places of at most `kLutBlock` pixels.
     void Look(const u16* places, float* values, u8* status, u32 count);
+    /// The status alone; `status` may be null.
+    void LookAtStatus(const u16* places, u8* status, u32 count);
 
   private:
     FLutIndexSpan findPlaces_;

@@ -72,6 +72,11 @@ CNucCorrector::CNucCorrector(EDataType source, EDataType dest, bool clip, double
     }
 }
 
+std::optional<TLimits<u16>> CNucCorrector::LimitsOfCounts() const {
+    if (fused_ != &Fused<u16, u16>) return {};
+    return clip_ ? TLimits<u16>{Load<u16>(low_), Load<u16>(high_)} : TLimits<u16>{0, 65535};
+}
+
 void CNucCorrector::operator()(const void* x, const float* gain, const i16* offset, void* dest,
                                std::size_t count) const {
     if (fused_ && gain) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "core/typed_data.h"
 #include "reduce/pixels/selection.h"
 #include "reduce/pixels/simd/nuc_simd.h"
@@ -21,6 +23,10 @@ class CNucCorrector {
     /// `gain` and `offset` stand beside `x`; either may be null. `x` and `dest` may be one buffer when their elements
     /// have one width.
     void operator()(const void* x, const float* gain, const i16* offset, void* dest, std::size_t count) const;
+
+    /// The limits of corrected counts, where counts with a gain become counts in one loop; those of 16 bits where
+    /// nothing is clipped.
+    std::optional<TLimits<u16>> LimitsOfCounts() const;
 
     /// The result of a formula: the type depends on the source and on the tables.
     struct SResult {
@@ -88,6 +94,10 @@ class TFrameCorrection {
         moved.count = 0;
         if (tables.replace) simd::FindMoved(tables.replace + first, first, count, moved);
         if (moved.count < count) Row(tables, first, count, out);
+        Moved(tables, first, moved, out);
+    }
+
+    void Moved(const SCorrectionTables& tables, u32 first, const simd::SMovedPixels& moved, void* out) const {
         for (u32 at = 0; at < moved.count; at += kRunBlock) {
             Moved(tables, first, moved.places + at, std::min(kRunBlock, moved.count - at), out);
         }

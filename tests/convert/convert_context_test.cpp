@@ -6,6 +6,7 @@
 #include "reduce/reduce.h"
 #include "support/cameras.h"
 #include "support/selection_forms.h"
+#include "support/simd_targets.h"
 #include "support/stats_fields.h"
 #include "support/text.h"
 
@@ -155,27 +156,19 @@ TEST_F(ConvertContext, MeasuresAFrameAsTheThreeStepsDo) {
     constexpr u32 kPixels = kWidth * kHeight;
     std::vector<float> values(kPixels);
     std::vector<u16> counts(kPixels);
-    AddCalibration();
-    const auto correction = array.GetCorrection(0, true);
-    correction->Create(kWidth, kHeight, 0, CorrectionGain | CorrectionOffset | CorrectionBadPixels);
-    for (u32 i = 0; i < kPixels; ++i) {
-        values[i] = counts[i] = static_cast<u16>(9000 + i * 40503 % 30000);
-        correction->gain[i] = 0.9f + 0.0001f * static_cast<float>(i % 1000);
-        correction->offset[i] = static_cast<i16>(i % 100);
-        correction->map[i] = i % 97 ? i : (i * 31) % kPixels;
-    }
+    for (u32 i = 0; i < kPixels; ++i) values[i] = counts[i] = static_cast<u16>(9000 + i * 40503 % 30000);
     const STypedData whole{counts.data(), UInt16}, floats{values.data(), Flt32};
     float nothing = 0;
     CStats stats;
     EXPECT_FALSE(context.MeasureFrame(whole, kWidth, kHeight, floats, nullptr, stats));  // no settings yet
-    for (u32 way = 0; way < 32; ++way) {
-        SCOPED_TRACE(way);
+    const auto measure = [&](u32 way) {
         const STypedData in = way & 1 ? whole : floats;
         const bool withStatus = way & 2;
         ASSERT_TRUE(context.SetUnit(way & 4 ? TemperatureFactory : Counts, Kelvin) && Update("+"));
         const auto cfg = array.GetCorrectionCfg(false);
         cfg->applyNUC = way & 8;
         cfg->applyBadPixels = way & 16;
+        cfg->clip = way & 32;
         std::vector<float> corrected(kPixels), steps(kPixels), chain(kPixels, -1.0f);
         std::vector<u8> stepFlags(kPixels), chainFlags(kPixels);
         STypedData between;
@@ -188,6 +181,35 @@ TEST_F(ConvertContext, MeasuresAFrameAsTheThreeStepsDo) {
         ASSERT_TRUE(context.MeasureFrame(in, kWidth, kHeight, {chain.data(), Flt32}, flags, chainStats));
         EXPECT_TRUE(chain == steps && chainFlags == stepFlags);
         test::ExpectSame(chainStats, stepStats);
+    };
+    // Tables of 65,536 entries and of 16,384, with an offset and without.
+    const auto curlew = test::CurlewCamera();
+    const auto merlin = test::MerlinCamera();
+    for (const IReduceObject* camera :
+         {static_cast<const IReduceObject*>(&curlew), static_cast<const IReduceObject*>(&merlin)}) {
+        array.Empty();
+        source = array.GetSourceInfo(true);
+        const auto cal = camera->Duplicate();
+        cal->preset = 0;
+        cal->valid = true;
+        array.Add(cal);
+        for (const u8 tables : {u8{CorrectionGain | CorrectionBadPixels}, u8{CorrectionOffset}}) {
+            const auto correction = array.GetCorrection(0, true);
+            correction->Create(kWidth, kHeight, 0, tables);
+            for (u32 i = 0; i < kPixels; ++i) {
+                correction->gain[i] = 0.9f + 0.0001f * static_cast<float>(i % 1000);
+                correction->map[i] = i % 97 && i + 2 < kPixels ? i : (i * 31) % kPixels;
+                if (correction->offset) correction->offset[i] = static_cast<i16>(i % 100);
+            }
+            // Beyond 32 bits, and a pixel in the rest.
+            correction->gain[5] = 1e12f, correction->gain[kPixels - 2] = -1e12f;
+            test::ForEachTarget([&] {
+                for (u32 way = 0; way < 64; ++way) {
+                    SCOPED_TRACE(testing::Message() << camera->GetName() << ", way " << way);
+                    measure(way);
+                }
+            });
+        }
     }
     EXPECT_FALSE(context.MeasureFrame(whole, 0, kHeight, {&nothing, Flt32}, nullptr, stats));
     EXPECT_FALSE(context.MeasureFrame({counts.data(), Opaque}, 1, 1, {&nothing, Flt32}, nullptr, stats));

@@ -167,9 +167,7 @@ auto ShortestOf(int times, const F& f) {
     return shortest;
 }
 
-/// Whether gathering is faster on this machine: it is by a quarter on some processors, and slower by a factor on others
-/// of the same instruction set. So it is tried, once, which takes some microseconds.
-bool GatheringPays() {
+bool TryGathering() {
     constexpr std::size_t kCount = 1024;
     float table[kCount] = {}, values[kCount];
     u16 places[kCount];
@@ -181,9 +179,15 @@ bool GatheringPays() {
 
 }  // namespace
 
+/// It is by a quarter on some processors, and slower by a factor on others of the same instruction set. So it is tried,
+/// once, which takes some microseconds.
+bool GatheringPays() {
+    static const bool pays = TryGathering();
+    return pays;
+}
+
 void FetchValues(const float* table, const u16* places, float* values, std::size_t count) {
-    static const bool gatheringPays = GatheringPays();
-    if (gatheringPays) {
+    if (GatheringPays()) {
         HWY_DYNAMIC_DISPATCH(GatherValues)(table, places, values, count);
     } else {
         FetchSingly(table, places, values, count);

@@ -20,6 +20,8 @@ struct SPlaceRange {
 /// The least and the greatest of at least one place.
 SPlaceRange RangeOf(const u16* places, std::size_t count);
 
+/// Whether the gather instruction is faster than single loads on this machine.
+bool GatheringPays();
 /// The entries of a table at `count` places, one behind the other.
 void FetchValues(const float* table, const u16* places, float* values, std::size_t count);
 void FetchStatus(const u8* table, const u16* places, u8* status, std::size_t count);

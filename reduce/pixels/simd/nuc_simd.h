@@ -32,4 +32,19 @@ struct SMovedPixels {
 /// `first` is the frame index of the block's first pixel.
 void FindMoved(const u32* map, u32 first, u32 count, SMovedPixels& moved);
 
+/// A block of counts that become places of a table.
+struct SCountLook {
+    const u16* counts;
+    const float* gain;
+    const i16* offset;  ///< null for none
+    const u32* map;     ///< null for none
+    u32 first;          ///< the frame index of the block's first pixel
+    TLimits<u16> limits;
+    const float* table;
+};
+
+/// `Correct`, the entries at the corrected counts, and `FindMoved` in one loop: then the processor fetches tables of
+/// the correction while it gathers entries. The moved pixels are corrected as if there were no map.
+void CorrectAndFetch(const SCountLook& look, u16* places, float* values, u32 count, SMovedPixels& moved);
+
 }  // namespace ovix::reduce::simd
