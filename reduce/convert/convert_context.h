@@ -72,7 +72,7 @@ class OVIX_REDUCE_API CConvertContext {
 
     /// A frame of one preset all the way in one pass: corrected where it has to be, converted, and counted. Each block
     /// of pixels takes all three steps while it lies in the first-level cache, so this needs no frame in between and
-    /// takes about a tenth less time than
+    /// takes about a fifth less time than
     ///
     ///     context.ApplyNUC(in, corrected, pixels, corrected);      // a buffer of the type of `in`
     ///     context.Convert(corrected, out, status, pixels);
