@@ -12,7 +12,7 @@
 #include "apps/ovix/fault.h"
 #include "apps/ovix/output/file_kinds.h"
 #include "apps/ovix/status_flags.h"
-#include "measure/recordings/recording.h"
+#include "measure/measure.h"
 
 namespace ovix::app {
 namespace {
