@@ -28,7 +28,7 @@ void AddToHistogram(std::span<const u8> block, u64 (&ofByte)[256]) {
     }
 }
 
-/// From a library of the tool's own beside `ovix.measure.so`: HDF5 brings some forty others, and each start would wait
+/// From a library of the tool's own beside `ovix.measure.so`: HDF5 brings some thirty others, and each start would wait
 /// for them.
 std::unique_ptr<IFrameWriter> MakeNexusWriter(const std::filesystem::path& target, const SSeries& series,
                                               const SWriteOptions& options) {
