@@ -23,6 +23,8 @@ int RenameToFree(const char* from, const char* to) {
     return ::link(from, to) == 0 ? ::unlink(from) : -1;
 }
 
+std::filesystem::path ShownName(const std::filesystem::path& target) { return target.string() + ".part"; }
+
 std::filesystem::path HiddenName(const std::filesystem::path& target) {
     static std::atomic<unsigned> counter = 0;
     return target.parent_path() / Say(".", target.filename().string(), ".", ::getpid(), "-", counter++, ".part");
@@ -37,10 +39,7 @@ void SyncDirectory(const std::filesystem::path& directory) {
 }  // namespace
 
 COutputFile::COutputFile(std::filesystem::path target, bool overwrite, EPart part)
-    : target_(std::move(target)),
-      part_(part == EPart::Hidden ? HiddenName(target_) : std::filesystem::path(target_.string() + ".part")),
-      overwrite_(overwrite),
-      keeps_(part == EPart::Kept) {
+    : target_(std::move(target)), overwrite_(overwrite), keeps_(part == EPart::Kept) {
     struct stat found {};
     if (::stat(target_.c_str(), &found) == 0) {
         if (!S_ISREG(found.st_mode))
@@ -51,20 +50,26 @@ COutputFile::COutputFile(std::filesystem::path target, bool overwrite, EPart par
         if (!overwrite_)
             throw CError({.id = EError::FileExists, .file = target_.string(), .problem = "exists already"});
     }
-    file_ = ::open(part_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (file_ >= 0) return;
-    if (errno == EEXIST)
-        throw CError({.id = EError::FileExists,
-                      .file = part_.string(),
-                      .problem = "exists already: what is being written, or never came to its end",
-                      .advice = "repair it, or remove it"});
-    Fail("cannot create it");
+    do {
+        part_ = part == EPart::Hidden ? HiddenName(target_) : ShownName(target_);
+        file_ = ::open(part_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    } while (file_ < 0 && errno == EEXIST && part == EPart::Hidden);  // of a dead process that had this one's number
+    if (file_ < 0) FailWith(part_);
 }
 
 COutputFile::~COutputFile() {
     if (file_ < 0) return;
     ::close(file_);
     if (!keeps_) ::unlink(part_.c_str());
+}
+
+void COutputFile::FailWith(const std::filesystem::path& part) const {
+    if (errno == EEXIST)
+        throw CError({.id = EError::FileExists,
+                      .file = part.string(),
+                      .problem = "exists already: what is being written, or never came to its end",
+                      .advice = "repair it, or remove it"});
+    Fail("cannot create it");
 }
 
 void COutputFile::Fail(const char* problem) const {
@@ -94,6 +99,12 @@ std::size_t COutputFile::ReadAt(u64 offset, std::span<u8> bytes) const {
         done += static_cast<std::size_t>(read);
     }
     return done;
+}
+
+void COutputFile::Show() {
+    std::filesystem::path shown = ShownName(target_);
+    if (RenameToFree(part_.c_str(), shown.c_str()) != 0) FailWith(shown);
+    part_ = std::move(shown);
 }
 
 void COutputFile::Sync() {

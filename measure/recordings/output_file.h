@@ -37,12 +37,16 @@ class OVIX_MEASURE_API COutputFile {
     const std::filesystem::path& Target() const { return target_; }
     const std::filesystem::path& Part() const { return part_; }
 
+    /// A hidden part bears the name "TARGET.part" from now on: what is written so far can be read. Refuses as the
+    /// constructor does where there is one.
+    void Show();
     /// All that is written has reached the medium.
     void Sync();
     /// Puts the file into its place. Without `overwrite`, a file that has come into being there meanwhile stays.
     void Commit();
 
   private:
+    [[noreturn]] void FailWith(const std::filesystem::path& part) const;
     [[noreturn]] void Fail(const char* problem) const;
 
     std::filesystem::path target_;

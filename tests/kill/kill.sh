@@ -120,7 +120,7 @@ if /usr/bin/python3 -c "import h5py, zarr" 2>/dev/null; then
             killed "${writer[@]}"
             [ ! -e "out/frames.$format.part" ] || mv "out/frames.$format.part" "left.$i.$format"
         done
-        echo "convert to $format, its part: $times kills, $(/usr/bin/python3 "$here/parts.py" "whole.$format" left.*."$format")"
+        echo "convert to $format, its part: $times kills, $(timeout 300 /usr/bin/python3 "$here/parts.py" "whole.$format" left.*."$format")"
         rm -rf left.*
     done
 else

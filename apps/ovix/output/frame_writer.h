@@ -125,7 +125,8 @@ class IFrameWriter {
 /// - Zarr, a folder of format 2: arrays of values and status by the CF conventions, packed by Blosc with shuffled bits,
 ///   and the coordinates time and frame. It is written to `out.zarr.part`, which at any time can be read as far as it
 ///   is written, also after the process was killed.
-/// - NeXus, HDF5: the same in /entry/data (NXdata), with its origin in /entry/process; likewise in `out.nxs.part`.
+/// - NeXus, HDF5 1.10 and later: the same in /entry/data (NXdata), with its origin in /entry/process; likewise in
+///   `out.nxs.part`, for which a reader asks HDF5 as one of many beside a writer (SWMR).
 ///
 /// Several frames go to one file, but for PNG, where each has its own: `out.png` becomes `out-000012.png` for frame 12.
 /// The status bytes of TIFF, NPY and CSV go to a file beside: `out.status.npy`. For "-" there is nothing beside.

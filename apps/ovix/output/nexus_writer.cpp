@@ -6,11 +6,12 @@
 #include <limits>
 #include <numeric>
 #include <optional>
+#include <utility>
 
 #include "apps/ovix/fault.h"
 #include "apps/ovix/output/cf_attributes.h"
 #include "apps/ovix/output/file_kinds.h"
-#include "apps/ovix/output/spool.h"
+#include "apps/ovix/output/output_file.h"
 
 namespace ovix::app {
 namespace {
@@ -37,14 +38,24 @@ void Require(i64 done, const std::string& what) {
     if (done < 0) throw CAppError(ExitFile, "cannot write " + what + SystemWords());
 }
 
+/// To be asked before anything is closed, by which the library forgets what went wrong.
+hid_t Made(hid_t id) {
+    Require(id, "a file, group or array");
+    return id;
+}
+
 /// An identifier of the library, closed with its owner.
 class CHandle {
   public:
-    CHandle(hid_t id, herr_t (*close)(hid_t)) : id_(id), close_(close) { Require(id_, "a file, group or array"); }
+    CHandle(hid_t id, herr_t (*close)(hid_t)) : id_(Made(id)), close_(close) {}
     CHandle(const CHandle&) = delete;
     CHandle& operator=(const CHandle&) = delete;
-    ~CHandle() { close_(id_); }
+    ~CHandle() {
+        if (id_ >= 0) close_(id_);
+    }
     operator hid_t() const { return id_; }
+    /// Where closing writes, and may fail.
+    void Close(const char* what) { Require(close_(std::exchange(id_, -1)), what); }
 
   private:
     hid_t id_;
@@ -75,15 +86,16 @@ void PutTexts(hid_t object, const char* name, const std::vector<const char*>& te
     PutAttribute(object, name, H5Screate_simple(1, &count, nullptr), texts.data());
 }
 
-/// How an array is made: without the time of day, so that the same frames give the same bytes.
-hid_t MakingOfArray() {
-    const hid_t how = H5Pcreate(H5P_DATASET_CREATE);
+/// How a file, group or array is made: without the time of day, so that the same frames give the same bytes.
+hid_t MakingOf(hid_t kind) {
+    const hid_t how = H5Pcreate(kind);
     H5Pset_obj_track_times(how, false);
     return how;
 }
 
 void PutDataset(hid_t group, const char* name, const std::string& text) {
-    const CHandle type(TextType(), H5Tclose), space(H5Screate(H5S_SCALAR), H5Sclose), how(MakingOfArray(), H5Pclose);
+    const CHandle type(TextType(), H5Tclose), space(H5Screate(H5S_SCALAR), H5Sclose),
+        how(MakingOf(H5P_DATASET_CREATE), H5Pclose);
     const CHandle set(H5Dcreate2(group, name, type, space, H5P_DEFAULT, how, H5P_DEFAULT), H5Dclose);
     const char* const one = text.c_str();
     Require(H5Dwrite(set, type, H5S_ALL, H5S_ALL, H5P_DEFAULT, &one), name);
@@ -91,9 +103,8 @@ void PutDataset(hid_t group, const char* name, const std::string& text) {
 
 /// The numbers of pixels along a side of the image, as an array.
 hid_t MakePlaces(hid_t group, const char* name, hsize_t count, const char* meaning) {
-    const CHandle space(H5Screate_simple(1, &count, nullptr), H5Sclose), how(MakingOfArray(), H5Pclose);
-    const hid_t set = H5Dcreate2(group, name, H5T_NATIVE_INT32, space, H5P_DEFAULT, how, H5P_DEFAULT);
-    if (set < 0) return set;
+    const CHandle space(H5Screate_simple(1, &count, nullptr), H5Sclose), how(MakingOf(H5P_DATASET_CREATE), H5Pclose);
+    const hid_t set = Made(H5Dcreate2(group, name, H5T_NATIVE_INT32, space, H5P_DEFAULT, how, H5P_DEFAULT));
     std::vector<i32> places(count);
     std::iota(places.begin(), places.end(), 0);
     Require(H5Dwrite(set, H5T_NATIVE_INT32, H5S_ALL, H5S_ALL, H5P_DEFAULT, places.data()), name);
@@ -103,7 +114,8 @@ hid_t MakePlaces(hid_t group, const char* name, hsize_t count, const char* meani
 
 struct SGroup : CHandle {
     SGroup(hid_t parent, const char* name, const char* nexusClass)
-        : CHandle(H5Gcreate2(parent, name, H5P_DEFAULT, H5P_DEFAULT, H5P_DEFAULT), H5Gclose) {
+        : CHandle(H5Gcreate2(parent, name, H5P_DEFAULT, CHandle(MakingOf(H5P_GROUP_CREATE), H5Pclose), H5P_DEFAULT),
+                  H5Gclose) {
         PutText(*this, "NX_class", nexusClass);
     }
 };
@@ -147,13 +159,13 @@ class CGrowing {
         chunk[0] = together;
         const int rank = static_cast<int>(shape_.size());
         const CHandle space(H5Screate_simple(rank, shape_.data(), most.data()), H5Sclose);
-        const CHandle how(MakingOfArray(), H5Pclose);
+        const CHandle how(MakingOf(H5P_DATASET_CREATE), H5Pclose);
         H5Pset_chunk(how, rank, chunk.data());
         if (level > 0) {
             if (H5Tget_size(type_) > 1) H5Pset_shuffle(how);
             H5Pset_deflate(how, static_cast<unsigned>(level));
         }
-        return H5Dcreate2(group, name, type_, space, H5P_DEFAULT, how, H5P_DEFAULT);
+        return Made(H5Dcreate2(group, name, type_, space, H5P_DEFAULT, how, H5P_DEFAULT));
     }
     hsize_t Grow() {
         ++shape_[0];
@@ -197,17 +209,23 @@ struct SArrays {
     }
 };
 
+/// A file for one that writes and any number that read meanwhile: whatever is there of it at any moment can be read.
+hid_t CreateFile(const fs::path& path) {
+    const CHandle making(MakingOf(H5P_FILE_CREATE), H5Pclose), access(H5Pcreate(H5P_FILE_ACCESS), H5Pclose);
+    H5Pset_libver_bounds(access, H5F_LIBVER_V110, H5F_LIBVER_V110);
+    return Made(H5Fcreate(path.c_str(), H5F_ACC_TRUNC, making, access));
+}
+
 /// NeXus: /entry (NXentry) with /entry/data (NXdata), written beside its place and flushed with each frame.
 class CNexusWriter final : public IFrameWriter {
   public:
     CNexusWriter(const fs::path& target, const SSeries& series, const SWriteOptions& options)
-        : target_(Free(target, options)), level_(std::min(options.compression, 9)), part_(target, EStore::File) {
+        : level_(std::min(options.compression, 9)), output_(target, options.overwrite) {
         H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr);  // it would print what is thrown here
         Named([&] {
-            file_.emplace(H5Fcreate(part_.Path().c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, H5P_DEFAULT), H5Fclose);
+            file_.emplace(CreateFile(output_.File().Part()), H5Fclose);
             to_.emplace(*file_, series, level_);
             Describe(series);
-            Require(H5Fflush(*file_, H5F_SCOPE_GLOBAL), "the description");
         });
     }
 
@@ -221,26 +239,20 @@ class CNexusWriter final : public IFrameWriter {
         Named([&] { AppendFrame(picture, encoded); });
     }
     void Finish() override {
-        if (!begun_) throw CAppError(ExitBadData, target_.string() + ": no frame to write");
-        Named([&] { Require(H5Fflush(*file_, H5F_SCOPE_GLOBAL), "the last frame"); });
+        if (!begun_) throw CAppError(ExitBadData, output_.Target().string() + ": no frame to write");
         to_.reset();
-        file_.reset();
-        part_.Put();
+        Named([&] { file_->Close("its end"); });
+        output_.Commit();
     }
 
   private:
-    static const fs::path& Free(const fs::path& target, const SWriteOptions& options) {
-        if (fs::exists(target) && !(options.overwrite && fs::is_regular_file(target)))
-            throw CFault({.exit = ExitFile, .file = target.string(), .problem = "exists (--overwrite replaces it)"});
-        return target;
-    }
     /// Does what the library may fail at, and says of which file.
     template <class Work>
     void Named(const Work& work) const {
         try {
             work();
         } catch (const CAppError& error) {
-            throw CFault({.exit = error.Exit(), .file = target_.string(), .problem = error.what()});
+            throw CFault({.exit = error.Exit(), .file = output_.Target().string(), .problem = error.what()});
         }
     }
     void AppendFrame(const SPicture& picture, const SEncodedFrame& encoded) {
@@ -282,6 +294,10 @@ class CNexusWriter final : public IFrameWriter {
             PutText(to_->time.Set(), "start", TimeText(*start_));
             PutDataset(to_->entry, "start_time", TimeText(*start_));
         }
+        // All is described. From here on the library writes what a number points at before the number, so a process may
+        // be killed at any moment; the name comes now, for those who read what a killed one left, or while it writes.
+        Require(H5Fstart_swmr_write(*file_), "the description");
+        output_.Show();
         begun_ = true;
     }
     std::vector<u8> Packed(const void* plane, std::size_t size, std::size_t width) const {
@@ -290,9 +306,8 @@ class CNexusWriter final : public IFrameWriter {
         return Deflated(width > 1 ? Shuffled(bytes, size, width) : std::vector<u8>(bytes, bytes + size), level_);
     }
 
-    fs::path target_;
     int level_;
-    CStorePart part_;
+    COutputFile output_;
     std::optional<CHandle> file_;
     std::optional<SArrays> to_;  ///< closed before the file is
     std::optional<measure::Time> start_;
@@ -307,5 +322,6 @@ class CNexusWriter final : public IFrameWriter {
 extern "C" ovix::app::IFrameWriter* OvixMakeNexusWriter(const std::filesystem::path& target,
                                                         const ovix::app::SSeries& series,
                                                         const ovix::app::SWriteOptions& options) {
+    H5dont_atexit();  // there it would write a file again that it could not write before, and end in a fault
     return new ovix::app::CNexusWriter(target, series, options);
 }

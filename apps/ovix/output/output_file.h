@@ -33,6 +33,11 @@ class COutputFile {
     /// The same as the library writes it.
     measure::COutputFile& File() { return file_; }
 
+    /// Its part bears a name of which people are told, "TARGET.part", from now on.
+    void Show() {
+        file_.Show();
+        removed_.emplace(file_.Part());
+    }
     /// Puts the file into its place. Without `overwrite`, a file that has come into being there meanwhile stays.
     void Commit() {
         RequireNoInput(file_.Target());  // which was read meanwhile

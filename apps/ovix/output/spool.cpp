@@ -66,16 +66,14 @@ void CSpool::Copy(int from) {
     }
 }
 
-CStorePart::CStorePart(const std::filesystem::path& target, EStore kind)
-    : target_(RequireNoInput(target)), part_(target.string() + ".part"), kind_(kind) {
-    const int made = kind == EStore::Folder ? ::mkdir(part_.c_str(), 0777)
-                                            : ::open(part_.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0666);
+CStorePart::CStorePart(const std::filesystem::path& target)
+    : target_(RequireNoInput(target)), part_(target.string() + ".part") {
+    const int made = ::mkdir(part_.c_str(), 0777);
     if (made < 0 && errno == EEXIST)
         throw CFault({.exit = ExitFile,
                       .file = part_.string(),
                       .problem = "is there already: somebody writes it, or never finished"});
     if (made < 0) throw SystemFault(ExitFile, target_.string(), "cannot create it", errno);
-    if (kind == EStore::File) ::close(made);
     removed_.emplace(part_);
 }
 
@@ -87,11 +85,11 @@ CStorePart::~CStorePart() {
 void CStorePart::Put() {
     RequireNoInput(target_);
     const int handle = ::open(part_.c_str(), O_RDONLY | O_CLOEXEC);
-    // Of a folder's thousands of files all of the file system at once.
-    const int failed = handle < 0 || (kind_ == EStore::Folder ? ::syncfs : ::fsync)(handle) != 0 ? errno : 0;
+    // Of thousands of files all of the file system at once.
+    const int failed = handle < 0 || ::syncfs(handle) != 0 ? errno : 0;
     ::close(handle);
     std::error_code error(failed, std::generic_category());
-    if (!error && kind_ == EStore::Folder) std::filesystem::remove_all(target_, error);
+    if (!error) std::filesystem::remove_all(target_, error);
     if (!error) std::filesystem::rename(part_, target_, error);
     if (error) throw SystemFault(ExitFile, target_.string(), "cannot write", error.value());
     removed_.reset();

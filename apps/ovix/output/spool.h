@@ -54,14 +54,12 @@ class CWayOut {
     std::filesystem::path path_;
 };
 
-enum class EStore : u8 { File, Folder };
-
-/// A file or folder that somebody else writes beside its place, `out.nxs.part`, and that can be read as far as it is
+/// A folder whose files somebody else writes beside its place, `out.zarr.part`, and that can be read as far as it is
 /// written. What is not put into its place goes with the object and with an interrupt; of a killed process it stays.
 class CStorePart {
   public:
     /// Makes it, empty. Throws `CFault`, also where there is one already.
-    CStorePart(const std::filesystem::path& target, EStore kind);
+    explicit CStorePart(const std::filesystem::path& target);
     ~CStorePart();
     CStorePart(const CStorePart&) = delete;
     CStorePart& operator=(const CStorePart&) = delete;
@@ -73,7 +71,6 @@ class CStorePart {
   private:
     std::filesystem::path target_;
     std::filesystem::path part_;
-    EStore kind_;
     std::optional<CRemovedOnInterrupt> removed_;
 };
 

@@ -297,11 +297,19 @@ def outputs_are_no_inputs():
 def what_cannot_be_written_leaves_nothing():
     recording()
     before = sorted(os.listdir("."))
-    for kind in ("npy", "csv", "tif", "zarr", "nxs"):
+    for kind, full_at in (("npy", (0, 4)), ("csv", (0, 4)), ("tif", (0, 4)), ("zarr", (0, 4, 8)), ("nxs", (0, 4, 20, 40))):
         assert "nowhere/a." + kind in run("convert", "run.krt", "-o", "nowhere/a." + kind, status=4)[1]
-        full = subprocess.run(["bash", "-c", 'ulimit -f 0; exec "$0" convert run.krt -o "$1"', OVIX, "a." + kind], capture_output=True, text=True)
-        assert full.returncode == 4 and f"a.{kind}" in full.stderr and "File too large" in full.stderr, (kind, full)
-        assert sorted(os.listdir(".")) == before, kind
+        for kilobytes in full_at:
+            command = f'ulimit -f {kilobytes}; exec "$0" convert run.krt -o "$1"'
+            full = subprocess.run(["bash", "-c", command, OVIX, "a." + kind], capture_output=True, text=True)
+            assert full.returncode == 4 and full.stderr.startswith("ovix: a.") and "File too large" in full.stderr, (kind, full)
+            assert sorted(os.listdir(".")) == before, kind
+    write("a.nxs.part", b"somebody's")
+    assert "a.nxs.part" in run("convert", "run.krt", "-o", "a.nxs", status=4)[1] and read("a.nxs.part") == b"somebody's"
+    os.remove("a.nxs.part")
+    assert sorted(os.listdir(".")) == before
+    # what a dead process of the same number left is in nobody's way
+    subprocess.run(["bash", "-c", ': >.a.npy.$$-0.part; exec "$0" convert run.krt -o a.npy', OVIX], check=True)
 
 
 def an_interrupt_ends_loops_and_closes_documents():
