@@ -286,6 +286,9 @@ OVIX_C_API int ovix_record(const char* path, const ovix_options* options, uint32
  * All take `frame_size` bytes of the options, or as many as the first; shorter ones are filled up. What was answered
  * with OVIX_OK is in PATH.part, whatever becomes of the process. */
 OVIX_C_API int ovix_record_frame(ovix_recorder* recorder, const void* bytes, size_t size);
+/** All frames so far have reached the medium, where not even a power cut takes them from PATH.part. Takes as long as
+ * the medium does: after each frame of a slow camera, or once a second. */
+OVIX_C_API int ovix_record_flush(ovix_recorder* recorder);
 /** Puts the frame counts in, makes the recording last and gives it its name. */
 OVIX_C_API int ovix_record_finish(ovix_recorder* recorder);
 /** Closes a handle; what was not finished goes, unless OVIX_KEEP_PART is set. NULL is passed over. */

@@ -59,6 +59,14 @@ int ovix_record_frame(ovix_recorder* recorder, const void* bytes, size_t size) {
     });
 }
 
+int ovix_record_flush(ovix_recorder* recorder) {
+    return Guard([&]() -> int {
+        Require(recorder, "recorder").RequireOpen();
+        if (recorder->writer) recorder->writer->Flush();
+        return OVIX_OK;
+    });
+}
+
 int ovix_record_finish(ovix_recorder* recorder) {
     return Guard([&]() -> int {
         Require(recorder, "recorder").RequireOpen();

@@ -107,12 +107,17 @@ void COutputFile::Show() {
     part_ = std::move(shown);
 }
 
-void COutputFile::Sync() {
+void COutputFile::SyncBytes() {
     if (::fsync(file_) != 0) Fail("cannot write");
 }
 
+void COutputFile::Sync() {
+    SyncBytes();
+    SyncDirectory(target_.parent_path());
+}
+
 void COutputFile::Commit() {
-    Sync();
+    SyncBytes();
     const int renamed =
         overwrite_ ? ::rename(part_.c_str(), target_.c_str()) : RenameToFree(part_.c_str(), target_.c_str());
     if (renamed != 0) Fail("cannot put it into its place");

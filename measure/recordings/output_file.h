@@ -40,7 +40,7 @@ class OVIX_MEASURE_API COutputFile {
     /// A hidden part bears the name "TARGET.part" from now on: what is written so far can be read. Refuses as the
     /// constructor does where there is one.
     void Show();
-    /// All that is written has reached the medium.
+    /// All that is written has reached the medium, and with it the name of the part.
     void Sync();
     /// Puts the file into its place. Without `overwrite`, a file that has come into being there meanwhile stays.
     void Commit();
@@ -48,6 +48,7 @@ class OVIX_MEASURE_API COutputFile {
   private:
     [[noreturn]] void FailWith(const std::filesystem::path& part) const;
     [[noreturn]] void Fail(const char* problem) const;
+    void SyncBytes();
 
     std::filesystem::path target_;
     std::filesystem::path part_;

@@ -25,7 +25,8 @@ struct SReadyFrame {
 };
 
 /// Writes a recording frame by frame, to FILE.part, which becomes FILE when it is finished. A process that is killed
-/// leaves a part that `RepairRecording` makes a recording of, with all frames that were added. One thread at a time.
+/// leaves a part that `RepairRecording` makes a recording of, with all frames that were added; one whose machine loses
+/// its power, with all that were flushed. One thread at a time.
 class OVIX_MEASURE_API CRecordingWriter {
   public:
     /// `objects` is the metadata of the source, with a source info, into which the packet goes that follows from the
@@ -42,6 +43,9 @@ class OVIX_MEASURE_API CRecordingWriter {
     /// Appends what this writer made ready.
     void Add(const SReadyFrame& frame);
     void Add(std::span<const u8> frame) { Add(Prepare(frame)); }
+    /// All frames that were added have reached the medium, which takes some milliseconds on many. Throws `CError`
+    /// (FileUnwritable).
+    void Flush();
     /// Puts the frame counts into the metadata, makes all of it last, and gives the file its name.
     void Finish();
     u64 Count() const;

@@ -161,6 +161,11 @@ void CRecordingWriter::Add(const SReadyFrame& frame) {
     if (body.options.checksums) body.sums.Add(frame.sum);
 }
 
+void CRecordingWriter::Flush() {
+    body_->Require(!body_->broken, "what follows a frame that could not be written");
+    body_->output.Sync();
+}
+
 void CRecordingWriter::Finish() {
     SBody& body = *body_;
     body.Require(!body.broken, "what follows a frame that could not be written");

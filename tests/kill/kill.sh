@@ -11,7 +11,7 @@ cd "$work"
 export LOSSY_KEPT=$work/kept
 lossy=$(ls "$tools"/*lossy.so)
 camera=(--pixel-type "K410 IR (GigE)" --size 64x48)
-kills=0 whole=0 rescued=0
+kills=0
 fail() { echo "kill.sh: $*"; exit 1; }
 
 "$ovix" synth "${camera[@]}" --form plain --count 400 -o dump.raw 2>/dev/null
@@ -64,29 +64,36 @@ same_frames() {
     cmp <(tail -c +129 out/counts.npy) <(tail -c +129 reference.npy | head -c $((frames * 64 * 48 * 4))) || fail "$1: other frames"
 }
 
-# Every frame that the recorder acknowledged is there, in the recording or in what repair makes of its part.
+# expect_acknowledged NAME AFTERWARDS COMMAND...: every frame that the recorder acknowledged is there, in the recording or in
+# what repair makes of its part.
+expect_acknowledged() {
+    local name=$1 afterwards=$2 whole=0 rescued=0 acknowledged i
+    shift 2
+    lasting "$@"
+    for ((i = 0; i < times; ++i)); do
+        killed "$@"
+        acknowledged=$(tail -n 1 said)
+        $afterwards
+        if [ -e out/run.krt ]; then
+            "$ovix" verify out/run.krt >/dev/null 2>errors || fail "a killed recording has its name and is not whole: $(cat errors)"
+            same_frames out/run.krt 400
+            whole=$((whole + 1))
+        elif [ "${acknowledged:-0}" -gt 0 ]; then
+            "$ovix" repair out/run.krt.part -o out/repaired.krt >/dev/null 2>errors || fail "repair: $(cat errors)"
+            same_frames out/repaired.krt "$acknowledged"
+            rescued=$((rescued + 1))
+        fi
+    done
+    echo "$name: $times kills, $rescued parts brought back, $whole recordings whole"
+}
 record=("$tools/acknowledging_recorder" dump.raw out/run.krt "$frame_size")
-lasting "${record[@]}"
-for ((i = 0; i < times; ++i)); do
-    killed "${record[@]}"
-    acknowledged=$(tail -n 1 said)
-    if [ -e out/run.krt ]; then
-        "$ovix" verify out/run.krt >/dev/null 2>errors || fail "a killed recording has its name and is not whole: $(cat errors)"
-        same_frames out/run.krt 400
-        whole=$((whole + 1))
-    elif [ "${acknowledged:-0}" -gt 0 ]; then
-        "$ovix" repair out/run.krt.part -o out/repaired.krt >/dev/null 2>errors || fail "repair: $(cat errors)"
-        same_frames out/repaired.krt "$acknowledged"
-        rescued=$((rescued + 1))
-    fi
-done
-echo "record through C: $times kills, $rescued parts brought back, $whole recordings whole"
+expect_acknowledged "record through C" true "${record[@]}" 0
+expect_acknowledged "record through C, flushed, and the power cut" cut_power env LD_PRELOAD="$lossy" "${record[@]}" 7
 
 # What bears its name is whole, before a power cut and after it.
 expect_whole() {
-    local name=$1 reference=$2 i
+    local name=$1 reference=$2 whole=0 i
     shift 2
-    whole=0
     lasting env LD_PRELOAD="$lossy" "$@"
     rm -rf "$reference"
     cp -r out "$reference"
