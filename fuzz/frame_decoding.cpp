@@ -8,10 +8,12 @@ void RequireSameMetadata(SParsed& a, SParsed& b) {
     const auto left = a.Info(), right = b.Info();
     Require(!left == !right, "frame information depends on the destination");
     if (!left || !a.done) return;
-    Require(left->frameNumber == right->frameNumber && left->NumEntries() == right->NumEntries(),
+    // All but the time, which may be the present one.
+    Require(left->frameNumber == right->frameNumber && left->preset == right->preset &&
+                left->extra.size() == right->extra.size(),
             "frame information depends on the destination");
-    for (u32 i = 1; i < left->NumEntries(); ++i) {  // the first row is the time, which may be the present one
-        const auto one = left->GetAt(i), other = right->GetAt(i);
+    for (u32 i = 0; i < left->extra.size(); ++i) {
+        const auto &one = left->extra.data()[i], &other = right->extra.data()[i];
         Require(one.name == other.name && one.value == other.value, "a frame value depends on the destination");
     }
 }
@@ -27,6 +29,7 @@ void ParseTo(EDataType other, const SInput& input) {
 void RequireAllPixels(const SInput& input) {
     SParsed counts, again;
     Parse(counts, input, UInt16, 0x00);
+    again.objects = counts.objects;  // as from one frame to the next of a recording
     Parse(again, input, UInt16, 0xFF);
     Require(counts.done == again.done, "the result changes from one decoder to the next");
     // A header may come without pixels, and a damaged compressed image leaves some of them.
