@@ -116,6 +116,17 @@ for format in npy csv tif png zarr nxs; do
     [ $format != png ] || range=(--range 10,100)
     expect_whole "convert to $format" "$format.d" "$ovix" convert reference.krt --frames 0-39 "${range[@]}" -o "out/frames.$format"
 done
+# What is replaced is there until its successor is.
+writer=("$ovix" convert reference.krt --frames 0-39 -o store/frames.zarr --overwrite)
+mkdir store
+lasting "${writer[@]}"
+cp -r store/frames.zarr replaced.zarr
+for ((i = 0; i < times; ++i)); do
+    killed "${writer[@]}"
+    [ ! -e store/frames.zarr ] || diff -r store/frames.zarr replaced.zarr || fail "a store that was to be replaced is not whole"
+    rm -rf store/frames.zarr.part*
+done
+echo "convert to zarr, replacing: $times kills"
 # What a killed writer leaves of a store can be read, and holds the first frames.
 if /usr/bin/python3 -c "import h5py, zarr" 2>/dev/null; then
     for format in zarr nxs; do

@@ -14,8 +14,10 @@
 
 namespace ovix::app {
 
+namespace fs = std::filesystem;
+
 int OpenNamelessFile() {
-    const std::string directory = std::filesystem::temp_directory_path();
+    const std::string directory = fs::temp_directory_path();
     const int file = ::open(directory.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
     if (file < 0) throw SystemFault(ExitFile, directory, "cannot make a temporary file", errno);
     return file;
@@ -59,15 +61,14 @@ void CSpool::Copy(int from) {
         for (ssize_t written = 0; written < read;) {
             const ssize_t moved = ::write(spool_, block.data() + written, static_cast<std::size_t>(read - written));
             if (moved < 0 && errno != EINTR)
-                throw SystemFault(ExitFile, std::filesystem::temp_directory_path(), "cannot write a temporary file",
-                                  errno);
+                throw SystemFault(ExitFile, fs::temp_directory_path(), "cannot write a temporary file", errno);
             if (moved > 0) written += moved;
         }
     }
 }
 
-CStorePart::CStorePart(const std::filesystem::path& target)
-    : target_(RequireNoInput(target)), part_(target.string() + ".part") {
+CStorePart::CStorePart(const fs::path& target, bool overwrite)
+    : target_(RequireNoInput(target)), part_(target.string() + ".part"), overwrite_(overwrite) {
     const int made = ::mkdir(part_.c_str(), 0777);
     if (made < 0 && errno == EEXIST)
         throw CFault({.exit = ExitFile,
@@ -79,25 +80,41 @@ CStorePart::CStorePart(const std::filesystem::path& target)
 
 CStorePart::~CStorePart() {
     std::error_code nobodyIsTold;
-    if (removed_) std::filesystem::remove_all(part_, nobodyIsTold);
+    if (removed_) fs::remove_all(part_, nobodyIsTold);
 }
 
 void CStorePart::Put() {
     RequireNoInput(target_);
     const int handle = ::open(part_.c_str(), O_RDONLY | O_CLOEXEC);
     // Of thousands of files all of the file system at once.
-    const int failed = handle < 0 || ::syncfs(handle) != 0 ? errno : 0;
+    int failed = handle < 0 || ::syncfs(handle) != 0 ? errno : 0;
+    if (!failed) failed = TakePlace();
+    if (!failed && ::syncfs(handle) != 0) failed = errno;
     ::close(handle);
-    std::error_code error(failed, std::generic_category());
-    if (!error) std::filesystem::remove_all(target_, error);
-    if (!error) std::filesystem::rename(part_, target_, error);
-    if (error) throw SystemFault(ExitFile, target_.string(), "cannot write", error.value());
+    if (failed) throw SystemFault(ExitFile, target_.string(), "cannot write", failed);
     removed_.reset();
 }
 
-CWayOut::CWayOut(const std::filesystem::path& target) : path_(target) {
+/// A folder is not removed in one step: what is replaced keeps its name until its successor has it, and goes then.
+int CStorePart::TakePlace() const {
+    std::error_code error;
+    const auto exchange = [&] {
+        return ::renameat2(AT_FDCWD, part_.c_str(), AT_FDCWD, target_.c_str(), RENAME_EXCHANGE) == 0;
+    };
+    fs::path replaced = part_;
+    if (!overwrite_ || !exchange()) {
+        replaced += ".replaced";
+        // Not all file systems exchange names.
+        if (overwrite_ && fs::exists(target_)) fs::rename(target_, replaced, error);
+        if (!error) fs::rename(part_, target_, error);
+    }
+    if (!error) fs::remove_all(replaced, error);
+    return error.value();
+}
+
+CWayOut::CWayOut(const fs::path& target) : path_(target) {
     if (target != "-") return;
-    std::string pattern = std::filesystem::temp_directory_path() / "ovix-XXXXXX";
+    std::string pattern = fs::temp_directory_path() / "ovix-XXXXXX";
     if (!::mkdtemp(pattern.data())) throw SystemFault(ExitFile, pattern, "cannot make a temporary folder", errno);
     folder_ = pattern;
     removed_.emplace(folder_);
@@ -108,7 +125,7 @@ CWayOut::~CWayOut() { Remove(); }
 
 void CWayOut::Remove() {
     std::error_code nobodyIsTold;
-    if (!folder_.empty()) std::filesystem::remove_all(folder_, nobodyIsTold);
+    if (!folder_.empty()) fs::remove_all(folder_, nobodyIsTold);
     removed_.reset();
     folder_.clear();
 }

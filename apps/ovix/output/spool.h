@@ -59,18 +59,21 @@ class CWayOut {
 class CStorePart {
   public:
     /// Makes it, empty. Throws `CFault`, also where there is one already.
-    explicit CStorePart(const std::filesystem::path& target);
+    CStorePart(const std::filesystem::path& target, bool overwrite);
     ~CStorePart();
     CStorePart(const CStorePart&) = delete;
     CStorePart& operator=(const CStorePart&) = delete;
 
     const std::filesystem::path& Path() const { return part_; }
-    /// Once all of it has reached the medium, it takes the place of what was there.
+    /// Once all of it has reached the medium, it takes its place. What is there then stays, unless it may be replaced.
     void Put();
 
   private:
+    int TakePlace() const;
+
     std::filesystem::path target_;
     std::filesystem::path part_;
+    bool overwrite_;
     std::optional<CRemovedOnInterrupt> removed_;
 };
 

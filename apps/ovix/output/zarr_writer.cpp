@@ -181,7 +181,7 @@ class CPlanes {
 class CZarrWriter final : public IFrameWriter {
   public:
     CZarrWriter(const fs::path& target, const SSeries& series, const SWriteOptions& options)
-        : target_(Free(target, options)), store_(target), series_(series), options_(options) {
+        : target_(Free(target, options)), store_(target, options.overwrite), series_(series), options_(options) {
         WriteWhole(part_ / ".zgroup", Json{{"zarr_format", 2}});
         WriteWhole(part_ / ".zattrs", GroupAttributes(series));
         const bool steps = options.step > 0;
