@@ -72,7 +72,7 @@ expect_acknowledged() {
     lasting "$@"
     for ((i = 0; i < times; ++i)); do
         killed "$@"
-        acknowledged=$(tail -n 1 said)
+        acknowledged=$({ grep -o '"doing":"frame","done":[0-9]*' errors || cat said; } | tail -n 1 | tr -dc 0-9)
         $afterwards
         if [ -e out/run.krt ]; then
             "$ovix" verify out/run.krt >/dev/null 2>errors || fail "a killed recording has its name and is not whole: $(cat errors)"
@@ -89,6 +89,9 @@ expect_acknowledged() {
 record=("$tools/acknowledging_recorder" dump.raw out/run.krt "$frame_size")
 expect_acknowledged "record through C" true "${record[@]}" 0
 expect_acknowledged "record through C, flushed, and the power cut" cut_power env LD_PRELOAD="$lossy" "${record[@]}" 7
+record=("$ovix" record dump.raw "${camera[@]}" --progress json -o out/run.krt)
+expect_acknowledged "record, by what it says of its progress" true "${record[@]}"
+expect_acknowledged "record -, likewise" true bash -c 'exec "$@" < <(cat dump.raw)' record "${record[@]/dump.raw/-}"
 
 # What bears its name is whole, before a power cut and after it.
 expect_whole() {
